@@ -1,0 +1,17 @@
+# The module for MATLAB, with the separate complex interface that the gateway is written for:
+# <build>/matlab holds the module and its help.
+
+option(PISTONFIELD_MATLAB "Build the module for MATLAB" OFF)
+if(NOT PISTONFIELD_MATLAB)
+  return()
+endif()
+
+find_package(Matlab REQUIRED COMPONENTS MEX_COMPILER MX_LIBRARY)
+matlab_add_mex(NAME pistonfield_matlab OUTPUT_NAME pistonfield SRC ${gateway_sources}
+               LINK_TO pistonfield pistonfield_version R2017b)
+add_dependencies(pistonfield_matlab pistonfield_version_header)
+set_target_properties(pistonfield_matlab PROPERTIES
+  LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/matlab
+  RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/matlab)
+configure_file(${PROJECT_SOURCE_DIR}/src/matlab/pistonfield.m ${CMAKE_BINARY_DIR}/matlab/pistonfield.m
+               COPYONLY)

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+
+#include "FastNearfield/RectangularPistonCuda.h"
+#include "core/CudaCheck.h"
+#include "core/CudaToday.h"
+
+namespace pistonfield {
+
+/// Launches without waiting or, while `do_timing` is set, waits and stores the time in
+/// `global_time`.
+template <class... Arguments>
+void launchTimed(SourceLocation location, void (*kernel)(Arguments...), dim3 grid, dim3 block,
+                 Arguments... arguments) {
+  using std::chrono::system_clock;
+  const system_clock::time_point t0 = system_clock::now();
+  launch(kernel, grid, block, arguments...);
+  if (do_timing == 0) return;
+  callCheck(cudaThreadSynchronize(), "cudaThreadSynchronize()", location);
+  const auto elapsed =
+      std::chrono::duration_cast<std::chrono::microseconds>(system_clock::now() - t0);
+  global_time = static_cast<std::int32_t>(elapsed.count());
+}
+
+}  // namespace pistonfield

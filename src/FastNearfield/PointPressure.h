@@ -1,0 +1,155 @@
+#pragma once
+
+#include "FastNearfield/Complex.h"
+#include "core/CudaFunctions.h"
+
+// The pressure of a rectangular piston at one point (or at one point a lane), by the fast near-field
+// method: four single integrals, one for each edge,
+//
+//     p = −i/(2π)·( Σ± ∓(u ± a)·F(u ± a; v − b, v + b)  +  Σ± ∓(v ± b)·F(v ± b; u − a, u + a) )
+//
+//     F(d; lo, hi) = ∫ (exp(−ikR) − exp(−ikz)) / (d² + σ²) dσ,   R = √(z² + d² + σ²),
+//
+// where (u, v) = (|x|, |y|), and a and b are half the piston's sides along x and y. All lengths, and
+// 1/k, are in one unit.
+
+namespace pistonfield {
+
+/// The half of a symmetric quadrature rule of N nodes: x[i] < 0 and w[i] for i < N/2 stand for the
+/// pair ±x[i]; for odd N, w[N/2] belongs to the node 0. x[N/2] is never read.
+template <class Real>
+struct SymmetricRule {
+  const Real* x;
+  const Real* w;
+  int N;
+};
+
+/// exp(−ikR) − exp(−ikz) over D = d² + σ², in the half-angle form
+///
+///     exp(−ikR) − E0 = −2·E0·sin(δ/2)·(sin(δ/2) + i·cos(δ/2)),   δ = k(R − z),  E0 = exp(−ikz).
+///
+/// For z ≥ 0, R − z = D/(R + z) loses no digits, where the difference of the exponentials would
+/// lose most of them near the axis and far away. −2·E0 is the same at every node, so it is left out
+/// of `at` and multiplied into the sum by `complete`.
+template <class Lane>
+class HalfAngleIntegrand {
+ public:
+  __host__ __device__ HalfAngleIntegrand(Lane z, Lane k)
+      : z_(z), k_(k), zz_(z * z), absZ_(absolute(z)), halfK_(k * Lane(0.5)) {}
+
+  __host__ __device__ ComplexPair<Lane> at(Lane D) const {
+    const Lane R = squareRoot(zz_ + D);
+    const Lane sum = R + absZ_;
+    const Lane pathDifference = select(z_ < Lane(0), sum, D * reciprocal(sum));
+    Lane sine, cosine;
+    sineCosine(halfK_ * pathDifference, sine, cosine);
+    const Lane scale = sine * reciprocal(D);
+    return {scale * sine, scale * cosine};
+  }
+
+  __host__ __device__ ComplexPair<Lane> complete(ComplexPair<Lane> sum) const {
+    // The phase kz as phase + rest, exactly: far away, phase alone is off by many units.
+    const Lane phase = k_ * z_;
+    const Lane rest = fusedMultiplyAdd(k_, z_, -phase);
+    Lane sine, cosine;
+    sineCosine(phase, sine, cosine);
+    const Lane re = Lane(-2) * (cosine - rest * sine);
+    const Lane im = Lane(2) * (sine + rest * cosine);
+    return {re * sum.re - im * sum.im, re * sum.im + im * sum.re};
+  }
+
+ private:
+  Lane z_, k_, zz_, absZ_, halfK_;
+};
+
+/// F of the two parallel edges of a pair.
+template <class Lane>
+struct EdgePair {
+  ComplexPair<Lane> first, second;
+};
+
+template <class Lane>
+__host__ __device__ inline ComplexPair<Lane> operator+(ComplexPair<Lane> p, ComplexPair<Lane> q) {
+  return {p.re + q.re, p.im + q.im};
+}
+
+template <class Lane>
+__host__ __device__ inline ComplexPair<Lane> operator*(Lane c, ComplexPair<Lane> p) {
+  return {c * p.re, c * p.im};
+}
+
+/// F over [lo, hi] for the two edges at squared distances dd1 and dd2. An empty interval gives 0,
+/// also where the integrand has no value: above a corner.
+template <class Lane, class Integrand, class Real>
+__host__ __device__ inline EdgePair<Lane> integrate(const Integrand& f, Lane dd1, Lane dd2, Lane lo,
+                                                    Lane hi, const SymmetricRule<Real>& rule) {
+  const Lane c = (lo + hi) * Lane(0.5);
+  const Lane h = (hi - lo) * Lane(0.5);
+  const ComplexPair<Lane> zero{Lane(0), Lane(0)};
+  EdgePair<Lane> sum{zero, zero};
+  const int n = rule.N / 2;
+  for (int i = 0; i < n; ++i) {
+    const Lane weight = rule.w[i] * h;
+    const Lane plus = c + rule.x[i] * h;
+    const Lane minus = c - rule.x[i] * h;
+    const Lane plus2 = plus * plus;
+    const Lane minus2 = minus * minus;
+    sum.first = sum.first + weight * (f.at(dd1 + plus2) + f.at(dd1 + minus2));
+    sum.second = sum.second + weight * (f.at(dd2 + plus2) + f.at(dd2 + minus2));
+  }
+  if (rule.N > 2 * n) {
+    const Lane weight = rule.w[n] * h;
+    sum.first = sum.first + weight * f.at(dd1 + c * c);
+    sum.second = sum.second + weight * f.at(dd2 + c * c);
+  }
+  const auto empty = lo == hi;
+  return {{select(empty, Lane(0), sum.first.re), select(empty, Lane(0), sum.first.im)},
+          {select(empty, Lane(0), sum.second.re), select(empty, Lane(0), sum.second.im)}};
+}
+
+/// d1·F(d1) − d2·F(d2) for the pair of edges at the signed distances d1 and d2 from the point's
+/// projection, which run along the direction in which the projection is `offset` ≥ 0 from the
+/// middle and the edges reach from −half to +half.
+///
+/// Three cases: beyond the edges' ends one interval; between them two, split at the foot of the
+/// perpendicular, where the integrand is sharpest; in the middle two equal ones, so one is doubled.
+template <class Lane, class Integrand, class Real>
+__host__ __device__ inline ComplexPair<Lane> edgePairSum(const Integrand& f, Lane d1, Lane d2,
+                                                         Lane offset, Lane half,
+                                                         const SymmetricRule<Real>& rule) {
+  const Lane zero(0);
+  const Lane middle(static_cast<Real>(1e-7));
+  const auto outside = offset > half;
+  const auto split = !outside && offset > middle;
+  const Lane lo = offset - half;
+  const Lane hi = offset + half;
+  const Lane dd1 = d1 * d1;
+  const Lane dd2 = d2 * d2;
+
+  EdgePair<Lane> F = integrate(f, dd1, dd2, select(outside, lo, zero), hi, rule);
+  if (any(split)) {
+    const EdgePair<Lane> rest = integrate(f, dd1, dd2, select(split, lo, zero), zero, rule);
+    F = {F.first + rest.first, F.second + rest.second};
+  }
+  const Lane multiplicity = select(outside || split, Lane(1), Lane(2));
+  return multiplicity * (d1 * F.first + (-d2) * F.second);
+}
+
+/// The complex pressure at (x, y, z) of the piston of half-width a along x and half-height b along
+/// y, in the plane z = 0, with the time factor exp(+iωt). z keeps its sign: the field is that of the
+/// formula, which no mirror symmetry in z holds for.
+template <template <class> class IntegrandOf, class Lane, class Real>
+__host__ __device__ inline ComplexPair<Lane> pointPressure(Lane x, Lane y, Lane z, Real a, Real b,
+                                                           Real k,
+                                                           const SymmetricRule<Real>& rule) {
+  const IntegrandOf<Lane> f(z, Lane(k));
+  const Lane u = absolute(x);
+  const Lane v = absolute(y);
+  const ComplexPair<Lane> alongY = edgePairSum(f, u - a, u + a, v, Lane(b), rule);
+  const ComplexPair<Lane> alongX = edgePairSum(f, v - b, v + b, u, Lane(a), rule);
+  const ComplexPair<Lane> S = f.complete(alongY + alongX);
+  const Lane inverse2Pi(static_cast<Real>(0.15915494309189535));
+  return {S.im * inverse2Pi, -S.re * inverse2Pi};
+}
+
+}  // namespace pistonfield

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cuda_runtime.h>
+
+#include "core/ErrorHandler.h"
+
+namespace pistonfield {
+
+/// Reads and clears the runtime's pending error; if there is one, writes
+/// "Cuda error: STAGE in file 'FILE' in line LINE : ERROR." to standard error and fails with the
+/// runtime's error string.
+void stageCheck(const char* stage, SourceLocation location);
+
+/// If `code` is an error, fails with "Cuda error when calling " + `call` + ": " + error string.
+/// `call` is what users read, so it is given as a text that no formatter can change.
+void callCheck(cudaError_t code, const char* call, SourceLocation location);
+
+}  // namespace pistonfield
+
+/// The place of a check in a file that defines `sourceFile`.
+#define HERE \
+  ::pistonfield::SourceLocation { sourceFile, __LINE__ }

@@ -1,0 +1,38 @@
+#include "core/CudaStorage.h"
+
+#include "core/CudaCheck.h"
+
+namespace pistonfield {
+namespace {
+constexpr const char* sourceFile = "src/core/CudaStorage";
+}
+
+CudaStorage::CudaStorage(Type type, std::size_t size) : type_(type), size_(size) {
+  if (type == DT_FLOAT)
+    floats_ = std::make_unique<float[]>(size);
+  else
+    doubles_ = std::make_unique<double[]>(size);
+  callCheck(device_.allocate(bytes()), "cudaMalloc(&device, bytes)", HERE);
+  toDevice();
+}
+
+void CudaStorage::toDevice() {
+  callCheck(cudaMemcpy(device_.get(), host(), bytes(), cudaMemcpyHostToDevice),
+            "cudaMemcpy(device, host, bytes, cudaMemcpyHostToDevice)", HERE);
+}
+
+void CudaStorage::toHost() {
+  callCheck(cudaMemcpy(host(), device_.get(), bytes(), cudaMemcpyDeviceToHost),
+            "cudaMemcpy(host, device, bytes, cudaMemcpyDeviceToHost)", HERE);
+}
+
+std::size_t CudaStorage::bytes() const {
+  return size_ * (type_ == DT_FLOAT ? sizeof(float) : sizeof(double));
+}
+
+void* CudaStorage::host() const {
+  if (type_ == DT_FLOAT) return floats_.get();
+  return doubles_.get();
+}
+
+}  // namespace pistonfield

@@ -1,0 +1,64 @@
+#include "core/CudaToday.h"
+
+#include <cstring>
+
+namespace pistonfield {
+namespace {
+
+bool contextIsShared = false;
+
+// The answer comes from the driver, reached through the runtime, so that the module still loads
+// where no driver is installed.
+#if defined(CUDART_VERSION) && CUDART_VERSION >= 11030
+bool isContextActive(int device) {
+  using PrimaryContextState = int (*)(int device, unsigned* flags, int* active);
+  void* entry = nullptr;
+  cudaDriverEntryPointQueryResult status{};
+#if CUDART_VERSION >= 12050
+  const cudaError_t error = cudaGetDriverEntryPointByVersion("cuDevicePrimaryCtxGetState", &entry,
+                                                             7000, cudaEnableDefault, &status);
+#elif CUDART_VERSION >= 12000
+  const cudaError_t error =
+      cudaGetDriverEntryPoint("cuDevicePrimaryCtxGetState", &entry, cudaEnableDefault, &status);
+#else
+  const cudaError_t error =
+      cudaGetDriverEntryPoint("cuDevicePrimaryCtxGetState", &entry, cudaEnableDefault);
+#endif
+  if (error != cudaSuccess || !entry) return false;
+  unsigned flags = 0;
+  int active = 0;
+  return reinterpret_cast<PrimaryContextState>(entry)(device, &flags, &active) == 0 && active != 0;
+}
+#elif defined(CUDART_VERSION)
+// These toolkits cannot tell: take the context for shared, which destroys nothing.
+bool isContextActive(int /*device*/) { return true; }
+#else
+// Nobody else can hold a context on the emulation device, which lives inside this module.
+bool isContextActive(int /*device*/) { return false; }
+#endif
+
+}  // namespace
+
+void cudaThreadEnter(int device) {
+  contextIsShared = isContextActive(device);
+  cudaSetDevice(device);
+}
+
+// A launcher's device memory is owned by objects, so nothing of this call's is left in the context.
+cudaError_t cudaThreadExit() { return contextIsShared ? cudaSuccess : cudaDeviceReset(); }
+
+int clockRate(int device) {
+  int kiloHertz = 0;
+  cudaDeviceGetAttribute(&kiloHertz, cudaDevAttrClockRate, device);
+  return kiloHertz;
+}
+
+cudaError_t cudaMemcpyToSymbol(std::initializer_list<DeviceSymbol> symbols, const char* name,
+                               const void* data, std::size_t size) {
+  for (const DeviceSymbol& symbol : symbols)
+    if (std::strcmp(symbol.name, name) == 0) return symbol.write(data, size);
+  const void* unknown = nullptr;  // for which the runtime itself answers, and notes the error
+  return ::cudaMemcpyToSymbol(unknown, data, size, 0, cudaMemcpyHostToDevice);
+}
+
+}  // namespace pistonfield

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cuda_runtime.h>
+
+#include <cstddef>
+#include <initializer_list>
+
+// The runtime's early interfaces on the toolkits of today. All other code reads as the early names
+// do.
+
+namespace pistonfield {
+
+/// Waits for the device.
+inline cudaError_t cudaThreadSynchronize() { return cudaDeviceSynchronize(); }
+
+/// Makes `device` the current one for a call, and notes whether somebody else in this process (the
+/// host's own GPU arrays, say) already holds its context.
+void cudaThreadEnter(int device);
+
+/// Ends what `cudaThreadEnter` began: resets the device or, where its context was active before,
+/// leaves that standing with all that others hold in it.
+cudaError_t cudaThreadExit();
+
+/// The device's clock in kHz, which the property record of today no longer tells.
+int clockRate(int device);
+
+/// An object in device constant memory that the host reaches by its name.
+struct DeviceSymbol {
+  const char* name;
+  cudaError_t (*write)(const void* data, std::size_t size);
+};
+
+/// Copies `size` bytes to the symbol called `name`; cudaErrorInvalidSymbol if there is none.
+cudaError_t cudaMemcpyToSymbol(std::initializer_list<DeviceSymbol> symbols, const char* name,
+                               const void* data, std::size_t size);
+
+/// kernel<<<grid, block>>>(arguments...), in the form that a CUDA toolkit and the emulation device
+/// share. The arguments' types must be the kernel's own: they choose among its overloads.
+template <class... Arguments>
+cudaError_t launch(void (*kernel)(Arguments...), dim3 grid, dim3 block, Arguments... arguments) {
+  void* pointers[] = {static_cast<void*>(&arguments)..., nullptr};
+  return cudaLaunchKernel(kernel, grid, block, pointers, 0, nullptr);
+}
+
+}  // namespace pistonfield

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "core/Vector.h"
+
+namespace pistonfield {
+
+/// A set of positions, in the unit of the piston's sides.
+template <class T>
+class Grid {
+ public:
+  virtual ~Grid() = default;
+
+  /// Position i, 0 ≤ i < nbPositions(); i is not checked.
+  virtual MVector<T, 3> getPosition(int i) const = 0;
+
+  unsigned nbPositions() const { return nbPositions_; }
+
+ protected:
+  explicit Grid(unsigned nbPositions) : nbPositions_(nbPositions) {}
+  Grid(const Grid&) = default;
+  Grid& operator=(const Grid&) = default;
+
+ private:
+  unsigned nbPositions_;
+};
+
+/// An explicit list of positions, all zero until written through `positions`.
+template <class T>
+class GridUnstructured : public Grid<T> {
+ public:
+  explicit GridUnstructured(unsigned nbPositions)
+      : Grid<T>(nbPositions), positions(nbPositions) {}
+
+  MVector<T, 3> getPosition(int i) const override { return positions[static_cast<std::size_t>(i)]; }
+
+  std::vector<MVector<T, 3>> positions;
+};
+
+}  // namespace pistonfield

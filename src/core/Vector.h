@@ -1,0 +1,40 @@
+#pragma once
+
+#include <array>
+
+#include "core/ErrorHandler.h"
+
+namespace pistonfield {
+
+/// N values of type T, contiguous and in index order; a new one holds zeros.
+///
+/// An index outside 0 … N−1 is reported to the error handler as "i>=0" or "i<N". The lines of these
+/// reports, 42 for read-only access and 48 otherwise, are part of the messages that users know.
+template <class T, int N>
+class LinearStorage {
+ public:
+  const T& operator[](int i) const {
+    check(i, 42);
+    return values_[static_cast<std::size_t>(i)];
+  }
+
+  T& operator[](int i) {
+    check(i, 48);
+    return values_[static_cast<std::size_t>(i)];
+  }
+
+ private:
+  static void check(int i, int line) {
+    if (!(i >= 0)) fail("i>=0", {"src/core/Vector", line});
+    if (!(i < N)) fail("i<N", {"src/core/Vector", line});
+  }
+
+  std::array<T, N> values_{};
+};
+
+/// A mathematical vector; `MVector<double, 3>` is a position (x, y, z) in the unit of the piston's
+/// sides.
+template <class T, int N>
+class MVector : public LinearStorage<T, N> {};
+
+}  // namespace pistonfield

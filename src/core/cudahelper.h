@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cuda_runtime.h>
+
+namespace pistonfield {
+
+/// What a call does with the device as a whole.
+class CudaInterface {
+ public:
+  CudaInterface() = delete;
+
+  /// Starts the runtime on the current device; 0 on success, errors go to the error handler.
+  static int init();
+
+  /// Waits for the device.
+  static cudaError_t sync();
+
+  /// Ends the device's context; an error goes to the error handler.
+  static void release();
+
+  /// Lists the devices on standard output: multiprocessors, and clock in kHz.
+  static void dumpDevices();
+};
+
+/// Brings the fastest device up for the length of a scope.
+///
+/// Construct one before anything else of a call. It picks the device with the highest
+/// cores × multiprocessors × clock, makes it current, starts the runtime and waits for it; the
+/// destructor releases it. All of a call's device work happens on the thread that made the object.
+class CudaDeviceThread {
+ public:
+  CudaDeviceThread();
+  CudaDeviceThread(const CudaDeviceThread&) = delete;
+  CudaDeviceThread& operator=(const CudaDeviceThread&) = delete;
+
+  /// Reports a failing release through the error handler, which may throw; stays silent when an
+  /// error is already unwinding, since a second one would end the host.
+  ~CudaDeviceThread() noexcept(false);
+
+ private:
+  explicit CudaDeviceThread(int device);
+};
+
+}  // namespace pistonfield

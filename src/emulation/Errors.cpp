@@ -1,0 +1,36 @@
+#include "emulation/Call.h"
+
+const char* cudaGetErrorString(cudaError_t error) {
+  switch (error) {
+    case cudaSuccess:
+      return "no error";
+    case cudaErrorInvalidValue:
+      return "invalid argument";
+    case cudaErrorMemoryAllocation:
+      return "out of memory";
+    case cudaErrorInvalidConfiguration:
+      return "invalid configuration argument";
+    case cudaErrorInvalidSymbol:
+      return "invalid device symbol";
+    case cudaErrorInvalidMemcpyDirection:
+      return "invalid copy direction for memcpy";
+    case cudaErrorInsufficientDriver:
+      return "CUDA driver version is insufficient for CUDA runtime version";
+    case cudaErrorNoDevice:
+      return "no CUDA-capable device is detected";
+    case cudaErrorInvalidDevice:
+      return "invalid device ordinal";
+    case cudaErrorLaunchFailure:
+      return "unspecified launch failure";
+    case cudaErrorUnknown:
+      return "unknown error";
+  }
+  return "unrecognized error code";
+}
+
+cudaError_t cudaGetLastError() {
+  const cudaError_t injected = emulation::theState().begin({"cudaGetLastError"});
+  const cudaError_t error = injected == cudaSuccess ? emulation::lastError : injected;
+  emulation::lastError = cudaSuccess;
+  return error;
+}

@@ -1,0 +1,56 @@
+#include <cstring>
+
+#include "emulation/Call.h"
+
+using emulation::Allocation;
+using emulation::memoryAlignment;
+using emulation::performOnDevice;
+using emulation::State;
+
+cudaError_t cudaMalloc(void** pointer, std::size_t size) {
+  return performOnDevice({"cudaMalloc", size}, [&](State& state) {
+    *pointer = nullptr;
+    if (size == 0) return cudaSuccess;
+    void* const memory = ::operator new(size, memoryAlignment, std::nothrow);
+    if (!memory) return cudaErrorMemoryAllocation;
+    auto* const bytes = static_cast<std::byte*>(memory);
+    state.allocations[bytes] = Allocation{decltype(Allocation::memory){bytes}, size};
+    if (state.poison) std::memset(memory, 0xFF, size);
+    *pointer = memory;
+    return cudaSuccess;
+  });
+}
+
+cudaError_t cudaFree(void* pointer) {
+  return performOnDevice({"cudaFree"}, [&](State& state) {
+    if (!pointer) return cudaSuccess;
+    const auto erased = state.allocations.erase(static_cast<const std::byte*>(pointer));
+    return erased > 0 ? cudaSuccess : cudaErrorInvalidValue;
+  });
+}
+
+cudaError_t cudaMemcpy(void* destination, const void* source, std::size_t size,
+                       cudaMemcpyKind kind) {
+  return performOnDevice({"cudaMemcpy", size}, [&](State& state) {
+    if (kind != cudaMemcpyHostToDevice && kind != cudaMemcpyDeviceToHost)
+      return cudaErrorInvalidMemcpyDirection;
+    if (size == 0) return cudaSuccess;
+    const void* const onDevice = kind == cudaMemcpyHostToDevice ? destination : source;
+    const void* const onHost = kind == cudaMemcpyHostToDevice ? source : destination;
+    if (!onHost || !state.owns(onDevice, size)) return cudaErrorInvalidValue;
+    std::memcpy(destination, source, size);
+    return cudaSuccess;
+  });
+}
+
+cudaError_t emulation::copyToSymbol(void* symbol, std::size_t symbolSize, const void* source,
+                                    std::size_t size, std::size_t offset, cudaMemcpyKind kind) {
+  return performOnDevice({"cudaMemcpyToSymbol", size}, [&](State& state) {
+    if (!symbol) return cudaErrorInvalidSymbol;
+    if (kind != cudaMemcpyHostToDevice) return cudaErrorInvalidMemcpyDirection;
+    if (offset > symbolSize || size > symbolSize - offset) return cudaErrorInvalidValue;
+    state.symbols[symbol] = symbolSize;
+    std::memcpy(static_cast<std::byte*>(symbol) + offset, source, size);
+    return cudaSuccess;
+  });
+}

@@ -1,0 +1,96 @@
+#include "matlab/Arguments.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <iostream>
+#include <limits>
+#include <string>
+
+namespace pistonfield {
+namespace {
+
+constexpr std::size_t mostInt = std::numeric_limits<int>::max();
+
+/// Whether mxGetScalar can read a number from it, on every host.
+bool hasScalar(const mxArray* array) {
+  return (mxIsNumeric(array) || mxIsLogical(array) || mxIsChar(array)) && !mxIsSparse(array) &&
+         mxGetM(array) > 0 && mxGetN(array) > 0;
+}
+
+/// Truncates toward zero; what no int can hold, NaN included, becomes the most negative one.
+int toInt(double value) {
+  constexpr double limit = 2147483648.0;
+  return value > -limit - 1 && value < limit ? static_cast<int>(value)
+                                             : std::numeric_limits<int>::min();
+}
+
+}  // namespace
+
+void checkCounts(int nlhs, int nrhs) {
+  if (nrhs < 5 || nrhs > 7)
+    mexErrMsgTxt(
+        "Must have five or six input arguments: ([list of points], ignored, l, s, k, "
+        "['cuda'|'cudadp'|'cpu'|'cpusp'|'cpudp'], [nabscissas])");
+  if (nlhs != 1) mexErrMsgTxt("Must have one output arguments");
+}
+
+void checkPointsType(const mxArray* points) {
+  // No host of today answers the class "sparse", and every class but double is laid out otherwise.
+  if (mxIsComplex(points) || mxIsClass(points, "sparse") || mxIsSparse(points) ||
+      mxIsChar(points) || !mxIsDouble(points))
+    mexErrMsgTxt("Input must be real, full, and nonstring");
+}
+
+Quadrature readQuadrature(int nrhs, const mxArray* const* prhs) {
+  Quadrature quadrature{10, false, nullptr};
+  if (nrhs <= NABSCISSAS) return quadrature;
+  const mxArray* const argument = prhs[NABSCISSAS];
+  if (mxGetN(argument) == 2 && mxIsDouble(argument) && !mxIsSparse(argument)) {
+    const std::size_t rows = mxGetM(argument);
+    std::cout << "using " << rows << " abscissas." << std::endl;
+    quadrature = {static_cast<int>(std::min(rows, mostInt)), true, mxGetPr(argument)};
+  } else if (mxGetN(argument) == 1 && mxGetM(argument) == 1 && hasScalar(argument)) {
+    quadrature.nabs = toInt(mxGetScalar(argument));
+  } else {
+    mexErrMsgTxt("abscissas must be a number or a 2D matrix containing abscissas and weights.");
+  }
+  return quadrature;
+}
+
+double readScalar(const mxArray* const* prhs, Argument argument) {
+  if (!hasScalar(prhs[argument])) {
+    const char* const names[] = {"points", "ignored", "l", "s", "k"};
+    const std::string message = std::string(names[argument]) + " (argument " +
+                                std::to_string(argument + 1) + ") must be a number.";
+    mexErrMsgTxt(message.c_str());
+  }
+  return mxGetScalar(prhs[argument]);
+}
+
+unsigned countPoints(const mxArray* points) {
+  if (mxGetM(points) != 3) mexErrMsgTxt("Points (argument 1) must have dimension of three.");
+  const std::size_t count = mxGetN(points);
+  if (count > mostInt)
+    mexErrMsgTxt("Points (argument 1) must be at most 2147483647.");
+  return static_cast<unsigned>(count);
+}
+
+bool readUseGPU(int nrhs, const mxArray* const* prhs) {
+  if (nrhs <= MODE) return true;
+  const mxArray* const mode = prhs[MODE];
+  if (!mxIsChar(mode))
+    mexErrMsgTxt("Input 5 must be a character string and either be 'cuda' or 'cpu'");
+  if (isText(mode, "cuda") || isText(mode, "cudadp")) return true;
+  if (!isText(mode, "cpu") && !isText(mode, "cpusp") && !isText(mode, "cpudp"))
+    mexErrMsgTxt("Input 5 must either be 'cuda' or 'cpu[sp,dp]'");
+  return false;
+}
+
+bool isText(const mxArray* array, const char* text) {
+  if (!mxIsChar(array)) return false;
+  const char* const contents = mxArrayToString(array);  // the host takes it back after the call
+  return contents && std::strcmp(contents, text) == 0;
+}
+
+}  // namespace pistonfield
