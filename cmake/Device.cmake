@@ -46,8 +46,11 @@ if(PISTONFIELD_USE_CUDA)
   set(CMAKE_CUDA_STANDARD 17)
   set(CMAKE_CUDA_STANDARD_REQUIRED ON)
   set(CMAKE_CUDA_RUNTIME_LIBRARY Static)
-  enable_language(CUDA)
   find_package(CUDAToolkit REQUIRED)
+  if(NOT DEFINED CMAKE_CUDA_COMPILER AND CUDAToolkit_NVCC_EXECUTABLE)
+    set(CMAKE_CUDA_COMPILER ${CUDAToolkit_NVCC_EXECUTABLE}) # also where it is not on the PATH
+  endif()
+  enable_language(CUDA)
 endif()
 
 message(STATUS "Device: ${device_name} (${device_reason})")

@@ -1,0 +1,49 @@
+% octave-cli scripts/demo.m <build folder>
+%
+% The field of a 5λ × 7.5λ piston, 1 MHz in water, in the plane y = 0: printed figures and field.png.
+
+build = argv (){1};
+addpath (fullfile (build, "octave"));
+device = strsplit (strtrim (fileread (fullfile (build, "device.txt"))), "\n");
+
+lambda = 1500 / 1e6;               % m
+k = 2 * pi / lambda;
+l = 5 * lambda;                    % side along y
+s = 7.5 * lambda;                  % side along x
+x = linspace (-7.5, 7.5, 301) * lambda;
+z = linspace (0, 25, 501) * lambda;
+[X, Z] = ndgrid (x, z);
+points = [X(:)'; zeros(1, numel (X)); Z(:)'];
+
+p64 = pistonfield (points, 0, l, s, k, "cuda", 64);
+tic;
+p10 = pistonfield (points, 0, l, s, k, "cuda", 10);
+seconds = toc;
+N = columns (points);
+rate = N / seconds;
+difference = abs (p10 - p64) / max (abs (p64));
+in_front = abs (X(:)) <= s / 2;
+
+warning ("off", "Octave:gnuplot-graphics");
+graphics_toolkit ("gnuplot");     % draws without a display
+figure ("visible", "off");
+imagesc (z * 1e3, x * 1e3, reshape (abs (p10), size (X)));
+axis ("image");
+set (gca (), "ydir", "normal");
+xlabel ("z / mm");
+ylabel ("x / mm");
+title (sprintf ("%s, y = 0: N = %d, order 10, %.2g points/s", device{1}, N, rate));
+bar = colorbar ();
+ylabel (bar, "|p|, plane wave = 1");
+print ("field.png", "-dpng", "-S960,600");
+
+printf ("\n");
+printf ("device             %s\n", device{1});
+printf ("                   %s\n", device{2});
+printf ("points             %d\n", N);
+printf ("order              10\n");
+printf ("points per second  %.3g (the whole call)\n", rate);
+printf ("order 10 - order 64, peak difference over peak pressure\n");
+printf ("                   %.2g (in front of the piston %.2g)\n", max (difference),
+        max (difference(in_front)));
+printf ("field.png          written\n");
