@@ -8,10 +8,10 @@ device = strsplit (strtrim (fileread (fullfile (build, "device.txt"))), "\n");
 
 lambda = 1500 / 1e6;               % m
 k = 2 * pi / lambda;
-l = 5 * lambda;                    % side along y
-s = 7.5 * lambda;                  % side along x
-x = linspace (-7.5, 7.5, 301) * lambda;
-z = linspace (0, 25, 501) * lambda;
+l = 7.5 * lambda;                  % side along y
+s = 5 * lambda;                    % side along x
+x = (-150:150) * 0.04 * lambda;
+z = (5:505) * 0.04 * lambda;
 [X, Z] = ndgrid (x, z);
 points = [X(:)'; zeros(1, numel (X)); Z(:)'];
 
@@ -21,8 +21,7 @@ p10 = pistonfield (points, 0, l, s, k, "cuda", 10);
 seconds = toc;
 N = columns (points);
 rate = N / seconds;
-difference = abs (p10 - p64) / max (abs (p64));
-in_front = abs (X(:)) <= s / 2;
+difference = max (abs (p10 - p64)) / max (abs (p64));
 
 warning ("off", "Octave:gnuplot-graphics");
 graphics_toolkit ("gnuplot");     % draws without a display
@@ -43,7 +42,5 @@ printf ("                   %s\n", device{2});
 printf ("points             %d\n", N);
 printf ("order              10\n");
 printf ("points per second  %.3g (the whole call)\n", rate);
-printf ("order 10 - order 64, peak difference over peak pressure\n");
-printf ("                   %.2g (in front of the piston %.2g)\n", max (difference),
-        max (difference(in_front)));
+printf ("peak difference    %.2g of the peak pressure, between order 10 and order 64\n", difference);
 printf ("field.png          written\n");

@@ -7,19 +7,18 @@
 
 namespace pistonfield {
 
-ErrorHandler* ErrorHandler::theErrorHandler = nullptr;
+std::unique_ptr<ErrorHandler> ErrorHandler::theErrorHandler;
 DefaultErrorHandler DefaultErrorHandler::theDefaultErrorHandler;
 
 ErrorHandler::~ErrorHandler() = default;
 
 ErrorHandler* ErrorHandler::getErrorHandler() {
-  return theErrorHandler ? theErrorHandler : &DefaultErrorHandler::theDefaultErrorHandler;
+  return theErrorHandler ? theErrorHandler.get() : &DefaultErrorHandler::theDefaultErrorHandler;
 }
 
 void ErrorHandler::setErrorHandler(ErrorHandler* handler) {
-  delete theErrorHandler;
-  theErrorHandler = nullptr;  // no dangling pointer, should the next allocation fail
-  theErrorHandler = handler ? handler : new DefaultErrorHandler;
+  theErrorHandler.reset();
+  theErrorHandler.reset(handler ? handler : new DefaultErrorHandler);
 }
 
 void DefaultErrorHandler::fail(const char* condition, int line, const char* file) {

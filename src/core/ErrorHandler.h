@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 namespace pistonfield {
 
 /// Where a check stands: the path of its source file from the root of the sources, without
@@ -34,7 +36,7 @@ class ErrorHandler {
   static void setErrorHandler(ErrorHandler* handler);
 
  private:
-  static ErrorHandler* theErrorHandler;
+  static std::unique_ptr<ErrorHandler> theErrorHandler;
 };
 
 /// Writes the report to standard error and aborts the process.

@@ -1,0 +1,151 @@
+#include "FastNearfield/GaussLegendre.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <new>
+#include <numeric>
+#include <sstream>
+#include <vector>
+
+#include "support/ReferenceField.h"
+
+using pistonfield::legendre_compute;
+
+namespace {
+
+template <class T>
+struct Rule {
+  explicit Rule(int n) : x(static_cast<std::size_t>(n)), w(static_cast<std::size_t>(n)) {
+    legendre_compute(n, x.data(), w.data());
+  }
+  std::vector<T> x, w;
+};
+
+using Values = std::vector<double>;
+
+TEST(GaussLegendreTest, Order1IsTheMidpoint) {
+  const Rule<double> rule(1);
+  EXPECT_EQ(rule.x, (Values{0.0}));
+  EXPECT_EQ(rule.w, (Values{2.0}));
+  EXPECT_FALSE(std::signbit(rule.x[0]));
+}
+
+TEST(GaussLegendreTest, Order2HasItsDigits) {
+  const Rule<double> rule(2);
+  EXPECT_EQ(rule.x, (Values{-0.5773502691896258, 0.5773502691896258}));
+  EXPECT_EQ(rule.w, (Values{0.9999999999999996, 0.9999999999999996}));
+}
+
+TEST(GaussLegendreTest, Order3HasItsDigits) {
+  const Rule<double> rule(3);
+  EXPECT_EQ(rule.x, (Values{-0.7745966692414833, 0.0, 0.7745966692414833}));
+  EXPECT_EQ(rule.w, (Values{0.5555555555555558, 0.8888888888888888, 0.5555555555555558}));
+}
+
+TEST(GaussLegendreTest, Order100HasItsDigits) {
+  const Rule<double> rule(100);
+  EXPECT_EQ(rule.x[0], -0.9997137267734413);
+  EXPECT_EQ(rule.x[49], -0.015628984421543084);
+  for (std::size_t i = 0; i < 50; ++i) EXPECT_LT(rule.x[i], 0.0);
+  for (std::size_t i = 50; i < 100; ++i) EXPECT_GT(rule.x[i], 0.0);
+  EXPECT_EQ(std::accumulate(rule.w.begin(), rule.w.end(), 0.0), 1.9999999999999996);
+}
+
+TEST(GaussLegendreTest, EveryOrderAscendsAndIsSymmetricBitForBit) {
+  for (int n = 1; n <= 512; ++n) {
+    const Rule<double> rule(n);
+    const auto last = static_cast<std::size_t>(n) - 1;
+    for (std::size_t i = 0; i <= last; ++i) {
+      ASSERT_EQ(rule.x[i], -rule.x[last - i]) << "order " << n;
+      ASSERT_EQ(rule.w[i], rule.w[last - i]) << "order " << n;
+      ASSERT_GT(rule.w[i], 0.0) << "order " << n;
+      ASSERT_LT(std::abs(rule.x[i]), 1.0) << "order " << n;
+      if (i > 0) {
+        ASSERT_LT(rule.x[i - 1], rule.x[i]) << "order " << n;
+      }
+    }
+    if (n % 2 == 1) {
+      ASSERT_EQ(rule.x[last / 2], 0.0);
+      ASSERT_FALSE(std::signbit(rule.x[last / 2]));
+    }
+  }
+}
+
+TEST(GaussLegendreTest, MeetsTheIndependentRules) {
+  std::istringstream file(support::contents(support::testFile("data/gauss_legendre.txt")));
+  const double u = std::ldexp(1.0, -52);
+  int n;
+  std::size_t index;
+  double x, w;
+  int entries = 0;
+  while (file >> n >> index >> x >> w) {
+    const Rule<double> rule(n);
+    EXPECT_LE(std::abs(rule.x[index] - x), u) << "order " << n << ", index " << index;
+    EXPECT_LE(std::abs(rule.w[index] - w), 12 * n * u * w) << "order " << n << ", index " << index;
+    ++entries;
+  }
+  // The non-negative halves of the orders 1, 2, 3, 5, 10, 64, 100, 255 and 512.
+  EXPECT_EQ(entries, 1 + 1 + 2 + 3 + 5 + 32 + 50 + 128 + 256);
+}
+
+TEST(GaussLegendreTest, IntegratesPolynomialsUpToItsDegree) {
+  const Rule<double> rule(5);
+  for (int degree = 0; degree <= 9; ++degree) {
+    double sum = 0;
+    for (std::size_t i = 0; i < 5; ++i) sum += rule.w[i] * std::pow(rule.x[i], degree);
+    EXPECT_NEAR(sum, degree % 2 == 0 ? 2.0 / (degree + 1) : 0.0, 1e-14) << "degree " << degree;
+  }
+}
+
+TEST(GaussLegendreTest, SinglePrecisionIsTheRoundedDoubleRule) {
+  for (const int n : {1, 2, 3, 10, 100, 511}) {
+    const Rule<double> exact(n);
+    const Rule<float> rounded(n);
+    for (std::size_t i = 0; i < exact.x.size(); ++i) {
+      EXPECT_EQ(rounded.x[i], static_cast<float>(exact.x[i]));
+      EXPECT_EQ(rounded.w[i], static_cast<float>(exact.w[i]));
+    }
+  }
+}
+
+TEST(GaussLegendreTest, OrdersBeyond16383WrapIn32Bits) {
+  // 8·16384² is 2³¹, which wraps to −2³¹: the first value moves outward instead of inward, too
+  // little to lose the root.
+  const Rule<double> rule(16384);
+  EXPECT_NEAR(std::accumulate(rule.w.begin(), rule.w.end(), 0.0), 2.0, 1e-9);
+}
+
+// The messages go to standard output, which a death test cannot see: it is redirected.
+void computeWithOutputOnStandardError(int order) {
+  dup2(STDERR_FILENO, STDOUT_FILENO);
+  double x = 0, w = 0;
+  legendre_compute(order, &x, &w);
+}
+
+TEST(GaussLegendreDeathTest, Order0EndsTheProcess) {
+  EXPECT_EXIT(computeWithOutputOnStandardError(0), testing::ExitedWithCode(1),
+              "^\nLEGENDRE_COMPUTE - Fatal error!\n  Illegal value of ORDER = 0\n$");
+}
+
+TEST(GaussLegendreDeathTest, NegativeOrderEndsTheProcess) {
+  EXPECT_EXIT(computeWithOutputOnStandardError(-3), testing::ExitedWithCode(1),
+              "^\nLEGENDRE_COMPUTE - Fatal error!\n  Illegal value of ORDER = -3\n$");
+}
+
+TEST(GaussLegendreDeathTest, SinglePrecisionOrder0EndsTheProcess) {
+  const auto compute = [] {
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    float x = 0, w = 0;
+    legendre_compute(0, &x, &w);
+  };
+  EXPECT_EXIT(compute(), testing::ExitedWithCode(1), "  Illegal value of ORDER = 0\n$");
+}
+
+TEST(GaussLegendreTest, SinglePrecisionNegativeOrderFailsInTheAllocation) {
+  float x = 0, w = 0;
+  EXPECT_THROW(legendre_compute(-3, &x, &w), std::bad_alloc);
+}
+
+}  // namespace

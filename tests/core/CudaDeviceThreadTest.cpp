@@ -1,0 +1,215 @@
+#include <cstring>
+#include <optional>
+#include <stdexcept>
+
+#include "core/cuda_init.h"
+#include "core/cudahelper.h"
+#include "support/DeviceTest.h"
+
+using emulation::Device;
+using pistonfield::CudaDeviceThread;
+using pistonfield::CudaInterface;
+using support::Failure;
+using support::failureOf;
+
+namespace {
+
+Device pretended(int major, int minor, int multiProcessors, int clock) {
+  Device device{};
+  std::strcpy(device.properties.name, "pretended");
+  device.properties.major = major;
+  device.properties.minor = minor;
+  device.properties.multiProcessorCount = multiProcessors;
+  device.clockRate = clock;
+  return device;
+}
+
+class CudaDeviceThreadTest : public support::EmulationTest {
+ protected:
+  /// The device that a call selects among these, and in `lines` what it prints meanwhile.
+  int selectedAmong(const std::vector<Device>& devices) {
+    device.pretendDevices(devices);
+    { const CudaDeviceThread scope; }
+    lines = output();
+    captureAgain();
+    return device.selectedDevice();
+  }
+
+  std::string lines;
+};
+
+TEST_F(CudaDeviceThreadTest, NoDeviceFailsAtTheStartUpCheck) {
+  device.pretendDevices({});
+  testing::internal::CaptureStderr();
+  const Failure failure = failureOf([] { const CudaDeviceThread scope; });
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "Cuda error: post cuda_init() in file 'src/core/cuda_init' in line 16 : "
+            "no CUDA-capable device is detected.\n");
+  EXPECT_EQ(failure.condition, "no CUDA-capable device is detected");
+  EXPECT_EQ(failure.file, "src/core/cuda_init");
+  EXPECT_EQ(failure.line, 16);
+}
+
+TEST_F(CudaDeviceThreadTest, NoDeviceRequestsDevice0) {
+  device.pretendDevices({});
+  device.recordCalls();
+  testing::internal::CaptureStderr();
+  failureOf([] { const CudaDeviceThread scope; });
+  testing::internal::GetCapturedStderr();
+  std::vector<std::string> functions;
+  for (const emulation::Call& call : device.calls()) functions.emplace_back(call.function);
+  EXPECT_EQ(functions, (std::vector<std::string>{"cudaGetDeviceCount", "cudaSetDevice",
+                                                 "cudaGetLastError", "cudaGetLastError",
+                                                 "cudaLaunchKernel", "cudaGetLastError",
+                                                 "cudaDeviceReset"}));
+}
+
+TEST_F(CudaDeviceThreadTest, OneDeviceIsSelected) {
+  EXPECT_EQ(selectedAmong({pretended(1, 3, 30, 1300000)}), 0);
+  EXPECT_EQ(lines, "");
+}
+
+TEST_F(CudaDeviceThreadTest, TheEmulationDeviceIsSelectedWithoutAWord) {
+  { const CudaDeviceThread scope; }
+  EXPECT_EQ(device.selectedDevice(), 0);
+  EXPECT_EQ(output(), "");
+  captureAgain();
+}
+
+TEST_F(CudaDeviceThreadTest, OfTwoEqualDevicesTheFirstIsSelected) {
+  EXPECT_EQ(selectedAmong({pretended(1, 3, 30, 1300000), pretended(1, 3, 30, 1300000)}), 0);
+  EXPECT_EQ(lines, "");
+}
+
+TEST_F(CudaDeviceThreadTest, TheFasterOfTwoEqualCapabilitiesIsSelected) {
+  EXPECT_EQ(selectedAmong({pretended(1, 3, 30, 1300000), pretended(1, 3, 30, 1300001)}), 1);
+}
+
+TEST_F(CudaDeviceThreadTest, OfMajors1And2TheFastestIsSelectedWhateverItsMajor) {
+  // 8·100·1.3e6 against 32·14·1.15e6 and 48·7·1.5e6
+  EXPECT_EQ(selectedAmong({pretended(2, 0, 14, 1150000), pretended(1, 3, 100, 1300000),
+                           pretended(2, 1, 7, 1500000)}),
+            1);
+  EXPECT_EQ(selectedAmong({pretended(1, 3, 30, 1300000), pretended(2, 0, 14, 1150000)}), 1);
+  EXPECT_EQ(selectedAmong({pretended(2, 0, 10, 1000000), pretended(2, 1, 10, 1000000)}), 1);
+  EXPECT_EQ(lines, "");
+}
+
+TEST_F(CudaDeviceThreadTest, AMajorAboveTwoMakesDevice0TheResultAndIsNamed) {
+  EXPECT_EQ(selectedAmong({pretended(1, 3, 30, 1300000), pretended(2, 0, 14, 1150000),
+                           pretended(3, 5, 15, 900000), pretended(9, 0, 132, 1980000)}),
+            0);
+  EXPECT_EQ(lines,
+            "MapSMtoCores undefined SMversion 3.5!\n"
+            "MapSMtoCores undefined SMversion 9.0!\n");
+}
+
+TEST_F(CudaDeviceThreadTest, ADeviceMissingFromTheTableIsNamedAndPassedOver) {
+  EXPECT_EQ(selectedAmong({pretended(1, 9, 1000, 3000000), pretended(1, 0, 1, 1)}), 1);
+  EXPECT_EQ(lines, "MapSMtoCores undefined SMversion 1.9!\n");
+}
+
+TEST_F(CudaDeviceThreadTest, WithoutAnyScoreDevice0IsSelected) {
+  EXPECT_EQ(selectedAmong({pretended(1, 9, 10, 10), pretended(1, 8, 10, 10)}), 0);
+  EXPECT_EQ(lines,
+            "MapSMtoCores undefined SMversion 1.9!\n"
+            "MapSMtoCores undefined SMversion 1.8!\n");
+}
+
+TEST_F(CudaDeviceThreadTest, AnEmulationDeviceCountsOneCoreAndDoesNotMakeTheOthersOld) {
+  EXPECT_EQ(selectedAmong({pretended(9999, 9999, 2, 1000000), pretended(2, 0, 1, 1000000)}), 1);
+  EXPECT_EQ(selectedAmong({pretended(9999, 9999, 64, 1000000), pretended(2, 0, 1, 1000000)}), 0);
+  EXPECT_EQ(lines, "");
+}
+
+TEST_F(CudaDeviceThreadTest, TheScopeResetsTheDevice) {
+  void* memory = nullptr;
+  {
+    const CudaDeviceThread scope;
+    cudaMalloc(&memory, 16);
+    EXPECT_EQ(device.liveAllocations(), 1u);
+  }
+  EXPECT_EQ(device.liveAllocations(), 0u);
+}
+
+TEST_F(CudaDeviceThreadTest, AFailingStartStillResetsTheDevice) {
+  device.failCall("cudaLaunchKernel", 1, cudaErrorLaunchFailure, false);
+  device.recordCalls();
+  testing::internal::CaptureStderr();
+  const Failure failure = failureOf([] { const CudaDeviceThread scope; });
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "Cuda error: post cuda_init() in file 'src/core/cuda_init' in line 16 : "
+            "unspecified launch failure.\n");
+  EXPECT_EQ(failure.condition, "unspecified launch failure");
+  EXPECT_EQ(std::string(device.calls().back().function), "cudaDeviceReset");
+}
+
+TEST_F(CudaDeviceThreadTest, APersistentErrorShowsBeforeTheStart) {
+  device.failCall("cudaGetLastError", 1, cudaErrorInsufficientDriver, true);
+  testing::internal::CaptureStderr();
+  const Failure failure = failureOf([] { cuda_init(); });
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "Cuda error: pre cuda_init() in file 'src/core/cuda_init' in line 14 : "
+            "CUDA driver version is insufficient for CUDA runtime version.\n");
+  EXPECT_EQ(failure.condition, "CUDA driver version is insufficient for CUDA runtime version");
+  EXPECT_EQ(failure.line, 14);
+}
+
+TEST_F(CudaDeviceThreadTest, AnErrorOfAnEarlierCallIsForgotten) {
+  cudaSetDevice(-1);
+  EXPECT_EQ(failureOf([] { EXPECT_EQ(cuda_init(), 0); }).condition, "");
+}
+
+TEST_F(CudaDeviceThreadTest, FailuresOfSelectionAndWaitAreNotChecked) {
+  for (const char* function : {"cudaGetDeviceCount", "cudaGetDeviceProperties", "cudaSetDevice",
+                               "cudaDeviceSynchronize", "cudaDeviceGetAttribute"}) {
+    device.restore();
+    device.failCall(function, 1, cudaErrorUnknown, true);
+    EXPECT_EQ(failureOf([] { const CudaDeviceThread scope; }).condition, "") << function;
+  }
+}
+
+TEST_F(CudaDeviceThreadTest, AFailingReleaseIsReported) {
+  device.failCall("cudaDeviceReset", 1, cudaErrorUnknown, false);
+  testing::internal::CaptureStderr();
+  const Failure failure = failureOf([] { const CudaDeviceThread scope; });
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(failure.condition, "Cuda error when calling cudaThreadExit(): unknown error");
+  EXPECT_EQ(failure.file, "src/core/cudahelper");
+  EXPECT_EQ(failure.line, 25);
+}
+
+TEST_F(CudaDeviceThreadTest, AFailingReleaseIsSilentWhileAnErrorUnwinds) {
+  device.failCall("cudaDeviceReset", 1, cudaErrorUnknown, false);
+  EXPECT_THROW(
+      {
+        const CudaDeviceThread scope;
+        throw std::domain_error("first");
+      },
+      std::domain_error);
+}
+
+TEST_F(CudaDeviceThreadTest, SyncReturnsTheRuntimesCode) {
+  EXPECT_EQ(CudaInterface::sync(), cudaSuccess);
+  device.failCall("cudaDeviceSynchronize", 1, cudaErrorLaunchFailure, false);
+  EXPECT_EQ(CudaInterface::sync(), cudaErrorLaunchFailure);
+}
+
+TEST_F(CudaDeviceThreadTest, ListsTheDevices) {
+  device.pretendDevices({pretended(1, 3, 30, 1300000), pretended(2, 0, 14, 1150000)});
+  CudaInterface::dumpDevices();
+  EXPECT_EQ(output(),
+            "Device: 0 Processors 30 clockrate 1300000\n"
+            "Device: 1 Processors 14 clockrate 1150000\n"
+            "Total: 2 devices.\n");
+  captureAgain();
+}
+
+TEST_F(CudaDeviceThreadTest, ListsNoDevice) {
+  device.pretendDevices({});
+  CudaInterface::dumpDevices();
+  EXPECT_EQ(output(), "Total: 0 devices.\n");
+  captureAgain();
+}
+
+}  // namespace

@@ -1,0 +1,71 @@
+#include "core/ErrorHandler.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "core/ErrorReport.h"
+
+using pistonfield::DefaultErrorHandler;
+using pistonfield::ErrorHandler;
+
+namespace {
+
+class CountingHandler : public ErrorHandler {
+ public:
+  explicit CountingHandler(int& deletions) : deletions_(deletions) {}
+  ~CountingHandler() override { ++deletions_; }
+  void fail(const char*, int, const char*) override {}
+
+ private:
+  int& deletions_;
+};
+
+class ErrorHandlerTest : public testing::Test {
+ protected:
+  void TearDown() override { ErrorHandler::setErrorHandler(nullptr); }
+};
+
+TEST_F(ErrorHandlerTest, ReportHasTwoLinesAndAnEmptyOne) {
+  std::ostringstream report;
+  pistonfield::writeErrorReport(report, "i<N", 48, "src/core/Vector");
+  EXPECT_EQ(report.str(),
+            "ERROR: assertion failure in src/core/Vector at line 48\n"
+            "       condition failed: (i<N).\n"
+            "\n");
+}
+
+TEST(ErrorHandlerDeathTest, WithoutHandlerAFailedCheckReportsAndAborts) {
+  // The first thing that this process does with the handler.
+  EXPECT_EXIT(pistonfield::fail("i<N", {"src/core/Vector", 48}), testing::KilledBySignal(SIGABRT),
+              "^ERROR: assertion failure in src/core/Vector at line 48\n"
+              "       condition failed: \\(i<N\\)\\.\n\n");
+}
+
+TEST_F(ErrorHandlerTest, WithoutHandlerTheStaticDefaultAnswers) {
+  EXPECT_EQ(ErrorHandler::getErrorHandler(), &DefaultErrorHandler::theDefaultErrorHandler);
+}
+
+TEST_F(ErrorHandlerTest, NullInstallsANewDefaultHandler) {
+  ErrorHandler::setErrorHandler(nullptr);
+  ErrorHandler* const handler = ErrorHandler::getErrorHandler();
+  EXPECT_NE(dynamic_cast<DefaultErrorHandler*>(handler), nullptr);
+  EXPECT_NE(handler, &DefaultErrorHandler::theDefaultErrorHandler);
+}
+
+TEST_F(ErrorHandlerTest, InstallingASecondHandlerDeletesTheFirstOnce) {
+  int first = 0;
+  int second = 0;
+  ErrorHandler::setErrorHandler(new CountingHandler(first));
+  EXPECT_EQ(first, 0);
+  auto* const handler = new CountingHandler(second);
+  ErrorHandler::setErrorHandler(handler);
+  EXPECT_EQ(first, 1);
+  EXPECT_EQ(second, 0);
+  EXPECT_EQ(ErrorHandler::getErrorHandler(), handler);
+  ErrorHandler::setErrorHandler(nullptr);
+  EXPECT_EQ(first, 1);
+  EXPECT_EQ(second, 1);
+}
+
+}  // namespace

@@ -1,0 +1,81 @@
+#include "core/Grid.h"
+
+#include <gtest/gtest.h>
+
+#include "core/Grid3DR.h"
+
+using pistonfield::Grid3DR;
+using pistonfield::GridUnstructured;
+using pistonfield::MVector;
+
+namespace {
+
+MVector<double, 3> vector(double x, double y, double z) {
+  MVector<double, 3> v;
+  v[0] = x;
+  v[1] = y;
+  v[2] = z;
+  return v;
+}
+
+void expectEqual(MVector<double, 3> actual, MVector<double, 3> expected) {
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(actual[i], expected[i]) << "component " << i;
+}
+
+const Grid3DR<double>::Transform skewed = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 0, 0, 0, 1};
+
+TEST(GridTest, UnstructuredGridStartsAtZero) {
+  const GridUnstructured<double> grid(4);
+  EXPECT_EQ(grid.nbPositions(), 4u);
+  for (int i = 0; i < 4; ++i) expectEqual(grid.getPosition(i), vector(0, 0, 0));
+}
+
+TEST(GridTest, UnstructuredGridReturnsCopiesOfItsPositions) {
+  GridUnstructured<double> grid(2);
+  grid.positions[1] = vector(1, 2, 3);
+  MVector<double, 3> copy = grid.getPosition(1);
+  copy[0] = 7;
+  expectEqual(grid.getPosition(1), vector(1, 2, 3));
+}
+
+TEST(GridTest, RegularGridCountsItsPoints) {
+  const Grid3DR<double> grid(3, 4, 5, skewed);
+  EXPECT_EQ(grid.nbPositions(), 60u);
+  EXPECT_EQ(grid.sx(), 3u);
+  EXPECT_EQ(grid.sy(), 4u);
+  EXPECT_EQ(grid.sz(), 5u);
+}
+
+TEST(GridTest, RegularGridAppliesItsTransformFirstAxisFastest) {
+  const Grid3DR<double> grid(3, 4, 5, skewed);
+  const int i = 2, j = 3, l = 4;
+  expectEqual(grid.getPosition((l * 4 + j) * 3 + i),
+              vector(4 + 1 * i + 2 * j + 3 * l, 8 + 5 * i + 6 * j + 7 * l,
+                     12 + 9 * i + 10 * j + 11 * l));
+}
+
+TEST(GridTest, HomogeneousScaleOfTwoHalvesEveryCoordinate) {
+  Grid3DR<double>::Transform halved = skewed;
+  halved[15] = 2;
+  const Grid3DR<double> whole(3, 4, 5, skewed);
+  const Grid3DR<double> half(3, 4, 5, halved);
+  for (int n = 0; n < 60; ++n) {
+    MVector<double, 3> p = whole.getPosition(n);
+    expectEqual(half.getPosition(n), vector(p[0] / 2, p[1] / 2, p[2] / 2));
+  }
+}
+
+TEST(GridTest, OtherEntriesOfTheBottomRowAreNotUsed) {
+  Grid3DR<double>::Transform other = skewed;
+  other[12] = other[13] = other[14] = 5;
+  expectEqual(Grid3DR<double>(2, 2, 2, other).getPosition(7),
+              Grid3DR<double>(2, 2, 2, skewed).getPosition(7));
+}
+
+TEST(GridTest, RegularGridFromOriginAndSpacing) {
+  const Grid3DR<double> grid(2, 3, 4, vector(1, 2, 3), vector(0.5, 0.25, 2));
+  expectEqual(grid.getPosition(0), vector(1, 2, 3));
+  expectEqual(grid.getPosition(23), vector(1.5, 2.5, 9));
+}
+
+}  // namespace

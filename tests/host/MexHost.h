@@ -1,0 +1,45 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/MexArray.h"
+
+namespace host {
+
+/// What a call of the module left behind.
+struct Outcome {
+  std::optional<std::string> error;  // the message, if one ended the call
+  std::string printed;               // through mexPrintf
+  std::string standardOutput;        // of the process
+  std::string standardError;
+  std::vector<mxArray> results;
+};
+
+/// A host for one MEX module, as honest as the real ones:
+///
+/// - an error of mexErrMsgTxt unwinds the module as an exception derived from std::exception;
+/// - one raised while another unwinds ends the process, and so does any other exception that leaves
+///   the module;
+/// - access to the data of what holds no numbers ends the process or raises an error;
+/// - arrays and texts that a call has made are taken back after it.
+class MexHost {
+ public:
+  /// Loads the module; throws std::runtime_error when it cannot.
+  explicit MexHost(const std::string& path);
+  MexHost(const MexHost&) = delete;
+  MexHost& operator=(const MexHost&) = delete;
+  ~MexHost();
+
+  /// [results{1:nlhs}] = module(arguments{:})
+  Outcome call(int nlhs, const std::vector<mxArray>& arguments);
+
+  /// The address of a function that the module exports; null if it has none of that name.
+  void* symbol(const char* name) const;
+
+ private:
+  void* module_;
+};
+
+}  // namespace host

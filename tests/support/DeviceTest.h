@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cuda_runtime.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "core/ErrorHandler.h"
+#include "support/RecordingHandler.h"
+
+#if !defined(CUDART_VERSION)
+#include "emulation/TestControl.h"
+#endif
+
+namespace support {
+
+/// A test that runs on the device the tests are built for: a fresh device, failures thrown, progress
+/// lines kept off the screen.
+class DeviceTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    int count = 0;
+    if (cudaGetDeviceCount(&count) != cudaSuccess || count == 0)
+      GTEST_SKIP() << "no CUDA device on this machine";
+    pistonfield::ErrorHandler::setErrorHandler(new ThrowingHandler);
+    cudaDeviceReset();
+    cudaGetLastError();
+    testing::internal::CaptureStdout();
+    capturing_ = true;
+  }
+
+  void TearDown() override {
+    if (capturing_) output();
+    cudaDeviceReset();
+    pistonfield::ErrorHandler::setErrorHandler(nullptr);
+  }
+
+  /// What standard output has received since the last time.
+  std::string output() {
+    capturing_ = false;
+    return testing::internal::GetCapturedStdout();
+  }
+  void captureAgain() {
+    testing::internal::CaptureStdout();
+    capturing_ = true;
+  }
+
+ private:
+  bool capturing_ = false;
+};
+
+#if !defined(CUDART_VERSION)
+/// A test that makes the emulation device fail, lie or keep a record.
+class EmulationTest : public DeviceTest {
+ protected:
+  void SetUp() override {
+    emulationTestControl().restore();
+    DeviceTest::SetUp();
+  }
+  void TearDown() override {
+    emulationTestControl().restore();
+    DeviceTest::TearDown();
+  }
+  emulation::TestControl& device = emulationTestControl();
+};
+#endif
+
+}  // namespace support

@@ -1,0 +1,47 @@
+#include "support/ReferenceField.h"
+
+#include <cmath>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace support {
+
+double ReferenceField::farthestCorner(std::size_t i) const {
+  const auto [x, y, z] = points[i];
+  const double dx = std::abs(x) + s / 2;
+  const double dy = std::abs(y) + l / 2;
+  return std::sqrt(dx * dx + dy * dy + z * z);
+}
+
+double ReferenceField::tolerance(std::size_t i) const {
+  return 3 * std::ldexp(1.0, -24) * (1 + k * farthestCorner(i));
+}
+
+std::vector<ReferenceField> readReferenceFields(const std::string& name) {
+  std::istringstream file(contents(testFile("data/" + name)));
+  std::vector<ReferenceField> fields;
+  double l, s, k, x, y, z, re, im;
+  while (file >> l >> s >> k >> x >> y >> z >> re >> im) {
+    if (fields.empty() || fields.back().l != l || fields.back().s != s || fields.back().k != k)
+      fields.push_back({l, s, k, {}, {}});
+    fields.back().points.push_back({x, y, z});
+    fields.back().pressure.emplace_back(re, im);
+  }
+  if (fields.empty()) throw std::runtime_error("no reference values in " + name);
+  return fields;
+}
+
+std::string testFile(const std::string& path) {
+  return std::string(PISTONFIELD_TESTS_DIR "/") + path;
+}
+
+std::string contents(const std::string& path) {
+  std::ifstream file(path);
+  if (!file) throw std::runtime_error("cannot read " + path);
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+}  // namespace support

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <complex>
+#include <string>
+#include <vector>
+
+namespace support {
+
+struct Position {
+  double x, y, z;
+};
+
+/// One piston and its pressure at a list of points, from an independent computation.
+struct ReferenceField {
+  double l, s, k;
+  std::vector<Position> points;
+  std::vector<std::complex<double>> pressure;
+
+  /// The distance from point i to the farthest corner of the piston.
+  double farthestCorner(std::size_t i) const;
+
+  /// How far single precision may be off at point i: 3·2^-24·(1 + kR).
+  double tolerance(std::size_t i) const;
+};
+
+/// All fields of tests/data/<name>.
+std::vector<ReferenceField> readReferenceFields(const std::string& name);
+
+/// The path of a file below tests/.
+std::string testFile(const std::string& path);
+
+/// A whole file.
+std::string contents(const std::string& path);
+
+}  // namespace support
