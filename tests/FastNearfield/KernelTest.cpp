@@ -1,0 +1,306 @@
+#include <cmath>
+#include <complex>
+#include <cstring>
+#include <ostream>
+#include <vector>
+
+#include "FastNearfield/IntegratorCuda.h"
+#include "FastNearfield/LaunchShape.h"
+#include "FastNearfield/RectangularPistonCuda.h"
+#include "FastNearfield/RectangularPistonKernels.h"
+#include "core/CudaToday.h"
+#include "core/DeviceBuffer.h"
+#include "support/DeviceTest.h"
+#include "support/ReferenceField.h"
+
+using pistonfield::blockShape;
+using pistonfield::Complex;
+using pistonfield::DeviceBuffer;
+using pistonfield::launch;
+using pistonfield::regularGridShape;
+
+namespace {
+
+constexpr float a = 0.75f, b = 0.5f, k = 12.5f;  // half sides along x and y
+
+bool sameBits(const Complex& p, const Complex& q) { return std::memcmp(&p, &q, sizeof p) == 0; }
+
+/// An array on the device with a margin behind it that nothing may write.
+template <class T>
+class GuardedArray {
+ public:
+  explicit GuardedArray(std::size_t size) : host_(size + margin) {
+    std::memset(static_cast<void*>(host_.data()), pattern, bytes());
+    EXPECT_EQ(device_.allocate(bytes()), cudaSuccess);
+    EXPECT_EQ(cudaMemcpy(device_.get(), host_.data(), bytes(), cudaMemcpyHostToDevice),
+              cudaSuccess);
+  }
+  T* device() const { return device_.get(); }
+
+  /// What the kernels wrote; the margin must be as it was.
+  std::vector<T> read() {
+    EXPECT_EQ(cudaMemcpy(host_.data(), device_.get(), bytes(), cudaMemcpyDeviceToHost),
+              cudaSuccess);
+    const auto* const behind = reinterpret_cast<const unsigned char*>(&host_[host_.size() - margin]);
+    for (std::size_t i = 0; i < margin * sizeof(T); ++i)
+      EXPECT_EQ(behind[i], pattern) << "written past the end";
+    return {host_.begin(), host_.end() - margin};
+  }
+
+ private:
+  static constexpr std::size_t margin = 64;
+  static constexpr unsigned char pattern = 0xAB;
+  std::size_t bytes() const { return host_.size() * sizeof(T); }
+  std::vector<T> host_;
+  DeviceBuffer<T> device_;
+};
+
+template <class T>
+class Uploaded {
+ public:
+  explicit Uploaded(const std::vector<T>& values) {
+    const std::size_t bytes = values.size() * sizeof(T);
+    EXPECT_EQ(buffer_.allocate(bytes), cudaSuccess);
+    EXPECT_EQ(cudaMemcpy(buffer_.get(), values.data(), bytes, cudaMemcpyHostToDevice), cudaSuccess);
+  }
+  T* get() const { return buffer_.get(); }
+
+ private:
+  DeviceBuffer<T> buffer_;
+};
+
+class KernelTest : public support::DeviceTest {
+ protected:
+  void SetUp() override {
+    DeviceTest::SetUp();
+    if (!IsSkipped()) setCudaIntegratorParameters("RectangularPiston", 10);
+  }
+
+  /// The pressure at x, y, z of every point, by the kernel for lists.
+  static std::vector<Complex> list(const std::vector<float>& positions) {
+    const auto count = positions.size() / 3;
+    GuardedArray<Complex> result(count);
+    const Uploaded<float> pos(positions);
+    EXPECT_EQ(launch(calculate_grid_unstructured,
+                     pistonfield::pointListShape(static_cast<int>(count)), blockShape,
+                     result.device(), static_cast<int>(count), pos.get(), a, b, k),
+              cudaSuccess);
+    return result.read();
+  }
+
+  static void expectSame(const std::vector<Complex>& actual, const std::vector<Complex>& expected) {
+    ASSERT_EQ(actual.size(), expected.size());
+    for (std::size_t i = 0; i < actual.size(); ++i)
+      ASSERT_TRUE(sameBits(actual[i], expected[i])) << "point " << i;
+  }
+
+  static std::vector<Complex> pairs(const std::vector<float>& re, const std::vector<float>& im) {
+    std::vector<Complex> values;
+    for (std::size_t i = 0; i < re.size(); ++i) values.push_back({re[i], im[i]});
+    return values;
+  }
+};
+
+const std::vector<std::vector<int>> gridSizes = {{1, 1, 1}, {17, 3, 3}, {7, 11, 13}, {129, 1, 2}};
+// Powers of two, so that the positions are exact on every device, whatever it fuses.
+const float t[16] = {0.125f, 0.25f, -0.5f, 0.0625f, -0.25f, 0.125f, 0.5f,
+                     0.5f,   0.5f,  0.25f, 0.125f,  1.0f,   9,     9,
+                     9,      9};
+
+std::vector<float> transformedPositions(int sx, int sy, int sz) {
+  std::vector<float> positions;
+  for (int l = 0; l < sz; ++l)
+    for (int j = 0; j < sy; ++j)
+      for (int i = 0; i < sx; ++i)
+        for (int r = 0; r < 3; ++r) {
+          const float* const row = t + 4 * r;
+          positions.push_back(row[0] * static_cast<float>(i) + row[1] * static_cast<float>(j) +
+                              row[2] * static_cast<float>(l) + row[3]);
+        }
+  return positions;
+}
+
+TEST_F(KernelTest, ListsOfAnyLengthWriteExactlyTheirPoints) {
+  for (const std::size_t count : {1, 2, 127, 128, 129, 8191, 8193}) {
+    std::vector<float> positions;
+    for (std::size_t i = 0; i < count; ++i)
+      positions.insert(positions.end(), {static_cast<float>(i) / 64, 0.25f, 1.0f});
+    const std::vector<Complex> p = list(positions);
+    const std::vector<Complex> last = list({positions.end() - 3, positions.end()});
+    EXPECT_TRUE(sameBits(p.back(), last[0]));
+  }
+}
+
+TEST_F(KernelTest, AllKernelsOfTransformedGridsAgreeWithTheList) {
+  for (const std::vector<int>& size : gridSizes) {
+    const int sx = size[0], sy = size[1], sz = size[2];
+    const auto count = static_cast<std::size_t>(sx * sy * sz);
+    const dim3 grid = regularGridShape(sx, sy, sz);
+    const std::vector<Complex> expected = list(transformedPositions(sx, sy, sz));
+    const Uploaded<float> transform({t, t + 16});
+
+    GuardedArray<Complex> inMemory(count);
+    EXPECT_EQ(launch(calculate_grid, grid, blockShape, inMemory.device(), sx, sy, sz,
+                     transform.get(), a, b, k),
+              cudaSuccess);
+    expectSame(inMemory.read(), expected);
+
+    GuardedArray<float> re(count), im(count);
+    EXPECT_EQ(launch(calculate_grid, grid, blockShape, re.device(), im.device(), sx, sy, sz,
+                     transform.get(), a, b, k),
+              cudaSuccess);
+    expectSame(pairs(re.read(), im.read()), expected);
+
+    GuardedArray<Complex> scalars(count);
+    EXPECT_EQ(launch(calculate_grid, grid, blockShape, scalars.device(), sx, sy, sz, t[0], t[1],
+                     t[2], t[3], t[4], t[5], t[6], t[7], t[8], t[9], t[10], t[11], a, b, k),
+              cudaSuccess);
+    expectSame(scalars.read(), expected);
+
+    GuardedArray<float> re12(count), im12(count);
+    EXPECT_EQ(launch(calculate_grid, grid, blockShape, re12.device(), im12.device(), sx, sy, sz,
+                     t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8], t[9], t[10], t[11], a, b,
+                     k),
+              cudaSuccess);
+    expectSame(pairs(re12.read(), im12.read()), expected);
+  }
+}
+
+TEST_F(KernelTest, TheGridFromTheCentreAgreesWithTheList) {
+  for (const std::vector<int>& size : gridSizes) {
+    const int sx = size[0], sy = size[1], sz = size[2];
+    const float dx = 0.125f, dy = 0.25f, dz = 0.5f;
+    std::vector<float> positions;
+    for (int l = 0; l < sz; ++l)
+      for (int j = 0; j < sy; ++j)
+        for (int i = 0; i < sx; ++i)
+          positions.insert(positions.end(), {static_cast<float>(i) * dx, static_cast<float>(j) * dy,
+                                             static_cast<float>(l) * dz});
+    GuardedArray<Complex> result(static_cast<std::size_t>(sx * sy * sz));
+    EXPECT_EQ(launch(calculate, regularGridShape(sx, sy, sz), blockShape, result.device(), sx, sy,
+                     sz, dx, dy, dz, a, b, k),
+              cudaSuccess);
+    expectSame(result.read(), list(positions));
+  }
+}
+
+TEST_F(KernelTest, TheRectilinearGridAgreesWithTheList) {
+  for (const std::vector<int>& size : gridSizes) {
+    const int sx = size[0], sy = size[1], sz = size[2];
+    std::vector<float> x, y, z, positions;
+    for (int i = 0; i < sx; ++i) x.push_back(static_cast<float>(i * i) / 64 - 1);
+    for (int j = 0; j < sy; ++j) y.push_back(static_cast<float>(j * j) / 32 - 0.5f);
+    for (int l = 0; l < sz; ++l) z.push_back(static_cast<float>(l * l) / 16 - 2);
+    for (const float pz : z)
+      for (const float py : y)
+        for (const float px : x) positions.insert(positions.end(), {px, py, pz});
+    const Uploaded<float> posx(x), posy(y), posz(z);
+    GuardedArray<Complex> result(static_cast<std::size_t>(sx * sy * sz));
+    EXPECT_EQ(launch(calculate_grid_structured, regularGridShape(sx, sy, sz), blockShape,
+                     result.device(), sx, sy, sz, posx.get(), posy.get(), posz.get(), a, b, k),
+              cudaSuccess);
+    expectSame(result.read(), list(positions));
+  }
+}
+
+TEST_F(KernelTest, AnyShapeOfTheGridOfBlocksGivesTheSame) {
+  std::vector<float> positions;
+  for (int i = 0; i < 500; ++i)
+    positions.insert(positions.end(), {static_cast<float>(i) / 64, 0.25f, 1.0f});
+  const std::vector<Complex> expected = list(positions);
+  const Uploaded<float> pos(positions);
+  for (const dim3 grid : {dim3(4), dim3(1, 4), dim3(1, 1, 4), dim3(2, 3, 5)}) {
+    GuardedArray<Complex> result(500);
+    EXPECT_EQ(launch(calculate_grid_unstructured, grid, blockShape, result.device(), 500, pos.get(),
+                     a, b, k),
+              cudaSuccess);
+    expectSame(result.read(), expected);
+  }
+}
+
+TEST_F(KernelTest, MirroredPointsGiveIdenticalBits) {
+  const std::vector<Complex> p = list({0.3f, 0.2f, 1, -0.3f, 0.2f, 1, 0.3f, -0.2f, 1, -0.3f, -0.2f,
+                                       1, 0.3f, 0.2f, -1});
+  for (std::size_t i = 1; i < 4; ++i) EXPECT_TRUE(sameBits(p[i], p[0]));
+  EXPECT_FALSE(sameBits(p[4], p[0]));
+}
+
+TEST_F(KernelTest, APointWithoutANumberSpoilsOnlyItself) {
+  const float nan = std::nanf("");
+  const std::vector<Complex> p = list({0.3f, 0.2f, 1, nan, 0.2f, 1, 0.3f, 0.2f, 1});
+  EXPECT_TRUE(std::isnan(p[1].re));
+  EXPECT_TRUE(sameBits(p[0], p[2]));
+  EXPECT_TRUE(std::isfinite(p[0].re));
+}
+
+TEST_F(KernelTest, OrderOneUsesTheCentresOfTheIntervals) {
+  setCudaIntegratorParameters("RectangularPiston", 1);
+  // On the axis: S = −4·(a·F(a) + b·F(b)) with F(d) = 2·(h)·f(h) at the middle h of [0, side].
+  const auto F = [](double d, double side) {
+    const double sigma = side / 2, D = d * d + sigma * sigma;
+    return side * (std::polar(1.0, -k * std::sqrt(1 + D)) - std::polar(1.0, -double{k})) / D;
+  };
+  const std::complex<double> S = -4.0 * (double{a} * F(a, b) + double{b} * F(b, a));
+  const std::complex<double> p = std::complex<double>(0, -1) * S / (2 * M_PI);
+  const Complex actual = list({0, 0, 1})[0];
+  EXPECT_LE(std::abs(std::complex<double>(actual.re, actual.im) - p), 1e-5);
+}
+
+struct DeviceFile {
+  const char* name;
+  int order;
+};
+
+void PrintTo(const DeviceFile& file, std::ostream* out) { *out << file.name; }
+
+class ReferenceFieldTest : public support::DeviceTest,
+                           public testing::WithParamInterface<DeviceFile> {};
+
+/// The field at a reference's points, by the launcher for lists.
+std::vector<Complex> launched(const support::ReferenceField& field) {
+  std::vector<float> positions;
+  for (const support::Position& p : field.points)
+    for (const double c : {p.x, p.y, p.z}) positions.push_back(static_cast<float>(c));
+  std::vector<Complex> result(field.points.size());
+  RectangularPiston_func_unstructured(
+      result.data(), static_cast<int>(result.size()), positions.data(),
+      static_cast<float>(field.l), static_cast<float>(field.s), static_cast<float>(field.k));
+  return result;
+}
+
+TEST_P(ReferenceFieldTest, EveryPointIsWithinTheBound) {
+  setCudaIntegratorParameters("RectangularPiston", GetParam().order);
+  for (const support::ReferenceField& field : support::readReferenceFields(GetParam().name)) {
+    const std::vector<Complex> result = launched(field);
+    for (std::size_t i = 0; i < result.size(); ++i)
+      EXPECT_LE(std::abs(std::complex<double>(result[i].re, result[i].im) - field.pressure[i]),
+                field.tolerance(i))
+          << GetParam().name << ", l = " << field.l << ", point " << i;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Orders, ReferenceFieldTest,
+                         testing::Values(DeviceFile{"dev10.txt", 10}, DeviceFile{"dev17.txt", 17},
+                                         DeviceFile{"dev64.txt", 64}),
+                         [](const auto& file) { return "Order" + std::to_string(file.param.order); });
+
+TEST_F(KernelTest, Order64MeetsTheIntegralItselfWhereTheRuleDoes) {
+  setCudaIntegratorParameters("RectangularPiston", 64);
+  const auto exact = support::readReferenceFields("exact.txt");
+  const auto rule = support::readReferenceFields("dev64.txt");
+  ASSERT_EQ(exact.size(), rule.size());
+  int met = 0, all = 0;
+  for (std::size_t f = 0; f < exact.size(); ++f) {
+    const std::vector<Complex> result = launched(exact[f]);
+    for (std::size_t i = 0; i < result.size(); ++i, ++all) {
+      const double tolerance = exact[f].tolerance(i);
+      if (std::abs(rule[f].pressure[i] - exact[f].pressure[i]) > tolerance / 6) continue;
+      EXPECT_LE(std::abs(std::complex<double>(result[i].re, result[i].im) - exact[f].pressure[i]),
+                tolerance);
+      ++met;
+    }
+  }
+  EXPECT_GE(met, all * 3 / 4) << "of " << all << " points";
+}
+
+}  // namespace

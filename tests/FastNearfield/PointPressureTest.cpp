@@ -1,0 +1,202 @@
+#include "FastNearfield/PointPressure.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <random>
+#include <vector>
+
+#include "FastNearfield/GaussLegendre.h"
+
+using pistonfield::Complex;
+using pistonfield::HalfAngleIntegrand;
+using pistonfield::SymmetricRule;
+
+namespace {
+
+/// A rule in the layout that the kernels read.
+struct HalfRule {
+  explicit HalfRule(int n) : N(n), x(static_cast<std::size_t>(n)), w(static_cast<std::size_t>(n)) {
+    pistonfield::legendre_compute(n, x.data(), w.data());
+  }
+  SymmetricRule<float> view() const { return {x.data(), w.data(), N}; }
+  int N;
+  std::vector<float> x, w;
+};
+
+std::complex<double> pressure(double x, double y, double z, double a, double b, double k,
+                              const SymmetricRule<float>& rule) {
+  const Complex p = pistonfield::pointPressure<HalfAngleIntegrand>(
+      static_cast<float>(x), static_cast<float>(y), static_cast<float>(z), static_cast<float>(a),
+      static_cast<float>(b), static_cast<float>(k), rule);
+  return {p.re, p.im};
+}
+
+/// The same sum in double precision with the integrand as it is written, and nothing clever.
+class Literal {
+ public:
+  Literal(double z, double k, const HalfRule& rule)
+      : z_(z), k_(k), E0_(std::polar(1.0, -k * z)), rule_(rule) {}
+
+  std::complex<double> F(double d, double lo, double hi) const {
+    if (lo == hi) return 0;
+    const double c = (lo + hi) * 0.5, h = (hi - lo) * 0.5;
+    std::complex<double> sum = 0;
+    const auto n = static_cast<std::size_t>(rule_.N / 2);
+    for (std::size_t i = 0; i < n; ++i)
+      sum += rule_.w[i] * h * (at(d, c + rule_.x[i] * h) + at(d, c - rule_.x[i] * h));
+    if (rule_.N % 2 == 1) sum += rule_.w[n] * h * at(d, c);
+    return sum;
+  }
+
+  std::complex<double> pair(double d1, double d2, double v, double b) const {
+    if (v > b) return d1 * F(d1, v - b, v + b) - d2 * F(d2, v - b, v + b);
+    if (v > 1e-7)
+      return d1 * (F(d1, 0, v + b) + F(d1, v - b, 0)) - d2 * (F(d2, 0, v + b) + F(d2, v - b, 0));
+    return 2 * d1 * F(d1, 0, v + b) - 2 * d2 * F(d2, 0, v + b);
+  }
+
+ private:
+  std::complex<double> at(double d, double sigma) const {
+    const double D = d * d + sigma * sigma;
+    return (std::polar(1.0, -k_ * std::sqrt(z_ * z_ + D)) - E0_) / D;
+  }
+
+  double z_, k_;
+  std::complex<double> E0_;
+  const HalfRule& rule_;
+};
+
+std::complex<double> literalPressure(double x, double y, double z, double a, double b, double k,
+                                     const HalfRule& rule) {
+  const Literal f(z, k, rule);
+  const double u = std::abs(x), v = std::abs(y);
+  const std::complex<double> S = f.pair(u - a, u + a, v, b) + f.pair(v - b, v + b, u, a);
+  return std::complex<double>(0, -1) * S / (2 * M_PI);
+}
+
+double tolerance(double x, double y, double z, double a, double b, double k) {
+  const double R = std::hypot(std::abs(x) + a, std::abs(y) + b, z);
+  return 3 * std::ldexp(1.0, -24) * (1 + k * R);
+}
+
+const double a = 0.75, b = 0.5, k = 12.5;
+
+TEST(PointPressureTest, AllNineCasesMeetTheLiteralForm) {
+  for (const int n : {1, 2, 9, 10, 33}) {
+    const HalfRule rule(n);
+    for (const double x : {0.0, 0.5, 1.5})
+      for (const double y : {0.0, 0.25, 1.25})
+        for (const double z : {-2.0, 0.0, 0.125, 2.0, 40.0})
+          EXPECT_LE(std::abs(pressure(x, y, z, a, b, k, rule.view()) -
+                             literalPressure(x, y, z, a, b, k, rule)),
+                    tolerance(x, y, z, a, b, k))
+              << "order " << n << " at " << x << ", " << y << ", " << z;
+  }
+}
+
+TEST(PointPressureTest, RandomPointsMeetTheLiteralForm) {
+  const HalfRule rule(24);
+  std::mt19937 random(1);
+  std::uniform_real_distribution<float> across(-3, 3), along(-10, 10);
+  for (int n = 0; n < 20000; ++n) {
+    const double x = across(random), y = across(random), z = along(random);
+    ASSERT_LE(std::abs(pressure(x, y, z, a, b, k, rule.view()) -
+                       literalPressure(x, y, z, a, b, k, rule)),
+              tolerance(x, y, z, a, b, k))
+        << x << ", " << y << ", " << z;
+  }
+}
+
+TEST(PointPressureTest, TheAxisTakesOneDoubledIntegralInEachDirection) {
+  const HalfRule rule(16);
+  const Literal f(1.0, k, rule);
+  const std::complex<double> S = 2 * -a * f.F(-a, 0, b) - 2 * a * f.F(a, 0, b) +  //
+                                 2 * -b * f.F(-b, 0, a) - 2 * b * f.F(b, 0, a);
+  const std::complex<double> p = std::complex<double>(0, -1) * S / (2 * M_PI);
+  EXPECT_LE(std::abs(pressure(0, 0, 1, a, b, k, rule.view()) - p), tolerance(0, 0, 1, a, b, k));
+  // Up to the threshold a point counts as on the plane of symmetry; beyond it does not. A rule of
+  // order 2 is coarse enough to tell the two apart.
+  const HalfRule coarse(2);
+  const auto at = [&](float y) { return pressure(0.25, y, 1, a, b, k, coarse.view()); };
+  EXPECT_LT(std::abs(at(1e-7f) - at(0)), 1e-5);
+  EXPECT_EQ(at(1e-7f), at(-1e-7f));
+  EXPECT_LE(std::abs(at(0) - literalPressure(0.25, 0, 1, a, b, k, coarse)), 1e-5);
+  EXPECT_LE(std::abs(at(2e-7f) - literalPressure(0.25, 2e-7, 1, a, b, k, coarse)), 1e-5);
+}
+
+TEST(PointPressureTest, AboveAnEdgeTheEmptyIntervalContributesNothing) {
+  const HalfRule rule(16);
+  const Literal f(1.0, k, rule);
+  const double y = 0.25;
+  const std::complex<double> S =
+      -2 * a * (f.F(2 * a, 0, y + b) + f.F(2 * a, y - b, 0)) +  // d1 = 0
+      (y - b) * f.F(y - b, 0, 2 * a) - (y + b) * f.F(y + b, 0, 2 * a);
+  const std::complex<double> p = std::complex<double>(0, -1) * S / (2 * M_PI);
+  EXPECT_LE(std::abs(pressure(a, y, 1, a, b, k, rule.view()) - p), tolerance(a, y, 1, a, b, k));
+}
+
+TEST(PointPressureTest, APointAboveACornerIsFinite) {
+  for (const int n : {1, 10, 17}) {
+    const HalfRule rule(n);
+    for (const double x : {-a, a})
+      for (const double y : {-b, b})
+        for (const double z : {-1.0, 0.0, 1.0}) {
+          const std::complex<double> p = pressure(x, y, z, a, b, k, rule.view());
+          EXPECT_TRUE(std::isfinite(p.real()) && std::isfinite(p.imag())) << n << " " << z;
+          EXPECT_LE(std::abs(p - literalPressure(x, y, z, a, b, k, rule)),
+                    tolerance(x, y, z, a, b, k));
+        }
+  }
+}
+
+TEST(PointPressureTest, OrderZeroOrBelowIsZeroEverywhere) {
+  for (const int N : {0, -4})
+    for (const double x : {0.0, 0.5, 1.5}) {
+      const std::complex<double> p = pressure(x, 0.25, 1, a, b, k, {nullptr, nullptr, N});
+      EXPECT_EQ(p, std::complex<double>(0, 0));
+    }
+}
+
+TEST(PointPressureTest, OddOrdersNeverReadTheCentreAbscissa) {
+  const float nan = std::nanf("");
+  for (const int n : {1, 3, 9}) {
+    HalfRule rule(n);
+    const std::complex<double> before = pressure(0.5, 0.25, 1, a, b, k, rule.view());
+    for (std::size_t i = static_cast<std::size_t>(n) / 2; i < rule.x.size(); ++i) rule.x[i] = nan;
+    for (std::size_t i = static_cast<std::size_t>(n) / 2 + 1; i < rule.w.size(); ++i)
+      rule.w[i] = nan;
+    EXPECT_EQ(pressure(0.5, 0.25, 1, a, b, k, rule.view()), before) << "order " << n;
+  }
+}
+
+TEST(PointPressureTest, MirroredPointsAreIdentical) {
+  const HalfRule rule(10);
+  for (const double x : {0.3, 0.75, 1.5})
+    for (const double y : {0.2, 0.5, 2.0})
+      for (const double z : {-1.0, 0.5}) {
+        const std::complex<double> p = pressure(x, y, z, a, b, k, rule.view());
+        EXPECT_EQ(pressure(-x, y, z, a, b, k, rule.view()), p);
+        EXPECT_EQ(pressure(x, -y, z, a, b, k, rule.view()), p);
+        EXPECT_EQ(pressure(-x, -y, z, a, b, k, rule.view()), p);
+      }
+}
+
+TEST(PointPressureTest, NegativeZIsNotFolded) {
+  const HalfRule rule(32);
+  const std::complex<double> front = pressure(0.3, 0.2, 1, a, b, k, rule.view());
+  const std::complex<double> back = pressure(0.3, 0.2, -1, a, b, k, rule.view());
+  EXPECT_GT(std::abs(front - back), 0.1);
+  EXPECT_LE(std::abs(back - literalPressure(0.3, 0.2, -1, a, b, k, rule)),
+            tolerance(0.3, 0.2, -1, a, b, k));
+}
+
+TEST(PointPressureTest, OneBadPointIsNotANumber) {
+  const HalfRule rule(10);
+  const double nan = std::nan("");
+  EXPECT_TRUE(std::isnan(pressure(nan, 0, 1, a, b, k, rule.view()).real()));
+  EXPECT_TRUE(std::isnan(pressure(0, 0, nan, a, b, k, rule.view()).real()));
+}
+
+}  // namespace

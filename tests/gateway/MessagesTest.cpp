@@ -1,0 +1,286 @@
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "gateway/GatewayTest.h"
+
+// Every message of the gateway, and the order in which they win.
+
+namespace {
+
+const std::string argumentCount =
+    "Must have five or six input arguments: ([list of points], ignored, l, s, k, "
+    "['cuda'|'cudadp'|'cpu'|'cpusp'|'cpudp'], [nabscissas])";
+const std::string outputCount = "Must have one output arguments";
+const std::string pointsType = "Input must be real, full, and nonstring";
+const std::string abscissas =
+    "abscissas must be a number or a 2D matrix containing abscissas and weights.";
+const std::string rowCount = "Points (argument 1) must have dimension of three.";
+const std::string noPoints = "The given grid must have at least one data point";
+const std::string modeType = "Input 5 must be a character string and either be 'cuda' or 'cpu'";
+const std::string modeValue = "Input 5 must either be 'cuda' or 'cpu[sp,dp]'";
+const std::string cpuMode = "CPU version not implemented, yet.";
+
+class MessagesTest : public GatewayTest {
+ protected:
+  /// A report of a failed condition, whatever its line.
+  static std::string report(const std::string& file, const std::string& condition,
+                            const std::string& actual) {
+    const std::string head = "ERROR: assertion failure in " + file + " at line ";
+    const std::size_t end = actual.find('\n');
+    if (actual.compare(0, head.size(), head) != 0 || end == std::string::npos) return head;
+    return actual.substr(0, end) + "\n       condition failed: (" + condition + ").\n\n";
+  }
+
+  static std::vector<mxArray> everyOtherClass() {
+    std::vector<mxArray> values;
+    for (const char* name : {"single", "int8", "uint8", "int16", "uint16", "int32", "uint32",
+                             "int64", "uint64", "logical", "char", "cell", "struct",
+                             "function_handle", "object"})
+      values.push_back(host::ofClass(name, 3, 1));
+    values.push_back(host::sparseMatrix(3, 1, {1, 2, 3}));
+    values.push_back(host::complexMatrix(3, 1, {1, 2, 3}, {0, 0, 0}));
+    return values;
+  }
+
+  static bool isTextOf(const mxArray& value) { return value.className == "char"; }
+};
+
+TEST_F(MessagesTest, InfoPrintsFourLinesAndReturnsNothing) {
+  const host::Outcome outcome = module.call(0, {host::text("info")});
+  EXPECT_FALSE(outcome.error);
+  EXPECT_TRUE(outcome.results.empty());
+  EXPECT_EQ(outcome.standardOutput, "");
+  EXPECT_EQ(std::count(outcome.printed.begin(), outcome.printed.end(), '\n'), 4);
+}
+
+TEST_F(MessagesTest, InfoWithAnOutputIsNoQuery) {
+  EXPECT_EQ(module.call(1, {host::text("info")}).error, argumentCount);
+}
+
+TEST_F(MessagesTest, OtherTextsAreNoQuery) {
+  for (const char* other : {"inf", "infos", "Info", "", "xinfo"})
+    EXPECT_EQ(module.call(0, {host::text(other)}).error, argumentCount) << other;
+  EXPECT_EQ(module.call(0, {host::scalar(1)}).error, argumentCount);
+  EXPECT_EQ(module.call(0, {}).error, argumentCount);
+  EXPECT_EQ(module.call(0, {host::text("info"), host::text("info")}).error, argumentCount);
+}
+
+TEST_F(MessagesTest, FourOrEightArgumentsAreWrong) {
+  EXPECT_EQ(errorOf({}, 4), argumentCount);
+  EXPECT_EQ(errorOf({}, 8), argumentCount);
+}
+
+TEST_F(MessagesTest, FiveSixAndSevenArgumentsAreRight) {
+  for (const std::size_t count : {5u, 6u, 7u}) EXPECT_EQ(errorOf({}, count), "") << count;
+}
+
+TEST_F(MessagesTest, ThereMustBeOneOutput) {
+  EXPECT_EQ(module.call(0, Arguments{}.first(5)).error, outputCount);
+  EXPECT_EQ(module.call(2, Arguments{}.first(5)).error, outputCount);
+}
+
+TEST_F(MessagesTest, ComplexSparseAndCharPointsAreWrong) {
+  Arguments arguments;
+  arguments.points = host::complexMatrix(3, 1, {0, 0, 1}, {0, 0, 0});
+  EXPECT_EQ(errorOf(arguments), pointsType);
+  arguments.points = host::sparseMatrix(3, 1, {0, 0, 1});
+  EXPECT_EQ(errorOf(arguments), pointsType);
+  arguments.points = host::ofClass("sparse", 3, 1);
+  EXPECT_EQ(errorOf(arguments), pointsType);
+  arguments.points = host::text("abc");
+  EXPECT_EQ(errorOf(arguments), pointsType);
+}
+
+TEST_F(MessagesTest, PointsOfEveryOtherClassAreWrong) {
+  Arguments arguments;
+  for (const mxArray& value : everyOtherClass()) {
+    arguments.points = value;
+    EXPECT_EQ(errorOf(arguments), pointsType) << value.className;
+  }
+}
+
+TEST_F(MessagesTest, TwoOrFourRowsAreWrong) {
+  Arguments arguments;
+  arguments.points = host::matrix(2, 2, {1, 2, 3, 4});
+  EXPECT_EQ(errorOf(arguments), rowCount);
+  arguments.points = host::matrix(4, 1, {1, 2, 3, 4});
+  EXPECT_EQ(errorOf(arguments), rowCount);
+  arguments.points = host::matrix(0, 0, {});
+  EXPECT_EQ(errorOf(arguments), rowCount);
+}
+
+TEST_F(MessagesTest, NoPointsAreWrong) {
+  Arguments arguments;
+  arguments.points = host::matrix(3, 0, {});
+  EXPECT_EQ(errorOf(arguments), noPoints);
+}
+
+TEST_F(MessagesTest, MoreColumnsThanAnIntCountsAreWrong) {
+  Arguments arguments;
+  arguments.points.dims = {3, std::size_t{1} << 31};
+  EXPECT_EQ(errorOf(arguments), "Points (argument 1) must be at most 2147483647.");
+}
+
+TEST_F(MessagesTest, PagesOfPointsCountAsColumns) {
+  Arguments arguments;
+  arguments.points.dims = {3, 2, 2};
+  arguments.points.re = {0, 0, 1, 0, 0, 2, 0, 0, 3, 0, 0, 4};
+  EXPECT_EQ(pressures(arguments).size(), 4u);
+}
+
+TEST_F(MessagesTest, VectorsAndWideMatricesAreNoAbscissas) {
+  Arguments arguments;
+  arguments.nabscissas = host::matrix(1, 3, {1, 2, 3});
+  EXPECT_EQ(errorOf(arguments), abscissas);
+  arguments.nabscissas = host::matrix(3, 3, {1, 2, 3, 4, 5, 6, 7, 8, 9});
+  EXPECT_EQ(errorOf(arguments), abscissas);
+  arguments.nabscissas = host::matrix(0, 0, {});
+  EXPECT_EQ(errorOf(arguments), abscissas);
+  arguments.nabscissas = host::matrix(2, 1, {1, 2});
+  EXPECT_EQ(errorOf(arguments), abscissas);
+}
+
+TEST_F(MessagesTest, TablesOfEveryOtherClassAreNoAbscissas) {
+  Arguments arguments;
+  for (mxArray value : everyOtherClass()) {
+    if (value.isComplex) continue;  // its real part is the table
+    value.dims = {1, 2};
+    arguments.nabscissas = value;
+    EXPECT_EQ(errorOf(arguments), abscissas) << value.className;
+  }
+}
+
+TEST_F(MessagesTest, ScalarsThatHoldNoNumberAreNoAbscissas) {
+  Arguments arguments;
+  for (const char* name : {"cell", "struct", "function_handle", "object"}) {
+    arguments.nabscissas = host::ofClass(name, 1, 1);
+    EXPECT_EQ(errorOf(arguments), abscissas) << name;
+  }
+  arguments.nabscissas = host::sparseMatrix(1, 1, {});
+  EXPECT_EQ(errorOf(arguments), abscissas);
+}
+
+TEST_F(MessagesTest, SidesAndWaveNumberMustBeNumbers) {
+  struct Case {
+    mxArray Arguments::*argument;
+    const char* message;
+  };
+  for (const Case& one : {Case{&Arguments::l, "l (argument 3) must be a number."},
+                          Case{&Arguments::s, "s (argument 4) must be a number."},
+                          Case{&Arguments::k, "k (argument 5) must be a number."}}) {
+    Arguments arguments;
+    for (const char* name : {"cell", "struct", "function_handle", "object"}) {
+      arguments.*one.argument = host::ofClass(name, 1, 1);
+      EXPECT_EQ(errorOf(arguments), one.message) << name;
+    }
+    arguments.*one.argument = host::matrix(0, 0, {});
+    EXPECT_EQ(errorOf(arguments), one.message);
+    arguments.*one.argument = host::sparseMatrix(1, 1, {});
+    EXPECT_EQ(errorOf(arguments), one.message);
+    arguments.*one.argument = host::ofClass("int8", 1, 1);
+    EXPECT_EQ(errorOf(arguments), "");
+  }
+}
+
+TEST_F(MessagesTest, TheIgnoredArgumentMayBeAnything) {
+  Arguments arguments;
+  const auto expected = pressures(arguments);
+  for (const mxArray& value : everyOtherClass()) {
+    arguments.ignored = value;
+    EXPECT_EQ(pressures(arguments), expected) << value.className;
+  }
+}
+
+TEST_F(MessagesTest, TheModeMustBeText) {
+  Arguments arguments;
+  for (const mxArray& value : everyOtherClass()) {
+    if (isTextOf(value)) continue;
+    arguments.mode = value;
+    EXPECT_EQ(errorOf(arguments), modeType) << value.className;
+  }
+}
+
+TEST_F(MessagesTest, UnknownModesAreWrong) {
+  Arguments arguments;
+  for (const char* other : {"CUDA", "cud", "cudad", "cudadpx", "gpu", "", "cpu ", "cpus"}) {
+    arguments.mode = host::text(other);
+    EXPECT_EQ(errorOf(arguments), modeValue) << other;
+  }
+}
+
+TEST_F(MessagesTest, TheCpuModesAreNotThere) {
+  Arguments arguments;
+  for (const char* cpu : {"cpu", "cpusp", "cpudp"}) {
+    arguments.mode = host::text(cpu);
+    EXPECT_EQ(errorOf(arguments), cpuMode) << cpu;
+  }
+}
+
+TEST_F(MessagesTest, OrdersOutOfRangeAreReported) {
+  Arguments arguments;
+  const double inf = std::numeric_limits<double>::infinity();
+  for (const double order : {0.0, -3.0, 0.9, -0.5, -1e9, -1e300, -inf, inf, std::nan(""), 2147483648.0}) {
+    arguments.nabscissas = host::scalar(order);
+    const std::string error = errorOf(arguments);
+    EXPECT_EQ(error, report("src/FastNearfield/IntegratorCuda", "order>0", error)) << order;
+  }
+  for (const double order : {513.0, 1e9, 2147483647.0}) {
+    arguments.nabscissas = host::scalar(order);
+    const std::string error = errorOf(arguments);
+    EXPECT_EQ(error,
+              report("src/FastNearfield/RectangularPistonCuda.dp", "N <= 512 && N>0", error))
+        << order;
+  }
+}
+
+TEST_F(MessagesTest, TablesOutOfRangeAreReported) {
+  Arguments arguments;
+  for (const std::size_t rows : {0u, 513u, 600u}) {
+    arguments.nabscissas = host::matrix(rows, 2, std::vector<double>(2 * rows, 0.5));
+    const std::string error = errorOf(arguments);
+    EXPECT_EQ(error, report("src/FastNearfield/RectangularPistonCuda", "N <= 512 && N>0", error))
+        << rows;
+  }
+}
+
+TEST_F(MessagesTest, AfterEveryErrorTheNextCallIsRight) {
+  const auto expected = pressures({});
+  Arguments wrong;
+  wrong.nabscissas = host::scalar(513);
+  EXPECT_NE(errorOf(wrong), "");
+  EXPECT_EQ(pressures({}), expected);
+  wrong.points = host::matrix(3, 0, {});
+  EXPECT_NE(errorOf(wrong), "");
+  EXPECT_EQ(pressures({}), expected);
+}
+
+TEST_F(MessagesTest, MessagesWinInTheOrderOfTheChecks) {
+  // From the last check to the first: each mistake is added to those before and wins over them.
+  Arguments arguments;
+  arguments.nabscissas = host::scalar(513);
+  arguments.mode = host::text("cpu");
+  EXPECT_EQ(errorOf(arguments), cpuMode);
+  arguments.mode = host::text("gpu");
+  EXPECT_EQ(errorOf(arguments), modeValue);
+  arguments.mode = host::scalar(1);
+  EXPECT_EQ(errorOf(arguments), modeType);
+  arguments.points = host::matrix(3, 0, {});
+  EXPECT_EQ(errorOf(arguments), noPoints);
+  arguments.points = host::matrix(2, 0, {});
+  EXPECT_EQ(errorOf(arguments), rowCount);
+  arguments.k = host::matrix(0, 0, {});
+  EXPECT_EQ(errorOf(arguments), "k (argument 5) must be a number.");
+  arguments.s = host::matrix(0, 0, {});
+  EXPECT_EQ(errorOf(arguments), "s (argument 4) must be a number.");
+  arguments.l = host::matrix(0, 0, {});
+  EXPECT_EQ(errorOf(arguments), "l (argument 3) must be a number.");
+  arguments.nabscissas = host::matrix(1, 3, {1, 2, 3});
+  EXPECT_EQ(errorOf(arguments), abscissas);
+  arguments.points = host::text("ab");
+  EXPECT_EQ(errorOf(arguments), pointsType);
+  EXPECT_EQ(module.call(2, arguments.first(7)).error, outputCount);
+  EXPECT_EQ(module.call(2, arguments.first(8)).error, argumentCount);
+}
+
+}  // namespace

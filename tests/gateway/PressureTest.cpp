@@ -1,0 +1,138 @@
+#include <cmath>
+
+#include "gateway/GatewayTest.h"
+#include "support/ReferenceField.h"
+
+// The numbers that the gateway returns.
+
+namespace {
+
+using Pressures = std::vector<std::complex<double>>;
+
+class PressureTest : public GatewayTest {
+ protected:
+  Pressures withTable(const std::vector<double>& stored, std::size_t rows) {
+    Arguments arguments;
+    arguments.nabscissas = host::matrix(rows, 2, stored);
+    return pressures(arguments);
+  }
+
+  Pressures withOrder(double order) {
+    Arguments arguments;
+    arguments.nabscissas = host::scalar(order);
+    return pressures(arguments);
+  }
+};
+
+class ReferencePressureTest : public PressureTest, public testing::WithParamInterface<int> {};
+
+TEST_P(ReferencePressureTest, EveryPointIsWithinTheBound) {
+  const std::string file = "dev" + std::to_string(GetParam()) + ".txt";
+  for (const support::ReferenceField& field : support::readReferenceFields(file)) {
+    std::vector<double> positions;
+    for (const support::Position& p : field.points)
+      positions.insert(positions.end(), {p.x, p.y, p.z});
+    Arguments arguments;
+    arguments.points = host::matrix(3, field.points.size(), positions);
+    arguments.l = host::scalar(field.l);
+    arguments.s = host::scalar(field.s);
+    arguments.k = host::scalar(field.k);
+    arguments.nabscissas = host::scalar(GetParam());
+    const Pressures p = pressures(arguments);
+    ASSERT_EQ(p.size(), field.points.size());
+    for (std::size_t i = 0; i < p.size(); ++i)
+      EXPECT_LE(std::abs(p[i] - field.pressure[i]), field.tolerance(i))
+          << file << ", l = " << field.l << ", point " << i;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Order, ReferencePressureTest, testing::Values(10, 17, 64),
+                         testing::PrintToStringParamName());
+
+TEST_F(PressureTest, WithoutAnOrderItIs10) {
+  EXPECT_EQ(pressures({}, 6), withOrder(10));
+  EXPECT_NE(call({}, 6).standardOutput.find("setting order 10elements: 5\n"), std::string::npos);
+}
+
+TEST_F(PressureTest, WithoutAModeItIsTheGPU) { EXPECT_EQ(pressures({}, 5), pressures({}, 6)); }
+
+TEST_F(PressureTest, CudadpGivesWhatCudaGives) {
+  Arguments arguments;
+  arguments.mode = host::text("cudadp");
+  EXPECT_EQ(pressures(arguments), pressures({}));
+}
+
+TEST_F(PressureTest, OrdersTruncateTowardZero) {
+  EXPECT_EQ(withOrder(7.9), withOrder(7));
+  EXPECT_NE(withOrder(7.9), withOrder(8));
+  EXPECT_EQ(withOrder(512.9), withOrder(512));
+}
+
+TEST_F(PressureTest, OrdersOfOtherNumericClassesAreRead) {
+  Arguments arguments;
+  arguments.nabscissas = host::ofClass("int8", 1, 1);
+  arguments.nabscissas.bytes = {7};
+  EXPECT_EQ(pressures(arguments), withOrder(7));
+}
+
+TEST_F(PressureTest, ATableOf5RowsIsReadAs3PairsOfItsFirst6Values) {
+  // Order 5: three abscissas and weights, as consecutive pairs from the top of the first column on.
+  const std::vector<double> pairs = {-0.9061798459386640, 0.2369268850561891,
+                                     -0.5384693101056831, 0.4786286704993665,
+                                     0.0,                 0.5688888888888889};
+  std::vector<double> stored = pairs;
+  stored.resize(10, std::nan(""));  // never read
+  EXPECT_EQ(withTable(stored, 5), withOrder(5));
+}
+
+TEST_F(PressureTest, ATableOf4RowsIsReadAs2PairsOfItsFirstColumn) {
+  std::vector<double> stored = {-0.8611363115940526, 0.3478548451374538, -0.3399810435848563,
+                                0.6521451548625461};
+  stored.resize(8, std::nan(""));
+  EXPECT_EQ(withTable(stored, 4), withOrder(4));
+}
+
+TEST_F(PressureTest, ATableOf1RowIsTheMidpointRule) {
+  EXPECT_EQ(withTable({0.0, 2.0}, 1), withOrder(1));
+}
+
+TEST_F(PressureTest, TheNaturalTableIsNotWhatIsRead) {
+  const std::vector<double> natural = {-0.8611363115940526, -0.3399810435848563,
+                                       0.3399810435848563,  0.8611363115940526,
+                                       0.3478548451374538,  0.6521451548625461,
+                                       0.6521451548625461,  0.3478548451374538};
+  EXPECT_NE(withTable(natural, 4), withOrder(4));
+}
+
+TEST_F(PressureTest, PointsKeepTheirOrder) {
+  Arguments both;
+  both.points = host::matrix(3, 2, {0, 0, 0.01, 0.001, 0.002, 0.02});
+  Arguments swapped;
+  swapped.points = host::matrix(3, 2, {0.001, 0.002, 0.02, 0, 0, 0.01});
+  const Pressures p = pressures(both);
+  const Pressures q = pressures(swapped);
+  EXPECT_EQ(p[0], q[1]);
+  EXPECT_EQ(p[1], q[0]);
+  EXPECT_NE(p[0], p[1]);
+}
+
+TEST_F(PressureTest, SidesLieAlongTheirAxes) {
+  // l = 0.01 along y, s = 0.005 along x: close to the plane, only one of the points is in front.
+  Arguments along_x, along_y;
+  along_x.points = host::matrix(3, 1, {0.004, 0, 0.0005});
+  along_y.points = host::matrix(3, 1, {0, 0.004, 0.0005});
+  EXPECT_LT(std::abs(pressures(along_x)[0]), 0.5);
+  EXPECT_GT(std::abs(pressures(along_y)[0]), 0.5);
+}
+
+TEST_F(PressureTest, TheFarFieldIsThatOfAPointOfThePistonsArea) {
+  // exp(−ikR)·k·l·s/(2πR), with the sign of i that the reference has.
+  Arguments arguments;
+  const double R = 10, k = 10, l = 0.01, s = 0.005;
+  arguments.points = host::matrix(3, 1, {0, 0, R});
+  arguments.k = host::scalar(k);
+  const std::complex<double> expected = std::polar(k * l * s / (2 * M_PI * R), -k * R);
+  EXPECT_LE(std::abs(pressures(arguments)[0] - expected), 1e-4 * std::abs(expected));
+}
+
+}  // namespace
