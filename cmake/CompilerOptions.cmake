@@ -13,5 +13,7 @@ set(PISTONFIELD_SANITIZE "" CACHE STRING "Sanitizers to build everything with, a
 if(PISTONFIELD_SANITIZE)
   add_compile_options(-fsanitize=${PISTONFIELD_SANITIZE} -fno-sanitize-recover=all
                       -fno-omit-frame-pointer)
+  # g++ sees things in its own headers once they are instrumented.
+  add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${PISTONFIELD_SANITIZE})
 endif()

@@ -6,6 +6,9 @@ if(NOT MKOCTFILE)
   message(STATUS "Octave: mkoctfile was not found; the Octave module is not built")
   return()
 endif()
+if(PISTONFIELD_SANITIZE)
+  return() # Octave, which is not sanitized, could not load it
+endif()
 
 execute_process(COMMAND ${MKOCTFILE} -p OCTINCLUDEDIR OUTPUT_VARIABLE octave_include
                 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)

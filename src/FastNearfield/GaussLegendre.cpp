@@ -20,8 +20,8 @@ int wrappingProduct(int a, int b) {
   return static_cast<int>(static_cast<unsigned>(a) * static_cast<unsigned>(b));
 }
 
-/// The i-th largest root of the Legendre polynomial of degree n, and its weight: an asymptotic first
-/// value, one series correction and one Newton step on the Taylor polynomial of fourth order.
+/// The i-th largest root of the Legendre polynomial of degree n, and its weight: an asymptotic
+/// first value, one series correction and one Newton step on the Taylor polynomial of fourth order.
 Node node(int n, int i) {
   const double order = n;
   const double e1 = wrappingProduct(n, n + 1);

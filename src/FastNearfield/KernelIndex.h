@@ -1,10 +1,17 @@
 #pragma once
 
-#include "core/CudaFunctions.h"
+#include <cuda_runtime.h>
 
 // How a kernel finds the point of its thread.
 
 namespace pistonfield {
+
+/// The index of this thread in its launch, in unsigned 32-bit arithmetic; the shape of the grid of
+/// blocks has no other meaning.
+__device__ inline unsigned linearThreadIndex() {
+  return threadIdx.x +
+         blockDim.x * (blockIdx.x + gridDim.x * (blockIdx.y + gridDim.y * blockIdx.z));
+}
 
 /// The number of points of a grid, in 32-bit arithmetic.
 __host__ __device__ inline int gridPoints(int sx, int sy, int sz) {

@@ -22,7 +22,8 @@ inline dim3 pointListShape(int nbPositions) {
 }
 
 /// The grid of blocks for sx·sy·sz points. It only provides enough threads: kernels fold block and
-/// thread into one index, so a block is not a tile. Sizes beyond what a device launches stay beyond.
+/// thread into one index, so a block is not a tile. Sizes beyond what a device launches stay
+/// beyond.
 inline dim3 regularGridShape(int sx, int sy, int sz) {
   const std::int64_t rows = iDivUp(std::int64_t{sy} * sz, std::int64_t{8});
   const std::int64_t most = std::numeric_limits<unsigned>::max();

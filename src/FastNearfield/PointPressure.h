@@ -3,15 +3,15 @@
 #include "FastNearfield/Complex.h"
 #include "core/CudaFunctions.h"
 
-// The pressure of a rectangular piston at one point (or at one point a lane), by the fast near-field
-// method: four single integrals, one for each edge,
+// The pressure of a rectangular piston at one point (or at one point a lane), by the fast
+// near-field method: four single integrals, one for each edge,
 //
 //     p = −i/(2π)·( Σ± ∓(u ± a)·F(u ± a; v − b, v + b)  +  Σ± ∓(v ± b)·F(v ± b; u − a, u + a) )
 //
 //     F(d; lo, hi) = ∫ (exp(−ikR) − exp(−ikz)) / (d² + σ²) dσ,   R = √(z² + d² + σ²),
 //
-// where (u, v) = (|x|, |y|), and a and b are half the piston's sides along x and y. All lengths, and
-// 1/k, are in one unit.
+// where (u, v) = (|x|, |y|), and a and b are half the piston's sides along x and y. All lengths,
+// and 1/k, are in one unit.
 
 namespace pistonfield {
 
@@ -136,8 +136,8 @@ __host__ __device__ inline ComplexPair<Lane> edgePairSum(const Integrand& f, Lan
 }
 
 /// The complex pressure at (x, y, z) of the piston of half-width a along x and half-height b along
-/// y, in the plane z = 0, with the time factor exp(+iωt). z keeps its sign: the field is that of the
-/// formula, which no mirror symmetry in z holds for.
+/// y, in the plane z = 0, with the time factor exp(+iωt). z keeps its sign: the field is that of
+/// the formula, which no mirror symmetry in z holds for.
 template <template <class> class IntegrandOf, class Lane, class Real>
 __host__ __device__ inline ComplexPair<Lane> pointPressure(Lane x, Lane y, Lane z, Real a, Real b,
                                                            Real k,

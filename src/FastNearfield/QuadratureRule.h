@@ -30,10 +30,10 @@ struct QuadratureRule {
   }
 
   int order;
-  T* x;        ///< abscissas, ascending
-  T* w;        ///< weights
-  T* mappedX;  ///< abscissas on the most recent interval
-  T* mappedW;  ///< weights on the most recent interval
+  T* x;                   ///< abscissas, ascending
+  T* w;                   ///< weights
+  T* mappedX;             ///< abscissas on the most recent interval
+  T* mappedW;             ///< weights on the most recent interval
   bool borrowed = false;  ///< whether the four arrays belong to somebody else
 };
 

@@ -12,7 +12,6 @@ RectangularPistonCuda2::RectangularPistonCuda2(double l_, double s_, double k_)
       doubleTable_(cpuOrder),
       floatTable_(cpuOrder),
       floatRule(&floatTable_),
-      doubleRule(&doubleTable_),
-      useGPU(true) {}
+      doubleRule(&doubleTable_) {}
 
 }  // namespace pistonfield

@@ -5,8 +5,8 @@
 
 namespace pistonfield {
 
-/// A flat rectangular piston, centred on the origin of the plane z = 0: side s along x, side l along
-/// y, both full lengths; wave number k in 1/(unit of the sides).
+/// A flat rectangular piston, centred on the origin of the plane z = 0: side s along x, side l
+/// along y, both full lengths; wave number k in 1/(unit of the sides).
 class RectangularPistonCuda2 : public Piston {
  public:
   /// Stores l, s and k as they are, and computes the rules of order 100 in both precisions.
@@ -27,7 +27,7 @@ class RectangularPistonCuda2 : public Piston {
   const QuadratureRule<double>* const doubleRule;
 
   /// Whether fields are evaluated on the GPU.
-  bool useGPU;
+  bool useGPU = true;
 };
 
 }  // namespace pistonfield

@@ -74,7 +74,8 @@ void setIntegratorWeightsSym(const char* name, const float* x, const float* w, i
   const std::size_t datasize = static_cast<std::size_t>((N + 1) / 2) * sizeof(float);
   const std::string prefix = std::string("global_") + name + "_float_";
 
-  std::cout << "symbol: \"" << prefix + "x" << "\"" << std::endl;
+  std::cout << "symbol: \"" << prefix + "x"
+            << "\"" << std::endl;
   callCheck(writeSymbol(prefix + "x", x, datasize), "cudaMemcpyToSymbol( buf, data_x, datasize )",
             HERE);
   callCheck(writeSymbol(prefix + "w", w, datasize), "cudaMemcpyToSymbol( buf, data_w, datasize )",
@@ -172,8 +173,8 @@ __global__ void calculate_grid_structured(Complex* d_array, int sx, int sy, int 
   d_array[idx] = pressure(posx[at.i], posy[at.j], posz[at.l], a, b, k);
 }
 
-// The launchers. Each hands the kernel half the side lengths, exchanged: the kernel's a, along x, is
-// b/2, and its b, along y, is a/2.
+// The launchers. Each hands the kernel half the side lengths, exchanged: the kernel's a, along x,
+// is b/2, and its b, along y, is a/2.
 
 int do_timing = 0;
 double global_time = 0;
@@ -200,9 +201,8 @@ void printAllocation(std::size_t datasize) {
 void uploadTransform(DeviceBuffer<float>& d_transform, const float* transform) {
   callCheck(d_transform.allocate(16 * sizeof(float)),
             "cudaMalloc((void**)&d_transform, 16*sizeof(float))", HERE);
-  callCheck(
-      cudaMemcpy(d_transform.get(), transform, 16 * sizeof(float), cudaMemcpyHostToDevice),
-      "cudaMemcpy( d_transform, transform, 16*sizeof(float), cudaMemcpyHostToDevice )", HERE);
+  callCheck(cudaMemcpy(d_transform.get(), transform, 16 * sizeof(float), cudaMemcpyHostToDevice),
+            "cudaMemcpy( d_transform, transform, 16*sizeof(float), cudaMemcpyHostToDevice )", HERE);
 }
 
 }  // namespace

@@ -11,8 +11,9 @@
 // In all functions a is the piston's side along y, b its side along x (both full lengths) and k the
 // wave number. A device must be current and a quadrature rule loaded. Results of a grid of
 // sx × sy × sz points come with the first axis varying fastest. Functions ending in `_device` take
-// device pointers, launch and do not wait; the others take host pointers and return when the results
-// are there. Progress goes to standard output, failures of the CUDA runtime to the error handler.
+// device pointers, launch and do not wait; the others take host pointers and return when the
+// results are there. Progress goes to standard output, failures of the CUDA runtime to the error
+// handler.
 
 extern "C" {
 
@@ -30,8 +31,8 @@ void RectangularPiston_func_unstructured_device(pistonfield::Complex* d_array, i
                                                 float* d_pos, float a, float b, float k);
 
 /// A regular grid placed by a transform: point (i, j, l) stands at the first three components of
-/// transform·(i, j, l, 1), transform being 16 values on the host, a 4×4 matrix row by row whose last
-/// row is not used.
+/// transform·(i, j, l, 1), transform being 16 values on the host, a 4×4 matrix row by row whose
+/// last row is not used.
 void RectangularPiston_func(pistonfield::Complex* data, int sx, int sy, int sz, float* transform,
                             float a, float b, float k);
 void RectangularPiston_func_device(pistonfield::Complex* d_array, int sx, int sy, int sz,

@@ -4,18 +4,11 @@
 
 #include <cmath>
 
-// What kernels are written in: the index of a thread, and arithmetic over *lanes*. A lane type holds
-// the same quantity of one or more points; `float` and `double` hold one. Code over lanes has no
-// branch that depends on a value: it computes with `select`, and skips work only when `any` lane
-// does not need it.
+// What kernels are written in: arithmetic over *lanes*. A lane type holds the same quantity of one
+// or more points; a `float` holds one. Code over lanes has no branch that depends on a value: it
+// computes with `select`, and skips work only when no lane needs it, which `any` tells.
 
 namespace pistonfield {
-
-/// The index of this thread in its launch, in unsigned 32-bit arithmetic; the shape of the grid of
-/// blocks has no other meaning.
-__device__ inline unsigned linearThreadIndex() {
-  return threadIdx.x + blockDim.x * (blockIdx.x + gridDim.x * (blockIdx.y + gridDim.y * blockIdx.z));
-}
 
 template <class T>
 __host__ __device__ inline T select(bool condition, T yes, T no) {

@@ -31,8 +31,7 @@ class Grid {
 template <class T>
 class GridUnstructured : public Grid<T> {
  public:
-  explicit GridUnstructured(unsigned nbPositions)
-      : Grid<T>(nbPositions), positions(nbPositions) {}
+  explicit GridUnstructured(unsigned nbPositions) : Grid<T>(nbPositions), positions(nbPositions) {}
 
   MVector<T, 3> getPosition(int i) const override { return positions[static_cast<std::size_t>(i)]; }
 

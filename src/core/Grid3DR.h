@@ -36,8 +36,9 @@ class Grid3DR : public Grid<T> {
 
   MVector<T, 3> getPosition(int index) const override {
     const auto i = static_cast<unsigned>(index);
-    const T v[3] = {static_cast<T>(i % sx_), static_cast<T>(i / sx_ % sy_),
-                    static_cast<T>(i / sx_ / sy_)};
+    const unsigned row = i / sx_;
+    const unsigned page = row / sy_;
+    const T v[3] = {static_cast<T>(i % sx_), static_cast<T>(row % sy_), static_cast<T>(page)};
     MVector<T, 3> p;
     for (int r = 0; r < 3; ++r) {
       p[r] = m(r, 3);
@@ -48,7 +49,9 @@ class Grid3DR : public Grid<T> {
   }
 
  private:
-  T m(int r, int c) const { return transform_[static_cast<std::size_t>(4 * r + c)]; }
+  T m(int r, int c) const {
+    return transform_[4 * static_cast<std::size_t>(r) + static_cast<std::size_t>(c)];
+  }
 
   unsigned sx_, sy_, sz_;
   Transform transform_;

@@ -22,7 +22,7 @@ struct CoresOfCapability {
   int cores;
 };
 
-constexpr CoresOfCapability coresPerMultiprocessor[] = {{16, 8}, {17, 8},  {18, 8}, {19, 8},
+constexpr CoresOfCapability coresPerMultiprocessor[] = {{16, 8},  {17, 8},  {18, 8}, {19, 8},
                                                         {32, 32}, {33, 48}, {-1, -1}};
 
 int lookUpCores(int major, int minor) {

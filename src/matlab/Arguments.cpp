@@ -71,8 +71,7 @@ double readScalar(const mxArray* const* prhs, Argument argument) {
 unsigned countPoints(const mxArray* points) {
   if (mxGetM(points) != 3) mexErrMsgTxt("Points (argument 1) must have dimension of three.");
   const std::size_t count = mxGetN(points);
-  if (count > mostInt)
-    mexErrMsgTxt("Points (argument 1) must be at most 2147483647.");
+  if (count > mostInt) mexErrMsgTxt("Points (argument 1) must be at most 2147483647.");
   return static_cast<unsigned>(count);
 }
 

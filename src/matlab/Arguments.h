@@ -2,8 +2,8 @@
 
 #include <mex.h>
 
-// The checks and conversions of the gateway's arguments. Each ends the call with its message when an
-// argument is not what it must be.
+// The checks and conversions of the gateway's arguments. Each ends the call with its message when
+// an argument is not what it must be.
 
 namespace pistonfield {
 

@@ -115,8 +115,8 @@ void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
 
   const bool useGPU = readUseGPU(nrhs, prhs);
   plhs[0] = createResult(count);
-  double* const re = static_cast<double*>(mxGetData(plhs[0]));
-  double* const im = static_cast<double*>(mxGetImagData(plhs[0]));
+  auto* const re = static_cast<double*>(mxGetData(plhs[0]));
+  auto* const im = static_cast<double*>(mxGetImagData(plhs[0]));
 
   const RectangularPistonCuda2 piston(l, s, k);
   GridUnstructured<double> grid(count);

@@ -12,18 +12,18 @@
 #include "core/DeviceBuffer.h"
 #include "support/DeviceTest.h"
 #include "support/ReferenceField.h"
+#include "support/SameBits.h"
 
 using pistonfield::blockShape;
 using pistonfield::Complex;
 using pistonfield::DeviceBuffer;
 using pistonfield::launch;
 using pistonfield::regularGridShape;
+using support::sameBits;
 
 namespace {
 
 constexpr float a = 0.75f, b = 0.5f, k = 12.5f;  // half sides along x and y
-
-bool sameBits(const Complex& p, const Complex& q) { return std::memcmp(&p, &q, sizeof p) == 0; }
 
 /// An array on the device with a margin behind it that nothing may write.
 template <class T>
@@ -41,7 +41,8 @@ class GuardedArray {
   std::vector<T> read() {
     EXPECT_EQ(cudaMemcpy(host_.data(), device_.get(), bytes(), cudaMemcpyDeviceToHost),
               cudaSuccess);
-    const auto* const behind = reinterpret_cast<const unsigned char*>(&host_[host_.size() - margin]);
+    const auto* const behind =
+        reinterpret_cast<const unsigned char*>(&host_[host_.size() - margin]);
     for (std::size_t i = 0; i < margin * sizeof(T); ++i)
       EXPECT_EQ(behind[i], pattern) << "written past the end";
     return {host_.begin(), host_.end() - margin};
@@ -81,10 +82,10 @@ class KernelTest : public support::DeviceTest {
     const auto count = positions.size() / 3;
     GuardedArray<Complex> result(count);
     const Uploaded<float> pos(positions);
-    EXPECT_EQ(launch(calculate_grid_unstructured,
-                     pistonfield::pointListShape(static_cast<int>(count)), blockShape,
-                     result.device(), static_cast<int>(count), pos.get(), a, b, k),
-              cudaSuccess);
+    EXPECT_EQ(
+        launch(calculate_grid_unstructured, pistonfield::pointListShape(static_cast<int>(count)),
+               blockShape, result.device(), static_cast<int>(count), pos.get(), a, b, k),
+        cudaSuccess);
     return result.read();
   }
 
@@ -103,9 +104,12 @@ class KernelTest : public support::DeviceTest {
 
 const std::vector<std::vector<int>> gridSizes = {{1, 1, 1}, {17, 3, 3}, {7, 11, 13}, {129, 1, 2}};
 // Powers of two, so that the positions are exact on every device, whatever it fuses.
-const float t[16] = {0.125f, 0.25f, -0.5f, 0.0625f, -0.25f, 0.125f, 0.5f,
-                     0.5f,   0.5f,  0.25f, 0.125f,  1.0f,   9,     9,
-                     9,      9};
+const float t[16] = {0.125f, 0.25f, -0.5f,  0.0625f, -0.25f, 0.125f, 0.5f, 0.5f,
+                     0.5f,   0.25f, 0.125f, 1.0f,    9,      9,      9,    9};
+
+std::size_t points(int sx, int sy, int sz) {
+  return static_cast<std::size_t>(sx) * static_cast<std::size_t>(sy) * static_cast<std::size_t>(sz);
+}
 
 std::vector<float> transformedPositions(int sx, int sy, int sz) {
   std::vector<float> positions;
@@ -113,7 +117,7 @@ std::vector<float> transformedPositions(int sx, int sy, int sz) {
     for (int j = 0; j < sy; ++j)
       for (int i = 0; i < sx; ++i)
         for (int r = 0; r < 3; ++r) {
-          const float* const row = t + 4 * r;
+          const float* const row = t + std::ptrdiff_t{4} * r;
           positions.push_back(row[0] * static_cast<float>(i) + row[1] * static_cast<float>(j) +
                               row[2] * static_cast<float>(l) + row[3]);
         }
@@ -134,7 +138,7 @@ TEST_F(KernelTest, ListsOfAnyLengthWriteExactlyTheirPoints) {
 TEST_F(KernelTest, AllKernelsOfTransformedGridsAgreeWithTheList) {
   for (const std::vector<int>& size : gridSizes) {
     const int sx = size[0], sy = size[1], sz = size[2];
-    const auto count = static_cast<std::size_t>(sx * sy * sz);
+    const std::size_t count = points(sx, sy, sz);
     const dim3 grid = regularGridShape(sx, sy, sz);
     const std::vector<Complex> expected = list(transformedPositions(sx, sy, sz));
     const Uploaded<float> transform({t, t + 16});
@@ -158,10 +162,10 @@ TEST_F(KernelTest, AllKernelsOfTransformedGridsAgreeWithTheList) {
     expectSame(scalars.read(), expected);
 
     GuardedArray<float> re12(count), im12(count);
-    EXPECT_EQ(launch(calculate_grid, grid, blockShape, re12.device(), im12.device(), sx, sy, sz,
-                     t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8], t[9], t[10], t[11], a, b,
-                     k),
-              cudaSuccess);
+    EXPECT_EQ(
+        launch(calculate_grid, grid, blockShape, re12.device(), im12.device(), sx, sy, sz, t[0],
+               t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8], t[9], t[10], t[11], a, b, k),
+        cudaSuccess);
     expectSame(pairs(re12.read(), im12.read()), expected);
   }
 }
@@ -176,7 +180,7 @@ TEST_F(KernelTest, TheGridFromTheCentreAgreesWithTheList) {
         for (int i = 0; i < sx; ++i)
           positions.insert(positions.end(), {static_cast<float>(i) * dx, static_cast<float>(j) * dy,
                                              static_cast<float>(l) * dz});
-    GuardedArray<Complex> result(static_cast<std::size_t>(sx * sy * sz));
+    GuardedArray<Complex> result(points(sx, sy, sz));
     EXPECT_EQ(launch(calculate, regularGridShape(sx, sy, sz), blockShape, result.device(), sx, sy,
                      sz, dx, dy, dz, a, b, k),
               cudaSuccess);
@@ -195,7 +199,7 @@ TEST_F(KernelTest, TheRectilinearGridAgreesWithTheList) {
       for (const float py : y)
         for (const float px : x) positions.insert(positions.end(), {px, py, pz});
     const Uploaded<float> posx(x), posy(y), posz(z);
-    GuardedArray<Complex> result(static_cast<std::size_t>(sx * sy * sz));
+    GuardedArray<Complex> result(points(sx, sy, sz));
     EXPECT_EQ(launch(calculate_grid_structured, regularGridShape(sx, sy, sz), blockShape,
                      result.device(), sx, sy, sz, posx.get(), posy.get(), posz.get(), a, b, k),
               cudaSuccess);
@@ -219,8 +223,8 @@ TEST_F(KernelTest, AnyShapeOfTheGridOfBlocksGivesTheSame) {
 }
 
 TEST_F(KernelTest, MirroredPointsGiveIdenticalBits) {
-  const std::vector<Complex> p = list({0.3f, 0.2f, 1, -0.3f, 0.2f, 1, 0.3f, -0.2f, 1, -0.3f, -0.2f,
-                                       1, 0.3f, 0.2f, -1});
+  const std::vector<Complex> p =
+      list({0.3f, 0.2f, 1, -0.3f, 0.2f, 1, 0.3f, -0.2f, 1, -0.3f, -0.2f, 1, 0.3f, 0.2f, -1});
   for (std::size_t i = 1; i < 4; ++i) EXPECT_TRUE(sameBits(p[i], p[0]));
   EXPECT_FALSE(sameBits(p[4], p[0]));
 }
@@ -262,9 +266,9 @@ std::vector<Complex> launched(const support::ReferenceField& field) {
   for (const support::Position& p : field.points)
     for (const double c : {p.x, p.y, p.z}) positions.push_back(static_cast<float>(c));
   std::vector<Complex> result(field.points.size());
-  RectangularPiston_func_unstructured(
-      result.data(), static_cast<int>(result.size()), positions.data(),
-      static_cast<float>(field.l), static_cast<float>(field.s), static_cast<float>(field.k));
+  RectangularPiston_func_unstructured(result.data(), static_cast<int>(result.size()),
+                                      positions.data(), static_cast<float>(field.l),
+                                      static_cast<float>(field.s), static_cast<float>(field.k));
   return result;
 }
 
@@ -282,7 +286,9 @@ TEST_P(ReferenceFieldTest, EveryPointIsWithinTheBound) {
 INSTANTIATE_TEST_SUITE_P(Orders, ReferenceFieldTest,
                          testing::Values(DeviceFile{"dev10.txt", 10}, DeviceFile{"dev17.txt", 17},
                                          DeviceFile{"dev64.txt", 64}),
-                         [](const auto& file) { return "Order" + std::to_string(file.param.order); });
+                         [](const auto& file) {
+                           return "Order" + std::to_string(file.param.order);
+                         });
 
 TEST_F(KernelTest, Order64MeetsTheIntegralItselfWhereTheRuleDoes) {
   setCudaIntegratorParameters("RectangularPiston", 64);

@@ -102,9 +102,9 @@ TEST(PointPressureTest, RandomPointsMeetTheLiteralForm) {
   std::uniform_real_distribution<float> across(-3, 3), along(-10, 10);
   for (int n = 0; n < 20000; ++n) {
     const double x = across(random), y = across(random), z = along(random);
-    ASSERT_LE(std::abs(pressure(x, y, z, a, b, k, rule.view()) -
-                       literalPressure(x, y, z, a, b, k, rule)),
-              tolerance(x, y, z, a, b, k))
+    ASSERT_LE(
+        std::abs(pressure(x, y, z, a, b, k, rule.view()) - literalPressure(x, y, z, a, b, k, rule)),
+        tolerance(x, y, z, a, b, k))
         << x << ", " << y << ", " << z;
   }
 }
@@ -130,9 +130,8 @@ TEST(PointPressureTest, AboveAnEdgeTheEmptyIntervalContributesNothing) {
   const HalfRule rule(16);
   const Literal f(1.0, k, rule);
   const double y = 0.25;
-  const std::complex<double> S =
-      -2 * a * (f.F(2 * a, 0, y + b) + f.F(2 * a, y - b, 0)) +  // d1 = 0
-      (y - b) * f.F(y - b, 0, 2 * a) - (y + b) * f.F(y + b, 0, 2 * a);
+  const std::complex<double> S = -2 * a * (f.F(2 * a, 0, y + b) + f.F(2 * a, y - b, 0)) +  // d1 = 0
+                                 (y - b) * f.F(y - b, 0, 2 * a) - (y + b) * f.F(y + b, 0, 2 * a);
   const std::complex<double> p = std::complex<double>(0, -1) * S / (2 * M_PI);
   EXPECT_LE(std::abs(pressure(a, y, 1, a, b, k, rule.view()) - p), tolerance(a, y, 1, a, b, k));
 }

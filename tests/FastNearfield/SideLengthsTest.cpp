@@ -1,11 +1,10 @@
-#include <cstring>
-
 #include "FastNearfield/IntegratorCuda.h"
 #include "FastNearfield/RectangularPistonCuda.h"
 #include "FastNearfield/RectangularPistonKernels.h"
 #include "core/CudaToday.h"
 #include "core/DeviceBuffer.h"
 #include "support/DeviceTest.h"
+#include "support/SameBits.h"
 
 using pistonfield::Complex;
 
@@ -35,8 +34,8 @@ TEST_F(SideLengthsTest, TheKernelReceivesThemHalvedAndExchanged) {
   };
   const Complex expected = kernelWith(2, 1);
   const Complex unexchanged = kernelWith(1, 2);
-  EXPECT_EQ(std::memcmp(&launched, &expected, sizeof launched), 0);
-  EXPECT_NE(std::memcmp(&launched, &unexchanged, sizeof launched), 0);
+  EXPECT_TRUE(support::sameBits(launched, expected));
+  EXPECT_FALSE(support::sameBits(launched, unexchanged));
 }
 
 }  // namespace

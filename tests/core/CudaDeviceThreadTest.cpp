@@ -58,10 +58,10 @@ TEST_F(CudaDeviceThreadTest, NoDeviceRequestsDevice0) {
   testing::internal::GetCapturedStderr();
   std::vector<std::string> functions;
   for (const emulation::Call& call : device.calls()) functions.emplace_back(call.function);
-  EXPECT_EQ(functions, (std::vector<std::string>{"cudaGetDeviceCount", "cudaSetDevice",
-                                                 "cudaGetLastError", "cudaGetLastError",
-                                                 "cudaLaunchKernel", "cudaGetLastError",
-                                                 "cudaDeviceReset"}));
+  EXPECT_EQ(functions,
+            (std::vector<std::string>{"cudaGetDeviceCount", "cudaSetDevice", "cudaGetLastError",
+                                      "cudaGetLastError", "cudaLaunchKernel", "cudaGetLastError",
+                                      "cudaDeviceReset"}));
 }
 
 TEST_F(CudaDeviceThreadTest, OneDeviceIsSelected) {

@@ -49,9 +49,9 @@ TEST(GridTest, RegularGridCountsItsPoints) {
 TEST(GridTest, RegularGridAppliesItsTransformFirstAxisFastest) {
   const Grid3DR<double> grid(3, 4, 5, skewed);
   const int i = 2, j = 3, l = 4;
-  expectEqual(grid.getPosition((l * 4 + j) * 3 + i),
-              vector(4 + 1 * i + 2 * j + 3 * l, 8 + 5 * i + 6 * j + 7 * l,
-                     12 + 9 * i + 10 * j + 11 * l));
+  expectEqual(
+      grid.getPosition((l * 4 + j) * 3 + i),
+      vector(4 + 1 * i + 2 * j + 3 * l, 8 + 5 * i + 6 * j + 7 * l, 12 + 9 * i + 10 * j + 11 * l));
 }
 
 TEST(GridTest, HomogeneousScaleOfTwoHalvesEveryCoordinate) {

@@ -12,7 +12,7 @@ float table[4];
 
 class EmulatedMemoryTest : public support::EmulationTest {
  protected:
-  void* allocate(std::size_t size) {
+  static void* allocate(std::size_t size) {
     void* memory = nullptr;
     EXPECT_EQ(cudaMalloc(&memory, size), cudaSuccess);
     return memory;

@@ -77,9 +77,9 @@ TEST_F(PressureTest, OrdersOfOtherNumericClassesAreRead) {
 
 TEST_F(PressureTest, ATableOf5RowsIsReadAs3PairsOfItsFirst6Values) {
   // Order 5: three abscissas and weights, as consecutive pairs from the top of the first column on.
-  const std::vector<double> pairs = {-0.9061798459386640, 0.2369268850561891,
-                                     -0.5384693101056831, 0.4786286704993665,
-                                     0.0,                 0.5688888888888889};
+  const std::vector<double> pairs = {
+      -0.9061798459386640, 0.2369268850561891, -0.5384693101056831, 0.4786286704993665, 0.0,
+      0.5688888888888889};
   std::vector<double> stored = pairs;
   stored.resize(10, std::nan(""));  // never read
   EXPECT_EQ(withTable(stored, 5), withOrder(5));
@@ -97,9 +97,8 @@ TEST_F(PressureTest, ATableOf1RowIsTheMidpointRule) {
 }
 
 TEST_F(PressureTest, TheNaturalTableIsNotWhatIsRead) {
-  const std::vector<double> natural = {-0.8611363115940526, -0.3399810435848563,
-                                       0.3399810435848563,  0.8611363115940526,
-                                       0.3478548451374538,  0.6521451548625461,
+  const std::vector<double> natural = {-0.8611363115940526, -0.3399810435848563, 0.3399810435848563,
+                                       0.8611363115940526,  0.3478548451374538,  0.6521451548625461,
                                        0.6521451548625461,  0.3478548451374538};
   EXPECT_NE(withTable(natural, 4), withOrder(4));
 }

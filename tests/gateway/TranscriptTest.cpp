@@ -24,8 +24,9 @@ TEST_F(TranscriptTest, OnePointAtOrder10) {
 TEST_F(TranscriptTest, OnePointWithATableOf5Rows) {
   Arguments arguments;
   arguments.nabscissas =
-      host::matrix(5, 2, {-0.90617984593866396, 0.23692688505618911, -0.53846931010568311,
-                          0.47862867049936647, 0, 0.56888888888888889, 0, 0, 0, 0});
+      host::matrix(5, 2,
+                   {-0.90617984593866396, 0.23692688505618911, -0.53846931010568311,
+                    0.47862867049936647, 0, 0.56888888888888889, 0, 0, 0, 0});
   const host::Outcome outcome = call(arguments);
   EXPECT_EQ(outcome.printed, golden("one_point_table_5x2.host"));
   EXPECT_EQ(outcome.standardOutput, golden("one_point_table_5x2.stdout"));

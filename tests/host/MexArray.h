@@ -10,9 +10,9 @@ struct mxArray {
   std::vector<std::size_t> dims = {0, 0};
   bool isSparse = false;
   bool isComplex = false;
-  std::vector<double> re;     // of doubles
-  std::vector<double> im;     // of complex doubles
-  std::vector<char> bytes;    // of any other class
+  std::vector<double> re;   // of doubles
+  std::vector<double> im;   // of complex doubles
+  std::vector<char> bytes;  // of any other class
 };
 
 namespace host {

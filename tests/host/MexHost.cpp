@@ -131,11 +131,11 @@ MexHost::~MexHost() { dlclose(module_); }
 
 void* MexHost::symbol(const char* name) const { return dlsym(module_, name); }
 
-Outcome MexHost::call(int nlhs, const std::vector<mxArray>& arguments) {
+Outcome MexHost::call(int nlhs, const std::vector<mxArray>& arguments) const {
   const auto function = reinterpret_cast<decltype(&mexFunction)>(symbol("mexFunction"));
-  std::vector<const mxArray*> prhs;
-  for (const mxArray& argument : arguments) prhs.push_back(&argument);
-  prhs.resize(std::max<std::size_t>(prhs.size(), 1));
+  std::vector<const mxArray*> prhs(std::max<std::size_t>(arguments.size(), 1));
+  std::transform(arguments.begin(), arguments.end(), prhs.begin(),
+                 [](const mxArray& argument) { return &argument; });
   std::vector<mxArray*> plhs(static_cast<std::size_t>(std::max(nlhs, 1)));
 
   Call call;

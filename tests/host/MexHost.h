@@ -33,7 +33,7 @@ class MexHost {
   ~MexHost();
 
   /// [results{1:nlhs}] = module(arguments{:})
-  Outcome call(int nlhs, const std::vector<mxArray>& arguments);
+  Outcome call(int nlhs, const std::vector<mxArray>& arguments) const;
 
   /// The address of a function that the module exports; null if it has none of that name.
   void* symbol(const char* name) const;

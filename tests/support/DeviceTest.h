@@ -14,8 +14,8 @@
 
 namespace support {
 
-/// A test that runs on the device the tests are built for: a fresh device, failures thrown, progress
-/// lines kept off the screen.
+/// A test that runs on the device the tests are built for: a fresh device, failures thrown,
+/// progress lines kept off the screen.
 class DeviceTest : public testing::Test {
  protected:
   void SetUp() override {

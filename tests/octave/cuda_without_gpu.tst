@@ -1,0 +1,8 @@
+%!test # without a GPU the CUDA module reports its start-up check, and the host lives on
+%! report = ["^ERROR: assertion failure in src/core/cuda_init at line (14|16)\n" ...
+%!           "       condition failed: \\([^\n]+\\)\\.\n"];
+%! for n = 1:3
+%!   message = message_of ([0; 0; 0.01], 0, 0.01, 0.005, 4188.79);
+%!   assert (! isempty (regexp (message, report)), message);
+%! endfor
+%! assert (1 + 1, 2);
