@@ -6,7 +6,7 @@ if(NOT PISTONFIELD_MATLAB)
   return()
 endif()
 
-find_package(Matlab REQUIRED COMPONENTS MEX_COMPILER MX_LIBRARY)
+find_package(Matlab REQUIRED COMPONENTS MX_LIBRARY)
 matlab_add_mex(NAME pistonfield_matlab OUTPUT_NAME pistonfield SRC ${gateway_sources}
                LINK_TO pistonfield pistonfield_version R2017b)
 add_dependencies(pistonfield_matlab pistonfield_version_header)

@@ -20,6 +20,7 @@ using pistonfield::AffineMap;
 using pistonfield::blockShape;
 using pistonfield::callCheck;
 using pistonfield::Complex;
+using pistonfield::copyTo;
 using pistonfield::DeviceBuffer;
 using pistonfield::GridIndex;
 using pistonfield::gridPoints;
@@ -46,18 +47,9 @@ namespace {
 
 cudaError_t writeSymbol(const std::string& symbol, const void* data, std::size_t size) {
   return pistonfield::cudaMemcpyToSymbol(
-      {{"global_RectangularPiston_float_x",
-        [](const void* from, std::size_t bytes) {
-          return ::cudaMemcpyToSymbol(global_RectangularPiston_float_x, from, bytes);
-        }},
-       {"global_RectangularPiston_float_w",
-        [](const void* from, std::size_t bytes) {
-          return ::cudaMemcpyToSymbol(global_RectangularPiston_float_w, from, bytes);
-        }},
-       {"global_RectangularPiston_float_N",
-        [](const void* from, std::size_t bytes) {
-          return ::cudaMemcpyToSymbol(global_RectangularPiston_float_N, from, bytes);
-        }}},
+      {{"global_RectangularPiston_float_x", copyTo<global_RectangularPiston_float_x>},
+       {"global_RectangularPiston_float_w", copyTo<global_RectangularPiston_float_w>},
+       {"global_RectangularPiston_float_N", copyTo<global_RectangularPiston_float_N>}},
       symbol.c_str(), data, size);
 }
 

@@ -7,6 +7,7 @@
 #include "core/CudaToday.h"
 
 using pistonfield::callCheck;
+using pistonfield::copyTo;
 using pistonfield::stageCheck;
 
 namespace {
@@ -23,18 +24,9 @@ namespace {
 
 cudaError_t writeSymbol(const std::string& symbol, const void* data, std::size_t size) {
   return pistonfield::cudaMemcpyToSymbol(
-      {{"global_dpRectangularPiston_double_x",
-        [](const void* from, std::size_t bytes) {
-          return ::cudaMemcpyToSymbol(global_dpRectangularPiston_double_x, from, bytes);
-        }},
-       {"global_dpRectangularPiston_double_w",
-        [](const void* from, std::size_t bytes) {
-          return ::cudaMemcpyToSymbol(global_dpRectangularPiston_double_w, from, bytes);
-        }},
-       {"global_dpRectangularPiston_double_N",
-        [](const void* from, std::size_t bytes) {
-          return ::cudaMemcpyToSymbol(global_dpRectangularPiston_double_N, from, bytes);
-        }}},
+      {{"global_dpRectangularPiston_double_x", copyTo<global_dpRectangularPiston_double_x>},
+       {"global_dpRectangularPiston_double_w", copyTo<global_dpRectangularPiston_double_w>},
+       {"global_dpRectangularPiston_double_N", copyTo<global_dpRectangularPiston_double_N>}},
       symbol.c_str(), data, size);
 }
 

@@ -24,11 +24,17 @@ cudaError_t cudaThreadExit();
 /// The device's clock in kHz, which the property record of today no longer tells.
 int clockRate(int device);
 
-/// An object in device constant memory that the host reaches by its name.
+/// An object in device constant memory that the host reaches by its name; `write` is
+/// copyTo<object>.
 struct DeviceSymbol {
   const char* name;
   cudaError_t (*write)(const void* data, std::size_t size);
 };
+
+template <auto& Object>
+cudaError_t copyTo(const void* data, std::size_t size) {
+  return ::cudaMemcpyToSymbol(Object, data, size, 0, cudaMemcpyHostToDevice);
+}
 
 /// Copies `size` bytes to the symbol called `name`; cudaErrorInvalidSymbol if there is none.
 cudaError_t cudaMemcpyToSymbol(std::initializer_list<DeviceSymbol> symbols, const char* name,
