@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <limits>
 #include <memory>
 
 #include "FastNearfield/GaussLegendre.h"
@@ -9,10 +11,12 @@ namespace pistonfield {
 /// A quadrature rule on [−1, 1] with room for its image on another interval.
 template <class T>
 struct QuadratureRule {
-  /// The Gauss–Legendre rule of `n` ≥ 1 nodes; `mappedX` and `mappedW` start unset.
+  /// The Gauss–Legendre rule of `n` ≥ 1 nodes; no interval is mapped yet, which NaN says.
   explicit QuadratureRule(int n) : order(n) {
     std::unique_ptr<T[]> abscissas(new T[n]), weights(new T[n]);
     std::unique_ptr<T[]> imageX(new T[n]), imageW(new T[n]);
+    std::fill_n(imageX.get(), n, std::numeric_limits<T>::quiet_NaN());
+    std::fill_n(imageW.get(), n, std::numeric_limits<T>::quiet_NaN());
     legendre_compute(n, abscissas.get(), weights.get());
     x = abscissas.release();
     w = weights.release();

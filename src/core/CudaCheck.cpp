@@ -5,13 +5,14 @@
 
 namespace pistonfield {
 
-void stageCheck(const char* stage, SourceLocation location) {
+cudaError_t stageCheck(const char* stage, SourceLocation location) {
   const cudaError_t error = cudaGetLastError();
-  if (error == cudaSuccess) return;
+  if (error == cudaSuccess) return error;
   const char* text = cudaGetErrorString(error);
   std::fprintf(stderr, "Cuda error: %s in file '%s' in line %i : %s.\n", stage, location.file,
                location.line, text);
   fail(text, location);
+  return error;
 }
 
 void callCheck(cudaError_t code, const char* call, SourceLocation location) {

@@ -8,8 +8,8 @@ namespace pistonfield {
 
 /// Reads and clears the runtime's pending error; if there is one, writes
 /// "Cuda error: STAGE in file 'FILE' in line LINE : ERROR." to standard error and fails with the
-/// runtime's error string.
-void stageCheck(const char* stage, SourceLocation location);
+/// runtime's error string. Returns what was pending.
+cudaError_t stageCheck(const char* stage, SourceLocation location);
 
 /// If `code` is an error, fails with "Cuda error when calling " + `call` + ": " + error string.
 /// `call` is what users read, so it is given as a text that no formatter can change.

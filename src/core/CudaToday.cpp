@@ -7,34 +7,34 @@ namespace {
 
 bool contextIsShared = false;
 
-// The answer comes from the driver, reached through the runtime, so that the module still loads
-// where no driver is installed.
-#if defined(CUDART_VERSION) && CUDART_VERSION >= 11030
+// Where the answer cannot be had, a context counts as active: then nothing is destroyed.
+#if !defined(CUDART_VERSION)
+// Nobody else can hold a context on the emulation device, which lives inside this module.
+bool isContextActive(int /*device*/) { return false; }
+#elif CUDART_VERSION < 11030
+bool isContextActive(int /*device*/) { return true; }
+#else
+// The driver is reached through the runtime, so that the module still loads where there is none.
 bool isContextActive(int device) {
   using PrimaryContextState = int (*)(int device, unsigned* flags, int* active);
   void* entry = nullptr;
-  cudaDriverEntryPointQueryResult status{};
 #if CUDART_VERSION >= 12050
+  cudaDriverEntryPointQueryResult status{};
   const cudaError_t error = cudaGetDriverEntryPointByVersion("cuDevicePrimaryCtxGetState", &entry,
                                                              7000, cudaEnableDefault, &status);
 #elif CUDART_VERSION >= 12000
+  cudaDriverEntryPointQueryResult status{};
   const cudaError_t error =
       cudaGetDriverEntryPoint("cuDevicePrimaryCtxGetState", &entry, cudaEnableDefault, &status);
 #else
   const cudaError_t error =
       cudaGetDriverEntryPoint("cuDevicePrimaryCtxGetState", &entry, cudaEnableDefault);
 #endif
-  if (error != cudaSuccess || !entry) return false;
+  if (error != cudaSuccess || !entry) return true;
   unsigned flags = 0;
   int active = 0;
-  return reinterpret_cast<PrimaryContextState>(entry)(device, &flags, &active) == 0 && active != 0;
+  return reinterpret_cast<PrimaryContextState>(entry)(device, &flags, &active) != 0 || active != 0;
 }
-#elif defined(CUDART_VERSION)
-// These toolkits cannot tell: take the context for shared, which destroys nothing.
-bool isContextActive(int /*device*/) { return true; }
-#else
-// Nobody else can hold a context on the emulation device, which lives inside this module.
-bool isContextActive(int /*device*/) { return false; }
 #endif
 
 }  // namespace
@@ -44,7 +44,8 @@ void cudaThreadEnter(int device) {
   cudaSetDevice(device);
 }
 
-// A launcher's device memory is owned by objects, so nothing of this call's is left in the context.
+// A launcher's device memory is owned by objects, so nothing of this call's is left in a context
+// that stays.
 cudaError_t cudaThreadExit() { return contextIsShared ? cudaSuccess : cudaDeviceReset(); }
 
 int clockRate(int device) {

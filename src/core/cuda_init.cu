@@ -13,10 +13,10 @@ __global__ void cuda_init_kernel() {}
 
 int cuda_init() {
   cudaGetLastError();  // what is left of an earlier call is none of this one's
-  pistonfield::stageCheck("pre cuda_init()", beforeStart);
+  const cudaError_t before = pistonfield::stageCheck("pre cuda_init()", beforeStart);
   pistonfield::launch(cuda_init_kernel, dim3(1), dim3(1));
-  pistonfield::stageCheck("post cuda_init()", afterStart);
-  return 0;
+  const cudaError_t after = pistonfield::stageCheck("post cuda_init()", afterStart);
+  return before != cudaSuccess ? before : after;
 }
 
 cudaError_t cuda_sync() { return pistonfield::cudaThreadSynchronize(); }

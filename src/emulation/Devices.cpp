@@ -22,7 +22,7 @@ cudaError_t cudaGetDeviceCount(int* count) {
 }
 
 cudaError_t cudaGetDeviceProperties(cudaDeviceProp* properties, int device) {
-  return perform({"cudaGetDeviceProperties"}, [&](State& state) {
+  return performOnDevice({"cudaGetDeviceProperties"}, [&](State& state) {
     const Device* const found = find(state, device);
     if (!found) return cudaErrorInvalidDevice;
     *properties = found->properties;
@@ -31,7 +31,7 @@ cudaError_t cudaGetDeviceProperties(cudaDeviceProp* properties, int device) {
 }
 
 cudaError_t cudaDeviceGetAttribute(int* value, cudaDeviceAttr attribute, int device) {
-  return perform({"cudaDeviceGetAttribute"}, [&](State& state) {
+  return performOnDevice({"cudaDeviceGetAttribute"}, [&](State& state) {
     const Device* const found = find(state, device);
     if (!found) return cudaErrorInvalidDevice;
     if (attribute != cudaDevAttrClockRate) return cudaErrorInvalidValue;
@@ -41,7 +41,7 @@ cudaError_t cudaDeviceGetAttribute(int* value, cudaDeviceAttr attribute, int dev
 }
 
 cudaError_t cudaSetDevice(int device) {
-  return performOnDevice({"cudaSetDevice"}, [&](State& state) {
+  return performOnDevice({"cudaSetDevice", 0, {}, {}, device}, [&](State& state) {
     if (!find(state, device)) return cudaErrorInvalidDevice;
     state.selected = device;
     return cudaSuccess;

@@ -17,12 +17,12 @@ namespace {
 /// Launches that end within this time never start a thread, which costs about as much.
 constexpr std::chrono::microseconds aloneTime{100};
 
-bool fits(dim3 grid, dim3 block, std::size_t sharedMemory) {
+bool fits(dim3 grid, dim3 block) {
   const auto within = [](dim3 size, unsigned x, unsigned y, unsigned z) {
     return 0 < size.x && size.x <= x && 0 < size.y && size.y <= y && 0 < size.z && size.z <= z;
   };
   return within(grid, 2147483647, 65535, 65535) && within(block, 1024, 1024, 64) &&
-         std::uint64_t{block.x} * block.y * block.z <= 1024 && sharedMemory <= 49152;
+         std::uint64_t{block.x} * block.y * block.z <= 1024;
 }
 
 /// Hands the blocks of one launch out to whoever asks, until none is left or one has thrown.
@@ -101,7 +101,8 @@ void run(Blocks& blocks) {
 cudaError_t launch(dim3 grid, dim3 block, std::size_t sharedMemory,
                    const std::function<void()>& runBlock) {
   return performOnDevice({"cudaLaunchKernel", 0, grid, block}, [&](State&) {
-    if (!fits(grid, block, sharedMemory)) return cudaErrorInvalidConfiguration;
+    if (!fits(grid, block)) return cudaErrorInvalidConfiguration;
+    if (sharedMemory > 49152) return cudaErrorInvalidValue;
     Blocks blocks(grid, block, runBlock);
     run(blocks);
     blocks.rethrow();

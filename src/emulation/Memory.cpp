@@ -48,7 +48,7 @@ cudaError_t emulation::copyToSymbol(void* symbol, std::size_t symbolSize, const 
   return performOnDevice({"cudaMemcpyToSymbol", size}, [&](State& state) {
     if (!symbol) return cudaErrorInvalidSymbol;
     if (kind != cudaMemcpyHostToDevice) return cudaErrorInvalidMemcpyDirection;
-    if (offset > symbolSize || size > symbolSize - offset) return cudaErrorInvalidValue;
+    if (!source || offset > symbolSize || size > symbolSize - offset) return cudaErrorInvalidValue;
     state.symbols[symbol] = symbolSize;
     std::memcpy(static_cast<std::byte*>(symbol) + offset, source, size);
     return cudaSuccess;

@@ -24,12 +24,13 @@ State::State() : devices(ownDevices()) {}
 
 cudaError_t State::begin(const Call& call) {
   if (recording_) record_.push_back(call);
+  cudaError_t error = cudaSuccess;
   for (Fault& fault : faults_) {
     if (!fault.function.empty() && fault.function != call.function) continue;
     --fault.countdown;
-    if (fault.countdown == 0 || (fault.countdown < 0 && fault.lasting)) return fault.error;
+    if (fault.countdown == 0 || (fault.countdown < 0 && fault.lasting)) error = fault.error;
   }
-  return cudaSuccess;
+  return error;
 }
 
 void State::reset() {

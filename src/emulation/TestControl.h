@@ -14,6 +14,7 @@ struct Call {
   std::size_t bytes = 0;  // allocations and copies
   dim3 grid{};            // launches
   dim3 block{};
+  int device = 0;  // cudaSetDevice
 };
 
 struct Device {

@@ -112,9 +112,15 @@ TEST(GaussLegendreTest, SinglePrecisionIsTheRoundedDoubleRule) {
 
 TEST(GaussLegendreTest, OrdersBeyond16383WrapIn32Bits) {
   // 8·16384² is 2³¹, which wraps to −2³¹: the first value moves outward instead of inward, too
-  // little to lose the root.
+  // little to lose the root, but seen in the weight, which would be 2.76428029902…e-08.
   const Rule<double> rule(16384);
-  EXPECT_NEAR(std::accumulate(rule.w.begin(), rule.w.end(), 0.0), 2.0, 1e-9);
+  EXPECT_NEAR(rule.w[0], 2.7642802989149503e-08, 1e-18);
+}
+
+TEST(GaussLegendreTest, OrdersBeyond46340WrapIn32BitsAndAreNoRules) {
+  // n·(n + 1) is negative, and with it the second derivatives.
+  const Rule<double> rule(46341);
+  EXPECT_GT(std::accumulate(rule.w.begin(), rule.w.end(), 0.0), 1000);
 }
 
 // The messages go to standard output, which a death test cannot see: it is redirected.

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "FastNearfield/RectangularPiston2.h"
 
 using pistonfield::RectangularPistonCuda2;
@@ -12,11 +14,11 @@ void expectOrder100(const pistonfield::QuadratureRule<T>& rule) {
   pistonfield::legendre_compute(100, x, w);
   ASSERT_EQ(rule.order, 100);
   EXPECT_FALSE(rule.borrowed);
-  EXPECT_NE(rule.mappedX, nullptr);
-  EXPECT_NE(rule.mappedW, nullptr);
   for (int i = 0; i < 100; ++i) {
     EXPECT_EQ(rule.x[i], x[i]);
     EXPECT_EQ(rule.w[i], w[i]);
+    EXPECT_TRUE(std::isnan(rule.mappedX[i]));
+    EXPECT_TRUE(std::isnan(rule.mappedW[i]));
   }
 }
 

@@ -56,12 +56,31 @@ TEST_F(CudaDeviceThreadTest, NoDeviceRequestsDevice0) {
   testing::internal::CaptureStderr();
   failureOf([] { const CudaDeviceThread scope; });
   testing::internal::GetCapturedStderr();
+  int requests = 0;
+  for (const emulation::Call& call : device.calls())
+    if (std::string(call.function) == "cudaSetDevice") {
+      EXPECT_EQ(call.device, 0);
+      ++requests;
+    }
+  EXPECT_EQ(requests, 1);
+}
+
+TEST_F(CudaDeviceThreadTest, SelectsStartsWaitsAndReleases) {
+  device.recordCalls();
+  { const CudaDeviceThread scope; }
   std::vector<std::string> functions;
-  for (const emulation::Call& call : device.calls()) functions.emplace_back(call.function);
-  EXPECT_EQ(functions,
-            (std::vector<std::string>{"cudaGetDeviceCount", "cudaSetDevice", "cudaGetLastError",
-                                      "cudaGetLastError", "cudaLaunchKernel", "cudaGetLastError",
-                                      "cudaDeviceReset"}));
+  for (const emulation::Call& call : device.calls()) {
+    functions.emplace_back(call.function);
+    if (functions.back() == "cudaLaunchKernel") {
+      EXPECT_EQ(call.grid.x * call.grid.y * call.grid.z, 1u);
+      EXPECT_EQ(call.block.x * call.block.y * call.block.z, 1u);
+    }
+  }
+  EXPECT_EQ(functions, (std::vector<std::string>{
+                           "cudaGetDeviceCount", "cudaGetDeviceProperties",
+                           "cudaGetDeviceProperties", "cudaDeviceGetAttribute", "cudaSetDevice",
+                           "cudaGetLastError", "cudaGetLastError", "cudaLaunchKernel",
+                           "cudaGetLastError", "cudaDeviceSynchronize", "cudaDeviceReset"}));
 }
 
 TEST_F(CudaDeviceThreadTest, OneDeviceIsSelected) {
@@ -107,6 +126,11 @@ TEST_F(CudaDeviceThreadTest, AMajorAboveTwoMakesDevice0TheResultAndIsNamed) {
 TEST_F(CudaDeviceThreadTest, ADeviceMissingFromTheTableIsNamedAndPassedOver) {
   EXPECT_EQ(selectedAmong({pretended(1, 9, 100, 3000000), pretended(1, 0, 1, 1)}), 1);
   EXPECT_EQ(lines, "MapSMtoCores undefined SMversion 1.9!\n");
+}
+
+TEST_F(CudaDeviceThreadTest, PerformanceWrapsInto32SignedBits) {
+  // 8·1000·10⁶ becomes negative.
+  EXPECT_EQ(selectedAmong({pretended(1, 0, 1000, 1000000), pretended(1, 0, 1, 1)}), 1);
 }
 
 TEST_F(CudaDeviceThreadTest, WithoutAnyScoreDevice0IsSelected) {
@@ -157,15 +181,18 @@ TEST_F(CudaDeviceThreadTest, APersistentErrorShowsBeforeTheStart) {
 
 TEST_F(CudaDeviceThreadTest, AnErrorOfAnEarlierCallIsForgotten) {
   cudaSetDevice(-1);
-  EXPECT_EQ(failureOf([] { EXPECT_EQ(cuda_init(), 0); }).condition, "");
+  EXPECT_EQ(failureOf([] { EXPECT_EQ(CudaInterface::init(), 0); }).condition, "");
 }
 
 TEST_F(CudaDeviceThreadTest, FailuresOfSelectionAndWaitAreNotChecked) {
   for (const char* function : {"cudaGetDeviceCount", "cudaGetDeviceProperties", "cudaSetDevice",
                                "cudaDeviceSynchronize", "cudaDeviceGetAttribute"}) {
     device.restore();
+    device.pretendDevices({pretended(1, 3, 10, 1300000), pretended(1, 3, 30, 1300000)});
     device.failCall(function, 1, cudaErrorUnknown, true);
     EXPECT_EQ(failureOf([] { const CudaDeviceThread scope; }).condition, "") << function;
+    const bool selects = std::string(function) == "cudaDeviceSynchronize";
+    EXPECT_EQ(device.selectedDevice(), selects ? 1 : 0) << function;
   }
 }
 

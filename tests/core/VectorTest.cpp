@@ -52,6 +52,7 @@ TEST(VectorTest, ReadOnlyIndexReportsLine42) {
   const Failure below = failureOf([&] { sum += v[belowZero]; });
   EXPECT_EQ(below.condition, "i>=0");
   EXPECT_EQ(below.line, 42);
+  EXPECT_EQ(below.file, "src/core/Vector");
   const Failure above = failureOf([&] { sum += v[three]; });
   EXPECT_EQ(above.condition, "i<N");
   EXPECT_EQ(above.line, 42);

@@ -74,6 +74,7 @@ TEST_F(EmulatedMemoryTest, CopiesToASymbolMustFitIt) {
   EXPECT_EQ(cudaMemcpyToSymbol(table, values, 4, 8), cudaSuccess);
   EXPECT_EQ(table[2], 1.0f);
   EXPECT_EQ(cudaMemcpyToSymbol(table, values, 20), cudaErrorInvalidValue);
+  EXPECT_EQ(cudaMemcpyToSymbol(table, nullptr, 4), cudaErrorInvalidValue);
   EXPECT_EQ(cudaMemcpyToSymbol(table, values, 8, 12), cudaErrorInvalidValue);
   EXPECT_EQ(cudaMemcpyToSymbol(table, values, 4, 0, cudaMemcpyDeviceToHost),
             cudaErrorInvalidMemcpyDirection);
@@ -81,9 +82,7 @@ TEST_F(EmulatedMemoryTest, CopiesToASymbolMustFitIt) {
 
 TEST_F(EmulatedMemoryTest, SymbolsAreFoundByName) {
   const float value = 7;
-  const auto write = [](const void* data, std::size_t size) {
-    return cudaMemcpyToSymbol(table, data, size);
-  };
+  const auto write = pistonfield::copyTo<table>;
   EXPECT_EQ(pistonfield::cudaMemcpyToSymbol({{"table", write}}, "table", &value, 4), cudaSuccess);
   EXPECT_EQ(table[0], 7.0f);
   EXPECT_EQ(pistonfield::cudaMemcpyToSymbol({{"table", write}}, "tables", &value, 4),
@@ -126,6 +125,8 @@ TEST_F(EmulatedMemoryTest, WithoutADeviceEveryCallSaysSo) {
   EXPECT_EQ(cudaSetDevice(0), cudaErrorNoDevice);
   EXPECT_EQ(cudaDeviceSynchronize(), cudaErrorNoDevice);
   EXPECT_EQ(cudaDeviceReset(), cudaErrorNoDevice);
+  cudaDeviceProp properties;
+  EXPECT_EQ(cudaGetDeviceProperties(&properties, 0), cudaErrorNoDevice);
   EXPECT_STREQ(cudaGetErrorString(cudaErrorNoDevice), "no CUDA-capable device is detected");
 }
 
