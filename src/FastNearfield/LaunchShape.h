@@ -2,7 +2,6 @@
 
 #include <cuda_runtime.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <limits>
 
@@ -22,12 +21,14 @@ inline dim3 pointListShape(int nbPositions) {
 }
 
 /// The grid of blocks for sx·sy·sz points. It only provides enough threads: kernels fold block and
-/// thread into one index, so a block is not a tile. Sizes beyond what a device launches stay
-/// beyond.
+/// thread into one index, so a block is not a tile. For more points than that index can count it is
+/// a shape that every device refuses.
 inline dim3 regularGridShape(int sx, int sy, int sz) {
-  const std::int64_t rows = iDivUp(std::int64_t{sy} * sz, std::int64_t{8});
-  const std::int64_t most = std::numeric_limits<unsigned>::max();
-  return {static_cast<unsigned>(iDivUp(sx, 16)), static_cast<unsigned>(std::min(rows, most))};
+  const auto width = static_cast<unsigned>(iDivUp(sx, 16));
+  const std::int64_t page = std::int64_t{sx} * sy;
+  const std::int64_t most = std::numeric_limits<int>::max();
+  if (page > most || page * sz > most) return {width, std::numeric_limits<unsigned>::max()};
+  return {width, static_cast<unsigned>(iDivUp(sy * sz, 8))};
 }
 
 }  // namespace pistonfield

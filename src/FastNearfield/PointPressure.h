@@ -85,13 +85,16 @@ __host__ __device__ inline EdgePair<Lane> integrate(const Integrand& f, Lane dd1
                                                     Lane hi, const SymmetricRule<Real>& rule) {
   const Lane c = (lo + hi) * Lane(0.5);
   const Lane h = (hi - lo) * Lane(0.5);
+  // The nodes c ± x·h, counted from the ends: next to the foot of the perpendicular, which is one
+  // of the ends, c + x·h would lose most of its digits.
   const ComplexPair<Lane> zero{Lane(0), Lane(0)};
   EdgePair<Lane> sum{zero, zero};
   const int n = rule.N / 2;
   for (int i = 0; i < n; ++i) {
     const Lane weight = rule.w[i] * h;
-    const Lane plus = c + rule.x[i] * h;
-    const Lane minus = c - rule.x[i] * h;
+    const Lane fromEnd = (Real(1) + rule.x[i]) * h;
+    const Lane plus = lo + fromEnd;
+    const Lane minus = hi - fromEnd;
     const Lane plus2 = plus * plus;
     const Lane minus2 = minus * minus;
     sum.first = sum.first + weight * (f.at(dd1 + plus2) + f.at(dd1 + minus2));

@@ -1,4 +1,6 @@
+#include <cstddef>
 #include <cstring>
+#include <limits>
 
 #include "emulation/Call.h"
 
@@ -11,7 +13,9 @@ cudaError_t cudaMalloc(void** pointer, std::size_t size) {
   return performOnDevice({"cudaMalloc", size}, [&](State& state) {
     *pointer = nullptr;
     if (size == 0) return cudaSuccess;
-    void* const memory = ::operator new(size, memoryAlignment, std::nothrow);
+    // Rounding a size near the largest one up to the alignment would make it a small one.
+    const bool countable = size <= std::numeric_limits<std::ptrdiff_t>::max();
+    void* const memory = countable ? ::operator new(size, memoryAlignment, std::nothrow) : nullptr;
     if (!memory) return cudaErrorMemoryAllocation;
     auto* const bytes = static_cast<std::byte*>(memory);
     state.allocations[bytes] = Allocation{decltype(Allocation::memory){bytes}, size};

@@ -11,7 +11,7 @@ namespace emulation {
 /// A call of the runtime, as a test sees it afterwards.
 struct Call {
   const char* function;
-  std::size_t bytes = 0;  // allocations and copies
+  std::size_t bytes = 0;  // allocations, copies, shared memory of launches
   dim3 grid{};            // launches
   dim3 block{};
   int device = 0;  // cudaSetDevice

@@ -87,9 +87,12 @@ bool readUseGPU(int nrhs, const mxArray* const* prhs) {
 }
 
 bool isText(const mxArray* array, const char* text) {
-  if (!mxIsChar(array)) return false;
-  const char* const contents = mxArrayToString(array);  // the host takes it back after the call
-  return contents && std::strcmp(contents, text) == 0;
+  // Copied into memory of our own: what mxArrayToString returns is not taken back by every host.
+  char contents[16];
+  const std::size_t length = std::strlen(text);
+  return mxIsChar(array) && mxGetM(array) == 1 && mxGetN(array) == length &&
+         mxGetString(array, contents, sizeof contents) == 0 &&
+         std::memcmp(contents, text, length) == 0;
 }
 
 }  // namespace pistonfield

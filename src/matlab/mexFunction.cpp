@@ -37,7 +37,7 @@ void echoFirstPoint(const double* points) {
 }
 
 mxArray* createResult(unsigned count) {
-  const mwSize dims[] = {static_cast<mwSize>(count)};
+  const mwSize dims[] = {static_cast<mwSize>(count), 1};  // the second for hosts that want two
   return mxCreateNumericArray(1, dims, mxDOUBLE_CLASS, mxCOMPLEX);
 }
 
@@ -70,7 +70,7 @@ std::unique_ptr<float[]> evaluate(const RectangularPistonCuda2& piston, const Gr
   std::unique_ptr<float[]> result(new float[2 * count]);
   std::unique_ptr<float[]> positions(new float[3 * count]);
   for (std::size_t i = 0; i < count; ++i) {
-    const MVector<double, 3> position = grid.getPosition(static_cast<int>(i));
+    MVector<double, 3> position = grid.getPosition(static_cast<int>(i));
     for (int axis = 0; axis < 3; ++axis)
       positions[3 * i + static_cast<std::size_t>(axis)] = static_cast<float>(position[axis]);
   }

@@ -3,7 +3,7 @@
 %   p = pistonfield (points, ignored, l, s, k)
 %   p = pistonfield (points, ignored, l, s, k, mode)
 %   p = pistonfield (points, ignored, l, s, k, mode, nabscissas)
-%   pistonfield ("info")
+%   pistonfield ('info')
 %
 % The piston lies in the plane z = 0, centred on the origin: side s along x, side
 % l along y.  It moves as one, with exp(+i w t), into a half-space of fluid.  The
@@ -24,8 +24,8 @@
 %   ignored     anything; not read.
 %   l, s        sides of the piston along y and along x, full lengths.
 %   k           wave number, 2 pi / wavelength.
-%   mode        "cuda" (as when left out) or "cudadp", which is the same.  The
-%               modes "cpu", "cpusp" and "cpudp" end with an error.
+%   mode        'cuda' (as when left out) or 'cudadp', which is the same.  The
+%               modes 'cpu', 'cpusp' and 'cpudp' end with an error.
 %   nabscissas  order of the quadrature rule, 1 ... 512 (10 when left out; a
 %               fraction is cut off), or a table of M rows and 2 columns, M the
 %               order.  CAUTION: a table is not read as [x, w].  Its values are
@@ -41,7 +41,7 @@
 %               higher order makes smaller.
 %
 % The values of l, s and k are printed; progress lines go to the standard output
-% of the process.  pistonfield ("info") prints when and from what the module was
+% of the process.  pistonfield ('info') prints when and from what the module was
 % built.
 %
 % Example: the pressure on the axis of a piston of 1 MHz in water
@@ -74,7 +74,7 @@
 %   Input 5 must either be 'cuda' or 'cpu[sp,dp]'
 %       mode, the argument that is number 5 when counted from 0.
 %   CPU version not implemented, yet.
-%       mode was "cpu", "cpusp" or "cpudp".
+%       mode was 'cpu', 'cpusp' or 'cpudp'.
 %   There is not enough memory for this many points.
 %   ERROR: assertion failure in <file> at line <n>
 %          condition failed: (<condition>).
@@ -91,9 +91,9 @@
 
 function p = pistonfield (varargin)
 
-  error ("pistonfield:notBuilt", ...
-         ["pistonfield is not built: there is no pistonfield.%s in\n%s\n" ...
-          "Build it with scripts/demo, or as the README says."], ...
-         mexext (), fileparts (mfilename ("fullpath")));
+  error ('pistonfield:notBuilt', ...
+         ['pistonfield is not built: there is no pistonfield.%s in\n%s\n' ...
+          'Build it with scripts/demo, or as the README says.'], ...
+         mexext (), fileparts (mfilename ('fullpath')));
 
 end

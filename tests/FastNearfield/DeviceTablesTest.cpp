@@ -185,6 +185,18 @@ TEST_F(DeviceTablesTest, WithoutDoubleSupportTheRunGoesOnInSinglePrecision) {
   EXPECT_EQ(global_RectangularPiston_float_N, 3);
 }
 
+TEST_F(DeviceTablesTest, WithoutDoubleSupportTheErrorIsClearedAndNothingElseDone) {
+  failCopy(1, cudaErrorInvalidSymbol);
+  device.recordCalls();
+  testing::internal::CaptureStderr();
+  setIntegratorWeightsSym_d(model, xd.data(), wd.data(), 5);
+  testing::internal::GetCapturedStderr();
+  std::vector<std::string> functions;
+  for (const emulation::Call& call : device.calls()) functions.emplace_back(call.function);
+  EXPECT_EQ(functions, (std::vector<std::string>{"cudaGetLastError", "cudaMemcpyToSymbol",
+                                                 "cudaGetLastError"}));
+}
+
 TEST_F(DeviceTablesTest, AnUnknownModelHasNoSymbols) {
   const Failure failure =
       failureOf([&] { setIntegratorWeightsSym("Disc", x.data(), w.data(), 5); });
@@ -235,14 +247,21 @@ TEST_F(DeviceTablesTest, PendingErrorsShowAtTheStageWhereTheyAreFound) {
     int check;  // the how manieth reading of the last error finds it
     const char* label;
     const char* file;
+    int linesPrinted;  // of the progress lines below
   };
+  const std::vector<std::string> progress = {"setting order 3elements: 2\n",
+                                             "set weights double\n",
+                                             "-0.774597\n",
+                                             "set weights float\n",
+                                             "-0.774597\n",
+                                             "symbol: \"global_RectangularPiston_float_x\"\n"};
   for (const Stage& stage :
-       {Stage{1, "start setCudaIntegratorParameters", "src/FastNearfield/IntegratorCuda"},
-        Stage{2, "start setIntegratorWeightsSym", "src/FastNearfield/RectangularPistonCuda.dp"},
-        Stage{3, "end setIntegratorWeightsSym", "src/FastNearfield/RectangularPistonCuda.dp"},
-        Stage{4, "start setIntegratorWeightsSym", "src/FastNearfield/RectangularPistonCuda"},
-        Stage{5, "end setIntegratorWeightsSym", "src/FastNearfield/RectangularPistonCuda"},
-        Stage{6, "end setCudaIntegratorParameters", "src/FastNearfield/IntegratorCuda"}}) {
+       {Stage{1, "start setCudaIntegratorParameters", "src/FastNearfield/IntegratorCuda", 0},
+        Stage{2, "start setIntegratorWeightsSym", "src/FastNearfield/RectangularPistonCuda.dp", 2},
+        Stage{3, "end setIntegratorWeightsSym", "src/FastNearfield/RectangularPistonCuda.dp", 3},
+        Stage{4, "start setIntegratorWeightsSym", "src/FastNearfield/RectangularPistonCuda", 4},
+        Stage{5, "end setIntegratorWeightsSym", "src/FastNearfield/RectangularPistonCuda", 6},
+        Stage{6, "end setCudaIntegratorParameters", "src/FastNearfield/IntegratorCuda", 6}}) {
     device.restore();
     device.failCall("cudaGetLastError", stage.check, cudaErrorUnknown, false);
     testing::internal::CaptureStderr();
@@ -252,6 +271,11 @@ TEST_F(DeviceTablesTest, PendingErrorsShowAtTheStageWhereTheyAreFound) {
                   std::to_string(failure.line) + " : unknown error.\n");
     EXPECT_EQ(failure.condition, "unknown error");
     EXPECT_EQ(failure.file, stage.file);
+    std::string printed;
+    for (int line = 0; line < stage.linesPrinted; ++line)
+      printed += progress[static_cast<std::size_t>(line)];
+    EXPECT_EQ(output(), printed) << stage.label;
+    captureAgain();
   }
 }
 

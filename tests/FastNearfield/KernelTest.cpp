@@ -213,13 +213,41 @@ TEST_F(KernelTest, AnyShapeOfTheGridOfBlocksGivesTheSame) {
     positions.insert(positions.end(), {static_cast<float>(i) / 64, 0.25f, 1.0f});
   const std::vector<Complex> expected = list(positions);
   const Uploaded<float> pos(positions);
-  for (const dim3 grid : {dim3(4), dim3(1, 4), dim3(1, 1, 4), dim3(2, 3, 5)}) {
+  for (const dim3 grid :
+       {dim3(4), dim3(1, 4), dim3(1, 1, 4), dim3(1, 2, 2), dim3(2, 1, 2), dim3(2, 3, 5)}) {
     GuardedArray<Complex> result(500);
     EXPECT_EQ(launch(calculate_grid_unstructured, grid, blockShape, result.device(), 500, pos.get(),
                      a, b, k),
               cudaSuccess);
     expectSame(result.read(), expected);
   }
+}
+
+TEST_F(KernelTest, ACountBelowOneWritesNothing) {
+  const Uploaded<float> pos({0, 0, 1});
+  for (const int count : {0, -1, -2147483647 - 1}) {
+    GuardedArray<Complex> result(0);
+    EXPECT_EQ(launch(calculate_grid_unstructured, dim3(1), blockShape, result.device(), count,
+                     pos.get(), a, b, k),
+              cudaSuccess);
+    EXPECT_EQ(launch(calculate, dim3(1), blockShape, result.device(), count, 1, 1, 1.0f, 1.0f, 1.0f,
+                     a, b, k),
+              cudaSuccess);
+    result.read();
+  }
+}
+
+TEST_F(KernelTest, WithoutARuleEveryPressureIsZero) {
+  cudaDeviceReset();
+  const Complex p = list({0.3f, 0.2f, 1})[0];
+  EXPECT_EQ(p.re, 0.0f);
+  EXPECT_EQ(p.im, 0.0f);
+}
+
+TEST_F(KernelTest, MoreGridPointsThanAnIndexCountsAreNotLaunched) {
+  EXPECT_EQ(regularGridShape(8192, 524280, 1).y, 4294967295u);
+  EXPECT_EQ(regularGridShape(1, 65536, 65536).y, 4294967295u);
+  EXPECT_EQ(regularGridShape(2147483647, 1, 1).y, 1u);
 }
 
 TEST_F(KernelTest, MirroredPointsGiveIdenticalBits) {

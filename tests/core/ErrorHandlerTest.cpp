@@ -39,10 +39,10 @@ TEST(ErrorHandlerDeathTest, WithoutHandlerAFailedCheckReportsAndAborts) {
   // The first thing that this process does with the handler.
   EXPECT_EXIT(pistonfield::fail("i<N", {"src/core/Vector", 48}), testing::KilledBySignal(SIGABRT),
               "^ERROR: assertion failure in src/core/Vector at line 48\n"
-              "       condition failed: \\(i<N\\)\\.\n\n");
+              "       condition failed: \\(i<N\\)\\.\n\n$");
 }
 
-TEST_F(ErrorHandlerTest, WithoutHandlerTheStaticDefaultAnswers) {
+TEST(ErrorHandlerDeathTest, WithoutHandlerTheStaticDefaultAnswers) {
   EXPECT_EQ(ErrorHandler::getErrorHandler(), &DefaultErrorHandler::theDefaultErrorHandler);
 }
 

@@ -35,9 +35,11 @@ TEST_F(EmulatedMemoryTest, NothingIsAllocatedForNoBytes) {
 
 TEST_F(EmulatedMemoryTest, TooMuchMemoryIsRefused) {
   void* memory = &table;
-  EXPECT_EQ(cudaMalloc(&memory, std::numeric_limits<std::size_t>::max() / 2),
-            cudaErrorMemoryAllocation);
-  EXPECT_EQ(memory, nullptr);
+  for (const std::size_t size :
+       {std::numeric_limits<std::size_t>::max() / 2, std::numeric_limits<std::size_t>::max() - 7}) {
+    EXPECT_EQ(cudaMalloc(&memory, size), cudaErrorMemoryAllocation);
+    EXPECT_EQ(memory, nullptr);
+  }
   EXPECT_EQ(cudaGetLastError(), cudaErrorMemoryAllocation);
   EXPECT_EQ(cudaGetLastError(), cudaSuccess);
 }

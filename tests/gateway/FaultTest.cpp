@@ -1,4 +1,8 @@
 #include <cuda_runtime.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <fstream>
 
 #include "emulation/TestControl.h"
 #include "gateway/GatewayTest.h"
@@ -13,6 +17,12 @@ class FaultTest : public GatewayTest {
       : device(reinterpret_cast<decltype(&emulationTestControl)>(
             module.symbol("emulationTestControl"))()) {}
   void TearDown() override { device.restore(); }
+
+  static std::size_t addressSpaceInUse() {
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  }
 
   emulation::TestControl& device;
 };
@@ -35,6 +45,66 @@ TEST_F(FaultTest, NoDeviceReachesTheUserAsTheStartUpReport) {
   EXPECT_EQ(errorOf({}),
             "ERROR: assertion failure in src/core/cuda_init at line 16\n"
             "       condition failed: (no CUDA-capable device is detected).\n\n");
+}
+
+TEST_F(FaultTest, TheDeviceIsStartedBeforeAnythingElseIsLookedAt) {
+  device.pretendDevices({});
+  const std::string report = errorOf({});
+  EXPECT_EQ(errorOf({}, 4), report);
+  EXPECT_EQ(module.call(0, {host::text("info")}).error, report);
+}
+
+TEST(FirstCallTest, AlsoTheModulesFirstErrorIsReportedToTheHost) {
+  // The handler must be there before the device can fail.
+  const host::MexHost fresh{PISTONFIELD_GATEWAY_MODULE};
+  auto& device =
+      reinterpret_cast<decltype(&emulationTestControl)>(fresh.symbol("emulationTestControl"))();
+  device.restore();
+  device.pretendDevices({});
+  const host::Outcome outcome = fresh.call(1, Arguments{}.first(5));
+  device.restore();
+  ASSERT_TRUE(outcome.error);
+  EXPECT_EQ(outcome.error->find("ERROR: assertion failure in src/core/cuda_init"), 0u);
+}
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(FaultTest, TooLittleMemoryIsAnErrorAndTheNextCallIsRight) {
+  const auto expected = pressures({});
+  Arguments many;
+  const std::size_t count = 4000000;
+  many.points = host::matrix(3, count, std::vector<double>(3 * count, 1));
+  const std::vector<mxArray> arguments = many.first(5);
+  rlimit before{};
+  getrlimit(RLIMIT_AS, &before);
+  rlimit limited = before;
+  limited.rlim_cur = addressSpaceInUse() + 180000000;  // enough for the results, not for the rest
+  setrlimit(RLIMIT_AS, &limited);
+  const host::Outcome outcome = module.call(1, arguments);
+  setrlimit(RLIMIT_AS, &before);
+  EXPECT_EQ(outcome.error, "There is not enough memory for this many points.");
+  EXPECT_EQ(device.liveAllocations(), 0u);
+  EXPECT_EQ(pressures({}), expected);
+}
+#endif
+
+TEST_F(FaultTest, EveryFailingCallIsAtMostOneErrorAndTheNextCallIsRight) {
+  device.recordCalls();
+  const auto expected = pressures({});
+  const auto calls = static_cast<int>(device.calls().size());
+  int errors = 0;
+  for (int nth = 1; nth <= calls; ++nth) {
+    device.restore();
+    device.failCall("", nth, cudaErrorUnknown, false);
+    const std::string error = errorOf({});
+    if (!error.empty()) {
+      EXPECT_EQ(error.find("ERROR: assertion failure in "), 0u) << error;
+      ++errors;
+    }
+    EXPECT_EQ(device.liveAllocations(), 0u) << nth;
+    device.restore();
+    EXPECT_EQ(pressures({}), expected) << nth;
+  }
+  EXPECT_GT(errors, calls / 2);
 }
 
 TEST_F(FaultTest, AFailingReleaseAfterAGoodCallIsAnError) {

@@ -75,6 +75,28 @@ TEST_F(PressureTest, OrdersOfOtherNumericClassesAreRead) {
   EXPECT_EQ(pressures(arguments), withOrder(7));
 }
 
+TEST_F(PressureTest, SidesAndWaveNumberAreReadAsTheHostReadsAScalar) {
+  const Pressures expected = pressures({});
+  Arguments arguments;
+  arguments.l = host::matrix(2, 2, {0.01, 7, 8, 9});
+  arguments.s = host::complexMatrix(1, 1, {0.005}, {3});
+  EXPECT_EQ(pressures(arguments), expected);
+  arguments.k = host::ofClass("logical", 1, 1);
+  arguments.k.bytes = {1};
+  Arguments one;
+  one.k = host::scalar(1);
+  EXPECT_EQ(pressures(arguments), pressures(one));
+  arguments.k = host::text("d");
+  one.k = host::scalar('d');
+  EXPECT_EQ(pressures(arguments), pressures(one));
+}
+
+TEST_F(PressureTest, OfAComplexTableTheRealPartIsRead) {
+  Arguments arguments;
+  arguments.nabscissas = host::complexMatrix(1, 2, {0, 2}, {5, 5});
+  EXPECT_EQ(pressures(arguments), withOrder(1));
+}
+
 TEST_F(PressureTest, ATableOf5RowsIsReadAs3PairsOfItsFirst6Values) {
   // Order 5: three abscissas and weights, as consecutive pairs from the top of the first column on.
   const std::vector<double> pairs = {

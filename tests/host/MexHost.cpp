@@ -25,7 +25,6 @@ class HostError : public std::runtime_error {
 struct Call {
   std::string printed;
   std::vector<std::unique_ptr<mxArray>> arrays;
-  std::vector<std::unique_ptr<char[]>> texts;
 };
 Call* current = nullptr;
 
@@ -86,12 +85,12 @@ double mxGetScalar(const mxArray* array) {
   return array->bytes[0];
 }
 
-char* mxArrayToString(const mxArray* array) {
-  if (!mxIsChar(array)) return nullptr;
-  const std::size_t length = array->bytes.size();
-  auto& text = current->texts.emplace_back(std::make_unique<char[]>(length + 1));
-  std::copy(array->bytes.begin(), array->bytes.end(), text.get());
-  return text.get();
+int mxGetString(const mxArray* array, char* text, mwSize size) {
+  if (!mxIsChar(array) || size == 0) return 1;
+  const std::size_t length = std::min(array->bytes.size(), size - 1);
+  std::copy_n(array->bytes.begin(), length, text);
+  text[length] = '\0';
+  return length == array->bytes.size() ? 0 : 1;
 }
 
 mxArray* mxCreateNumericArray(mwSize ndim, const mwSize* dims, mxClassID classId,
@@ -145,9 +144,8 @@ Outcome MexHost::call(int nlhs, const std::vector<mxArray>& arguments) const {
   testing::internal::CaptureStderr();
   try {
     function(nlhs, plhs.data(), static_cast<int>(arguments.size()), prhs.data());
-    for (int i = 0; i < nlhs; ++i)
-      if (const mxArray* result = plhs[static_cast<std::size_t>(i)])
-        outcome.results.push_back(*result);
+    for (const mxArray* result : plhs)
+      if (result) outcome.results.push_back(*result);
   } catch (const HostError& error) {
     outcome.error = error.what();
   } catch (...) {

@@ -23,7 +23,7 @@ struct Outcome {
 /// - one raised while another unwinds ends the process, and so does any other exception that leaves
 ///   the module;
 /// - access to the data of what holds no numbers ends the process or raises an error;
-/// - arrays and texts that a call has made are taken back after it.
+/// - arrays that a call has made are taken back after it.
 class MexHost {
  public:
   /// Loads the module; throws std::runtime_error when it cannot.

@@ -25,7 +25,7 @@ double* mxGetPr(const mxArray* array);
 void* mxGetData(const mxArray* array);
 void* mxGetImagData(const mxArray* array);
 double mxGetScalar(const mxArray* array);
-char* mxArrayToString(const mxArray* array);
+int mxGetString(const mxArray* array, char* text, mwSize size);
 mxArray* mxCreateNumericArray(mwSize ndim, const mwSize* dims, mxClassID classId,
                               mxComplexity complexity);
 int mexPrintf(const char* format, ...);
