@@ -33,6 +33,13 @@ struct GridIndex {
   int i, j, l;
 };
 
+/// Calls body(thread, index) for the grid point of this thread, if it has one.
+template <class Body>
+__device__ inline void atGridPoint(int sx, int sy, int sz, const Body& body) {
+  const unsigned thread = linearThreadIndex();
+  if (hasPoint(thread, gridPoints(sx, sy, sz))) body(thread, GridIndex(thread, sx, sy));
+}
+
 /// The first three rows of a 4×4 transform, row by row.
 template <class T>
 struct AffineMap {

@@ -2,6 +2,8 @@
 
 #include <cuda_runtime.h>
 
+#include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 
@@ -11,6 +13,18 @@ namespace pistonfield {
 template <class Int>
 constexpr Int iDivUp(Int a, Int b) {
   return a / b + (a % b != 0 ? 1 : 0);
+}
+
+/// Launchers hand kernels half the side lengths.
+template <class Real>
+Real half(Real side) {
+  return std::ldexp(side, -1);
+}
+
+/// The size of sx·sy·sz elements of `bytesPerPoint`.
+inline std::size_t gridBytes(int sx, int sy, int sz, std::size_t bytesPerPoint) {
+  return static_cast<std::size_t>(sx) * static_cast<std::size_t>(sy) *
+         static_cast<std::size_t>(sz) * bytesPerPoint;
 }
 
 constexpr dim3 blockShape{128};

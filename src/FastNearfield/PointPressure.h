@@ -24,18 +24,22 @@ struct SymmetricRule {
   int N;
 };
 
-/// exp(−ikR) − exp(−ikz) over D = d² + σ², in the half-angle form
+// An integrand gives (exp(−ikR) − exp(−ikz))/D at D = d² + σ² up to a factor that all nodes share,
+// which `complete` multiplies into the sum, and the distance of a coordinate from 0.
+
+/// In single precision, in the half-angle form
 ///
 ///     exp(−ikR) − E0 = −2·E0·sin(δ/2)·(sin(δ/2) + i·cos(δ/2)),   δ = k(R − z),  E0 = exp(−ikz).
 ///
 /// For z ≥ 0, R − z = D/(R + z) loses no digits, where the difference of the exponentials would
-/// lose most of them near the axis and far away. −2·E0 is the same at every node, so it is left out
-/// of `at` and multiplied into the sum by `complete`.
+/// lose most of them near the axis and far away. The shared factor is −2·E0.
 template <class Lane>
 class HalfAngleIntegrand {
  public:
   __host__ __device__ HalfAngleIntegrand(Lane z, Lane k)
       : z_(z), k_(k), zz_(z * z), absZ_(absolute(z)), halfK_(k * Lane(0.5)) {}
+
+  __host__ __device__ static Lane distance(Lane x) { return absolute(x); }
 
   __host__ __device__ ComplexPair<Lane> at(Lane D) const {
     const Lane R = squareRoot(zz_ + D);
@@ -60,6 +64,38 @@ class HalfAngleIntegrand {
 
  private:
   Lane z_, k_, zz_, absZ_, halfK_;
+};
+
+/// The same in double precision as it is written, but with the magnitude of a coordinate, the
+/// square root and the sines and cosines in single precision: the accuracy that this precision has
+/// always had on the device.
+template <class Lane>
+class SingleRootIntegrand {
+ public:
+  __host__ __device__ SingleRootIntegrand(Lane z, Lane k)
+      : k_(k), zz_(z * z), E0_(turn(-(k * z))) {}
+
+  __host__ __device__ static Lane distance(Lane x) { return absolute(static_cast<float>(x)); }
+
+  __host__ __device__ ComplexPair<Lane> at(Lane D) const {
+    const Lane R = squareRoot(static_cast<float>(zz_ + D));
+    const ComplexPair<Lane> e = turn(-(k_ * R));
+    const Lane inverse = Lane(1) / D;
+    return {(e.re - E0_.re) * inverse, (e.im - E0_.im) * inverse};
+  }
+
+  __host__ __device__ ComplexPair<Lane> complete(ComplexPair<Lane> sum) const { return sum; }
+
+ private:
+  /// exp(iθ).
+  __host__ __device__ static ComplexPair<Lane> turn(Lane theta) {
+    float sine, cosine;
+    sineCosine(static_cast<float>(theta), sine, cosine);
+    return {Lane(cosine), Lane(sine)};
+  }
+
+  Lane k_, zz_;
+  ComplexPair<Lane> E0_;
 };
 
 /// F of the two parallel edges of a pair.
@@ -146,8 +182,8 @@ __host__ __device__ inline ComplexPair<Lane> pointPressure(Lane x, Lane y, Lane 
                                                            Real k,
                                                            const SymmetricRule<Real>& rule) {
   const IntegrandOf<Lane> f(z, Lane(k));
-  const Lane u = absolute(x);
-  const Lane v = absolute(y);
+  const Lane u = IntegrandOf<Lane>::distance(x);
+  const Lane v = IntegrandOf<Lane>::distance(y);
   const ComplexPair<Lane> alongY = edgePairSum(f, u - a, u + a, v, Lane(b), rule);
   const ComplexPair<Lane> alongX = edgePairSum(f, v - b, v + b, u, Lane(a), rule);
   const ComplexPair<Lane> S = f.complete(alongY + alongX);

@@ -1,9 +1,41 @@
 #include "FastNearfield/RectangularPiston2.h"
 
+#include <algorithm>
+#include <array>
+#include <iostream>
+
+#include "FastNearfield/RectangularPistonCuda.dp.h"
+#include "FastNearfield/RectangularPistonCuda.h"
+#include "core/ErrorHandler.h"
+#include "core/PlainAssertion.h"
+
 namespace pistonfield {
 namespace {
+
 constexpr int cpuOrder = 100;
+
+// The lines are those that users know from the messages.
+constexpr SourceLocation sizeCheck{"src/FastNearfield/RectangularPiston2", 56};
+constexpr SourceLocation noDoubleStorageOnGPU{"src/FastNearfield/RectangularPiston2", 64};
+
+std::array<float, 16> asFloats(const Grid3DR<double>::Transform& transform) {
+  std::array<float, 16> floats{};
+  std::transform(transform.begin(), transform.end(), floats.begin(),
+                 [](double value) { return static_cast<float>(value); });
+  return floats;
 }
+
+/// A size of the grid as the launchers take it.
+int launched(unsigned size) { return static_cast<int>(size); }
+
+/// The first two results.
+void echo(const float* out, unsigned points) {
+  std::cout << " CUDADATA: ";
+  for (unsigned n = 0; n < std::min(2 * points, 4U); ++n) std::cout << (n > 0 ? " " : "") << out[n];
+  std::cout << std::endl;
+}
+
+}  // namespace
 
 RectangularPistonCuda2::RectangularPistonCuda2(double l_, double s_, double k_)
     : l(l_),
@@ -13,5 +45,50 @@ RectangularPistonCuda2::RectangularPistonCuda2(double l_, double s_, double k_)
       floatTable_(cpuOrder),
       floatRule(&floatTable_),
       doubleRule(&doubleTable_) {}
+
+void RectangularPistonCuda2::compute(float* out, const Grid3DR<double>& grid) const {
+  if (!useGPU) {
+    computeCPU<float, double>(out, grid);
+    std::cout << "cpu" << std::endl;
+    return;
+  }
+  std::array<float, 16> transform = asFloats(grid.transform());
+  RectangularPiston_func(reinterpret_cast<Complex*>(out), launched(grid.sx()), launched(grid.sy()),
+                         launched(grid.sz()), transform.data(), static_cast<float>(l),
+                         static_cast<float>(s), static_cast<float>(k));
+  std::cout << "cuda" << std::endl;
+  echo(out, grid.nbPositions());
+}
+
+void RectangularPistonCuda2::compute(double* out, const Grid3DR<double>& grid) const {
+  if (!useGPU) {
+    computeCPU<double, double>(out, grid);
+    return;
+  }
+  std::cout << "computeCudaDouble 1" << std::endl;
+  Grid3DR<double>::Transform transform = grid.transform();
+  RectangularPiston_func_d(reinterpret_cast<Complexd*>(out), launched(grid.sx()),
+                           launched(grid.sy()), launched(grid.sz()), transform.data(), l, s, k);
+}
+
+void RectangularPistonCuda2::compute(CudaStorage* data, const Grid3DR<double>& grid) const {
+  if (data->getSize() != std::size_t{grid.nbPositions()} * 2) {
+    fail("data->getSize() == grid.nbPositions()*2", sizeCheck);
+    return;  // there is no room for the results
+  }
+  if (data->getType() == CudaStorage::DT_DOUBLE) {
+    if (useGPU) failPlainAssertion("false", "compute", noDoubleStorageOnGPU);
+    computeCPU<double, double>(data->getDoubleData(), grid);
+  } else if (!useGPU) {
+    computeCPU<float, double>(data->getFloatData(), grid);
+  } else {
+    std::cout << "CudaStorage function in RectangularPistonCuda2" << std::endl;
+    std::array<float, 16> transform = asFloats(grid.transform());
+    RectangularPiston_func_device(static_cast<Complex*>(data->getDeviceData()), launched(grid.sx()),
+                                  launched(grid.sy()), launched(grid.sz()), transform.data(),
+                                  static_cast<float>(l), static_cast<float>(s),
+                                  static_cast<float>(k));
+  }
+}
 
 }  // namespace pistonfield

@@ -1,6 +1,5 @@
 #include "FastNearfield/RectangularPistonCuda.h"
 
-#include <cmath>
 #include <cstddef>
 #include <iostream>
 #include <string>
@@ -17,13 +16,15 @@
 #include "core/DeviceBuffer.h"
 
 using pistonfield::AffineMap;
+using pistonfield::atGridPoint;
 using pistonfield::blockShape;
 using pistonfield::callCheck;
 using pistonfield::Complex;
 using pistonfield::copyTo;
 using pistonfield::DeviceBuffer;
+using pistonfield::gridBytes;
 using pistonfield::GridIndex;
-using pistonfield::gridPoints;
+using pistonfield::half;
 using pistonfield::hasPoint;
 using pistonfield::launch;
 using pistonfield::launchTimed;
@@ -97,11 +98,10 @@ __device__ Complex pressure(const AffineMap<float>& map, const GridIndex& at, fl
 
 __global__ void calculate(Complex* d_array, int sx, int sy, int sz, float dx, float dy, float dz,
                           float a, float b, float k) {
-  const unsigned idx = linearThreadIndex();
-  if (!hasPoint(idx, gridPoints(sx, sy, sz))) return;
-  const GridIndex at(idx, sx, sy);
-  d_array[idx] = pressure(static_cast<float>(at.i) * dx, static_cast<float>(at.j) * dy,
-                          static_cast<float>(at.l) * dz, a, b, k);
+  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
+    d_array[idx] = pressure(static_cast<float>(at.i) * dx, static_cast<float>(at.j) * dy,
+                            static_cast<float>(at.l) * dz, a, b, k);
+  });
 }
 
 __global__ void calculate_grid(Complex* d_array, int sx, int sy, int sz, float transform00,
@@ -109,12 +109,12 @@ __global__ void calculate_grid(Complex* d_array, int sx, int sy, int sz, float t
                                float transform10, float transform11, float transform12,
                                float transform13, float transform20, float transform21,
                                float transform22, float transform23, float a, float b, float k) {
-  const unsigned idx = linearThreadIndex();
-  if (!hasPoint(idx, gridPoints(sx, sy, sz))) return;
   const AffineMap<float> map{{transform00, transform01, transform02, transform03, transform10,
                               transform11, transform12, transform13, transform20, transform21,
                               transform22, transform23}};
-  d_array[idx] = pressure(map, GridIndex(idx, sx, sy), a, b, k);
+  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
+    d_array[idx] = pressure(map, at, a, b, k);
+  });
 }
 
 __global__ void calculate_grid(float* d_arrayr, float* d_arrayi, int sx, int sy, int sz,
@@ -123,30 +123,30 @@ __global__ void calculate_grid(float* d_arrayr, float* d_arrayi, int sx, int sy,
                                float transform12, float transform13, float transform20,
                                float transform21, float transform22, float transform23, float a,
                                float b, float k) {
-  const unsigned idx = linearThreadIndex();
-  if (!hasPoint(idx, gridPoints(sx, sy, sz))) return;
   const AffineMap<float> map{{transform00, transform01, transform02, transform03, transform10,
                               transform11, transform12, transform13, transform20, transform21,
                               transform22, transform23}};
-  const Complex p = pressure(map, GridIndex(idx, sx, sy), a, b, k);
-  d_arrayr[idx] = p.re;
-  d_arrayi[idx] = p.im;
+  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
+    const Complex p = pressure(map, at, a, b, k);
+    d_arrayr[idx] = p.re;
+    d_arrayi[idx] = p.im;
+  });
 }
 
 __global__ void calculate_grid(Complex* d_array, int sx, int sy, int sz, float* transform, float a,
                                float b, float k) {
-  const unsigned idx = linearThreadIndex();
-  if (!hasPoint(idx, gridPoints(sx, sy, sz))) return;
-  d_array[idx] = pressure(loadAffineMap(transform), GridIndex(idx, sx, sy), a, b, k);
+  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
+    d_array[idx] = pressure(loadAffineMap(transform), at, a, b, k);
+  });
 }
 
 __global__ void calculate_grid(float* d_arrayr, float* d_arrayi, int sx, int sy, int sz,
                                float* transform, float a, float b, float k) {
-  const unsigned idx = linearThreadIndex();
-  if (!hasPoint(idx, gridPoints(sx, sy, sz))) return;
-  const Complex p = pressure(loadAffineMap(transform), GridIndex(idx, sx, sy), a, b, k);
-  d_arrayr[idx] = p.re;
-  d_arrayi[idx] = p.im;
+  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
+    const Complex p = pressure(loadAffineMap(transform), at, a, b, k);
+    d_arrayr[idx] = p.re;
+    d_arrayi[idx] = p.im;
+  });
 }
 
 __global__ void calculate_grid_unstructured(Complex* d_array, int nbPos, float* pos, float a,
@@ -159,10 +159,9 @@ __global__ void calculate_grid_unstructured(Complex* d_array, int nbPos, float* 
 
 __global__ void calculate_grid_structured(Complex* d_array, int sx, int sy, int sz, float* posx,
                                           float* posy, float* posz, float a, float b, float k) {
-  const unsigned idx = linearThreadIndex();
-  if (!hasPoint(idx, gridPoints(sx, sy, sz))) return;
-  const GridIndex at(idx, sx, sy);
-  d_array[idx] = pressure(posx[at.i], posy[at.j], posz[at.l], a, b, k);
+  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
+    d_array[idx] = pressure(posx[at.i], posy[at.j], posz[at.l], a, b, k);
+  });
 }
 
 // The launchers. Each hands the kernel half the side lengths, exchanged: the kernel's a, along x,
@@ -172,14 +171,6 @@ int do_timing = 0;
 double global_time = 0;
 
 namespace {
-
-float half(float side) { return std::ldexp(side, -1); }
-
-/// sx·sy·sz elements of `bytesPerPoint`.
-std::size_t gridBytes(int sx, int sy, int sz, std::size_t bytesPerPoint) {
-  return static_cast<std::size_t>(sx) * static_cast<std::size_t>(sy) *
-         static_cast<std::size_t>(sz) * bytesPerPoint;
-}
 
 void printTransform(const char* label, const float* transform) {
   std::cout << label << transform[0] << " " << transform[1] << " " << transform[2] << " "

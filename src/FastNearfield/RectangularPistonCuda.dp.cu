@@ -1,13 +1,33 @@
+#include "FastNearfield/RectangularPistonCuda.dp.h"
+
 #include <cstddef>
 #include <iostream>
 #include <string>
 
 #include "FastNearfield/IntegratorCuda.h"
+#include "FastNearfield/KernelIndex.h"
+#include "FastNearfield/LaunchShape.h"
+#include "FastNearfield/LaunchTiming.h"
+#include "FastNearfield/PointPressure.h"
+#include "FastNearfield/RectangularPistonKernels.dp.h"
 #include "core/CudaCheck.h"
 #include "core/CudaToday.h"
+#include "core/DeviceBuffer.h"
 
+using pistonfield::AffineMap;
+using pistonfield::atGridPoint;
+using pistonfield::blockShape;
 using pistonfield::callCheck;
+using pistonfield::Complexd;
 using pistonfield::copyTo;
+using pistonfield::DeviceBuffer;
+using pistonfield::gridBytes;
+using pistonfield::GridIndex;
+using pistonfield::half;
+using pistonfield::launch;
+using pistonfield::launchTimed;
+using pistonfield::loadAffineMap;
+using pistonfield::regularGridShape;
 using pistonfield::stageCheck;
 
 namespace {
@@ -55,4 +75,163 @@ void setIntegratorWeightsSym_d(const char* name, const double* x, const double* 
   callCheck(writeSymbol(prefix + "N", &N, sizeof(int)),
             "cudaMemcpyToSymbol( buf, (void*)&N, sizeof(int) )", HERE);
   stageCheck("end setIntegratorWeightsSym", HERE);
+}
+
+// The kernels.
+
+namespace {
+
+__device__ Complexd pressure(double x, double y, double z, double a, double b, double k) {
+  const pistonfield::SymmetricRule<double> rule{global_dpRectangularPiston_double_x,
+                                                global_dpRectangularPiston_double_w,
+                                                global_dpRectangularPiston_double_N};
+  return pistonfield::pointPressure<pistonfield::SingleRootIntegrand>(x, y, z, a, b, k, rule);
+}
+
+__device__ Complexd pressure(const AffineMap<double>& map, const GridIndex& at, double a, double b,
+                             double k) {
+  return pressure(map(0, at), map(1, at), map(2, at), a, b, k);
+}
+
+}  // namespace
+
+__global__ void calculate(Complexd* d_array, int sx, int sy, int sz, double dx, double dy,
+                          double dz, double a, double b, double k) {
+  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
+    d_array[idx] = pressure(static_cast<double>(at.i) * dx, static_cast<double>(at.j) * dy,
+                            static_cast<double>(at.l) * dz, a, b, k);
+  });
+}
+
+__global__ void calculate_grid(Complexd* d_array, int sx, int sy, int sz, double transform00,
+                               double transform01, double transform02, double transform03,
+                               double transform10, double transform11, double transform12,
+                               double transform13, double transform20, double transform21,
+                               double transform22, double transform23, double a, double b,
+                               double k) {
+  const AffineMap<double> map{{transform00, transform01, transform02, transform03, transform10,
+                               transform11, transform12, transform13, transform20, transform21,
+                               transform22, transform23}};
+  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
+    d_array[idx] = pressure(map, at, a, b, k);
+  });
+}
+
+__global__ void calculate_grid(double* d_arrayr, double* d_arrayi, int sx, int sy, int sz,
+                               double transform00, double transform01, double transform02,
+                               double transform03, double transform10, double transform11,
+                               double transform12, double transform13, double transform20,
+                               double transform21, double transform22, double transform23, double a,
+                               double b, double k) {
+  const AffineMap<double> map{{transform00, transform01, transform02, transform03, transform10,
+                               transform11, transform12, transform13, transform20, transform21,
+                               transform22, transform23}};
+  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
+    const Complexd p = pressure(map, at, a, b, k);
+    d_arrayr[idx] = p.re;
+    d_arrayi[idx] = p.im;
+  });
+}
+
+__global__ void calculate_grid(Complexd* d_array, int sx, int sy, int sz, double* transform,
+                               double a, double b, double k) {
+  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
+    d_array[idx] = pressure(loadAffineMap(transform), at, a, b, k);
+  });
+}
+
+__global__ void calculate_grid(double* d_arrayr, double* d_arrayi, int sx, int sy, int sz,
+                               double* transform, double a, double b, double k) {
+  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
+    const Complexd p = pressure(loadAffineMap(transform), at, a, b, k);
+    d_arrayr[idx] = p.re;
+    d_arrayi[idx] = p.im;
+  });
+}
+
+// The launchers. Each hands the kernel half the side lengths, exchanged: the kernel's a, along x,
+// is b/2, and its b, along y, is a/2.
+
+namespace {
+
+void uploadTransform(DeviceBuffer<double>& d_transform, const double* transform) {
+  callCheck(d_transform.allocate(16 * sizeof(double)),
+            "cudaMalloc((void**)&d_transform, 16*sizeof(double))", HERE);
+  callCheck(cudaMemcpy(d_transform.get(), transform, 16 * sizeof(double), cudaMemcpyHostToDevice),
+            "cudaMemcpy( d_transform, transform, 16*sizeof(double), cudaMemcpyHostToDevice )",
+            HERE);
+}
+
+}  // namespace
+
+void RectangularPiston_func_d(Complexd* data, int sx, int sy, int sz, double* transform, double a,
+                              double b, double k) {
+  stageCheck("pre do_calculate_grid", HERE);
+  const std::size_t datasize = gridBytes(sx, sy, sz, sizeof(Complexd));
+  DeviceBuffer<Complexd> d_array;
+  callCheck(d_array.allocate(datasize), "cudaMalloc((void**)&d_array, datasize)", HERE);
+  DeviceBuffer<double> d_transform;
+  uploadTransform(d_transform, transform);
+  launchTimed(HERE, calculate_grid, regularGridShape(sx, sy, sz), blockShape, d_array.get(), sx, sy,
+              sz, d_transform.get(), half(b), half(a), k);
+  stageCheck("calculate_grid", HERE);
+  callCheck(cudaMemcpy(data, d_array.get(), datasize, cudaMemcpyDeviceToHost),
+            "cudaMemcpy( &data[0], d_array, datasize, cudaMemcpyDeviceToHost )", HERE);
+  callCheck(d_array.free(), "cudaFree(d_array)", HERE);
+  callCheck(d_transform.free(), "cudaFree(d_transform)", HERE);
+}
+
+void RectangularPiston_func2_d(double* datar, double* datai, int sx, int sy, int sz,
+                               double* transform, double a, double b, double k) {
+  stageCheck("pre do_calculate_grid", HERE);
+  const std::size_t datasize = gridBytes(sx, sy, sz, sizeof(double));
+  DeviceBuffer<double> d_arrayr;
+  callCheck(d_arrayr.allocate(datasize), "cudaMalloc((void**)&d_arrayr, datasize)", HERE);
+  DeviceBuffer<double> d_arrayi;
+  callCheck(d_arrayi.allocate(datasize), "cudaMalloc((void**)&d_arrayi, datasize)", HERE);
+  DeviceBuffer<double> d_transform;
+  uploadTransform(d_transform, transform);
+  launchTimed(HERE, calculate_grid, regularGridShape(sx, sy, sz), blockShape, d_arrayr.get(),
+              d_arrayi.get(), sx, sy, sz, d_transform.get(), half(b), half(a), k);
+  stageCheck("calculate_grid", HERE);
+  callCheck(cudaMemcpy(datar, d_arrayr.get(), datasize, cudaMemcpyDeviceToHost),
+            "cudaMemcpy( &datar[0], d_arrayr, datasize, cudaMemcpyDeviceToHost )", HERE);
+  callCheck(cudaMemcpy(datai, d_arrayi.get(), datasize, cudaMemcpyDeviceToHost),
+            "cudaMemcpy( &datai[0], d_arrayi, datasize, cudaMemcpyDeviceToHost )", HERE);
+  callCheck(d_arrayr.free(), "cudaFree(d_arrayr)", HERE);
+  callCheck(d_arrayi.free(), "cudaFree(d_arrayi)", HERE);
+  callCheck(d_transform.free(), "cudaFree(d_transform)", HERE);
+}
+
+void do_calculate_grid_d(Complexd* data, int sx, int sy, int sz, double transform00,
+                         double transform01, double transform02, double transform03,
+                         double transform10, double transform11, double transform12,
+                         double transform13, double transform20, double transform21,
+                         double transform22, double transform23, double a, double b, double k) {
+  stageCheck("pre do_calculate_grid", HERE);
+  const std::size_t datasize = gridBytes(sx, sy, sz, sizeof(Complexd));
+  DeviceBuffer<Complexd> d_array;
+  callCheck(d_array.allocate(datasize), "cudaMalloc((void**)&d_array, datasize)", HERE);
+  launchTimed(HERE, calculate_grid, regularGridShape(sx, sy, sz), blockShape, d_array.get(), sx, sy,
+              sz, transform00, transform01, transform02, transform03, transform10, transform11,
+              transform12, transform13, transform20, transform21, transform22, transform23, half(b),
+              half(a), k);
+  stageCheck("calculate_grid", HERE);
+  callCheck(cudaMemcpy(data, d_array.get(), datasize, cudaMemcpyDeviceToHost),
+            "cudaMemcpy( &data[0], d_array, datasize, cudaMemcpyDeviceToHost )", HERE);
+  callCheck(d_array.free(), "cudaFree(d_array)", HERE);
+}
+
+void do_calculate_d(Complexd* data, int sx, int sy, int sz, double dx, double dy, double dz,
+                    double a, double b, double k) {
+  stageCheck("pre do_calculate", HERE);
+  const std::size_t datasize = gridBytes(sx, sy, sz, sizeof(Complexd));
+  DeviceBuffer<Complexd> d_array;
+  callCheck(d_array.allocate(datasize), "cudaMalloc((void**)&d_array, datasize)", HERE);
+  launch(calculate, regularGridShape(sx, sy, sz), blockShape, d_array.get(), sx, sy, sz, dx, dy, dz,
+         half(b), half(a), k);
+  stageCheck("calculate", HERE);
+  callCheck(cudaMemcpy(data, d_array.get(), datasize, cudaMemcpyDeviceToHost),
+            "cudaMemcpy( &data[0], d_array, datasize, cudaMemcpyDeviceToHost )", HERE);
+  callCheck(d_array.free(), "cudaFree(d_array)", HERE);
 }

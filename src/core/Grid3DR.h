@@ -35,10 +35,14 @@ class Grid3DR : public Grid<T> {
   const Transform& transform() const { return transform_; }
 
   MVector<T, 3> getPosition(int index) const override {
-    const auto i = static_cast<unsigned>(index);
-    const unsigned row = i / sx_;
-    const unsigned page = row / sy_;
-    const T v[3] = {static_cast<T>(i % sx_), static_cast<T>(row % sy_), static_cast<T>(page)};
+    const auto n = static_cast<unsigned>(index);
+    const unsigned row = n / sx_;
+    return getPosition(n % sx_, row % sy_, row / sy_);
+  }
+
+  /// The position of grid point (i, j, l).
+  MVector<T, 3> getPosition(unsigned i, unsigned j, unsigned l) const {
+    const T v[3] = {static_cast<T>(i), static_cast<T>(j), static_cast<T>(l)};
     MVector<T, 3> p;
     for (int r = 0; r < 3; ++r) {
       p[r] = m(r, 3);

@@ -1,4 +1,5 @@
 #include <chrono>
+#include <string>
 #include <vector>
 
 #include "FastNearfield/LaunchShape.h"
@@ -8,6 +9,7 @@
 using launchers::a;
 using launchers::b;
 using launchers::Complex;
+using launchers::Complexd;
 using launchers::k;
 using pistonfield::iDivUp;
 using support::failureOf;
@@ -32,6 +34,23 @@ TEST_F(LauncherTest, PointNumber8193StartsASecondColumnOfBlocks) {
   EXPECT_EQ(printed(), "allocating 32772 bytes\nnbPos8193\ngrid: 2 64 1\n16384\n");
   EXPECT_TRUE(support::sameBits(data[8192], data[0]));
   EXPECT_NE(data[8192].re, 0.0f);
+}
+
+TEST_F(LauncherTest, OnePointInDoublePrecision) {
+  Complexd data{};
+  std::vector<double> t = launchers::doubleTransform();
+  device.recordCalls();
+  RectangularPiston_func_d(&data, 1, 1, 1, t.data(), a, b, k);
+  EXPECT_EQ(printed(), "");
+  std::vector<std::size_t> allocated;
+  for (const emulation::Call& call : device.calls()) {
+    if (std::string(call.function) == "cudaMalloc") allocated.push_back(call.bytes);
+    if (std::string(call.function) == "cudaLaunchKernel") {
+      EXPECT_EQ(call.grid.x * call.grid.y * call.grid.z, 1u);
+      EXPECT_EQ(call.block.x, 128u);
+    }
+  }
+  EXPECT_EQ(allocated, (std::vector<std::size_t>{16, 128}));
 }
 
 TEST_F(LauncherTest, DividesRoundingUp) {

@@ -18,6 +18,10 @@ double ReferenceField::tolerance(std::size_t i) const {
   return 3 * std::ldexp(1.0, -24) * (1 + k * farthestCorner(i));
 }
 
+double ReferenceField::doubleTolerance(std::size_t i) const {
+  return std::ldexp(tolerance(i), 24 - 53);
+}
+
 std::vector<ReferenceField> readReferenceFields(const std::string& name) {
   std::istringstream file(contents(testFile("data/" + name)));
   std::vector<ReferenceField> fields;

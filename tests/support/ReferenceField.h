@@ -21,6 +21,9 @@ struct ReferenceField {
 
   /// How far single precision may be off at point i: 3·2^-24·(1 + kR).
   double tolerance(std::size_t i) const;
+
+  /// The same for double precision: 3·2^-53·(1 + kR).
+  double doubleTolerance(std::size_t i) const;
 };
 
 /// All fields of tests/data/<name>.

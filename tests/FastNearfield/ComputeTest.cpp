@@ -1,0 +1,152 @@
+#include <cmath>
+#include <complex>
+#include <vector>
+
+#include "FastNearfield/IntegratorCuda.h"
+#include "FastNearfield/RectangularPiston2.h"
+#include "support/DeviceTest.h"
+
+using pistonfield::CudaStorage;
+using pistonfield::Grid3DR;
+using pistonfield::RectangularPistonCuda2;
+using support::Failure;
+using support::failureOf;
+
+namespace {
+
+const Grid3DR<double> grid(3, 2, 2, {0.5, 0, 0, -0.75, 0, 0.25, 0, 0.5, 0, 0, 2, 1, 0, 0, 0, 1});
+constexpr std::size_t values = 24;  // real and imaginary part of 12 points
+
+class ComputeTest : public support::DeviceTest {
+ protected:
+  void SetUp() override {
+    DeviceTest::SetUp();
+    if (IsSkipped()) return;
+    setCudaIntegratorParameters("RectangularPiston", 64);
+    printed();
+  }
+
+  std::string printed() {
+    std::string text = output();
+    captureAgain();
+    return text;
+  }
+
+  template <class T>
+  std::vector<T> computed(bool useGPU) {
+    piston.useGPU = useGPU;
+    std::vector<T> out(values, T(-7));
+    piston.compute(out.data(), grid);
+    return out;
+  }
+
+  template <class T, class U>
+  static void expectNear(const T* actual, const U* expected, double tolerance) {
+    for (std::size_t i = 0; i < values; ++i)
+      EXPECT_NEAR(static_cast<double>(actual[i]), static_cast<double>(expected[i]), tolerance) << i;
+  }
+
+  RectangularPistonCuda2 piston{2, 1, 5};
+};
+
+TEST_F(ComputeTest, AllFourWaysAgree) {
+  const std::vector<double> reference = computed<double>(false);
+  EXPECT_EQ(printed(), "grid: 3 2 2\n");
+  const std::vector<float> cpu = computed<float>(false);
+  EXPECT_EQ(printed(), "grid: 3 2 2\ncpu\n");
+  const std::vector<double> gpuDouble = computed<double>(true);
+  EXPECT_EQ(printed(), "computeCudaDouble 1\n");
+  const std::vector<float> gpu = computed<float>(true);
+  expectNear(cpu.data(), reference.data(), 1e-5);
+  expectNear(gpu.data(), reference.data(), 1e-5);
+  expectNear(gpuDouble.data(), reference.data(), 1e-5);
+}
+
+TEST_F(ComputeTest, FloatsOnTheGPUEchoTheFirstTwoResults) {
+  const std::vector<float> out = computed<float>(true);
+  std::ostringstream echo;
+  echo << "cuda\n CUDADATA: " << out[0] << " " << out[1] << " " << out[2] << " " << out[3] << "\n";
+  const std::string text = printed();
+  EXPECT_EQ(text,
+            " transform: 0.5 0 0 -0.75 0\n _device transform: 0.5 0 0 -0.75 0\n" + echo.str());
+}
+
+TEST_F(ComputeTest, AGridOfOnePointEchoesOnlyItsResult) {
+  float out[2];
+  piston.compute(out, {1, 1, 1, grid.transform()});
+  std::ostringstream echo;
+  echo << "cuda\n CUDADATA: " << out[0] << " " << out[1] << "\n";
+  const std::string text = printed();
+  EXPECT_EQ(text.substr(text.find("cuda\n")), echo.str());
+}
+
+TEST_F(ComputeTest, AStorageOfFloatsOnTheGPUIsFilledOnItsDeviceSide) {
+  const std::vector<float> expected = computed<float>(true);
+  printed();
+  CudaStorage storage(CudaStorage::DT_FLOAT, values);
+  piston.compute(&storage, grid);
+  EXPECT_EQ(printed().find("CudaStorage function in RectangularPistonCuda2\n"), 0u);
+  EXPECT_EQ(storage.getFloatData()[0], 0.0f);
+  storage.toHost();
+  for (std::size_t i = 0; i < values; ++i) EXPECT_EQ(storage.getFloatData()[i], expected[i]);
+}
+
+TEST_F(ComputeTest, StoragesOnTheCPUAreFilledOnTheirHostSide) {
+  const std::vector<float> floats = computed<float>(false);
+  const std::vector<double> doubles = computed<double>(false);
+  printed();
+  CudaStorage ofFloats(CudaStorage::DT_FLOAT, values);
+  CudaStorage ofDoubles(CudaStorage::DT_DOUBLE, values);
+  piston.compute(&ofFloats, grid);
+  piston.compute(&ofDoubles, grid);
+  EXPECT_EQ(printed(), "grid: 3 2 2\ngrid: 3 2 2\n");
+  for (std::size_t i = 0; i < values; ++i) {
+    EXPECT_EQ(ofFloats.getFloatData()[i], floats[i]);
+    EXPECT_EQ(ofDoubles.getDoubleData()[i], doubles[i]);
+  }
+}
+
+TEST_F(ComputeTest, AStorageOfAnotherSizeFailsBeforeAnythingIsComputed) {
+  for (const std::size_t size : {values - 1, values + 1, std::size_t{12}}) {
+    CudaStorage storage(CudaStorage::DT_DOUBLE, size);
+    const Failure failure = failureOf([&] { piston.compute(&storage, grid); });
+    EXPECT_EQ(failure.condition, "data->getSize() == grid.nbPositions()*2");
+    EXPECT_EQ(failure.line, 56);
+    EXPECT_EQ(failure.file, "src/FastNearfield/RectangularPiston2");
+  }
+  EXPECT_EQ(printed(), "");
+}
+
+TEST_F(ComputeTest, AStorageOfDoublesOnTheGPUAborts) {
+  CudaStorage storage(CudaStorage::DT_DOUBLE, values);
+  EXPECT_EXIT(piston.compute(&storage, grid), testing::KilledBySignal(SIGABRT),
+              "^src/FastNearfield/RectangularPiston2:64: compute: Assertion `false' failed\\.\n");
+}
+
+/// A transducer that only computes into floats.
+class Counting : public pistonfield::Piston {
+ public:
+  using Piston::compute;
+  void compute(float* out, const Grid3DR<double>& on) const override {
+    for (unsigned n = 0; n < 2 * on.nbPositions(); ++n) out[n] = static_cast<float>(n);
+  }
+};
+
+TEST_F(ComputeTest, OtherTransducersFillTheHostSideOfFloats) {
+  CudaStorage storage(CudaStorage::DT_FLOAT, values);
+  const Counting counting;
+  static_cast<const pistonfield::Transducer&>(counting).compute(&storage, grid);
+  for (std::size_t i = 0; i < values; ++i)
+    EXPECT_EQ(storage.getFloatData()[i], static_cast<float>(i));
+}
+
+TEST_F(ComputeTest, OtherTransducersRefuseDoubles) {
+  CudaStorage storage(CudaStorage::DT_DOUBLE, values);
+  const Counting counting;
+  const Failure failure = failureOf([&] { counting.compute(&storage, grid); });
+  EXPECT_EQ(failure.condition, "data->getType() == CudaStorage::DT_FLOAT");
+  EXPECT_EQ(failure.line, 14);
+  EXPECT_EQ(failure.file, "src/FastNearfield/Transducer");
+}
+
+}  // namespace
