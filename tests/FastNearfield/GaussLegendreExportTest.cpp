@@ -1,0 +1,160 @@
+#include "FastNearfield/GaussLegendreExport.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <iomanip>
+#include <iostream>
+#include <new>
+#include <sstream>
+#include <string>
+
+#include "support/ReferenceField.h"
+
+using pistonfield::legendre_handle;
+
+namespace {
+
+/// Works in a folder of its own.
+class GaussLegendreExportTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    std::string name = testing::TempDir() + "rule-XXXXXX";
+    ASSERT_NE(mkdtemp(name.data()), nullptr);
+    folder_ = name;
+    before_ = std::filesystem::current_path();
+    std::filesystem::current_path(folder_);
+  }
+  void TearDown() override {
+    std::filesystem::current_path(before_);
+    std::filesystem::remove_all(folder_);
+    std::cout << std::setprecision(6);
+  }
+
+  static std::string printed(int order, const std::string& output) {
+    testing::internal::CaptureStdout();
+    legendre_handle(order, output);
+    return testing::internal::GetCapturedStdout();
+  }
+
+  static std::string golden(const std::string& name) {
+    return support::contents(support::testFile("golden/rules/" + name));
+  }
+
+ private:
+  std::filesystem::path folder_, before_;
+};
+
+TEST_F(GaussLegendreExportTest, ListingsAreThoseOfTheGoldenFiles) {
+  for (const int order : {1, 2, 3, 16}) {
+    const std::string n = std::to_string(order);
+    EXPECT_EQ(printed(order, "C++"), golden(n + ".cpp.txt"));
+    EXPECT_EQ(printed(order, "F77"), golden(n + ".f77.txt"));
+    EXPECT_EQ(printed(order, "F90"), golden(n + ".f90.txt"));
+    EXPECT_EQ(printed(order, "MAT"), golden(n + ".mat.txt"));
+  }
+}
+
+TEST_F(GaussLegendreExportTest, FilesAreThoseOfTheGoldenFiles) {
+  for (const int order : {1, 2, 3, 16}) {
+    const std::string n = std::to_string(order);
+    printed(order, "rule" + n);
+    for (const char* part : {"_w.txt", "_x.txt", "_r.txt"})
+      EXPECT_EQ(support::contents("rule" + n + part), golden(n + part));
+  }
+}
+
+TEST_F(GaussLegendreExportTest, SmallLettersSelectTheSameSyntax) {
+  EXPECT_EQ(printed(3, "c++"), printed(3, "C++"));
+  EXPECT_EQ(printed(3, "f77"), printed(3, "F77"));
+  EXPECT_EQ(printed(3, "f90"), printed(3, "F90"));
+  EXPECT_EQ(printed(3, "mat"), printed(3, "MAT"));
+}
+
+TEST_F(GaussLegendreExportTest, AnyOtherSpellingIsAFileRoot) {
+  EXPECT_EQ(printed(2, "Mat"),
+            "\n"
+            "  Creating quadrature files.\n"
+            "\n"
+            "  Root file name is     \"Mat\".\n"
+            "\n"
+            "  Weight file will be   \"Mat_w.txt\".\n"
+            "  Abscissa file will be \"Mat_x.txt\".\n"
+            "  Region file will be   \"Mat_r.txt\".\n");
+  EXPECT_TRUE(std::filesystem::exists("Mat_w.txt"));
+  printed(2, "cpp");
+  EXPECT_TRUE(std::filesystem::exists("cpp_x.txt"));
+}
+
+TEST_F(GaussLegendreExportTest, AnEmptyRootNamesFilesInTheCurrentFolder) {
+  printed(2, "");
+  for (const char* name : {"_w.txt", "_x.txt", "_r.txt"})
+    EXPECT_TRUE(std::filesystem::exists(name)) << name;
+}
+
+TEST_F(GaussLegendreExportTest, Order1HasOneWeightWrittenAs2) {
+  EXPECT_NE(printed(1, "C++").find("\n  w[0] = 2;\n\n  x[0] = 0;\n\n  r[0] = -1;\n  r[1] = 1;\n"),
+            std::string::npos);
+  printed(1, "one");
+  EXPECT_EQ(support::contents("one_w.txt"), std::string(23, ' ') + "2  \n");
+}
+
+TEST_F(GaussLegendreExportTest, ThePrecisionOfStandardOutputStaysAt16) {
+  printed(2, "C++");
+  EXPECT_EQ(std::cout.precision(), 16);
+}
+
+TEST_F(GaussLegendreExportTest, AFileIsOverwritten) {
+  printed(16, "rule");
+  printed(1, "rule");
+  EXPECT_EQ(support::contents("rule_w.txt"), golden("1_w.txt"));
+}
+
+TEST_F(GaussLegendreExportTest, FilesThatCannotBeOpenedAreSaid) {
+  testing::internal::CaptureStderr();
+  printed(2, "no/such/folder/rule");
+  const std::string one =
+      "\n"
+      "DTABLE_WRITE0 - Fatal error!\n"
+      "  Could not open the output file.\n";
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), one + one + one);
+}
+
+TEST_F(GaussLegendreExportTest, TablesHaveLinesOfSeveralValues) {
+  double table[] = {1, 2.5, -3, 0.1};
+  pistonfield::dtable_write0("table.txt", 2, 2, table);
+  const auto blanks = [](std::size_t count) { return std::string(count, ' '); };
+  EXPECT_EQ(support::contents("table.txt"), blanks(23) + "1  " + blanks(21) + "2.5  \n" +
+                                                blanks(22) + "-3  " + blanks(21) + "0.1  \n");
+}
+
+TEST_F(GaussLegendreExportTest, ANegativeOrderFailsInTheAllocation) {
+  EXPECT_THROW(legendre_handle(-1, "C++"), std::bad_alloc);
+}
+
+TEST(GaussLegendreExportDeathTest, Order0EndsTheProcess) {
+  const auto handle = [] {
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    legendre_handle(0, "C++");
+  };
+  EXPECT_EXIT(handle(), testing::ExitedWithCode(1), "  Illegal value of ORDER = 0\n$");
+}
+
+TEST(TimestampTest, IsTheDateAndTimeInWords) {
+  testing::internal::CaptureStdout();
+  pistonfield::timestamp();
+  std::istringstream line(testing::internal::GetCapturedStdout());
+  std::tm time{};
+  line >> std::get_time(&time, "%d %B %Y %I:%M:%S %p");
+  EXPECT_FALSE(line.fail());
+  EXPECT_EQ(line.get(), '\n');
+  EXPECT_EQ(line.get(), std::istringstream::traits_type::eof());
+  time.tm_isdst = -1;
+  EXPECT_LE(std::abs(std::difftime(std::time(nullptr), std::mktime(&time))), 60);
+}
+
+}  // namespace
