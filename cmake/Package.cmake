@@ -1,0 +1,29 @@
+# What `cmake --install` puts where: the C++ library and its headers for find_package(pistonfield), the
+# program gauss_legendre, and the module for Octave in lib/pistonfield/octave.
+
+include(CMakePackageConfigHelpers)
+include(GNUInstallDirs)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/pistonfield)
+set(header_dir ${CMAKE_INSTALL_INCLUDEDIR}/pistonfield)
+
+set(libraries pistonfield)
+if(NOT PISTONFIELD_USE_CUDA)
+  list(APPEND libraries pistonfield_emulation)
+endif()
+install(TARGETS ${libraries} EXPORT pistonfieldTargets FILE_SET HEADERS DESTINATION ${header_dir})
+install(EXPORT pistonfieldTargets NAMESPACE pistonfield:: DESTINATION ${package_dir})
+install(TARGETS gauss_legendre)
+
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/pistonfieldConfig.cmake.in
+                              pistonfieldConfig.cmake INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(pistonfieldConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/pistonfieldConfig.cmake
+              ${CMAKE_CURRENT_BINARY_DIR}/pistonfieldConfigVersion.cmake
+        DESTINATION ${package_dir})
+
+if(TARGET pistonfield_octave)
+  set(octave_dir ${CMAKE_INSTALL_LIBDIR}/pistonfield/octave)
+  install(TARGETS pistonfield_octave LIBRARY DESTINATION ${octave_dir})
+  install(FILES src/matlab/pistonfield.m DESTINATION ${octave_dir})
+endif()
