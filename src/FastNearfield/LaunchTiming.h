@@ -12,11 +12,11 @@ namespace pistonfield {
 /// Launches without waiting or, while `do_timing` is set, waits and stores the time in
 /// `global_time`.
 template <class... Arguments>
-void launchTimed(SourceLocation location, void (*kernel)(Arguments...), dim3 grid, dim3 block,
-                 Arguments... arguments) {
+void launchTimed(SourceLocation location, typename KernelOf<Arguments...>::Type kernel, dim3 grid,
+                 dim3 block, Arguments... arguments) {
   using std::chrono::system_clock;
   const system_clock::time_point t0 = system_clock::now();
-  launch(kernel, grid, block, arguments...);
+  launch<Arguments...>(kernel, grid, block, arguments...);
   if (do_timing == 0) return;
   callCheck(cudaThreadSynchronize(), "cudaThreadSynchronize()", location);
   const auto elapsed =

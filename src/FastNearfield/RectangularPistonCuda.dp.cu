@@ -9,7 +9,9 @@
 #include "FastNearfield/LaunchShape.h"
 #include "FastNearfield/LaunchTiming.h"
 #include "FastNearfield/PointPressure.h"
+#if PISTONFIELD_DOUBLE
 #include "FastNearfield/RectangularPistonKernels.dp.h"
+#endif
 #include "core/CudaCheck.h"
 #include "core/CudaToday.h"
 #include "core/DeviceBuffer.h"
@@ -34,6 +36,8 @@ namespace {
 constexpr const char* sourceFile = "src/FastNearfield/RectangularPistonCuda.dp";
 }
 
+#if PISTONFIELD_DOUBLE
+
 // The rule, in constant memory. The "dp" belongs to the model's name.
 
 __constant__ double global_dpRectangularPiston_double_x[256];
@@ -51,31 +55,6 @@ cudaError_t writeSymbol(const std::string& symbol, const void* data, std::size_t
 }
 
 }  // namespace
-
-void setIntegratorWeightsSym_d(const char* name, const double* x, const double* w, int N) {
-  std::cout << "set weights double" << std::endl;
-  stageCheck("start setIntegratorWeightsSym", HERE);
-  if (N < 1 || N > 512) {
-    pistonfield::fail("N <= 512 && N>0", HERE);
-    return;  // there is no such table to read or to write
-  }
-  const std::size_t datasize = static_cast<std::size_t>((N + 1) / 2) * sizeof(double);
-  const std::string prefix = std::string("global_dp") + name + "_double_";
-
-  std::cout << x[0] << std::endl;
-  const cudaError_t err = writeSymbol(prefix + "x", x, datasize);
-  if (err == cudaErrorInvalidSymbol) {  // what a device image without double precision lacks
-    std::cerr << "Support for double not found" << std::endl;
-    cudaGetLastError();
-    return;
-  }
-  callCheck(err, "err", HERE);
-  callCheck(writeSymbol(prefix + "w", w, datasize), "cudaMemcpyToSymbol( buf, data_w, datasize )",
-            HERE);
-  callCheck(writeSymbol(prefix + "N", &N, sizeof(int)),
-            "cudaMemcpyToSymbol( buf, (void*)&N, sizeof(int) )", HERE);
-  stageCheck("end setIntegratorWeightsSym", HERE);
-}
 
 // The kernels.
 
@@ -147,6 +126,49 @@ __global__ void calculate_grid(double* d_arrayr, double* d_arrayi, int sx, int s
     d_arrayr[idx] = p.re;
     d_arrayi[idx] = p.im;
   });
+}
+
+#else
+
+// A build without double precision has no such symbols, and no kernels: to launch one is the
+// runtime's "invalid device function".
+
+namespace {
+
+cudaError_t writeSymbol(const std::string& symbol, const void* data, std::size_t size) {
+  return pistonfield::cudaMemcpyToSymbol({}, symbol.c_str(), data, size);
+}
+
+constexpr std::nullptr_t calculate = nullptr;
+constexpr std::nullptr_t calculate_grid = nullptr;
+
+}  // namespace
+
+#endif
+
+void setIntegratorWeightsSym_d(const char* name, const double* x, const double* w, int N) {
+  std::cout << "set weights double" << std::endl;
+  stageCheck("start setIntegratorWeightsSym", HERE);
+  if (N < 1 || N > 512) {
+    pistonfield::fail("N <= 512 && N>0", HERE);
+    return;  // there is no such table to read or to write
+  }
+  const std::size_t datasize = static_cast<std::size_t>((N + 1) / 2) * sizeof(double);
+  const std::string prefix = std::string("global_dp") + name + "_double_";
+
+  std::cout << x[0] << std::endl;
+  const cudaError_t err = writeSymbol(prefix + "x", x, datasize);
+  if (err == cudaErrorInvalidSymbol) {  // what a device image without double precision lacks
+    std::cerr << "Support for double not found" << std::endl;
+    cudaGetLastError();
+    return;
+  }
+  callCheck(err, "err", HERE);
+  callCheck(writeSymbol(prefix + "w", w, datasize), "cudaMemcpyToSymbol( buf, data_w, datasize )",
+            HERE);
+  callCheck(writeSymbol(prefix + "N", &N, sizeof(int)),
+            "cudaMemcpyToSymbol( buf, (void*)&N, sizeof(int) )", HERE);
+  stageCheck("end setIntegratorWeightsSym", HERE);
 }
 
 // The launchers. Each hands the kernel half the side lengths, exchanged: the kernel's a, along x,

@@ -40,10 +40,17 @@ cudaError_t copyTo(const void* data, std::size_t size) {
 cudaError_t cudaMemcpyToSymbol(std::initializer_list<DeviceSymbol> symbols, const char* name,
                                const void* data, std::size_t size);
 
+/// A kernel of these parameters, which do not follow from it: they choose among its overloads.
+template <class... Parameters>
+struct KernelOf {
+  using Type = void (*)(Parameters...);
+};
+
 /// kernel<<<grid, block>>>(arguments...), in the form that a CUDA toolkit and the emulation device
-/// share. The arguments' types must be the kernel's own: they choose among its overloads.
+/// share. The arguments' types must be the kernel's own.
 template <class... Arguments>
-cudaError_t launch(void (*kernel)(Arguments...), dim3 grid, dim3 block, Arguments... arguments) {
+cudaError_t launch(typename KernelOf<Arguments...>::Type kernel, dim3 grid, dim3 block,
+                   Arguments... arguments) {
   void* pointers[] = {static_cast<void*>(&arguments)..., nullptr};
   return cudaLaunchKernel(kernel, grid, block, pointers, 0, nullptr);
 }

@@ -16,6 +16,8 @@ const char* cudaGetErrorString(cudaError_t error) {
       return "invalid copy direction for memcpy";
     case cudaErrorInsufficientDriver:
       return "CUDA driver version is insufficient for CUDA runtime version";
+    case cudaErrorInvalidDeviceFunction:
+      return "invalid device function";
     case cudaErrorNoDevice:
       return "no CUDA-capable device is detected";
     case cudaErrorInvalidDevice:

@@ -101,6 +101,7 @@ void run(Blocks& blocks) {
 cudaError_t launch(dim3 grid, dim3 block, std::size_t sharedMemory,
                    const std::function<void()>& runBlock) {
   return performOnDevice({"cudaLaunchKernel", sharedMemory, grid, block}, [&](State&) {
+    if (!runBlock) return cudaErrorInvalidDeviceFunction;
     if (!fits(grid, block)) return cudaErrorInvalidConfiguration;
     if (sharedMemory > 49152) return cudaErrorInvalidValue;
     Blocks blocks(grid, block, runBlock);

@@ -36,6 +36,7 @@ enum cudaError_t {
   cudaErrorInvalidSymbol = 13,
   cudaErrorInvalidMemcpyDirection = 21,
   cudaErrorInsufficientDriver = 35,
+  cudaErrorInvalidDeviceFunction = 98,
   cudaErrorNoDevice = 100,
   cudaErrorInvalidDevice = 101,
   cudaErrorLaunchFailure = 719,
@@ -82,7 +83,8 @@ namespace emulation {
 cudaError_t copyToSymbol(void* symbol, std::size_t symbolSize, const void* source, std::size_t size,
                          std::size_t offset, cudaMemcpyKind kind);
 
-/// Calls `runBlock` once for every block of the grid, with the place of the block set.
+/// Calls `runBlock` once for every block of the grid, with the place of the block set. An empty one
+/// stands for a kernel that is not in the device's image.
 cudaError_t launch(dim3 grid, dim3 block, std::size_t sharedMemory,
                    const std::function<void()>& runBlock);
 
@@ -113,7 +115,10 @@ inline cudaError_t cudaMemcpyToSymbol(const void*& /*symbol*/, const void* sourc
 template <class... Parameters>
 cudaError_t cudaLaunchKernel(void (*kernel)(Parameters...), dim3 grid, dim3 block, void** arguments,
                              std::size_t sharedMemory, cudaStream_t /*stream*/) {
-  return emulation::launch(grid, block, sharedMemory, [=] {
-    emulation::runBlock(kernel, arguments, std::index_sequence_for<Parameters...>{});
-  });
+  std::function<void()> runBlock;
+  if (kernel)
+    runBlock = [=] {
+      emulation::runBlock(kernel, arguments, std::index_sequence_for<Parameters...>{});
+    };
+  return emulation::launch(grid, block, sharedMemory, runBlock);
 }
