@@ -54,14 +54,17 @@ TEST_F(FaultTest, TheDeviceIsStartedBeforeAnythingElseIsLookedAt) {
   EXPECT_EQ(module.call(0, {host::text("info")}).error, report);
 }
 
-TEST(FirstCallTest, AlsoTheModulesFirstErrorIsReportedToTheHost) {
+class FirstCallTest : public GatewayTest {
+ protected:
+  void SetUp() override {}  // makes no call
+};
+
+TEST_F(FirstCallTest, AlsoTheModulesFirstErrorIsReportedToTheHost) {
   // The handler must be there before the device can fail.
-  const host::MexHost fresh{PISTONFIELD_GATEWAY_MODULE};
   auto& device =
-      reinterpret_cast<decltype(&emulationTestControl)>(fresh.symbol("emulationTestControl"))();
-  device.restore();
+      reinterpret_cast<decltype(&emulationTestControl)>(module.symbol("emulationTestControl"))();
   device.pretendDevices({});
-  const host::Outcome outcome = fresh.call(1, Arguments{}.first(5));
+  const host::Outcome outcome = call({}, 5);
   device.restore();
   ASSERT_TRUE(outcome.error);
   EXPECT_EQ(outcome.error->find("ERROR: assertion failure in src/core/cuda_init"), 0u);

@@ -1,8 +1,15 @@
 #include "gateway/GatewayTest.h"
 
+#include <cstdlib>
+
 std::vector<mxArray> Arguments::first(std::size_t count) const {
   const std::vector<mxArray> all = {points, ignored, l, s, k, mode, nabscissas, host::scalar(0)};
   return {all.begin(), all.begin() + static_cast<std::ptrdiff_t>(count)};
+}
+
+std::string GatewayTest::modulePath() {
+  const char* const path = std::getenv("PISTONFIELD_GATEWAY_MODULE");
+  return path ? path : PISTONFIELD_GATEWAY_MODULE;
 }
 
 host::Outcome GatewayTest::call(const Arguments& arguments, std::size_t count) {

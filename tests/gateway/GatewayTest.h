@@ -37,5 +37,8 @@ class GatewayTest : public testing::Test {
   /// The call's error, "" if it succeeds.
   std::string errorOf(const Arguments& arguments, std::size_t count = 7);
 
-  host::MexHost module{PISTONFIELD_GATEWAY_MODULE};
+  /// Where the environment's PISTONFIELD_GATEWAY_MODULE says, else where it was built.
+  static std::string modulePath();
+
+  host::MexHost module{modulePath()};
 };

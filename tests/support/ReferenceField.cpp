@@ -1,6 +1,7 @@
 #include "support/ReferenceField.h"
 
 #include <cmath>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -37,7 +38,8 @@ std::vector<ReferenceField> readReferenceFields(const std::string& name) {
 }
 
 std::string testFile(const std::string& path) {
-  return std::string(PISTONFIELD_TESTS_DIR "/") + path;
+  const char* const folder = std::getenv("PISTONFIELD_TESTS_DIR");
+  return std::string(folder ? folder : PISTONFIELD_TESTS_DIR) + "/" + path;
 }
 
 std::string contents(const std::string& path) {

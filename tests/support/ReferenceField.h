@@ -29,7 +29,8 @@ struct ReferenceField {
 /// All fields of tests/data/<name>.
 std::vector<ReferenceField> readReferenceFields(const std::string& name);
 
-/// The path of a file below tests/.
+/// The path of a file below tests/, which stands where the environment's PISTONFIELD_TESTS_DIR
+/// says, else where it stood when the tests were built.
 std::string testFile(const std::string& path);
 
 /// A whole file.
