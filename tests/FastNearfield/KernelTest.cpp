@@ -8,67 +8,24 @@
 #include "FastNearfield/LaunchShape.h"
 #include "FastNearfield/RectangularPistonCuda.h"
 #include "FastNearfield/RectangularPistonKernels.h"
+#include "FastNearfield/TestGrids.h"
 #include "core/CudaToday.h"
-#include "core/DeviceBuffer.h"
+#include "support/DeviceArrays.h"
 #include "support/DeviceTest.h"
 #include "support/ReferenceField.h"
 #include "support/SameBits.h"
 
 using pistonfield::blockShape;
 using pistonfield::Complex;
-using pistonfield::DeviceBuffer;
 using pistonfield::launch;
 using pistonfield::regularGridShape;
+using support::GuardedArray;
 using support::sameBits;
+using support::Uploaded;
 
 namespace {
 
 constexpr float a = 0.75f, b = 0.5f, k = 12.5f;  // half sides along x and y
-
-/// An array on the device with a margin behind it that nothing may write.
-template <class T>
-class GuardedArray {
- public:
-  explicit GuardedArray(std::size_t size) : host_(size + margin) {
-    std::memset(static_cast<void*>(host_.data()), pattern, bytes());
-    EXPECT_EQ(device_.allocate(bytes()), cudaSuccess);
-    EXPECT_EQ(cudaMemcpy(device_.get(), host_.data(), bytes(), cudaMemcpyHostToDevice),
-              cudaSuccess);
-  }
-  T* device() const { return device_.get(); }
-
-  /// What the kernels wrote; the margin must be as it was.
-  std::vector<T> read() {
-    EXPECT_EQ(cudaMemcpy(host_.data(), device_.get(), bytes(), cudaMemcpyDeviceToHost),
-              cudaSuccess);
-    const auto* const behind =
-        reinterpret_cast<const unsigned char*>(&host_[host_.size() - margin]);
-    for (std::size_t i = 0; i < margin * sizeof(T); ++i)
-      EXPECT_EQ(behind[i], pattern) << "written past the end";
-    return {host_.begin(), host_.end() - margin};
-  }
-
- private:
-  static constexpr std::size_t margin = 64;
-  static constexpr unsigned char pattern = 0xAB;
-  std::size_t bytes() const { return host_.size() * sizeof(T); }
-  std::vector<T> host_;
-  DeviceBuffer<T> device_;
-};
-
-template <class T>
-class Uploaded {
- public:
-  explicit Uploaded(const std::vector<T>& values) {
-    const std::size_t bytes = values.size() * sizeof(T);
-    EXPECT_EQ(buffer_.allocate(bytes), cudaSuccess);
-    EXPECT_EQ(cudaMemcpy(buffer_.get(), values.data(), bytes, cudaMemcpyHostToDevice), cudaSuccess);
-  }
-  T* get() const { return buffer_.get(); }
-
- private:
-  DeviceBuffer<T> buffer_;
-};
 
 class KernelTest : public support::DeviceTest {
  protected:
@@ -102,28 +59,6 @@ class KernelTest : public support::DeviceTest {
   }
 };
 
-const std::vector<std::vector<int>> gridSizes = {{1, 1, 1}, {17, 3, 3}, {7, 11, 13}, {129, 1, 2}};
-// Powers of two, so that the positions are exact on every device, whatever it fuses.
-const float t[16] = {0.125f, 0.25f, -0.5f,  0.0625f, -0.25f, 0.125f, 0.5f, 0.5f,
-                     0.5f,   0.25f, 0.125f, 1.0f,    9,      9,      9,    9};
-
-std::size_t points(int sx, int sy, int sz) {
-  return static_cast<std::size_t>(sx) * static_cast<std::size_t>(sy) * static_cast<std::size_t>(sz);
-}
-
-std::vector<float> transformedPositions(int sx, int sy, int sz) {
-  std::vector<float> positions;
-  for (int l = 0; l < sz; ++l)
-    for (int j = 0; j < sy; ++j)
-      for (int i = 0; i < sx; ++i)
-        for (int r = 0; r < 3; ++r) {
-          const float* const row = t + std::ptrdiff_t{4} * r;
-          positions.push_back(row[0] * static_cast<float>(i) + row[1] * static_cast<float>(j) +
-                              row[2] * static_cast<float>(l) + row[3]);
-        }
-  return positions;
-}
-
 TEST_F(KernelTest, ListsOfAnyLengthWriteExactlyTheirPoints) {
   for (const std::size_t count : {1, 2, 127, 128, 129, 8191, 8193}) {
     std::vector<float> positions;
@@ -136,12 +71,13 @@ TEST_F(KernelTest, ListsOfAnyLengthWriteExactlyTheirPoints) {
 }
 
 TEST_F(KernelTest, AllKernelsOfTransformedGridsAgreeWithTheList) {
-  for (const std::vector<int>& size : gridSizes) {
-    const int sx = size[0], sy = size[1], sz = size[2];
-    const std::size_t count = points(sx, sy, sz);
+  for (const test_grids::Size& size : test_grids::sizes) {
+    const auto [sx, sy, sz] = size;
+    const std::size_t count = size.points();
     const dim3 grid = regularGridShape(sx, sy, sz);
-    const std::vector<Complex> expected = list(transformedPositions(sx, sy, sz));
-    const Uploaded<float> transform({t, t + 16});
+    const std::vector<Complex> expected = list(test_grids::transformedPositions<float>(size));
+    const std::vector<float> t = test_grids::transformAs<float>();
+    const Uploaded<float> transform(t);
 
     GuardedArray<Complex> inMemory(count);
     EXPECT_EQ(launch(calculate_grid, grid, blockShape, inMemory.device(), sx, sy, sz,
@@ -171,8 +107,8 @@ TEST_F(KernelTest, AllKernelsOfTransformedGridsAgreeWithTheList) {
 }
 
 TEST_F(KernelTest, TheGridFromTheCentreAgreesWithTheList) {
-  for (const std::vector<int>& size : gridSizes) {
-    const int sx = size[0], sy = size[1], sz = size[2];
+  for (const test_grids::Size& size : test_grids::sizes) {
+    const auto [sx, sy, sz] = size;
     const float dx = 0.125f, dy = 0.25f, dz = 0.5f;
     std::vector<float> positions;
     for (int l = 0; l < sz; ++l)
@@ -180,7 +116,7 @@ TEST_F(KernelTest, TheGridFromTheCentreAgreesWithTheList) {
         for (int i = 0; i < sx; ++i)
           positions.insert(positions.end(), {static_cast<float>(i) * dx, static_cast<float>(j) * dy,
                                              static_cast<float>(l) * dz});
-    GuardedArray<Complex> result(points(sx, sy, sz));
+    GuardedArray<Complex> result(size.points());
     EXPECT_EQ(launch(calculate, regularGridShape(sx, sy, sz), blockShape, result.device(), sx, sy,
                      sz, dx, dy, dz, a, b, k),
               cudaSuccess);
@@ -189,8 +125,8 @@ TEST_F(KernelTest, TheGridFromTheCentreAgreesWithTheList) {
 }
 
 TEST_F(KernelTest, TheRectilinearGridAgreesWithTheList) {
-  for (const std::vector<int>& size : gridSizes) {
-    const int sx = size[0], sy = size[1], sz = size[2];
+  for (const test_grids::Size& size : test_grids::sizes) {
+    const auto [sx, sy, sz] = size;
     std::vector<float> x, y, z, positions;
     for (int i = 0; i < sx; ++i) x.push_back(static_cast<float>(i * i) / 64 - 1);
     for (int j = 0; j < sy; ++j) y.push_back(static_cast<float>(j * j) / 32 - 0.5f);
@@ -199,7 +135,7 @@ TEST_F(KernelTest, TheRectilinearGridAgreesWithTheList) {
       for (const float py : y)
         for (const float px : x) positions.insert(positions.end(), {px, py, pz});
     const Uploaded<float> posx(x), posy(y), posz(z);
-    GuardedArray<Complex> result(points(sx, sy, sz));
+    GuardedArray<Complex> result(size.points());
     EXPECT_EQ(launch(calculate_grid_structured, regularGridShape(sx, sy, sz), blockShape,
                      result.device(), sx, sy, sz, posx.get(), posy.get(), posz.get(), a, b, k),
               cudaSuccess);

@@ -1,0 +1,173 @@
+#include <cmath>
+#include <complex>
+#include <vector>
+
+#include "FastNearfield/GaussLegendre.h"
+#include "FastNearfield/IntegratorCuda.h"
+#include "FastNearfield/LaunchShape.h"
+#include "FastNearfield/PointPressure.h"
+#include "FastNearfield/RectangularPistonKernels.dp.h"
+#include "FastNearfield/TestGrids.h"
+#include "core/CudaToday.h"
+#include "support/DeviceArrays.h"
+#include "support/DeviceTest.h"
+
+using pistonfield::blockShape;
+using pistonfield::Complexd;
+using pistonfield::launch;
+using pistonfield::regularGridShape;
+using support::GuardedArray;
+using support::Uploaded;
+
+namespace {
+
+constexpr double a = 0.75, b = 0.5, k = 12.5;  // half sides along x and y
+
+struct HalfRule {
+  explicit HalfRule(int n) : N(n), x(static_cast<std::size_t>(n)), w(static_cast<std::size_t>(n)) {
+    pistonfield::legendre_compute(n, x.data(), w.data());
+  }
+  int N;
+  std::vector<double> x, w;
+};
+
+std::complex<double> pressure(double x, double y, double z, const HalfRule& rule) {
+  const Complexd p = pistonfield::pointPressure<pistonfield::SingleRootIntegrand>(
+      x, y, z, a, b, k, pistonfield::SymmetricRule<double>{rule.x.data(), rule.w.data(), rule.N});
+  return {p.re, p.im};
+}
+
+/// exp(iθ) by the single-precision functions.
+std::complex<double> turn(double theta) {
+  const auto argument = static_cast<float>(theta);
+  return {std::cos(argument), std::sin(argument)};
+}
+
+/// The method as it is written, with the magnitudes, roots, sines and cosines in single precision.
+std::complex<double> literal(double x, double y, double z, const HalfRule& rule) {
+  const std::complex<double> E0 = turn(-k * z);
+  const auto F = [&](double d, double lo, double hi) -> std::complex<double> {
+    if (lo == hi) return 0;
+    const double c = (lo + hi) * 0.5, h = (hi - lo) * 0.5;
+    const auto f = [&](double sigma) {
+      const double D = d * d + sigma * sigma;
+      const double R = std::sqrt(static_cast<float>(z * z + D));
+      return (turn(-k * R) - E0) * (1 / D);
+    };
+    std::complex<double> sum = 0;
+    const auto n = static_cast<std::size_t>(rule.N / 2);
+    for (std::size_t i = 0; i < n; ++i)
+      sum += rule.w[i] * h * (f(c + rule.x[i] * h) + f(c - rule.x[i] * h));
+    if (rule.N % 2 == 1) sum += rule.w[n] * h * f(c);
+    return sum;
+  };
+  const auto pair = [&](double d1, double d2, double v, double half) -> std::complex<double> {
+    if (v > half) return d1 * F(d1, v - half, v + half) - d2 * F(d2, v - half, v + half);
+    if (v > 1e-7)
+      return d1 * (F(d1, 0, v + half) + F(d1, v - half, 0)) -
+             d2 * (F(d2, 0, v + half) + F(d2, v - half, 0));
+    return 2 * d1 * F(d1, 0, v + half) - 2 * d2 * F(d2, 0, v + half);
+  };
+  const double u = std::abs(static_cast<float>(x)), v = std::abs(static_cast<float>(y));
+  const std::complex<double> S = pair(u - a, u + a, v, b) + pair(v - b, v + b, u, a);
+  return {S.imag() * 0.15915494309189535, -S.real() * 0.15915494309189535};
+}
+
+TEST(DoublePressureTest, OnlyRootsSinesCosinesAndMagnitudesAreInSinglePrecision) {
+  for (const int n : {1, 9, 10, 32}) {
+    const HalfRule rule(n);
+    for (const double x : {0.0, 0.3, -0.6123456789, 1.1})
+      for (const double y : {0.0, 0.2, -0.4123456789, 0.9})
+        for (const double z : {-1.3, 0.0, 0.1, 2.7})
+          EXPECT_LE(std::abs(pressure(x, y, z, rule) - literal(x, y, z, rule)), 1e-12)
+              << "order " << n << " at " << x << ", " << y << ", " << z;
+  }
+}
+
+TEST(DoublePressureTest, TheThresholdOfTheAxisIsThatOfDoubles) {
+  // Between the float and the double nearest to 1e-7 lies the float itself: it is above.
+  const double above = 1e-7F;
+  ASSERT_GT(above, 1e-7);
+  const HalfRule rule(10);
+  EXPECT_LE(std::abs(pressure(0.3, above, 1, rule) - literal(0.3, above, 1, rule)), 1e-12);
+}
+
+class DoubleKernelTest : public support::DeviceTest {
+ protected:
+  void SetUp() override {
+    DeviceTest::SetUp();
+    if (!IsSkipped()) setCudaIntegratorParameters("RectangularPiston", 10);
+  }
+
+  static std::vector<std::complex<double>> joined(const std::vector<double>& re,
+                                                  const std::vector<double>& im) {
+    std::vector<std::complex<double>> values;
+    for (std::size_t i = 0; i < re.size(); ++i) values.emplace_back(re[i], im[i]);
+    return values;
+  }
+  static std::vector<std::complex<double>> joined(const std::vector<Complexd>& pairs) {
+    std::vector<std::complex<double>> values;
+    for (const Complexd& p : pairs) values.emplace_back(p.re, p.im);
+    return values;
+  }
+};
+
+TEST_F(DoubleKernelTest, AllKernelsOfTransformedGridsAgree) {
+  const HalfRule rule(10);
+  const std::vector<double> t = test_grids::transformAs<double>();
+  const Uploaded<double> transform(t);
+  for (const test_grids::Size& size : test_grids::sizes) {
+    const auto [sx, sy, sz] = size;
+    const dim3 grid = regularGridShape(sx, sy, sz);
+
+    GuardedArray<Complexd> inMemory(size.points());
+    EXPECT_EQ(launch(calculate_grid, grid, blockShape, inMemory.device(), sx, sy, sz,
+                     transform.get(), a, b, k),
+              cudaSuccess);
+    const std::vector<std::complex<double>> expected = joined(inMemory.read());
+
+    GuardedArray<double> re(size.points()), im(size.points());
+    EXPECT_EQ(launch(calculate_grid, grid, blockShape, re.device(), im.device(), sx, sy, sz,
+                     transform.get(), a, b, k),
+              cudaSuccess);
+    EXPECT_EQ(joined(re.read(), im.read()), expected);
+
+    GuardedArray<Complexd> scalars(size.points());
+    EXPECT_EQ(launch(calculate_grid, grid, blockShape, scalars.device(), sx, sy, sz, t[0], t[1],
+                     t[2], t[3], t[4], t[5], t[6], t[7], t[8], t[9], t[10], t[11], a, b, k),
+              cudaSuccess);
+    EXPECT_EQ(joined(scalars.read()), expected);
+
+    GuardedArray<double> re12(size.points()), im12(size.points());
+    EXPECT_EQ(
+        launch(calculate_grid, grid, blockShape, re12.device(), im12.device(), sx, sy, sz, t[0],
+               t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8], t[9], t[10], t[11], a, b, k),
+        cudaSuccess);
+    EXPECT_EQ(joined(re12.read(), im12.read()), expected);
+
+    const std::vector<double> positions = test_grids::transformedPositions<double>(size);
+    for (std::size_t n = 0; n < size.points(); ++n) {
+      const double* const p = &positions[3 * n];
+      ASSERT_LE(std::abs(expected[n] - literal(p[0], p[1], p[2], rule)), 1e-5) << n;
+    }
+  }
+}
+
+TEST_F(DoubleKernelTest, TheGridFromTheCentreHasItsPoints) {
+  const HalfRule rule(10);
+  for (const test_grids::Size& size : test_grids::sizes) {
+    const auto [sx, sy, sz] = size;
+    GuardedArray<Complexd> result(size.points());
+    EXPECT_EQ(launch(calculate, regularGridShape(sx, sy, sz), blockShape, result.device(), sx, sy,
+                     sz, 0.125, 0.25, 0.5, a, b, k),
+              cudaSuccess);
+    const std::vector<std::complex<double>> p = joined(result.read());
+    std::size_t n = 0;
+    for (int l = 0; l < sz; ++l)
+      for (int j = 0; j < sy; ++j)
+        for (int i = 0; i < sx; ++i, ++n)
+          ASSERT_LE(std::abs(p[n] - literal(i * 0.125, j * 0.25, l * 0.5, rule)), 1e-5) << n;
+  }
+}
+
+}  // namespace
