@@ -16,19 +16,14 @@
 #include "core/CudaToday.h"
 #include "core/DeviceBuffer.h"
 
-using pistonfield::AffineMap;
-using pistonfield::atGridPoint;
 using pistonfield::blockShape;
 using pistonfield::callCheck;
 using pistonfield::Complexd;
-using pistonfield::copyTo;
 using pistonfield::DeviceBuffer;
 using pistonfield::gridBytes;
-using pistonfield::GridIndex;
 using pistonfield::half;
 using pistonfield::launch;
 using pistonfield::launchTimed;
-using pistonfield::loadAffineMap;
 using pistonfield::regularGridShape;
 using pistonfield::stageCheck;
 
@@ -37,6 +32,12 @@ constexpr const char* sourceFile = "src/FastNearfield/RectangularPistonCuda.dp";
 }
 
 #if PISTONFIELD_DOUBLE
+
+using pistonfield::AffineMap;
+using pistonfield::atGridPoint;
+using pistonfield::copyTo;
+using pistonfield::GridIndex;
+using pistonfield::loadAffineMap;
 
 // The rule, in constant memory. The "dp" belongs to the model's name.
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <vector>
@@ -106,8 +107,9 @@ class DoubleKernelTest : public support::DeviceTest {
     return values;
   }
   static std::vector<std::complex<double>> joined(const std::vector<Complexd>& pairs) {
-    std::vector<std::complex<double>> values;
-    for (const Complexd& p : pairs) values.emplace_back(p.re, p.im);
+    std::vector<std::complex<double>> values(pairs.size());
+    std::transform(pairs.begin(), pairs.end(), values.begin(),
+                   [](const Complexd& p) { return std::complex<double>(p.re, p.im); });
     return values;
   }
 };
