@@ -16,5 +16,5 @@ int main(int argc, char* argv[]) {
     return 2;
   }
   pistonfield::legendre_handle(static_cast<int>(order), argc > 2 ? argv[2] : "C++");
-  return 0;
+  return std::cout.flush() ? 0 : 1;
 }

@@ -75,9 +75,9 @@ TEST_F(KernelTest, AllKernelsOfTransformedGridsAgreeWithTheList) {
     const auto [sx, sy, sz] = size;
     const std::size_t count = size.points();
     const dim3 grid = regularGridShape(sx, sy, sz);
-    const std::vector<Complex> expected = list(test_grids::transformedPositions<float>(size));
-    const std::vector<float> t = test_grids::transformAs<float>();
-    const Uploaded<float> transform(t);
+    const std::vector<Complex> expected = list(test_grids::transformedPositions(size));
+    const float* const t = test_grids::transform;
+    const Uploaded<float> transform({t, t + 16});
 
     GuardedArray<Complex> inMemory(count);
     EXPECT_EQ(launch(calculate_grid, grid, blockShape, inMemory.device(), sx, sy, sz,

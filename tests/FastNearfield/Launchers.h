@@ -127,6 +127,7 @@ inline Values fromCentre_d() {
   return widened(data);
 }
 
+#if !defined(CUDART_VERSION)
 /// A test with a rule loaded and timing off.
 class Test : public support::EmulationTest {
  protected:
@@ -152,5 +153,6 @@ class Test : public support::EmulationTest {
     return text;
   }
 };
+#endif
 
 }  // namespace launchers
