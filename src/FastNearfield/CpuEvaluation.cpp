@@ -34,9 +34,10 @@ bool nearlyEqual(T a, T b) {
   return static_cast<double>(std::abs(a - b)) < 1e-07;
 }
 
+/// A NaN counts as at most 0 and as not above it.
 template <class T>
 bool crossesZero(T a, T b) {
-  return (a <= T(0)) == (b > T(0));
+  return !(a > T(0)) == (b > T(0));
 }
 
 }  // namespace

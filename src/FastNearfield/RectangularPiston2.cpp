@@ -31,7 +31,7 @@ int launched(unsigned size) { return static_cast<int>(size); }
 /// The first two results.
 void echo(const float* out, unsigned points) {
   std::cout << " CUDADATA: ";
-  for (unsigned n = 0; n < std::min(2 * points, 4U); ++n) std::cout << (n > 0 ? " " : "") << out[n];
+  for (unsigned n = 0; n < 2 * std::min(points, 2U); ++n) std::cout << (n > 0 ? " " : "") << out[n];
   std::cout << std::endl;
 }
 

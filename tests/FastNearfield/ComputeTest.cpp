@@ -107,13 +107,16 @@ TEST_F(ComputeTest, StoragesOnTheCPUAreFilledOnTheirHostSide) {
 }
 
 TEST_F(ComputeTest, AStorageOfAnotherSizeFailsBeforeAnythingIsComputed) {
-  for (const std::size_t size : {values - 1, values + 1, std::size_t{12}}) {
-    CudaStorage storage(CudaStorage::DT_DOUBLE, size);
-    const Failure failure = failureOf([&] { piston.compute(&storage, grid); });
-    EXPECT_EQ(failure.condition, "data->getSize() == grid.nbPositions()*2");
-    EXPECT_EQ(failure.line, 56);
-    EXPECT_EQ(failure.file, "src/FastNearfield/RectangularPiston2");
-  }
+  for (const CudaStorage::Type type : {CudaStorage::DT_DOUBLE, CudaStorage::DT_FLOAT})
+    for (const bool useGPU : {false, true})
+      for (const std::size_t size : {values - 1, values + 1, std::size_t{12}}) {
+        piston.useGPU = useGPU;
+        CudaStorage storage(type, size);
+        const Failure failure = failureOf([&] { piston.compute(&storage, grid); });
+        EXPECT_EQ(failure.condition, "data->getSize() == grid.nbPositions()*2");
+        EXPECT_EQ(failure.line, 56);
+        EXPECT_EQ(failure.file, "src/FastNearfield/RectangularPiston2");
+      }
   EXPECT_EQ(printed(), "");
 }
 
