@@ -46,7 +46,7 @@ constexpr const char* dual = "src/FastNearfield/RectangularPistonCuda.dp";
 struct Launcher {
   std::string name;
   std::string file;
-  launchers::Values (*call)();
+  launchers::Values (*call)(const launchers::Size&);
   dim3 grid;
   std::vector<Step> steps;
 };
@@ -161,6 +161,8 @@ const std::vector<Launcher> all = {
 
 class LauncherStepsTest : public launchers::Test, public testing::WithParamInterface<Launcher> {
  protected:
+  static void call() { GetParam().call(launchers::small); }
+
   /// The calls of the runtime that the steps make, as text.
   static std::string expectedCalls(bool timed) {
     std::string calls;
@@ -182,14 +184,14 @@ TEST_P(LauncherStepsTest, AreMadeInOrderAndWithTheirSizes) {
   for (const int timing : {0, 1}) {
     do_timing = timing;
     device.recordCalls();
-    GetParam().call();
+    call();
     EXPECT_EQ(callsMade(), expectedCalls(timing != 0));
   }
 }
 
 TEST_P(LauncherStepsTest, LaunchTheirShape) {
   device.recordCalls();
-  GetParam().call();
+  call();
   for (const emulation::Call& call : device.calls())
     if (std::string(call.function) == "cudaLaunchKernel") {
       EXPECT_EQ(call.grid.x, GetParam().grid.x);
@@ -213,7 +215,7 @@ TEST_P(LauncherStepsTest, AreReportedByTheirTextsWhenTheyFail) {
     do_timing = 1;
     device.failCall(step.function, ++occurrence[step.function], cudaErrorUnknown, false);
     testing::internal::CaptureStderr();
-    const Failure failure = failureOf([&] { GetParam().call(); });
+    const Failure failure = failureOf([&] { call(); });
     const std::string standardError = testing::internal::GetCapturedStderr();
 
     EXPECT_EQ(failure.file, GetParam().file);
@@ -238,7 +240,7 @@ TEST_P(LauncherStepsTest, AreReportedByTheirTextsWhenTheyFail) {
 TEST_P(LauncherStepsTest, ShowAFailingLaunchAtTheStageAfterIt) {
   device.failCall("cudaLaunchKernel", 1, cudaErrorLaunchFailure, false);
   testing::internal::CaptureStderr();
-  const Failure failure = failureOf([&] { GetParam().call(); });
+  const Failure failure = failureOf([&] { call(); });
   EXPECT_EQ(failure.condition, "unspecified launch failure");
   std::string label;
   for (const Step& step : GetParam().steps)
@@ -253,7 +255,7 @@ TEST_P(LauncherStepsTest, AreAllMadeWhenTheHandlerReturns) {
   device.failCall("cudaLaunchKernel", 1, cudaErrorLaunchFailure, false);
   device.recordCalls();
   testing::internal::CaptureStderr();
-  GetParam().call();
+  call();
   testing::internal::GetCapturedStderr();
   EXPECT_EQ(callsMade(), expectedCalls(false));
   ASSERT_GE(failures.size(), 3u);
@@ -264,7 +266,7 @@ TEST_P(LauncherStepsTest, AreAllMadeWhenTheHandlerReturns) {
 }
 
 TEST_P(LauncherStepsTest, LeaveNothingOnTheDevice) {
-  GetParam().call();
+  call();
   EXPECT_EQ(device.liveAllocations(), 0u);
 }
 
@@ -272,17 +274,17 @@ TEST_P(LauncherStepsTest, MeasureTheLaunchWhileTimingIsOn) {
   bool timed = false;
   for (const Step& step : GetParam().steps) timed = timed || step.kind == Step::WAIT;
   global_time = -1;
-  GetParam().call();
+  call();
   EXPECT_EQ(global_time, -1);
   do_timing = 1;
-  GetParam().call();
+  call();
   if (timed)
     EXPECT_GE(global_time, 0);
   else
     EXPECT_EQ(global_time, -1);
   const double last = global_time;
   do_timing = 0;
-  GetParam().call();
+  call();
   EXPECT_EQ(global_time, last);
 }
 

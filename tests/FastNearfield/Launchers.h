@@ -6,15 +6,19 @@
 #include "FastNearfield/IntegratorCuda.h"
 #include "FastNearfield/RectangularPistonCuda.dp.h"
 #include "FastNearfield/RectangularPistonCuda.h"
+#include "FastNearfield/TestGrids.h"
 #include "support/DeviceTest.h"
+#include "support/GuardedVector.h"
 
-// Every launcher on the same grid of 17 × 3 × 3 points, for a piston of sides a = 2 along y and b =
-// 4 along x.
+// Every launcher on the same points of a grid, for a piston of sides a = 2 along y and b = 4 along
+// x. Results come from arrays that nothing may be written behind.
 
 namespace launchers {
 
 using pistonfield::Complex;
 using pistonfield::Complexd;
+using support::GuardedVector;
+using test_grids::Size;
 
 /// Results of either precision, exactly.
 using Values = std::vector<std::complex<double>>;
@@ -33,7 +37,7 @@ Values joined(const std::vector<T>& re, const std::vector<T>& im) {
   return values;
 }
 
-constexpr int sx = 17, sy = 3, sz = 3, points = sx * sy * sz;
+constexpr Size small{17, 3, 3};
 constexpr float a = 2, b = 4, k = 5;
 
 inline float transform[16] = {0.5f, 0, 0, -1, 0, 0.25f, 0, 0.5f, 0, 0, 2, 1, 0, 0, 0, 1};
@@ -41,90 +45,96 @@ inline float transform[16] = {0.5f, 0, 0, -1, 0, 0.25f, 0, 0.5f, 0, 0, 2, 1, 0, 
 /// Where the grid starts: do_calculate has no way to place it.
 enum class Origin { PLACED, CENTRE };
 
-inline std::vector<float> gridPositions(Origin origin) {
-  const bool placed = origin == Origin::PLACED;
+/// The coordinates along an axis of a grid.
+inline std::vector<float> axis(int size, float step, float start) {
+  std::vector<float> values;
+  for (int i = 0; i < size; ++i) values.push_back(static_cast<float>(i) * step + start);
+  return values;
+}
+
+inline std::vector<float> gridPositions(const Size& size, Origin origin) {
+  const float placed = origin == Origin::PLACED ? 1 : 0;
   std::vector<float> positions;
-  for (int l = 0; l < sz; ++l)
-    for (int j = 0; j < sy; ++j)
-      for (int i = 0; i < sx; ++i) {
-        positions.push_back(static_cast<float>(i) * 0.5f - (placed ? 1.0f : 0.0f));
-        positions.push_back(static_cast<float>(j) * 0.25f + (placed ? 0.5f : 0.0f));
-        positions.push_back(static_cast<float>(l) * 2 + (placed ? 1.0f : 0.0f));
-      }
+  for (const float z : axis(size.sz, 2, placed))
+    for (const float y : axis(size.sy, 0.25f, placed * 0.5f))
+      for (const float x : axis(size.sx, 0.5f, -placed))
+        positions.insert(positions.end(), {x, y, z});
   return positions;
 }
 
-inline Values list(Origin origin) {
-  std::vector<float> positions = gridPositions(origin);
-  std::vector<Complex> data(points);
-  RectangularPiston_func_unstructured(data.data(), points, positions.data(), a, b, k);
-  return widened(data);
+inline Values list(const Size& size, Origin origin) {
+  std::vector<float> positions = gridPositions(size, origin);
+  GuardedVector<Complex> data(size.points());
+  RectangularPiston_func_unstructured(data.data(), static_cast<int>(size.points()),
+                                      positions.data(), a, b, k);
+  return widened(data.read());
 }
 
-inline Values unstructured() { return list(Origin::PLACED); }
+inline Values unstructured(const Size& size) { return list(size, Origin::PLACED); }
 
-inline Values grid() {
-  std::vector<Complex> data(points);
-  RectangularPiston_func(data.data(), sx, sy, sz, transform, a, b, k);
-  return widened(data);
+inline Values grid(const Size& size) {
+  GuardedVector<Complex> data(size.points());
+  RectangularPiston_func(data.data(), size.sx, size.sy, size.sz, transform, a, b, k);
+  return widened(data.read());
 }
 
-inline Values split() {
-  std::vector<float> re(points), im(points);
-  RectangularPiston_func2(re.data(), im.data(), sx, sy, sz, transform, a, b, k);
-  return joined(re, im);
+inline Values split(const Size& size) {
+  GuardedVector<float> re(size.points()), im(size.points());
+  RectangularPiston_func2(re.data(), im.data(), size.sx, size.sy, size.sz, transform, a, b, k);
+  return joined(re.read(), im.read());
 }
 
-inline Values structured() {
-  float x[sx], y[sy] = {0.5f, 0.75f, 1}, z[sz] = {1, 3, 5};
-  for (int i = 0; i < sx; ++i) x[i] = static_cast<float>(i) * 0.5f - 1;
-  std::vector<Complex> data(points);
-  RectangularPiston_func_structured(data.data(), sx, sy, sz, x, y, z, a, b, k);
-  return widened(data);
+inline Values structured(const Size& size) {
+  std::vector<float> x = axis(size.sx, 0.5f, -1), y = axis(size.sy, 0.25f, 0.5f),
+                     z = axis(size.sz, 2, 1);
+  GuardedVector<Complex> data(size.points());
+  RectangularPiston_func_structured(data.data(), size.sx, size.sy, size.sz, x.data(), y.data(),
+                                    z.data(), a, b, k);
+  return widened(data.read());
 }
 
-inline Values twelveScalars() {
+inline Values twelveScalars(const Size& size) {
   const float* const t = transform;
-  std::vector<Complex> data(points);
-  do_calculate_grid(data.data(), sx, sy, sz, t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8],
-                    t[9], t[10], t[11], a, b, k);
-  return widened(data);
+  GuardedVector<Complex> data(size.points());
+  do_calculate_grid(data.data(), size.sx, size.sy, size.sz, t[0], t[1], t[2], t[3], t[4], t[5],
+                    t[6], t[7], t[8], t[9], t[10], t[11], a, b, k);
+  return widened(data.read());
 }
 
-inline Values fromCentre() {
-  std::vector<Complex> data(points);
-  do_calculate(data.data(), sx, sy, sz, 0.5f, 0.25f, 2, a, b, k);
-  return widened(data);
+inline Values fromCentre(const Size& size) {
+  GuardedVector<Complex> data(size.points());
+  do_calculate(data.data(), size.sx, size.sy, size.sz, 0.5f, 0.25f, 2, a, b, k);
+  return widened(data.read());
 }
 
 inline std::vector<double> doubleTransform() { return {transform, transform + 16}; }
 
-inline Values grid_d() {
+inline Values grid_d(const Size& size) {
   std::vector<double> t = doubleTransform();
-  std::vector<Complexd> data(points);
-  RectangularPiston_func_d(data.data(), sx, sy, sz, t.data(), a, b, k);
-  return widened(data);
+  GuardedVector<Complexd> data(size.points());
+  RectangularPiston_func_d(data.data(), size.sx, size.sy, size.sz, t.data(), a, b, k);
+  return widened(data.read());
 }
 
-inline Values split_d() {
+inline Values split_d(const Size& size) {
   std::vector<double> t = doubleTransform();
-  std::vector<double> re(points), im(points);
-  RectangularPiston_func2_d(re.data(), im.data(), sx, sy, sz, t.data(), a, b, k);
-  return joined(re, im);
+  GuardedVector<double> re(size.points()), im(size.points());
+  RectangularPiston_func2_d(re.data(), im.data(), size.sx, size.sy, size.sz, t.data(), a, b, k);
+  return joined(re.read(), im.read());
 }
 
-inline Values twelveScalars_d() {
+inline Values twelveScalars_d(const Size& size) {
   const float* const t = transform;
-  std::vector<Complexd> data(points);
-  do_calculate_grid_d(data.data(), sx, sy, sz, t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8],
-                      t[9], t[10], t[11], a, b, k);
-  return widened(data);
+  GuardedVector<Complexd> data(size.points());
+  do_calculate_grid_d(data.data(), size.sx, size.sy, size.sz, t[0], t[1], t[2], t[3], t[4], t[5],
+                      t[6], t[7], t[8], t[9], t[10], t[11], a, b, k);
+  return widened(data.read());
 }
 
-inline Values fromCentre_d() {
-  std::vector<Complexd> data(points);
-  do_calculate_d(data.data(), sx, sy, sz, 0.5, 0.25, 2, a, b, k);
-  return widened(data);
+inline Values fromCentre_d(const Size& size) {
+  GuardedVector<Complexd> data(size.points());
+  do_calculate_d(data.data(), size.sx, size.sy, size.sz, 0.5, 0.25, 2, a, b, k);
+  return widened(data.read());
 }
 
 #if !defined(CUDART_VERSION)

@@ -19,14 +19,14 @@ class WithoutDoubleTest : public launchers::Test {
 
 TEST_F(WithoutDoubleTest, LoadingARuleSaysSoOnceAndGoesOnInSinglePrecision) {
   EXPECT_EQ(said_, "Support for double not found\n");
-  for (const std::complex<double>& p : launchers::unstructured()) EXPECT_NE(p, 0.0);
+  for (const std::complex<double>& p : launchers::unstructured(launchers::small)) EXPECT_NE(p, 0.0);
 }
 
 TEST_F(WithoutDoubleTest, LaunchesInDoublePrecisionFailAtTheirStage) {
   for (const auto call : {launchers::grid_d, launchers::split_d, launchers::twelveScalars_d,
                           launchers::fromCentre_d}) {
     testing::internal::CaptureStderr();
-    const Failure failure = failureOf([&] { call(); });
+    const Failure failure = failureOf([&] { call(launchers::small); });
     const std::string standardError = testing::internal::GetCapturedStderr();
     EXPECT_EQ(failure.condition, "invalid device function");
     EXPECT_EQ(failure.file, "src/FastNearfield/RectangularPistonCuda.dp");

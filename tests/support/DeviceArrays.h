@@ -4,10 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <cstring>
 #include <vector>
 
 #include "core/DeviceBuffer.h"
+#include "support/GuardedVector.h"
 
 namespace support {
 
@@ -15,30 +15,22 @@ namespace support {
 template <class T>
 class GuardedArray {
  public:
-  explicit GuardedArray(std::size_t size) : host_(size + margin) {
-    std::memset(static_cast<void*>(host_.data()), pattern, bytes());
-    EXPECT_EQ(device_.allocate(bytes()), cudaSuccess);
-    EXPECT_EQ(cudaMemcpy(device_.get(), host_.data(), bytes(), cudaMemcpyHostToDevice),
+  explicit GuardedArray(std::size_t size) : host_(size) {
+    EXPECT_EQ(device_.allocate(host_.bytes()), cudaSuccess);
+    EXPECT_EQ(cudaMemcpy(device_.get(), host_.data(), host_.bytes(), cudaMemcpyHostToDevice),
               cudaSuccess);
   }
   T* device() const { return device_.get(); }
 
   /// What the kernels wrote; the margin must be as it was.
   std::vector<T> read() {
-    EXPECT_EQ(cudaMemcpy(host_.data(), device_.get(), bytes(), cudaMemcpyDeviceToHost),
+    EXPECT_EQ(cudaMemcpy(host_.data(), device_.get(), host_.bytes(), cudaMemcpyDeviceToHost),
               cudaSuccess);
-    const auto* const behind =
-        reinterpret_cast<const unsigned char*>(&host_[host_.size() - margin]);
-    for (std::size_t i = 0; i < margin * sizeof(T); ++i)
-      EXPECT_EQ(behind[i], pattern) << "written past the end";
-    return {host_.begin(), host_.end() - margin};
+    return host_.read();
   }
 
  private:
-  static constexpr std::size_t margin = 64;
-  static constexpr unsigned char pattern = 0xAB;
-  std::size_t bytes() const { return host_.size() * sizeof(T); }
-  std::vector<T> host_;
+  GuardedVector<T> host_;
   pistonfield::DeviceBuffer<T> device_;
 };
 
