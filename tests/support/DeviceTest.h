@@ -3,6 +3,7 @@
 #include <cuda_runtime.h>
 #include <gtest/gtest.h>
 
+#include <iostream>
 #include <string>
 
 #include "core/ErrorHandler.h"
@@ -38,7 +39,9 @@ class DeviceTest : public testing::Test {
   /// What standard output has received since the last time.
   std::string output() {
     capturing_ = false;
-    return testing::internal::GetCapturedStdout();
+    std::string text = testing::internal::GetCapturedStdout();
+    if (HasFailure()) std::cout << text;  // what failed stands in it, too
+    return text;
   }
   void captureAgain() {
     testing::internal::CaptureStdout();
