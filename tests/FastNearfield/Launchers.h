@@ -47,8 +47,9 @@ enum class Origin { PLACED, CENTRE };
 
 /// The coordinates along an axis of a grid.
 inline std::vector<float> axis(int size, float step, float start) {
-  std::vector<float> values;
-  for (int i = 0; i < size; ++i) values.push_back(static_cast<float>(i) * step + start);
+  std::vector<float> values(static_cast<std::size_t>(size));
+  for (int i = 0; i < size; ++i)
+    values[static_cast<std::size_t>(i)] = static_cast<float>(i) * step + start;
   return values;
 }
 
