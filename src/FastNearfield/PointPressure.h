@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cmath>
+
 #include "FastNearfield/Complex.h"
-#include "core/CudaFunctions.h"
+#include "FastNearfield/HalfPhase.h"
+#include "core/LaneFunctions.h"
 
 // The pressure of a rectangular piston at one point (or at one point a lane), by the fast
 // near-field method: four single integrals, one for each edge,
@@ -37,33 +40,27 @@ template <class Lane>
 class HalfAngleIntegrand {
  public:
   __host__ __device__ HalfAngleIntegrand(Lane z, Lane k)
-      : z_(z), k_(k), zz_(z * z), absZ_(absolute(z)), halfK_(k * Lane(0.5)) {}
+      : z_(z), zz_(z * z), absZ_(absolute(z)), half_(k) {}
 
   __host__ __device__ static Lane distance(Lane x) { return absolute(x); }
 
   __host__ __device__ ComplexPair<Lane> at(Lane D) const {
-    const Lane R = squareRoot(zz_ + D);
-    const Lane sum = R + absZ_;
-    const Lane pathDifference = select(z_ < Lane(0), sum, D * reciprocal(sum));
-    Lane sine, cosine;
-    sineCosine(halfK_ * pathDifference, sine, cosine);
-    const Lane scale = sine * reciprocal(D);
+    const Lane sum = squareRoot(zz_ + D) + absZ_;
+    const auto [sine, cosine] = half_(select(z_ < Lane(0.0f), sum, quotient(D, sum)));
+    const Lane scale = quotient(sine, D);
     return {scale * sine, scale * cosine};
   }
 
   __host__ __device__ ComplexPair<Lane> complete(ComplexPair<Lane> sum) const {
-    // The phase kz as phase + rest, exactly: far away, phase alone is off by many units.
-    const Lane phase = k_ * z_;
-    const Lane rest = fusedMultiplyAdd(k_, z_, -phase);
-    Lane sine, cosine;
-    sineCosine(phase, sine, cosine);
-    const Lane re = Lane(-2) * (cosine - rest * sine);
-    const Lane im = Lane(2) * (sine + rest * cosine);
+    const auto [sine, cosine] = half_(z_);
+    const Lane re = Lane(2.0f) * multiplyAdd(sine, sine, -(cosine * cosine));
+    const Lane im = Lane(4.0f) * (sine * cosine);
     return {re * sum.re - im * sum.im, re * sum.im + im * sum.re};
   }
 
  private:
-  Lane z_, k_, zz_, absZ_, halfK_;
+  Lane z_, zz_, absZ_;
+  HalfPhase<Lane> half_;
 };
 
 /// The same in double precision as it is written, but with the magnitude of a coordinate, the
@@ -78,7 +75,7 @@ class SingleRootIntegrand {
   __host__ __device__ static Lane distance(Lane x) { return absolute(static_cast<float>(x)); }
 
   __host__ __device__ ComplexPair<Lane> at(Lane D) const {
-    const Lane R = squareRoot(static_cast<float>(zz_ + D));
+    const Lane R = std::sqrt(static_cast<float>(zz_ + D));
     const ComplexPair<Lane> e = turn(-(k_ * R));
     const Lane inverse = Lane(1) / D;
     return {(e.re - E0_.re) * inverse, (e.im - E0_.im) * inverse};
@@ -89,9 +86,14 @@ class SingleRootIntegrand {
  private:
   /// exp(iθ).
   __host__ __device__ static ComplexPair<Lane> turn(Lane theta) {
+    const auto angle = static_cast<float>(theta);
+#ifdef __CUDA_ARCH__
     float sine, cosine;
-    sineCosine(static_cast<float>(theta), sine, cosine);
-    return {Lane(cosine), Lane(sine)};
+    sincosf(angle, &sine, &cosine);
+    return {cosine, sine};
+#else
+    return {std::cos(angle), std::sin(angle)};
+#endif
   }
 
   Lane k_, zz_;
@@ -109,9 +111,17 @@ __host__ __device__ inline ComplexPair<Lane> operator+(ComplexPair<Lane> p, Comp
   return {p.re + q.re, p.im + q.im};
 }
 
+/// c·p + q
 template <class Lane>
-__host__ __device__ inline ComplexPair<Lane> operator*(Lane c, ComplexPair<Lane> p) {
-  return {c * p.re, c * p.im};
+__host__ __device__ inline ComplexPair<Lane> multiplyAdd(Lane c, ComplexPair<Lane> p,
+                                                         ComplexPair<Lane> q) {
+  return {multiplyAdd(c, p.re, q.re), multiplyAdd(c, p.im, q.im)};
+}
+
+template <class Mask, class Lane>
+__host__ __device__ inline ComplexPair<Lane> select(Mask mask, ComplexPair<Lane> yes,
+                                                    ComplexPair<Lane> no) {
+  return {select(mask, yes.re, no.re), select(mask, yes.im, no.im)};
 }
 
 /// F over [lo, hi] for the two edges at squared distances dd1 and dd2. An empty interval gives 0,
@@ -119,31 +129,38 @@ __host__ __device__ inline ComplexPair<Lane> operator*(Lane c, ComplexPair<Lane>
 template <class Lane, class Integrand, class Real>
 __host__ __device__ inline EdgePair<Lane> integrate(const Integrand& f, Lane dd1, Lane dd2, Lane lo,
                                                     Lane hi, const SymmetricRule<Real>& rule) {
-  const Lane c = (lo + hi) * Lane(0.5);
-  const Lane h = (hi - lo) * Lane(0.5);
-  // The nodes c ± x·h, counted from the ends: next to the foot of the perpendicular, which is one
-  // of the ends, c + x·h would lose most of its digits.
-  const ComplexPair<Lane> zero{Lane(0), Lane(0)};
+  const Lane half(static_cast<Real>(0.5));
+  const Lane h = (hi - lo) * half;
+  const ComplexPair<Lane> zero{Lane(Real(0)), Lane(Real(0))};
   EdgePair<Lane> sum{zero, zero};
   const int n = rule.N / 2;
+  // The nodes c ± x·h, counted from the ends: next to the foot of the perpendicular, which is one
+  // of the ends, c + x·h would lose most of its digits.
   for (int i = 0; i < n; ++i) {
-    const Lane weight = rule.w[i] * h;
-    const Lane fromEnd = (Real(1) + rule.x[i]) * h;
+    const Lane weight = Lane(rule.w[i]) * h;
+    const Lane fromEnd = Lane(Real(1) + rule.x[i]) * h;
     const Lane plus = lo + fromEnd;
     const Lane minus = hi - fromEnd;
     const Lane plus2 = plus * plus;
     const Lane minus2 = minus * minus;
-    sum.first = sum.first + weight * (f.at(dd1 + plus2) + f.at(dd1 + minus2));
-    sum.second = sum.second + weight * (f.at(dd2 + plus2) + f.at(dd2 + minus2));
+    sum.first = multiplyAdd(weight, f.at(dd1 + plus2) + f.at(dd1 + minus2), sum.first);
+    sum.second = multiplyAdd(weight, f.at(dd2 + plus2) + f.at(dd2 + minus2), sum.second);
   }
   if (rule.N > 2 * n) {
-    const Lane weight = rule.w[n] * h;
-    sum.first = sum.first + weight * f.at(dd1 + c * c);
-    sum.second = sum.second + weight * f.at(dd2 + c * c);
+    const Lane weight = Lane(rule.w[n]) * h;
+    const Lane c = (lo + hi) * half;
+    sum.first = multiplyAdd(weight, f.at(dd1 + c * c), sum.first);
+    sum.second = multiplyAdd(weight, f.at(dd2 + c * c), sum.second);
   }
   const auto empty = lo == hi;
-  return {{select(empty, Lane(0), sum.first.re), select(empty, Lane(0), sum.first.im)},
-          {select(empty, Lane(0), sum.second.re), select(empty, Lane(0), sum.second.im)}};
+  return {select(empty, zero, sum.first), select(empty, zero, sum.second)};
+}
+
+/// Whether the foot of the perpendicular lies between the ends of a pair of edges, and not in their
+/// middle.
+template <class Real, class Lane>
+__host__ __device__ inline auto footSplits(Lane offset, Lane half) {
+  return (offset > Lane(static_cast<Real>(1e-7))) & (offset <= half);
 }
 
 /// d1·F(d1) − d2·F(d2) for the pair of edges at the signed distances d1 and d2 from the point's
@@ -156,10 +173,9 @@ template <class Lane, class Integrand, class Real>
 __host__ __device__ inline ComplexPair<Lane> edgePairSum(const Integrand& f, Lane d1, Lane d2,
                                                          Lane offset, Lane half,
                                                          const SymmetricRule<Real>& rule) {
-  const Lane zero(0);
-  const Lane middle(static_cast<Real>(1e-7));
+  const Lane zero(Real(0));
   const auto outside = offset > half;
-  const auto split = !outside && offset > middle;
+  const auto split = footSplits<Real>(offset, half);
   const Lane lo = offset - half;
   const Lane hi = offset + half;
   const Lane dd1 = d1 * d1;
@@ -168,10 +184,12 @@ __host__ __device__ inline ComplexPair<Lane> edgePairSum(const Integrand& f, Lan
   EdgePair<Lane> F = integrate(f, dd1, dd2, select(outside, lo, zero), hi, rule);
   if (any(split)) {
     const EdgePair<Lane> rest = integrate(f, dd1, dd2, select(split, lo, zero), zero, rule);
-    F = {F.first + rest.first, F.second + rest.second};
+    F = {select(split, F.first + rest.first, F.first),
+         select(split, F.second + rest.second, F.second)};
   }
-  const Lane multiplicity = select(outside || split, Lane(1), Lane(2));
-  return multiplicity * (d1 * F.first + (-d2) * F.second);
+  const Lane multiplicity = select(outside | split, Lane(Real(1)), Lane(Real(2)));
+  return {multiplicity * (d1 * F.first.re - d2 * F.second.re),
+          multiplicity * (d1 * F.first.im - d2 * F.second.im)};
 }
 
 /// The complex pressure at (x, y, z) of the piston of half-width a along x and half-height b along
@@ -184,8 +202,8 @@ __host__ __device__ inline ComplexPair<Lane> pointPressure(Lane x, Lane y, Lane 
   const IntegrandOf<Lane> f(z, Lane(k));
   const Lane u = IntegrandOf<Lane>::distance(x);
   const Lane v = IntegrandOf<Lane>::distance(y);
-  const ComplexPair<Lane> alongY = edgePairSum(f, u - a, u + a, v, Lane(b), rule);
-  const ComplexPair<Lane> alongX = edgePairSum(f, v - b, v + b, u, Lane(a), rule);
+  const ComplexPair<Lane> alongY = edgePairSum(f, u - Lane(a), u + Lane(a), v, Lane(b), rule);
+  const ComplexPair<Lane> alongX = edgePairSum(f, v - Lane(b), v + Lane(b), u, Lane(a), rule);
   const ComplexPair<Lane> S = f.complete(alongY + alongX);
   const Lane inverse2Pi(static_cast<Real>(0.15915494309189535));
   return {S.im * inverse2Pi, -S.re * inverse2Pi};

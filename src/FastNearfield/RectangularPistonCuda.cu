@@ -6,33 +6,35 @@
 #include <vector>
 
 #include "FastNearfield/IntegratorCuda.h"
-#include "FastNearfield/KernelIndex.h"
+#include "FastNearfield/KernelThreads.h"
 #include "FastNearfield/LaunchShape.h"
 #include "FastNearfield/LaunchTiming.h"
-#include "FastNearfield/PointPressure.h"
 #include "FastNearfield/RectangularPistonKernels.h"
 #include "core/CudaCheck.h"
 #include "core/CudaToday.h"
 #include "core/DeviceBuffer.h"
 
 using pistonfield::AffineMap;
-using pistonfield::atGridPoint;
+using pistonfield::AxesGrid;
 using pistonfield::blockShape;
 using pistonfield::callCheck;
 using pistonfield::Complex;
 using pistonfield::copyTo;
 using pistonfield::DeviceBuffer;
 using pistonfield::gridBytes;
-using pistonfield::GridIndex;
 using pistonfield::half;
-using pistonfield::hasPoint;
 using pistonfield::launch;
 using pistonfield::launchTimed;
-using pistonfield::linearThreadIndex;
 using pistonfield::loadAffineMap;
+using pistonfield::MappedGrid;
+using pistonfield::Pairs;
+using pistonfield::Parts;
+using pistonfield::Piston;
+using pistonfield::PointList;
 using pistonfield::pointListShape;
 using pistonfield::regularGridShape;
 using pistonfield::stageCheck;
+using pistonfield::SteppedGrid;
 
 namespace {
 constexpr const char* sourceFile = "src/FastNearfield/RectangularPistonCuda";
@@ -82,26 +84,19 @@ void setIntegratorWeightsSym(const char* name, const float* x, const float* w, i
 
 namespace {
 
-__device__ Complex pressure(float x, float y, float z, float a, float b, float k) {
-  const pistonfield::SymmetricRule<float> rule{global_RectangularPiston_float_x,
-                                               global_RectangularPiston_float_w,
-                                               global_RectangularPiston_float_N};
-  return pistonfield::pointPressure<pistonfield::HalfAngleIntegrand>(x, y, z, a, b, k, rule);
-}
-
-__device__ Complex pressure(const AffineMap<float>& map, const GridIndex& at, float a, float b,
-                            float k) {
-  return pressure(map(0, at), map(1, at), map(2, at), a, b, k);
+__device__ Piston<float> pistonOf(float a, float b, float k) {
+  return {a,
+          b,
+          k,
+          {global_RectangularPiston_float_x, global_RectangularPiston_float_w,
+           global_RectangularPiston_float_N}};
 }
 
 }  // namespace
 
 __global__ void calculate(Complex* d_array, int sx, int sy, int sz, float dx, float dy, float dz,
                           float a, float b, float k) {
-  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
-    d_array[idx] = pressure(static_cast<float>(at.i) * dx, static_cast<float>(at.j) * dy,
-                            static_cast<float>(at.l) * dz, a, b, k);
-  });
+  evaluate(pistonOf(a, b, k), SteppedGrid<float>(sx, sy, sz, {dx, dy, dz}), Pairs<float>{d_array});
 }
 
 __global__ void calculate_grid(Complex* d_array, int sx, int sy, int sz, float transform00,
@@ -112,9 +107,7 @@ __global__ void calculate_grid(Complex* d_array, int sx, int sy, int sz, float t
   const AffineMap<float> map{{transform00, transform01, transform02, transform03, transform10,
                               transform11, transform12, transform13, transform20, transform21,
                               transform22, transform23}};
-  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
-    d_array[idx] = pressure(map, at, a, b, k);
-  });
+  evaluate(pistonOf(a, b, k), MappedGrid<float>(sx, sy, sz, map), Pairs<float>{d_array});
 }
 
 __global__ void calculate_grid(float* d_arrayr, float* d_arrayi, int sx, int sy, int sz,
@@ -126,42 +119,30 @@ __global__ void calculate_grid(float* d_arrayr, float* d_arrayi, int sx, int sy,
   const AffineMap<float> map{{transform00, transform01, transform02, transform03, transform10,
                               transform11, transform12, transform13, transform20, transform21,
                               transform22, transform23}};
-  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
-    const Complex p = pressure(map, at, a, b, k);
-    d_arrayr[idx] = p.re;
-    d_arrayi[idx] = p.im;
-  });
+  evaluate(pistonOf(a, b, k), MappedGrid<float>(sx, sy, sz, map), Parts<float>{d_arrayr, d_arrayi});
 }
 
 __global__ void calculate_grid(Complex* d_array, int sx, int sy, int sz, float* transform, float a,
                                float b, float k) {
-  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
-    d_array[idx] = pressure(loadAffineMap(transform), at, a, b, k);
-  });
+  evaluate(pistonOf(a, b, k), MappedGrid<float>(sx, sy, sz, loadAffineMap(transform)),
+           Pairs<float>{d_array});
 }
 
 __global__ void calculate_grid(float* d_arrayr, float* d_arrayi, int sx, int sy, int sz,
                                float* transform, float a, float b, float k) {
-  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
-    const Complex p = pressure(loadAffineMap(transform), at, a, b, k);
-    d_arrayr[idx] = p.re;
-    d_arrayi[idx] = p.im;
-  });
+  evaluate(pistonOf(a, b, k), MappedGrid<float>(sx, sy, sz, loadAffineMap(transform)),
+           Parts<float>{d_arrayr, d_arrayi});
 }
 
 __global__ void calculate_grid_unstructured(Complex* d_array, int nbPos, float* pos, float a,
                                             float b, float k) {
-  const unsigned idx = linearThreadIndex();
-  if (!hasPoint(idx, nbPos)) return;
-  const float* const p = pos + std::size_t{3} * idx;
-  d_array[idx] = pressure(p[0], p[1], p[2], a, b, k);
+  evaluate(pistonOf(a, b, k), PointList<float>(nbPos, pos), Pairs<float>{d_array});
 }
 
 __global__ void calculate_grid_structured(Complex* d_array, int sx, int sy, int sz, float* posx,
                                           float* posy, float* posz, float a, float b, float k) {
-  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
-    d_array[idx] = pressure(posx[at.i], posy[at.j], posz[at.l], a, b, k);
-  });
+  evaluate(pistonOf(a, b, k), AxesGrid<float>(sx, sy, sz, {posx, posy, posz}),
+           Pairs<float>{d_array});
 }
 
 // The launchers. Each hands the kernel half the side lengths, exchanged: the kernel's a, along x,

@@ -5,10 +5,9 @@
 #include <string>
 
 #include "FastNearfield/IntegratorCuda.h"
-#include "FastNearfield/KernelIndex.h"
+#include "FastNearfield/KernelThreads.h"
 #include "FastNearfield/LaunchShape.h"
 #include "FastNearfield/LaunchTiming.h"
-#include "FastNearfield/PointPressure.h"
 #if PISTONFIELD_DOUBLE
 #include "FastNearfield/RectangularPistonKernels.dp.h"
 #endif
@@ -34,10 +33,13 @@ constexpr const char* sourceFile = "src/FastNearfield/RectangularPistonCuda.dp";
 #if PISTONFIELD_DOUBLE
 
 using pistonfield::AffineMap;
-using pistonfield::atGridPoint;
 using pistonfield::copyTo;
-using pistonfield::GridIndex;
 using pistonfield::loadAffineMap;
+using pistonfield::MappedGrid;
+using pistonfield::Pairs;
+using pistonfield::Parts;
+using pistonfield::Piston;
+using pistonfield::SteppedGrid;
 
 // The rule, in constant memory. The "dp" belongs to the model's name.
 
@@ -61,26 +63,20 @@ cudaError_t writeSymbol(const std::string& symbol, const void* data, std::size_t
 
 namespace {
 
-__device__ Complexd pressure(double x, double y, double z, double a, double b, double k) {
-  const pistonfield::SymmetricRule<double> rule{global_dpRectangularPiston_double_x,
-                                                global_dpRectangularPiston_double_w,
-                                                global_dpRectangularPiston_double_N};
-  return pistonfield::pointPressure<pistonfield::SingleRootIntegrand>(x, y, z, a, b, k, rule);
-}
-
-__device__ Complexd pressure(const AffineMap<double>& map, const GridIndex& at, double a, double b,
-                             double k) {
-  return pressure(map(0, at), map(1, at), map(2, at), a, b, k);
+__device__ Piston<double> pistonOf(double a, double b, double k) {
+  return {a,
+          b,
+          k,
+          {global_dpRectangularPiston_double_x, global_dpRectangularPiston_double_w,
+           global_dpRectangularPiston_double_N}};
 }
 
 }  // namespace
 
 __global__ void calculate(Complexd* d_array, int sx, int sy, int sz, double dx, double dy,
                           double dz, double a, double b, double k) {
-  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
-    d_array[idx] = pressure(static_cast<double>(at.i) * dx, static_cast<double>(at.j) * dy,
-                            static_cast<double>(at.l) * dz, a, b, k);
-  });
+  evaluate(pistonOf(a, b, k), SteppedGrid<double>(sx, sy, sz, {dx, dy, dz}),
+           Pairs<double>{d_array});
 }
 
 __global__ void calculate_grid(Complexd* d_array, int sx, int sy, int sz, double transform00,
@@ -92,9 +88,7 @@ __global__ void calculate_grid(Complexd* d_array, int sx, int sy, int sz, double
   const AffineMap<double> map{{transform00, transform01, transform02, transform03, transform10,
                                transform11, transform12, transform13, transform20, transform21,
                                transform22, transform23}};
-  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
-    d_array[idx] = pressure(map, at, a, b, k);
-  });
+  evaluate(pistonOf(a, b, k), MappedGrid<double>(sx, sy, sz, map), Pairs<double>{d_array});
 }
 
 __global__ void calculate_grid(double* d_arrayr, double* d_arrayi, int sx, int sy, int sz,
@@ -106,27 +100,20 @@ __global__ void calculate_grid(double* d_arrayr, double* d_arrayi, int sx, int s
   const AffineMap<double> map{{transform00, transform01, transform02, transform03, transform10,
                                transform11, transform12, transform13, transform20, transform21,
                                transform22, transform23}};
-  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
-    const Complexd p = pressure(map, at, a, b, k);
-    d_arrayr[idx] = p.re;
-    d_arrayi[idx] = p.im;
-  });
+  evaluate(pistonOf(a, b, k), MappedGrid<double>(sx, sy, sz, map),
+           Parts<double>{d_arrayr, d_arrayi});
 }
 
 __global__ void calculate_grid(Complexd* d_array, int sx, int sy, int sz, double* transform,
                                double a, double b, double k) {
-  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
-    d_array[idx] = pressure(loadAffineMap(transform), at, a, b, k);
-  });
+  evaluate(pistonOf(a, b, k), MappedGrid<double>(sx, sy, sz, loadAffineMap(transform)),
+           Pairs<double>{d_array});
 }
 
 __global__ void calculate_grid(double* d_arrayr, double* d_arrayi, int sx, int sy, int sz,
                                double* transform, double a, double b, double k) {
-  atGridPoint(sx, sy, sz, [&](unsigned idx, const GridIndex& at) {
-    const Complexd p = pressure(loadAffineMap(transform), at, a, b, k);
-    d_arrayr[idx] = p.re;
-    d_arrayi[idx] = p.im;
-  });
+  evaluate(pistonOf(a, b, k), MappedGrid<double>(sx, sy, sz, loadAffineMap(transform)),
+           Parts<double>{d_arrayr, d_arrayi});
 }
 
 #else

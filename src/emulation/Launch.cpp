@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -25,16 +26,19 @@ bool fits(dim3 grid, dim3 block) {
          std::uint64_t{block.x} * block.y * block.z <= 1024;
 }
 
-/// Hands the blocks of one launch out to whoever asks, until none is left or one has thrown.
-class Blocks {
- public:
-  Blocks(dim3 grid, dim3 block, const std::function<void()>& runBlock)
-      : grid_(grid),
-        block_(block),
-        count_(std::uint64_t{grid.x} * grid.y * grid.z),
-        runBlock_(runBlock) {}
+/// How many threads a kernel's call stands for: enough to fill lanes and to be worth handing out,
+/// few enough to share a launch out evenly.
+constexpr std::uint64_t runLength = 2048;
 
-  bool empty() const { return next_ >= count_; }
+/// Hands the threads of one launch out, run by run, to whoever asks, until none is left or one has
+/// thrown.
+class Runs {
+ public:
+  Runs(dim3 grid, dim3 block, const std::function<void()>& kernel)
+      : threads_(std::uint64_t{grid.x} * grid.y * grid.z * block.x * block.y * block.z),
+        kernel_(kernel) {}
+
+  bool empty() const { return next_ >= threads_; }
 
   void runAll() {
     while (runOne()) {
@@ -47,66 +51,61 @@ class Blocks {
     }
   }
 
-  /// The first exception that a block threw, in the caller's hands.
+  /// The first exception that a kernel threw, in the caller's hands.
   void rethrow() const {
     if (failure_) std::rethrow_exception(failure_);
   }
 
  private:
   bool runOne() {
-    const std::uint64_t index = next_++;
-    if (index >= count_) return false;
-    gridDim = grid_;
-    blockDim = block_;
-    blockIdx = {static_cast<unsigned>(index % grid_.x),
-                static_cast<unsigned>(index / grid_.x % grid_.y),
-                static_cast<unsigned>(index / grid_.x / grid_.y)};
+    const std::uint64_t first = next_.fetch_add(runLength);
+    if (first >= threads_) return false;
+    threadRun = {first, std::min(first + runLength, threads_)};
     try {
-      runBlock_();
+      kernel_();
     } catch (...) {
-      next_ = count_;
+      next_ = threads_;
       const std::lock_guard lock(failureMutex_);
       if (!failure_) failure_ = std::current_exception();
     }
     return true;
   }
 
-  const dim3 grid_, block_;
-  const std::uint64_t count_;
-  const std::function<void()>& runBlock_;
+  const std::uint64_t threads_;
+  const std::function<void()>& kernel_;
   std::atomic<std::uint64_t> next_{0};
   std::mutex failureMutex_;
   std::exception_ptr failure_;
 };
 
-void run(Blocks& blocks) {
-  blocks.runFor(aloneTime);
-  if (blocks.empty()) return;
+void run(Runs& runs) {
+  runs.runFor(aloneTime);
+  if (runs.empty()) return;
 
   const unsigned wanted = cores() - 1;
   std::vector<std::thread> helpers;
   helpers.reserve(wanted);
   try {
-    while (helpers.size() < wanted) helpers.emplace_back([&] { blocks.runAll(); });
+    while (helpers.size() < wanted) helpers.emplace_back([&] { runs.runAll(); });
   } catch (const std::system_error&) {
     // The machine gives no more threads: those that run suffice.
   } catch (const std::bad_alloc&) {
   }
-  blocks.runAll();
+  runs.runAll();
   for (std::thread& helper : helpers) helper.join();
 }
 
 }  // namespace
 
 cudaError_t launch(dim3 grid, dim3 block, std::size_t sharedMemory,
-                   const std::function<void()>& runBlock) {
+                   const std::function<void()>& kernel) {
   return performOnDevice({"cudaLaunchKernel", sharedMemory, grid, block}, [&](State&) {
-    if (!runBlock) return cudaErrorInvalidDeviceFunction;
+    if (!kernel) return cudaErrorInvalidDeviceFunction;
     if (!fits(grid, block)) return cudaErrorInvalidConfiguration;
     if (sharedMemory > 49152) return cudaErrorInvalidValue;
-    Blocks blocks(grid, block, runBlock);
-    run(blocks);
-    blocks.rethrow();
+    Runs runs(grid, block, kernel);
+    run(runs);
+    runs.rethrow();
     return cudaSuccess;
   });
 }

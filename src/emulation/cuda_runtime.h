@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <utility>
 
@@ -12,21 +13,11 @@
 #define __host__
 #define __constant__
 
-struct uint3 {
-  unsigned x, y, z;
-};
-
 struct dim3 {
   constexpr dim3(unsigned width = 1, unsigned height = 1, unsigned depth = 1)
       : x(width), y(height), z(depth) {}
   unsigned x, y, z;
 };
-
-// Where the running kernel thread stands.
-inline thread_local uint3 threadIdx{};
-inline thread_local uint3 blockIdx{};
-inline thread_local dim3 blockDim{};
-inline thread_local dim3 gridDim{};
 
 enum cudaError_t {
   cudaSuccess = 0,
@@ -83,17 +74,24 @@ namespace emulation {
 cudaError_t copyToSymbol(void* symbol, std::size_t symbolSize, const void* source, std::size_t size,
                          std::size_t offset, cudaMemcpyKind kind);
 
-/// Calls `runBlock` once for every block of the grid, with the place of the block set. An empty one
-/// stands for a kernel that is not in the device's image.
+/// The threads that a kernel's call stands for: a run of them, from number `first` to before
+/// `last`, counted through the blocks of a launch. A kernel is called once for many threads so that
+/// it can put them into the lanes of the processor.
+struct ThreadRun {
+  std::uint64_t first, last;
+};
+
+/// That of the kernel's call which runs on this thread of the host.
+inline thread_local ThreadRun threadRun{};
+
+/// Calls `kernel` until all threads of the launch have run. An empty one stands for a kernel that
+/// is not in the device's image.
 cudaError_t launch(dim3 grid, dim3 block, std::size_t sharedMemory,
-                   const std::function<void()>& runBlock);
+                   const std::function<void()>& kernel);
 
 template <class... Parameters, std::size_t... I>
-void runBlock(void (*kernel)(Parameters...), void** arguments, std::index_sequence<I...>) {
-  for (threadIdx.z = 0; threadIdx.z < blockDim.z; ++threadIdx.z)
-    for (threadIdx.y = 0; threadIdx.y < blockDim.y; ++threadIdx.y)
-      for (threadIdx.x = 0; threadIdx.x < blockDim.x; ++threadIdx.x)
-        kernel(*static_cast<Parameters*>(arguments[I])...);
+void call(void (*kernel)(Parameters...), void** arguments, std::index_sequence<I...>) {
+  kernel(*static_cast<Parameters*>(arguments[I])...);
 }
 
 }  // namespace emulation
@@ -115,10 +113,8 @@ inline cudaError_t cudaMemcpyToSymbol(const void*& /*symbol*/, const void* sourc
 template <class... Parameters>
 cudaError_t cudaLaunchKernel(void (*kernel)(Parameters...), dim3 grid, dim3 block, void** arguments,
                              std::size_t sharedMemory, cudaStream_t /*stream*/) {
-  std::function<void()> runBlock;
+  std::function<void()> run;
   if (kernel)
-    runBlock = [=] {
-      emulation::runBlock(kernel, arguments, std::index_sequence_for<Parameters...>{});
-    };
-  return emulation::launch(grid, block, sharedMemory, runBlock);
+    run = [=] { emulation::call(kernel, arguments, std::index_sequence_for<Parameters...>{}); };
+  return emulation::launch(grid, block, sharedMemory, run);
 }

@@ -1,5 +1,7 @@
 #include <atomic>
 #include <chrono>
+#include <cstdint>
+#include <mutex>
 #include <set>
 #include <stdexcept>
 #include <thread>
@@ -13,32 +15,32 @@ using pistonfield::launch;
 
 namespace {
 
-std::atomic<unsigned> visits[5 * 3 * 2 * 4 * 2 * 2];
+constexpr unsigned threads = 5 * 3 * 2 * 32 * 8 * 4;  // more than a handful of runs
+std::atomic<unsigned> visits[threads];
 
-void visit(std::atomic<unsigned>* total) {
-  const unsigned thread = threadIdx.x + blockDim.x * (threadIdx.y + blockDim.y * threadIdx.z);
-  const unsigned block = blockIdx.x + gridDim.x * (blockIdx.y + gridDim.y * blockIdx.z);
-  const unsigned threads = blockDim.x * blockDim.y * blockDim.z;
-  *total = threads * gridDim.x * gridDim.y * gridDim.z;
-  ++visits[thread + threads * block];
+void visit() {
+  for (std::uint64_t thread = emulation::threadRun.first; thread < emulation::threadRun.last;
+       ++thread)
+    ++visits[thread];
 }
 
 void doNothing() {}
 
-void sleepInBlock(std::thread::id* ids) {
-  if (threadIdx.x == 0) ids[blockIdx.x] = std::this_thread::get_id();
+using Ids = std::vector<std::thread::id>;
+
+void note(Ids* ids, std::mutex* mutex) {
+  const std::lock_guard lock(*mutex);
+  ids->push_back(std::this_thread::get_id());
+}
+
+void sleepAwhile(Ids* ids, std::mutex* mutex) {
+  note(ids, mutex);
   std::this_thread::sleep_for(std::chrono::milliseconds(1));
 }
 
-void spinInBlock(std::thread::id* ids) {
-  ids[blockIdx.x] = std::this_thread::get_id();
-  const auto end = std::chrono::steady_clock::now() + std::chrono::nanoseconds(500);
-  while (std::chrono::steady_clock::now() < end) {
-  }
-}
-
-void throwInBlock(unsigned which) {
-  if (blockIdx.x == which) throw std::range_error("kernel");
+void throwAtThread(unsigned which) {
+  if (emulation::threadRun.first <= which && which < emulation::threadRun.last)
+    throw std::range_error("kernel");
   std::this_thread::sleep_for(std::chrono::microseconds(200));
 }
 
@@ -46,15 +48,15 @@ class EmulatedLaunchTest : public support::EmulationTest {};
 
 TEST_F(EmulatedLaunchTest, EveryThreadOfEveryBlockRunsOnce) {
   for (std::atomic<unsigned>& count : visits) count = 0;
-  std::atomic<unsigned> total{0};
-  EXPECT_EQ(launch(visit, dim3(5, 3, 2), dim3(4, 2, 2), &total), cudaSuccess);
-  EXPECT_EQ(total, std::size(visits));
+  EXPECT_EQ(launch(visit, dim3(5, 3, 2), dim3(32, 8, 4)), cudaSuccess);
   for (const std::atomic<unsigned>& count : visits) EXPECT_EQ(count, 1u);
 }
 
 TEST_F(EmulatedLaunchTest, LongWorkIsSpreadOverAllCores) {
-  std::vector<std::thread::id> ids(64);
-  EXPECT_EQ(launch(sleepInBlock, dim3(64), dim3(1), ids.data()), cudaSuccess);
+  Ids ids;
+  std::mutex mutex;
+  EXPECT_EQ(launch(sleepAwhile, dim3(64), dim3(1024), &ids, &mutex), cudaSuccess);
+  EXPECT_GT(ids.size(), 4u);
   const std::set<std::thread::id> distinct(ids.begin(), ids.end());
   EXPECT_LE(distinct.size(), emulation::cores());
   if (emulation::cores() > 1) {
@@ -63,14 +65,16 @@ TEST_F(EmulatedLaunchTest, LongWorkIsSpreadOverAllCores) {
 }
 
 TEST_F(EmulatedLaunchTest, ShortWorkStaysOnTheCallingThread) {
-  std::vector<std::thread::id> ids(64);
-  EXPECT_EQ(launch(spinInBlock, dim3(64), dim3(1), ids.data()), cudaSuccess);
+  Ids ids;
+  std::mutex mutex;
+  EXPECT_EQ(launch(note, dim3(64), dim3(1024), &ids, &mutex), cudaSuccess);
+  EXPECT_GT(ids.size(), 4u);
   for (const std::thread::id id : ids) EXPECT_EQ(id, std::this_thread::get_id());
 }
 
 TEST_F(EmulatedLaunchTest, AnExceptionOfAnyThreadReachesTheCaller) {
-  for (const unsigned block : {0u, 1u, 20u, 63u})
-    EXPECT_THROW(launch(throwInBlock, dim3(64), dim3(1), block), std::range_error) << block;
+  for (const unsigned thread : {0u, 5000u, 20000u, 65535u})
+    EXPECT_THROW(launch(throwAtThread, dim3(64), dim3(1024), thread), std::range_error) << thread;
   EXPECT_EQ(launch(doNothing, dim3(1), dim3(1)), cudaSuccess);
 }
 

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "core/LaneFunctions.h"
+
+namespace pistonfield {
+
+/// The sine and cosine of half the phase k·path, up to one sign that they share: all that is
+/// wanted of them are their products with each other, where it cancels.
+///
+/// The half phase is counted in half turns, so that whole ones drop out without a rounding: only
+/// the fraction matters, and it comes from the exact product. k/2π is kept as a sum of two, since
+/// rounded to one number it would be off by up to k·path·2^-25 everywhere.
+template <class Lane>
+class HalfPhase {
+ public:
+  __host__ __device__ explicit HalfPhase(Lane k)
+      : high_(k * Lane(inverse2Pi)),
+        low_(multiplyAdd(k, Lane(inverse2PiRest), exactProductPlus(k, Lane(inverse2Pi), -high_))) {}
+
+  struct SineCosine {
+    Lane sine, cosine;
+  };
+
+  __host__ __device__ SineCosine operator()(Lane path) const {
+    const Lane whole = nearestInteger(high_ * path);
+    const Lane r = multiplyAdd(low_, path, exactProductPlus(high_, path, -whole));
+    // sin(πr) and cos(πr) for |r| ≤ 1/2 within 0.5 and 0.02 units of 2^-24, before rounding.
+    const Lane t = r * r;
+    Lane sine = multiplyAdd(t, Lane(0.07969464361667633f), Lane(-0.5993670225143433f));
+    Lane cosine = multiplyAdd(t, Lane(-0.023963654413819313f), Lane(0.23468372225761414f));
+    sine = multiplyAdd(t, sine, Lane(2.5502591133117676f));
+    cosine = multiplyAdd(t, cosine, Lane(-1.335161566734314f));
+    sine = multiplyAdd(t, sine, Lane(-5.167720317840576f));
+    cosine = multiplyAdd(t, cosine, Lane(4.0587053298950195f));
+    sine = multiplyAdd(t, sine, Lane(3.1415927410125732f));
+    cosine = multiplyAdd(t, cosine, Lane(-4.934802055358887f));
+    return {r * sine, multiplyAdd(t, cosine, Lane(1.0f))};
+  }
+
+ private:
+  static constexpr float inverse2Pi = 0.15915494f;
+  static constexpr float inverse2PiRest = 6.42063824e-09f;
+
+  Lane high_, low_;
+};
+
+}  // namespace pistonfield

@@ -1,0 +1,37 @@
+#include "core/InstructionSet.h"
+
+#include <cstdlib>
+#include <string>
+
+namespace pistonfield {
+namespace {
+
+InstructionSet limit() {
+  const char* const set = std::getenv("PISTONFIELD_INSTRUCTION_SET");
+  const std::string name = set ? set : "";
+  if (name == "oldest") return InstructionSet::OLDEST;
+  if (name == "avx2") return InstructionSet::AVX2;
+  return InstructionSet::AVX512;
+}
+
+}  // namespace
+
+bool has(InstructionSet set) {
+#if defined(__x86_64__)
+  if (set == InstructionSet::AVX512)
+    return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq");
+  if (set == InstructionSet::AVX2)
+    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+#endif
+  return set == InstructionSet::OLDEST;
+}
+
+InstructionSet instructionSet() {
+  const InstructionSet widest = limit();
+  if (widest >= InstructionSet::AVX512 && has(InstructionSet::AVX512))
+    return InstructionSet::AVX512;
+  if (widest >= InstructionSet::AVX2 && has(InstructionSet::AVX2)) return InstructionSet::AVX2;
+  return InstructionSet::OLDEST;
+}
+
+}  // namespace pistonfield

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <arm_neon.h>
+
+namespace emulation {
+
+/// 4 lanes a register, for every 64-bit ARM processor.
+struct Neon {
+  using Register = float32x4_t;
+  using Mask = uint32x4_t;
+  static constexpr int width = 4;
+
+  static Register broadcast(float x) { return vdupq_n_f32(x); }
+  static Register load(const float* from) { return vld1q_f32(from); }
+  static void store(float* to, Register x) { vst1q_f32(to, x); }
+
+  static Mask less(Register x, Register y) { return vcltq_f32(x, y); }
+  static Mask notAbove(Register x, Register y) { return vcleq_f32(x, y); }
+  static Mask equal(Register x, Register y) { return vceqq_f32(x, y); }
+  static Mask both(Mask p, Mask q) { return vandq_u32(p, q); }
+  static Mask either(Mask p, Mask q) { return vorrq_u32(p, q); }
+  static unsigned bits(Mask mask) {
+    const uint32x4_t place = {1, 2, 4, 8};
+    return vaddvq_u32(vandq_u32(mask, place));
+  }
+  static Register select(Mask mask, Register yes, Register no) { return vbslq_f32(mask, yes, no); }
+
+  static Register absolute(Register x) { return vabsq_f32(x); }
+  static Register squareRoot(Register x) { return vsqrtq_f32(x); }
+  static Register nearestInteger(Register x) { return vrndnq_f32(x); }
+  static Register multiplyAdd(Register x, Register y, Register z) { return vfmaq_f32(z, x, y); }
+  static Register exactProductPlus(Register x, Register y, Register z) {
+    return vfmaq_f32(z, x, y);
+  }
+};
+
+}  // namespace emulation

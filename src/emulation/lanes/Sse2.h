@@ -1,0 +1,48 @@
+#pragma once
+
+#include <emmintrin.h>
+
+namespace emulation {
+
+/// 4 lanes a register, for every 64-bit x86 processor. The only set without a fused multiply-add.
+struct Sse2 {
+  using Register = __m128;
+  using Mask = __m128;
+  static constexpr int width = 4;
+
+  static Register broadcast(float x) { return _mm_set1_ps(x); }
+  static Register load(const float* from) { return _mm_loadu_ps(from); }
+  static void store(float* to, Register x) { _mm_storeu_ps(to, x); }
+
+  static Mask less(Register x, Register y) { return _mm_cmplt_ps(x, y); }
+  static Mask notAbove(Register x, Register y) { return _mm_cmple_ps(x, y); }
+  static Mask equal(Register x, Register y) { return _mm_cmpeq_ps(x, y); }
+  static Mask both(Mask p, Mask q) { return _mm_and_ps(p, q); }
+  static Mask either(Mask p, Mask q) { return _mm_or_ps(p, q); }
+  static unsigned bits(Mask mask) { return static_cast<unsigned>(_mm_movemask_ps(mask)); }
+  static Register select(Mask mask, Register yes, Register no) {
+    return _mm_or_ps(_mm_and_ps(mask, yes), _mm_andnot_ps(mask, no));
+  }
+
+  static Register absolute(Register x) { return _mm_andnot_ps(_mm_set1_ps(-0.0f), x); }
+  static Register squareRoot(Register x) { return _mm_sqrt_ps(x); }
+  static Register nearestInteger(Register x) {
+    // Adding 2^23 leaves no room for a fraction; from there on there is none.
+    const Register sign = _mm_and_ps(_mm_set1_ps(-0.0f), x);
+    const Register big = _mm_or_ps(sign, _mm_set1_ps(8388608.0f));
+    return select(less(absolute(x), _mm_set1_ps(8388608.0f)), (x + big) - big, x);
+  }
+  static Register multiplyAdd(Register x, Register y, Register z) { return x * y + z; }
+
+  /// Through double precision, which holds every product of two floats.
+  static Register exactProductPlus(Register x, Register y, Register z) {
+    const __m128d low = _mm_cvtps_pd(x) * _mm_cvtps_pd(y) + _mm_cvtps_pd(z);
+    const __m128d high = _mm_cvtps_pd(upper(x)) * _mm_cvtps_pd(upper(y)) + _mm_cvtps_pd(upper(z));
+    return _mm_movelh_ps(_mm_cvtpd_ps(low), _mm_cvtpd_ps(high));
+  }
+
+ private:
+  static Register upper(Register x) { return _mm_movehl_ps(x, x); }
+};
+
+}  // namespace emulation
