@@ -27,23 +27,33 @@ void evaluate(const Piston<double>& piston, const Points& points, const Results&
   });
 }
 
+inline void evaluateList(const Piston<float>& piston, const float* positions, Complex* pressures,
+                         unsigned count) {
+  packedPressure(instructionSet())(positions, pressures, static_cast<int>(count), piston.a,
+                                   piston.b, piston.k, piston.rule);
+}
+
 /// In single precision in packs of lanes.
+inline void evaluate(const Piston<float>& piston, const PointList<float>& points,
+                     const Pairs<float>& results) {
+  forThreadsWithPoint(points.count(), [&](unsigned n, unsigned last) {
+    evaluateList(piston, points.cursor(n), results.values + n, last - n);
+  });
+}
+
+/// The same where the points make no list yet, or their pressures are not to become one.
 template <class Points, class Results>
 void evaluate(const Piston<float>& piston, const Points& points, const Results& results) {
   forThreadsWithPoint(points.count(), [&](unsigned n, unsigned last) {
-    PackedPressure* const packedPressure = pistonfield::packedPressure(instructionSet());
-    PointBatch batch;
+    constexpr unsigned most = 2048;
+    Point<float> list[most];
+    Complex pressures[most];
     auto cursor = points.cursor(n);
     while (n < last) {
-      batch.count = std::min(PointBatch::capacity, static_cast<int>(last - n));
-      for (int i = 0; i < batch.count; ++i, points.advance(cursor)) {
-        const Point<float> p = points.at(cursor);
-        batch.x[i] = p.x;
-        batch.y[i] = p.y;
-        batch.z[i] = p.z;
-      }
-      packedPressure(batch, piston.a, piston.b, piston.k, piston.rule);
-      for (int i = 0; i < batch.count; ++i, ++n) results.store(n, {batch.re[i], batch.im[i]});
+      const unsigned count = std::min(most, last - n);
+      for (unsigned i = 0; i < count; ++i, points.advance(cursor)) list[i] = points.at(cursor);
+      evaluateList(piston, &list[0].x, pressures, count);
+      for (unsigned i = 0; i < count; ++i, ++n) results.store(n, pressures[i]);
     }
   });
 }

@@ -13,17 +13,18 @@ namespace pistonfield {
 template <class Lane>
 class HalfPhase {
  public:
-  __host__ __device__ explicit HalfPhase(Lane k)
-      : high_(k * Lane(inverse2Pi)),
-        low_(multiplyAdd(k, Lane(inverse2PiRest), exactProductPlus(k, Lane(inverse2Pi), -high_))) {}
+  __host__ __device__ explicit HalfPhase(float k)
+      : high_(k * inverse2Pi),
+        low_(multiplyAdd(k, inverse2PiRest, exactProductPlus(k, inverse2Pi, -high_))) {}
 
   struct SineCosine {
     Lane sine, cosine;
   };
 
   __host__ __device__ SineCosine operator()(Lane path) const {
-    const Lane whole = nearestInteger(high_ * path);
-    const Lane r = multiplyAdd(low_, path, exactProductPlus(high_, path, -whole));
+    const Lane high(high_);
+    const Lane whole = nearestInteger(high * path);
+    const Lane r = multiplyAdd(Lane(low_), path, exactProductPlus(high, path, -whole));
     // sin(πr) and cos(πr) for |r| ≤ 1/2 within 0.5 and 0.02 units of 2^-24, before rounding.
     const Lane t = r * r;
     Lane sine = multiplyAdd(t, Lane(0.07969464361667633f), Lane(-0.5993670225143433f));
@@ -41,7 +42,7 @@ class HalfPhase {
   static constexpr float inverse2Pi = 0.15915494f;
   static constexpr float inverse2PiRest = 6.42063824e-09f;
 
-  Lane high_, low_;
+  float high_, low_;
 };
 
 }  // namespace pistonfield

@@ -39,7 +39,7 @@ struct SymmetricRule {
 template <class Lane>
 class HalfAngleIntegrand {
  public:
-  __host__ __device__ HalfAngleIntegrand(Lane z, Lane k)
+  __host__ __device__ HalfAngleIntegrand(Lane z, float k)
       : z_(z), zz_(z * z), absZ_(absolute(z)), half_(k) {}
 
   __host__ __device__ static Lane distance(Lane x) { return absolute(x); }
@@ -127,8 +127,8 @@ __host__ __device__ inline ComplexPair<Lane> select(Mask mask, ComplexPair<Lane>
 /// F over [lo, hi] for the two edges at squared distances dd1 and dd2. An empty interval gives 0,
 /// also where the integrand has no value: above a corner.
 template <class Lane, class Integrand, class Real>
-__host__ __device__ inline EdgePair<Lane> integrate(const Integrand& f, Lane dd1, Lane dd2, Lane lo,
-                                                    Lane hi, const SymmetricRule<Real>& rule) {
+__host__ __device__ inline __attribute__((always_inline)) EdgePair<Lane> integrate(
+    const Integrand& f, Lane dd1, Lane dd2, Lane lo, Lane hi, const SymmetricRule<Real>& rule) {
   const Lane half(static_cast<Real>(0.5));
   const Lane h = (hi - lo) * half;
   const ComplexPair<Lane> zero{Lane(Real(0)), Lane(Real(0))};
@@ -170,9 +170,8 @@ __host__ __device__ inline auto footSplits(Lane offset, Lane half) {
 /// Three cases: beyond the edges' ends one interval; between them two, split at the foot of the
 /// perpendicular, where the integrand is sharpest; in the middle two equal ones, so one is doubled.
 template <class Lane, class Integrand, class Real>
-__host__ __device__ inline ComplexPair<Lane> edgePairSum(const Integrand& f, Lane d1, Lane d2,
-                                                         Lane offset, Lane half,
-                                                         const SymmetricRule<Real>& rule) {
+__host__ __device__ inline __attribute__((always_inline)) ComplexPair<Lane> edgePairSum(
+    const Integrand& f, Lane d1, Lane d2, Lane offset, Lane half, const SymmetricRule<Real>& rule) {
   const Lane zero(Real(0));
   const auto outside = offset > half;
   const auto split = footSplits<Real>(offset, half);
@@ -199,7 +198,7 @@ template <template <class> class IntegrandOf, class Lane, class Real>
 __host__ __device__ inline ComplexPair<Lane> pointPressure(Lane x, Lane y, Lane z, Real a, Real b,
                                                            Real k,
                                                            const SymmetricRule<Real>& rule) {
-  const IntegrandOf<Lane> f(z, Lane(k));
+  const IntegrandOf<Lane> f(z, k);
   const Lane u = IntegrandOf<Lane>::distance(x);
   const Lane v = IntegrandOf<Lane>::distance(y);
   const ComplexPair<Lane> alongY = edgePairSum(f, u - Lane(a), u + Lane(a), v, Lane(b), rule);

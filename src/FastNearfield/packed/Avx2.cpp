@@ -5,8 +5,9 @@
 
 namespace pistonfield {
 
-void packedAvx2(PointBatch& batch, float a, float b, float k, const SymmetricRule<float>& rule) {
-  PackEvaluation<emulation::Avx2>(batch, a, b, k, rule).run();
+void packedAvx2(const float* positions, Complex* pressures, int count, float a, float b, float k,
+                const SymmetricRule<float>& rule) {
+  evaluatePacks<emulation::Avx2>(positions, pressures, count, a, b, k, rule);
 }
 
 }  // namespace pistonfield

@@ -5,8 +5,9 @@
 
 namespace pistonfield {
 
-void packedAvx512(PointBatch& batch, float a, float b, float k, const SymmetricRule<float>& rule) {
-  PackEvaluation<emulation::Avx512>(batch, a, b, k, rule).run();
+void packedAvx512(const float* positions, Complex* pressures, int count, float a, float b, float k,
+                  const SymmetricRule<float>& rule) {
+  evaluatePacks<emulation::Avx512>(positions, pressures, count, a, b, k, rule);
 }
 
 }  // namespace pistonfield

@@ -1,37 +1,47 @@
 #pragma once
 
-#include "FastNearfield/PackedPressure.h"
 #include "FastNearfield/PointPressure.h"
+#include "FastNearfield/packed/LanePlaces.h"
 #include "emulation/Lanes.h"
+
+// Evaluates points in packs of lanes.
+//
+// For a pair of edges a point takes one integral beyond their ends and two between them, and a pack
+// takes two as soon as one of its lanes does. Neighbours are mostly alike, and are evaluated where
+// they stand; points of packs whose lanes differ are first collected by their case.
+//
+// Nothing here may be a function that other files share: theirs could become this file's, with
+// instructions that not every machine has.
 
 namespace pistonfield {
 
-/// Evaluates a batch of points in packs of lanes.
-///
-/// For a pair of edges a point takes one integral beyond their ends and two between them, and a
-/// pack takes two as soon as one of its lanes does. Neighbours are mostly alike, and are evaluated
-/// where they stand; points of packs whose lanes differ are first collected by their case.
-///
-/// Nothing here may be a function that other files share: theirs could become this file's, with
-/// instructions that not every machine has.
 template <class Set>
 class PackEvaluation {
  public:
-  PackEvaluation(PointBatch& batch, float a, float b, float k, const SymmetricRule<float>& rule)
-      : batch_(batch), a_(a), b_(b), k_(k), rule_(rule) {}
+  /// As many points as are looked at together.
+  static constexpr int capacity = 2048;
+
+  PackEvaluation(const float* positions, Complex* pressures, int count, float a, float b, float k,
+                 const SymmetricRule<float>& rule)
+      : positions_(positions),
+        pressures_(pressures),
+        count_(count),
+        a_(a),
+        b_(b),
+        k_(k),
+        rule_(rule) {}
 
   void run() {
     int first = 0;
-    for (; first + Pack::count <= batch_.count; first += Pack::count) {
-      const Pack x = Pack::load(batch_.x + first);
-      const Pack y = Pack::load(batch_.y + first);
-      const Cases cases = casesOf(x, y);
+    for (; first + Pack::count <= count_; first += Pack::count) {
+      const Points points = load(positions_ + 3 * first);
+      const Cases cases = casesOf(points);
       if (cases.alike())
-        evaluate(x, y, Pack::load(batch_.z + first), batch_.re + first, batch_.im + first);
+        evaluate(points, pressures_ + first);
       else
         collect(cases, first, Pack::count);
     }
-    if (first < batch_.count) collectRest(first);
+    if (first < count_) collectRest(first);
     evaluateCollected();
   }
 
@@ -39,21 +49,38 @@ class PackEvaluation {
   using Pack = emulation::Lanes<Set>;
   static constexpr unsigned allLanes = ~0u >> (32 - Pack::count);
 
+  struct Points {
+    Pack x, y, z;
+  };
+
   /// The lanes that take two integrals, for the edges along each direction.
   struct Cases {
     unsigned u, v;
     bool alike() const { return (u == 0 || u == allLanes) && (v == 0 || v == allLanes); }
   };
 
-  Cases casesOf(Pack x, Pack y) const {
-    return {footSplits<float>(absolute(x), Pack(a_)).bits(),
-            footSplits<float>(absolute(y), Pack(b_)).bits()};
+  static Points load(const float* positions) {
+    float x[Pack::count], y[Pack::count], z[Pack::count];
+    for (int lane = 0; lane < Pack::count; ++lane) {
+      x[lane] = positions[3 * lane];
+      y[lane] = positions[3 * lane + 1];
+      z[lane] = positions[3 * lane + 2];
+    }
+    return {Pack::load(x), Pack::load(y), Pack::load(z)};
   }
 
-  void evaluate(Pack x, Pack y, Pack z, float* re, float* im) const {
-    const ComplexPair<Pack> p = pointPressure<HalfAngleIntegrand>(x, y, z, a_, b_, k_, rule_);
+  Cases casesOf(const Points& points) const {
+    return {footSplits<float>(absolute(points.x), Pack(a_)).bits(),
+            footSplits<float>(absolute(points.y), Pack(b_)).bits()};
+  }
+
+  void evaluate(const Points& points, Complex* pressures) const {
+    const ComplexPair<Pack> p =
+        pointPressure<HalfAngleIntegrand>(points.x, points.y, points.z, a_, b_, k_, rule_);
+    float re[Pack::count], im[Pack::count];
     p.re.store(re);
     p.im.store(im);
+    for (int lane = 0; lane < Pack::count; ++lane) pressures[lane] = {re[lane], im[lane]};
   }
 
   void collect(const Cases& cases, int first, int count) {
@@ -65,56 +92,58 @@ class PackEvaluation {
   }
 
   void append(int which, unsigned lanes, int first) {
-    for (; lanes != 0; lanes &= lanes - 1)
-      collected_[which][counts_[which]++] = static_cast<short>(first + __builtin_ctz(lanes));
+    for (int group = 0; group < Pack::count; group += 8) {
+      const unsigned eight = lanes >> group & 255;
+      const auto points = lanePlaces<Set>.of[eight] + static_cast<short>(first + group);
+      __builtin_memcpy(collected_[which] + counts_[which], &points, sizeof points);
+      counts_[which] += __builtin_popcount(eight);
+    }
   }
 
   /// The points that fill no pack.
   void collectRest(int first) {
-    const int count = batch_.count - first;
-    float x[Pack::count] = {}, y[Pack::count] = {};
-    for (int lane = 0; lane < count; ++lane) {
-      x[lane] = batch_.x[first + lane];
-      y[lane] = batch_.y[first + lane];
-    }
-    collect(casesOf(Pack::load(x), Pack::load(y)), first, count);
+    float positions[3 * Pack::count] = {};
+    const int count = count_ - first;
+    __builtin_memcpy(positions, positions_ + 3 * first, 3 * sizeof(float) * unsigned(count));
+    collect(casesOf(load(positions)), first, count);
   }
 
   /// Case after case, without a gap between them.
   void evaluateCollected() const {
-    short pending[Pack::count];
-    int count = 0;
+    float positions[3 * (capacity + Pack::count)];
+    Complex pressures[capacity + Pack::count];
+    float* end = positions;
     for (int which = 0; which < 4; ++which)
-      for (int n = 0; n < counts_[which]; ++n) {
-        pending[count++] = collected_[which][n];
-        if (count == Pack::count) {
-          evaluateGathered(pending, count);
-          count = 0;
-        }
-      }
-    if (count > 0) evaluateGathered(pending, count);
+      for (int n = 0; n < counts_[which]; ++n, end += 3)
+        __builtin_memcpy(end, positions_ + 3 * collected_[which][n], 3 * sizeof(float));
+    // The last pack's idle lanes repeat the first point.
+    for (int lane = 0; lane < Pack::count; ++lane)
+      __builtin_memcpy(end + 3 * lane, positions, 3 * sizeof(float));
+
+    Complex* pressure = pressures;
+    for (const float* p = positions; p < end; p += 3 * Pack::count, pressure += Pack::count)
+      evaluate(load(p), pressure);
+
+    pressure = pressures;
+    for (int which = 0; which < 4; ++which)
+      for (int n = 0; n < counts_[which]; ++n) pressures_[collected_[which][n]] = *pressure++;
   }
 
-  void evaluateGathered(const short* points, int count) const {
-    float x[Pack::count], y[Pack::count], z[Pack::count], re[Pack::count], im[Pack::count];
-    for (int lane = 0; lane < Pack::count; ++lane) {
-      const int point = points[lane < count ? lane : 0];
-      x[lane] = batch_.x[point];
-      y[lane] = batch_.y[point];
-      z[lane] = batch_.z[point];
-    }
-    evaluate(Pack::load(x), Pack::load(y), Pack::load(z), re, im);
-    for (int lane = 0; lane < count; ++lane) {
-      batch_.re[points[lane]] = re[lane];
-      batch_.im[points[lane]] = im[lane];
-    }
-  }
-
-  PointBatch& batch_;
+  const float* const positions_;
+  Complex* const pressures_;
+  const int count_;
   const float a_, b_, k_;
   const SymmetricRule<float>& rule_;
-  short collected_[4][PointBatch::capacity];
+  short collected_[4][capacity + 8];  // entries are written eight at a time
   int counts_[4] = {};
 };
+
+template <class Set>
+void evaluatePacks(const float* positions, Complex* pressures, int count, float a, float b, float k,
+                   const SymmetricRule<float>& rule) {
+  constexpr int most = PackEvaluation<Set>::capacity;
+  for (; count > 0; positions += 3 * most, pressures += most, count -= most)
+    PackEvaluation<Set>(positions, pressures, count < most ? count : most, a, b, k, rule).run();
+}
 
 }  // namespace pistonfield

@@ -5,8 +5,9 @@
 
 namespace pistonfield {
 
-void packedNeon(PointBatch& batch, float a, float b, float k, const SymmetricRule<float>& rule) {
-  PackEvaluation<emulation::Neon>(batch, a, b, k, rule).run();
+void packedNeon(const float* positions, Complex* pressures, int count, float a, float b, float k,
+                const SymmetricRule<float>& rule) {
+  evaluatePacks<emulation::Neon>(positions, pressures, count, a, b, k, rule);
 }
 
 }  // namespace pistonfield

@@ -5,8 +5,9 @@
 
 namespace pistonfield {
 
-void packedSse2(PointBatch& batch, float a, float b, float k, const SymmetricRule<float>& rule) {
-  PackEvaluation<emulation::Sse2>(batch, a, b, k, rule).run();
+void packedSse2(const float* positions, Complex* pressures, int count, float a, float b, float k,
+                const SymmetricRule<float>& rule) {
+  evaluatePacks<emulation::Sse2>(positions, pressures, count, a, b, k, rule);
 }
 
 }  // namespace pistonfield
