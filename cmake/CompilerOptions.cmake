@@ -9,6 +9,9 @@ add_compile_options(
   "$<${gnu_like}:-Wall;-Wextra;-Wconversion;-Wshadow>"
   "$<$<COMPILE_LANGUAGE:CUDA>:-Xcompiler=-Wall,-Wextra>")
 
+# What each kernel takes of a multiprocessor stands in the build's report.
+add_compile_options($<$<COMPILE_LANGUAGE:CUDA>:--resource-usage>)
+
 set(PISTONFIELD_SANITIZE "" CACHE STRING "Sanitizers to build everything with, as for -fsanitize=")
 if(PISTONFIELD_SANITIZE)
   add_compile_options(-fsanitize=${PISTONFIELD_SANITIZE} -fno-sanitize-recover=all
