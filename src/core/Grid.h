@@ -29,9 +29,15 @@ class Grid {
 
 /// An explicit list of positions, all zero until written through `positions`.
 template <class T>
-class GridUnstructured : public Grid<T> {
+class GridUnstructured final : public Grid<T> {
  public:
   explicit GridUnstructured(unsigned nbPositions) : Grid<T>(nbPositions), positions(nbPositions) {}
+
+  /// The same, written with the x, y, z that stand one after the other at `components`.
+  GridUnstructured(unsigned nbPositions, const T* components) : Grid<T>(nbPositions) {
+    positions.reserve(nbPositions);
+    for (std::size_t i = 0; i < nbPositions; ++i) positions.emplace_back(components + 3 * i);
+  }
 
   MVector<T, 3> getPosition(int i) const override { return positions[static_cast<std::size_t>(i)]; }
 

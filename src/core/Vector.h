@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 
 #include "core/ErrorHandler.h"
@@ -13,6 +14,11 @@ namespace pistonfield {
 template <class T, int N>
 class LinearStorage {
  public:
+  LinearStorage() = default;
+
+  /// Copies of the N values at `values`.
+  explicit LinearStorage(const T* values) { std::copy_n(values, N, values_.begin()); }
+
   const T& operator[](int i) const {
     check(i, 42);
     return values_[static_cast<std::size_t>(i)];
@@ -35,6 +41,9 @@ class LinearStorage {
 /// A mathematical vector; `MVector<double, 3>` is a position (x, y, z) in the unit of the piston's
 /// sides.
 template <class T, int N>
-class MVector : public LinearStorage<T, N> {};
+class MVector : public LinearStorage<T, N> {
+ public:
+  using LinearStorage<T, N>::LinearStorage;
+};
 
 }  // namespace pistonfield

@@ -1,6 +1,5 @@
 #include <mex.h>
 
-#include <cstring>
 #include <iostream>
 #include <memory>
 #include <new>
@@ -41,11 +40,6 @@ mxArray* createResult(unsigned count) {
   return mxCreateNumericArray(1, dims, mxDOUBLE_CLASS, mxCOMPLEX);
 }
 
-void fill(GridUnstructured<double>& grid, const double* points) {
-  for (MVector<double, 3>& position : grid.positions)
-    for (int axis = 0; axis < 3; ++axis) position[axis] = *points++;
-}
-
 /// The table's column-major data, read as pairs: entry i is (data[2i], data[2i + 1]).
 void loadTable(const Quadrature& quadrature) {
   std::cout << "3" << std::endl;
@@ -64,28 +58,34 @@ void loadOrder(int order) {
   setCudaIntegratorParameters(model, order);
 }
 
-/// The pressure at every point of the grid: `count` pairs of floats.
-std::unique_ptr<float[]> evaluate(const RectangularPistonCuda2& piston, const Grid<double>& grid) {
+/// x, y, z of every point of the grid.
+std::unique_ptr<float[]> narrowed(const GridUnstructured<double>& grid) {
   const std::size_t count = grid.nbPositions();
-  std::unique_ptr<float[]> result(new float[2 * count]);
   std::unique_ptr<float[]> positions(new float[3 * count]);
+  float* component = positions.get();
   for (std::size_t i = 0; i < count; ++i) {
-    MVector<double, 3> position = grid.getPosition(static_cast<int>(i));
-    for (int axis = 0; axis < 3; ++axis)
-      positions[3 * i + static_cast<std::size_t>(axis)] = static_cast<float>(position[axis]);
+    const MVector<double, 3> position = grid.getPosition(static_cast<int>(i));
+    for (int axis = 0; axis < 3; ++axis) *component++ = static_cast<float>(position[axis]);
   }
-  std::unique_ptr<Complex[]> launchOut(new Complex[count]);
-  RectangularPiston_func_unstructured(launchOut.get(), static_cast<int>(count), positions.get(),
+  return positions;
+}
+
+/// The pressure at every point of the grid.
+std::unique_ptr<Complex[]> evaluate(const RectangularPistonCuda2& piston,
+                                    const GridUnstructured<double>& grid) {
+  const std::size_t count = grid.nbPositions();
+  const std::unique_ptr<float[]> positions = narrowed(grid);
+  std::unique_ptr<Complex[]> result(new Complex[count]);
+  RectangularPiston_func_unstructured(result.get(), static_cast<int>(count), positions.get(),
                                       static_cast<float>(piston.l), static_cast<float>(piston.s),
                                       static_cast<float>(piston.k));
-  std::memcpy(result.get(), launchOut.get(), 2 * count * sizeof(float));
   return result;
 }
 
-void widen(const float* pairs, std::size_t count, double* re, double* im) {
+void widen(const Complex* pressures, std::size_t count, double* re, double* im) {
   for (std::size_t i = 0; i < count; ++i) {
-    re[i] = pairs[2 * i];
-    im[i] = pairs[2 * i + 1];
+    re[i] = pressures[i].re;
+    im[i] = pressures[i].im;
   }
 }
 
@@ -119,8 +119,7 @@ void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   auto* const im = static_cast<double*>(mxGetImagData(plhs[0]));
 
   const RectangularPistonCuda2 piston(l, s, k);
-  GridUnstructured<double> grid(count);
-  fill(grid, points);
+  const GridUnstructured<double> grid(count, points);
   if (!useGPU) mexErrMsgTxt("CPU version not implemented, yet.");
 
   if (quadrature.isTable)
@@ -128,7 +127,7 @@ void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   else
     loadOrder(quadrature.nabs);
 
-  const std::unique_ptr<float[]> result = evaluate(piston, grid);
+  const std::unique_ptr<Complex[]> result = evaluate(piston, grid);
   widen(result.get(), count, re, im);
 }
 

@@ -38,6 +38,14 @@ TEST(GridTest, UnstructuredGridReturnsCopiesOfItsPositions) {
   expectEqual(grid.getPosition(1), vector(1, 2, 3));
 }
 
+TEST(GridTest, UnstructuredGridTakesItsPositionsFromAnArray) {
+  const double components[] = {1, 2, 3, 4, 5, 6};
+  const GridUnstructured<double> grid(2, components);
+  EXPECT_EQ(grid.nbPositions(), 2u);
+  expectEqual(grid.getPosition(0), vector(1, 2, 3));
+  expectEqual(grid.getPosition(1), vector(4, 5, 6));
+}
+
 TEST(GridTest, RegularGridCountsItsPoints) {
   const Grid3DR<double> grid(3, 4, 5, skewed);
   EXPECT_EQ(grid.nbPositions(), 60u);
