@@ -111,6 +111,11 @@ __host__ __device__ inline ComplexPair<Lane> operator+(ComplexPair<Lane> p, Comp
   return {p.re + q.re, p.im + q.im};
 }
 
+template <class Lane>
+__host__ __device__ inline ComplexPair<Lane> operator*(Lane c, ComplexPair<Lane> p) {
+  return {c * p.re, c * p.im};
+}
+
 /// c·p + q
 template <class Lane>
 __host__ __device__ inline ComplexPair<Lane> multiplyAdd(Lane c, ComplexPair<Lane> p,
@@ -137,23 +142,23 @@ __host__ __device__ inline __attribute__((always_inline)) EdgePair<Lane> integra
   // The nodes c ± x·h, counted from the ends: next to the foot of the perpendicular, which is one
   // of the ends, c + x·h would lose most of its digits.
   for (int i = 0; i < n; ++i) {
-    const Lane weight = Lane(rule.w[i]) * h;
-    const Lane fromEnd = Lane(Real(1) + rule.x[i]) * h;
-    const Lane plus = lo + fromEnd;
-    const Lane minus = hi - fromEnd;
+    const Lane fromEnd(Real(1) + rule.x[i]);
+    const Lane plus = multiplyAdd(fromEnd, h, lo);
+    const Lane minus = multiplyAdd(-fromEnd, h, hi);
     const Lane plus2 = plus * plus;
     const Lane minus2 = minus * minus;
+    const Lane weight(rule.w[i]);
     sum.first = multiplyAdd(weight, f.at(dd1 + plus2) + f.at(dd1 + minus2), sum.first);
     sum.second = multiplyAdd(weight, f.at(dd2 + plus2) + f.at(dd2 + minus2), sum.second);
   }
   if (rule.N > 2 * n) {
-    const Lane weight = Lane(rule.w[n]) * h;
+    const Lane weight(rule.w[n]);
     const Lane c = (lo + hi) * half;
     sum.first = multiplyAdd(weight, f.at(dd1 + c * c), sum.first);
     sum.second = multiplyAdd(weight, f.at(dd2 + c * c), sum.second);
   }
   const auto empty = lo == hi;
-  return {select(empty, zero, sum.first), select(empty, zero, sum.second)};
+  return {select(empty, zero, h * sum.first), select(empty, zero, h * sum.second)};
 }
 
 /// Whether the foot of the perpendicular lies between the ends of a pair of edges, and not in their

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -143,7 +144,10 @@ Outcome MexHost::call(int nlhs, const std::vector<mxArray>& arguments) const {
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
   try {
+    const auto start = std::chrono::steady_clock::now();
     function(nlhs, plhs.data(), static_cast<int>(arguments.size()), prhs.data());
+    outcome.seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     for (const mxArray* result : plhs)
       if (result) outcome.results.push_back(*result);
   } catch (const HostError& error) {

@@ -15,6 +15,7 @@ struct Outcome {
   std::string standardOutput;        // of the process
   std::string standardError;
   std::vector<mxArray> results;
+  double seconds = 0;  // between the entry into the module and the way out
 };
 
 /// A host for one MEX module, as honest as the real ones:

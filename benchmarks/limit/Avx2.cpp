@@ -1,0 +1,5 @@
+#include "emulation/lanes/Avx2.h"
+
+#include "benchmarks/limit/IntegrandOnly.h"
+
+std::int64_t limit::evaluateAvx2(float* memory) { return evaluateIntegrand<emulation::Avx2>(memory); }

@@ -1,0 +1,5 @@
+#include "emulation/lanes/Avx512.h"
+
+#include "benchmarks/limit/IntegrandOnly.h"
+
+std::int64_t limit::evaluateAvx512(float* memory) { return evaluateIntegrand<emulation::Avx512>(memory); }

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <cstdint>
+
+namespace limit {
+
+/// Evaluates nothing but the integrand, in the same form as the kernels, and returns how often.
+/// On the emulation device on the calling thread, with the instruction set that kernels use there.
+std::int64_t integrandOnly();
+
+}  // namespace limit

@@ -1,0 +1,5 @@
+#include "emulation/lanes/Sse2.h"
+
+#include "benchmarks/limit/IntegrandOnly.h"
+
+std::int64_t limit::evaluateSse2(float* memory) { return evaluateIntegrand<emulation::Sse2>(memory); }
