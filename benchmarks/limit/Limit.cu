@@ -11,15 +11,17 @@ namespace {
 constexpr int rounds = 500;
 constexpr int blocks = 8192, threads = 128;
 
-/// Four values at a time, as in a kernel's loop, from registers and into registers.
-__global__ void evaluateIntegrand(float z, float start, float* sink) {
+/// The integrand at d² + σ² for one σ after the other, four at a time, as in a kernel's loop: from
+/// registers and into registers.
+__global__ void evaluateIntegrand(float z, float dd, float* sink) {
   const pistonfield::HalfAngleIntegrand<float> f(z, 7.0f);
   pistonfield::Complex first{0, 0}, second{0, 0};
-  float D = start + static_cast<float>(threadIdx.x);
+  const auto at = [&](float sigma) { return f.at(dd + sigma * sigma); };
+  float sigma = static_cast<float>(threadIdx.x);
   for (int n = 0; n < rounds; ++n) {
-    first = first + (f.at(D) + f.at(D + 0.001f));
-    second = second + (f.at(D + 0.002f) + f.at(D + 0.003f));
-    D += 0.004f;
+    first = first + (at(sigma) + at(sigma + 0.001f));
+    second = second + (at(sigma + 0.002f) + at(sigma + 0.003f));
+    sigma += 0.004f;
   }
   const float sum = first.re + first.im + second.re + second.im;
   if (sum == 12345.0f) *sink = sum;  // never, but the compiler cannot know
@@ -30,7 +32,7 @@ __global__ void evaluateIntegrand(float z, float start, float* sink) {
 std::int64_t limit::integrandOnly() {
   static float* sink = nullptr;
   if (!sink) cudaMalloc(reinterpret_cast<void**>(&sink), sizeof(float));
-  evaluateIntegrand<<<blocks, threads>>>(1.0f, 1.0f, sink);
+  evaluateIntegrand<<<blocks, threads>>>(1.0f, 0.25f, sink);
   if (cudaDeviceSynchronize() != cudaSuccess) {
     std::cerr << "the integrand's kernel failed\n";
     std::exit(1);

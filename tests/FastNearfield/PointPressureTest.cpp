@@ -7,23 +7,17 @@
 #include <random>
 #include <vector>
 
-#include "FastNearfield/GaussLegendre.h"
+#include "support/LiteralPressure.h"
 
 using pistonfield::Complex;
 using pistonfield::HalfAngleIntegrand;
 using pistonfield::SymmetricRule;
+using support::HalfRule;
+using support::LiteralEdges;
+using support::literalPressure;
+using support::tolerance;
 
 namespace {
-
-/// A rule in the layout that the kernels read.
-struct HalfRule {
-  explicit HalfRule(int n) : N(n), x(static_cast<std::size_t>(n)), w(static_cast<std::size_t>(n)) {
-    pistonfield::legendre_compute(n, x.data(), w.data());
-  }
-  SymmetricRule<float> view() const { return {x.data(), w.data(), N}; }
-  int N;
-  std::vector<float> x, w;
-};
 
 std::complex<double> pressure(double x, double y, double z, double a, double b, double k,
                               const SymmetricRule<float>& rule) {
@@ -33,59 +27,11 @@ std::complex<double> pressure(double x, double y, double z, double a, double b, 
   return {p.re, p.im};
 }
 
-/// The same sum in double precision with the integrand as it is written, and nothing clever.
-class Literal {
- public:
-  Literal(double z, double k, const HalfRule& rule)
-      : z_(z), k_(k), E0_(std::polar(1.0, -k * z)), rule_(rule) {}
-
-  std::complex<double> F(double d, double lo, double hi) const {
-    if (lo == hi) return 0;
-    const double c = (lo + hi) * 0.5, h = (hi - lo) * 0.5;
-    std::complex<double> sum = 0;
-    const auto n = static_cast<std::size_t>(rule_.N / 2);
-    for (std::size_t i = 0; i < n; ++i)
-      sum += rule_.w[i] * h * (at(d, c + rule_.x[i] * h) + at(d, c - rule_.x[i] * h));
-    if (rule_.N % 2 == 1) sum += rule_.w[n] * h * at(d, c);
-    return sum;
-  }
-
-  std::complex<double> pair(double d1, double d2, double v, double b) const {
-    if (v > b) return d1 * F(d1, v - b, v + b) - d2 * F(d2, v - b, v + b);
-    if (v > double{1e-7f})
-      return d1 * (F(d1, 0, v + b) + F(d1, v - b, 0)) - d2 * (F(d2, 0, v + b) + F(d2, v - b, 0));
-    return 2 * d1 * F(d1, 0, v + b) - 2 * d2 * F(d2, 0, v + b);
-  }
-
- private:
-  std::complex<double> at(double d, double sigma) const {
-    const double D = d * d + sigma * sigma;
-    return (std::polar(1.0, -k_ * std::sqrt(z_ * z_ + D)) - E0_) / D;
-  }
-
-  double z_, k_;
-  std::complex<double> E0_;
-  const HalfRule& rule_;
-};
-
-std::complex<double> literalPressure(double x, double y, double z, double a, double b, double k,
-                                     const HalfRule& rule) {
-  const Literal f(z, k, rule);
-  const double u = std::abs(x), v = std::abs(y);
-  const std::complex<double> S = f.pair(u - a, u + a, v, b) + f.pair(v - b, v + b, u, a);
-  return std::complex<double>(0, -1) * S / (2 * M_PI);
-}
-
-double tolerance(double x, double y, double z, double a, double b, double k) {
-  const double R = std::hypot(std::abs(x) + a, std::abs(y) + b, z);
-  return 3 * std::ldexp(1.0, -24) * (1 + k * R);
-}
-
 const double a = 0.75, b = 0.5, k = 12.5;
 
 TEST(PointPressureTest, AllNineCasesMeetTheLiteralForm) {
   for (const int n : {1, 2, 9, 10, 33}) {
-    const HalfRule rule(n);
+    const HalfRule<float> rule(n);
     for (const double x : {0.0, 0.5, 1.5})
       for (const double y : {0.0, 0.25, 1.25})
         for (const double z : {-2.0, 0.0, 0.125, 2.0, 40.0})
@@ -97,7 +43,7 @@ TEST(PointPressureTest, AllNineCasesMeetTheLiteralForm) {
 }
 
 TEST(PointPressureTest, RandomPointsMeetTheLiteralForm) {
-  const HalfRule rule(24);
+  const HalfRule<float> rule(24);
   std::mt19937 random(1);
   std::uniform_real_distribution<float> across(-3, 3), along(-10, 10);
   for (int n = 0; n < 20000; ++n) {
@@ -110,8 +56,8 @@ TEST(PointPressureTest, RandomPointsMeetTheLiteralForm) {
 }
 
 TEST(PointPressureTest, TheAxisTakesOneDoubledIntegralInEachDirection) {
-  const HalfRule rule(16);
-  const Literal f(1.0, k, rule);
+  const HalfRule<float> rule(16);
+  const LiteralEdges<float> f(1.0, k, rule);
   const std::complex<double> S = 2 * -a * f.F(-a, 0, b) - 2 * a * f.F(a, 0, b) +  //
                                  2 * -b * f.F(-b, 0, a) - 2 * b * f.F(b, 0, a);
   const std::complex<double> p = std::complex<double>(0, -1) * S / (2 * M_PI);
@@ -121,7 +67,7 @@ TEST(PointPressureTest, TheAxisTakesOneDoubledIntegralInEachDirection) {
 TEST(PointPressureTest, UpToTheThresholdAPointCountsAsOnThePlaneOfSymmetry) {
   // A piston so small that the threshold is a tenth of it: the two branches differ by 5 %.
   const double side = 1e-6, other = 3e-7, z = 1e-6, kSmall = 2e6;
-  const HalfRule rule(10);
+  const HalfRule<float> rule(10);
   const double at = 1e-7f;
   const double above = std::nextafter(1e-7f, 1.0f);
   const auto along_y = [&](double y) {
@@ -145,7 +91,7 @@ TEST(PointPressureTest, UpToTheThresholdAPointCountsAsOnThePlaneOfSymmetry) {
 TEST(PointPressureTest, FarAwayItKeepsTheDigitsThatTheLiteralFormLoses) {
   // There kz alone is off by 1e-4 in single precision, and the difference of the exponentials has
   // four digits left.
-  const HalfRule rule(16);
+  const HalfRule<float> rule(16);
   double meanOfMagnitude = 0;
   const int count = 400;
   for (int n = 0; n < count; ++n) {
@@ -162,7 +108,7 @@ TEST(PointPressureTest, BehindThePistonNextToAnEdgeItStaysWithinTheBound) {
   // There the integrand has a pole of width zero at the foot of the perpendicular, and the sum
   // depends on the distance of the nearest node from it.
   for (const int n : {10, 64, 255}) {
-    const HalfRule rule(n);
+    const HalfRule<float> rule(n);
     for (const float x : {std::nextafter(0.75f, 0.0f), std::nextafter(0.75f, 1.0f), 0.749f})
       for (const float y : {0.0f, 0.25f, std::nextafter(0.5f, 0.0f), 0.4999f, 0.501f})
         for (const double z : {-0.01, -0.5, -3.0})
@@ -174,8 +120,8 @@ TEST(PointPressureTest, BehindThePistonNextToAnEdgeItStaysWithinTheBound) {
 }
 
 TEST(PointPressureTest, AboveAnEdgeTheEmptyIntervalContributesNothing) {
-  const HalfRule rule(16);
-  const Literal f(1.0, k, rule);
+  const HalfRule<float> rule(16);
+  const LiteralEdges<float> f(1.0, k, rule);
   const double y = 0.25;
   const std::complex<double> S = -2 * a * (f.F(2 * a, 0, y + b) + f.F(2 * a, y - b, 0)) +  // d1 = 0
                                  (y - b) * f.F(y - b, 0, 2 * a) - (y + b) * f.F(y + b, 0, 2 * a);
@@ -185,7 +131,7 @@ TEST(PointPressureTest, AboveAnEdgeTheEmptyIntervalContributesNothing) {
 
 TEST(PointPressureTest, APointAboveACornerIsFinite) {
   for (const int n : {1, 10, 17}) {
-    const HalfRule rule(n);
+    const HalfRule<float> rule(n);
     for (const double x : {-a, a})
       for (const double y : {-b, b})
         for (const double z : {-1.0, 0.0, 1.0}) {
@@ -208,7 +154,7 @@ TEST(PointPressureTest, OrderZeroOrBelowIsZeroEverywhere) {
 TEST(PointPressureTest, OddOrdersNeverReadTheCentreAbscissa) {
   const float nan = std::nanf("");
   for (const int n : {1, 3, 9}) {
-    HalfRule rule(n);
+    HalfRule<float> rule(n);
     const std::complex<double> before = pressure(0.5, 0.25, 1, a, b, k, rule.view());
     for (std::size_t i = static_cast<std::size_t>(n) / 2; i < rule.x.size(); ++i) rule.x[i] = nan;
     for (std::size_t i = static_cast<std::size_t>(n) / 2 + 1; i < rule.w.size(); ++i)
@@ -218,7 +164,7 @@ TEST(PointPressureTest, OddOrdersNeverReadTheCentreAbscissa) {
 }
 
 TEST(PointPressureTest, MirroredPointsAreIdentical) {
-  const HalfRule rule(10);
+  const HalfRule<float> rule(10);
   for (const double x : {0.3, 0.75, 1.5})
     for (const double y : {0.2, 0.5, 2.0})
       for (const double z : {-1.0, 0.5}) {
@@ -230,7 +176,7 @@ TEST(PointPressureTest, MirroredPointsAreIdentical) {
 }
 
 TEST(PointPressureTest, NegativeZIsNotFolded) {
-  const HalfRule rule(32);
+  const HalfRule<float> rule(32);
   const std::complex<double> front = pressure(0.3, 0.2, 1, a, b, k, rule.view());
   const std::complex<double> back = pressure(0.3, 0.2, -1, a, b, k, rule.view());
   EXPECT_GT(std::abs(front - back), 0.1);
@@ -239,7 +185,7 @@ TEST(PointPressureTest, NegativeZIsNotFolded) {
 }
 
 TEST(PointPressureTest, OneBadPointIsNotANumber) {
-  const HalfRule rule(10);
+  const HalfRule<float> rule(10);
   const double nan = std::nan("");
   EXPECT_TRUE(std::isnan(pressure(nan, 0, 1, a, b, k, rule.view()).real()));
   EXPECT_TRUE(std::isnan(pressure(0, 0, nan, a, b, k, rule.view()).real()));
