@@ -22,8 +22,10 @@ constexpr float a = 2.5f * wavelength, b = 3.75f * wavelength, k = 4188.79f;
 
 class Points {
  public:
+  /// In wavelengths.
   void add(double x, double y, double z) {
-    for (const double coordinate : {x, y, z}) positions_.push_back(static_cast<float>(coordinate));
+    for (const double coordinate : {x, y, z})
+      positions_.push_back(static_cast<float>(coordinate) * wavelength);
   }
 
   struct Errors {
