@@ -37,10 +37,10 @@ std::int64_t nodes(const std::vector<float>& positions, int order) {
     const float distance = std::fabs(offset);
     return distance > 1e-7f && distance <= side / 2 ? 2 : 1;
   };
-  std::int64_t count = 0;
+  std::int64_t edges = 0;
   for (std::size_t n = 0; n < positions.size(); n += 3)
-    count += 2 * (intervals(positions[n], s) + intervals(positions[n + 1], l));
-  return count * order;
+    edges += std::int64_t{2} * (intervals(positions[n], s) + intervals(positions[n + 1], l));
+  return edges * order;
 }
 
 void useCores(int count) {

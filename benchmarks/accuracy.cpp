@@ -48,6 +48,7 @@ std::vector<C> kernel(const std::vector<Position>& points, int order) {
   pistonfield::packedPressure(pistonfield::instructionSet())(
       &points[0].x, pressures.data(), static_cast<int>(points.size()), s / 2, l / 2, k, rule.view());
   std::vector<C> wide;
+  wide.reserve(points.size());
   for (const pistonfield::Complex& p : pressures) wide.emplace_back(p.re, p.im);
   return wide;
 }
@@ -100,7 +101,8 @@ void againstOrder(std::ostream& out) {
 void againstDistance(std::ostream& out) {
   std::mt19937 random(1);
   std::uniform_real_distribution<float> unit(0, 1);
-  for (float decade = 1.25f; decade < 5; decade += 0.25f) {
+  for (int quarter = 5; quarter < 20; ++quarter) {
+    const float decade = 0.25f * static_cast<float>(quarter);
     const float distance = std::pow(10.0f, decade) / k;
     std::vector<Position> points;
     while (points.size() < 2000) {

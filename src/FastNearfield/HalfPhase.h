@@ -15,17 +15,37 @@ class HalfPhase {
  public:
   __host__ __device__ explicit HalfPhase(float k)
       : high_(k * inverse2Pi),
-        low_(multiplyAdd(k, inverse2PiRest, exactProductPlus(k, inverse2Pi, -high_))) {}
+        low_(multiplyAdd(k, inverse2PiRest, multiplyAdd(k, inverse2Pi, -high_))) {}
 
   struct SineCosine {
     Lane sine, cosine;
   };
 
-  __host__ __device__ SineCosine operator()(Lane path) const {
+  /// For paths that are not `lost`.
+  __host__ __device__ SineCosine operator()(Lane path) const { return ofHalfTurns(fraction(path)); }
+
+  /// For any path; of a lost one some phase.
+  __host__ __device__ SineCosine ofAny(Lane path) const {
+    const Lane r = fraction(path);
+    return ofHalfTurns(r - nearestInteger(r));
+  }
+
+  /// Whether so many half turns go into a finite path that floats have no fraction of one left.
+  __host__ __device__ auto lost(Lane path) const {
+    const Lane halfTurns = absolute(Lane(high_) * path);
+    return (halfTurns > Lane(8388608.0f)) & (halfTurns <= Lane(3.4028235e38f));
+  }
+
+ private:
+  /// Half turns less whole ones.
+  __host__ __device__ Lane fraction(Lane path) const {
     const Lane high(high_);
     const Lane whole = nearestInteger(high * path);
-    const Lane r = multiplyAdd(Lane(low_), path, exactProductPlus(high, path, -whole));
-    // sin(πr) and cos(πr) for |r| ≤ 1/2 within 0.5 and 0.02 units of 2^-24, before rounding.
+    return multiplyAdd(Lane(low_), path, multiplyAdd(high, path, -whole));
+  }
+
+  /// sin(πr) and cos(πr) for |r| ≤ 1/2, within 0.5 and 0.02 units of 2^-24 before rounding.
+  __host__ __device__ static SineCosine ofHalfTurns(Lane r) {
     const Lane t = r * r;
     Lane sine = multiplyAdd(t, Lane(0.07969464361667633f), Lane(-0.5993670225143433f));
     Lane cosine = multiplyAdd(t, Lane(-0.023963654413819313f), Lane(0.23468372225761414f));
@@ -38,7 +58,6 @@ class HalfPhase {
     return {r * sine, multiplyAdd(t, cosine, Lane(1.0f))};
   }
 
- private:
   static constexpr float inverse2Pi = 0.15915494f;
   static constexpr float inverse2PiRest = 6.42063824e-09f;
 

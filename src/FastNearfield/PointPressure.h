@@ -51,8 +51,14 @@ class HalfAngleIntegrand {
     return {scale * sine, scale * cosine};
   }
 
+  /// Whether R − z can have more turns than floats count, R being the distance to points of the
+  /// plane up to `reach` away.
+  __host__ __device__ auto losesPhase(Lane reach) const {
+    return half_.lost(reach + select(z_ < Lane(0.0f), absZ_ + absZ_, Lane(0.0f)));
+  }
+
   __host__ __device__ ComplexPair<Lane> complete(ComplexPair<Lane> sum) const {
-    const auto [sine, cosine] = half_(z_);
+    const auto [sine, cosine] = half_.ofAny(z_);
     const Lane re = Lane(2.0f) * multiplyAdd(sine, sine, -(cosine * cosine));
     const Lane im = Lane(4.0f) * (sine * cosine);
     return {re * sum.re - im * sum.im, re * sum.im + im * sum.re};
@@ -80,6 +86,8 @@ class SingleRootIntegrand {
     const Lane inverse = Lane(1) / D;
     return {(e.re - E0_.re) * inverse, (e.im - E0_.im) * inverse};
   }
+
+  __host__ __device__ static bool losesPhase(Lane /*reach*/) { return false; }
 
   __host__ __device__ ComplexPair<Lane> complete(ComplexPair<Lane> sum) const { return sum; }
 
@@ -198,7 +206,8 @@ __host__ __device__ inline __attribute__((always_inline)) ComplexPair<Lane> edge
 
 /// The complex pressure at (x, y, z) of the piston of half-width a along x and half-height b along
 /// y, in the plane z = 0, with the time factor exp(+iωt). z keeps its sign: the field is that of
-/// the formula, which no mirror symmetry in z holds for.
+/// the formula, which no mirror symmetry in z holds for. 0 where single precision has lost the
+/// phase altogether: farther than some 10⁷ wavelengths to the side or behind.
 template <template <class> class IntegrandOf, class Lane, class Real>
 __host__ __device__ inline ComplexPair<Lane> pointPressure(Lane x, Lane y, Lane z, Real a, Real b,
                                                            Real k,
@@ -210,7 +219,9 @@ __host__ __device__ inline ComplexPair<Lane> pointPressure(Lane x, Lane y, Lane 
   const ComplexPair<Lane> alongX = edgePairSum(f, v - Lane(b), v + Lane(b), u, Lane(a), rule);
   const ComplexPair<Lane> S = f.complete(alongY + alongX);
   const Lane inverse2Pi(static_cast<Real>(0.15915494309189535));
-  return {S.im * inverse2Pi, -S.re * inverse2Pi};
+  const Lane zero(Real(0));
+  return select(f.losesPhase(u + Lane(a) + (v + Lane(b))), ComplexPair<Lane>{zero, zero},
+                ComplexPair<Lane>{S.im * inverse2Pi, -S.re * inverse2Pi});
 }
 
 }  // namespace pistonfield

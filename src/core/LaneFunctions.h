@@ -45,17 +45,12 @@ __host__ __device__ inline float quotient(float x, float y) {
 /// The nearest integer, ties to even.
 __host__ __device__ inline float nearestInteger(float x) { return std::nearbyint(x); }
 
-/// x·y + z, rounded once or twice, whichever is faster.
+/// x·y + z, rounded once.
 __host__ __device__ inline float multiplyAdd(float x, float y, float z) {
   return std::fma(x, y, z);
 }
 
-/// x·y + z without rounding the product.
-__host__ __device__ inline float exactProductPlus(float x, float y, float z) {
-  return std::fma(x, y, z);
-}
-
-// The double-precision kernels keep every rounding of their formula.
+// The double-precision kernels round every operation of their formula.
 
 __host__ __device__ inline double select(bool condition, double yes, double no) {
   return condition ? yes : no;

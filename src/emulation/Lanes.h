@@ -114,10 +114,5 @@ template <class Set>
 Lanes<Set> multiplyAdd(Lanes<Set> x, Lanes<Set> y, Lanes<Set> z) {
   return {Set::multiplyAdd(x.low, y.low, z.low), Set::multiplyAdd(x.high, y.high, z.high)};
 }
-template <class Set>
-Lanes<Set> exactProductPlus(Lanes<Set> x, Lanes<Set> y, Lanes<Set> z) {
-  return {Set::exactProductPlus(x.low, y.low, z.low),
-          Set::exactProductPlus(x.high, y.high, z.high)};
-}
 
 }  // namespace emulation

@@ -184,6 +184,28 @@ TEST(PointPressureTest, NegativeZIsNotFolded) {
             tolerance(0.3, 0.2, -1, a, b, k));
 }
 
+TEST(PointPressureTest, NoDistanceIsTooFar) {
+  // Ahead its magnitude is the area over the wavelength and the distance; the phase of E0 has been
+  // rounded away. Behind, and aside, it stays what it can be.
+  const HalfRule<float> rule(10);
+  for (int n = 20; n < 300; ++n) {
+    const double R = std::pow(1.125, n + 40);
+    const double magnitude = k * 4 * a * b / (2 * M_PI * R);
+    EXPECT_NEAR(std::abs(pressure(0.3, 0.2, R, a, b, k, rule.view())) / magnitude, 1, 1e-5) << R;
+    EXPECT_LE(std::abs(pressure(0.3, 0.2, -R, a, b, k, rule.view())), 3) << R;
+    EXPECT_LE(std::abs(pressure(R, 0.2, 1, a, b, k, rule.view())), 2 * magnitude) << R;
+    EXPECT_LE(std::abs(pressure(R, R, R, a, b, k, rule.view())), 2 * magnitude) << R;
+  }
+}
+
+TEST(PointPressureTest, AnInfinitePointIsNotANumber) {
+  const HalfRule<float> rule(10);
+  const double infinity = INFINITY;
+  EXPECT_TRUE(std::isnan(pressure(infinity, 0, 1, a, b, k, rule.view()).real()));
+  EXPECT_TRUE(std::isnan(pressure(0, -infinity, 1, a, b, k, rule.view()).real()));
+  EXPECT_TRUE(std::isnan(pressure(0, 0, infinity, a, b, k, rule.view()).real()));
+}
+
 TEST(PointPressureTest, OneBadPointIsNotANumber) {
   const HalfRule<float> rule(10);
   const double nan = std::nan("");

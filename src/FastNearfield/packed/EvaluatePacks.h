@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+
 #include "FastNearfield/PointPressure.h"
 #include "FastNearfield/packed/LanePlaces.h"
 #include "emulation/Lanes.h"
@@ -34,7 +36,7 @@ class PackEvaluation {
   void run() {
     int first = 0;
     for (; first + Pack::count <= count_; first += Pack::count) {
-      const Points points = load(positions_ + 3 * first);
+      const Points points = load(point(first));
       const Cases cases = casesOf(points);
       if (cases.alike())
         evaluate(points, pressures_ + first);
@@ -61,13 +63,15 @@ class PackEvaluation {
 
   static Points load(const float* positions) {
     float x[Pack::count], y[Pack::count], z[Pack::count];
-    for (int lane = 0; lane < Pack::count; ++lane) {
+    for (std::ptrdiff_t lane = 0; lane < Pack::count; ++lane) {
       x[lane] = positions[3 * lane];
       y[lane] = positions[3 * lane + 1];
       z[lane] = positions[3 * lane + 2];
     }
     return {Pack::load(x), Pack::load(y), Pack::load(z)};
   }
+
+  const float* point(std::ptrdiff_t n) const { return positions_ + 3 * n; }
 
   Cases casesOf(const Points& points) const {
     return {footSplits<float>(absolute(points.x), Pack(a_)).bits(),
@@ -104,7 +108,7 @@ class PackEvaluation {
   void collectRest(int first) {
     float positions[3 * Pack::count] = {};
     const int count = count_ - first;
-    __builtin_memcpy(positions, positions_ + 3 * first, 3 * sizeof(float) * unsigned(count));
+    __builtin_memcpy(positions, point(first), 3 * sizeof(float) * unsigned(count));
     collect(casesOf(load(positions)), first, count);
   }
 
@@ -115,9 +119,9 @@ class PackEvaluation {
     float* end = positions;
     for (int which = 0; which < 4; ++which)
       for (int n = 0; n < counts_[which]; ++n, end += 3)
-        __builtin_memcpy(end, positions_ + 3 * collected_[which][n], 3 * sizeof(float));
+        __builtin_memcpy(end, point(collected_[which][n]), 3 * sizeof(float));
     // The last pack's idle lanes repeat the first point.
-    for (int lane = 0; lane < Pack::count; ++lane)
+    for (std::ptrdiff_t lane = 0; lane < Pack::count; ++lane)
       __builtin_memcpy(end + 3 * lane, positions, 3 * sizeof(float));
 
     Complex* pressure = pressures;
@@ -141,9 +145,10 @@ class PackEvaluation {
 template <class Set>
 void evaluatePacks(const float* positions, Complex* pressures, int count, float a, float b, float k,
                    const SymmetricRule<float>& rule) {
-  constexpr int most = PackEvaluation<Set>::capacity;
-  for (; count > 0; positions += 3 * most, pressures += most, count -= most)
-    PackEvaluation<Set>(positions, pressures, count < most ? count : most, a, b, k, rule).run();
+  constexpr std::ptrdiff_t most = PackEvaluation<Set>::capacity;
+  for (; count > 0; positions += 3 * most, pressures += most, count -= int{most})
+    PackEvaluation<Set>(positions, pressures, count < most ? count : int{most}, a, b, k, rule)
+        .run();
 }
 
 }  // namespace pistonfield

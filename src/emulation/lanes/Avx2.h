@@ -32,9 +32,6 @@ struct Avx2 {
   static Register multiplyAdd(Register x, Register y, Register z) {
     return _mm256_fmadd_ps(x, y, z);
   }
-  static Register exactProductPlus(Register x, Register y, Register z) {
-    return _mm256_fmadd_ps(x, y, z);
-  }
 };
 
 }  // namespace emulation

@@ -32,9 +32,6 @@ struct Avx512 {
   static Register multiplyAdd(Register x, Register y, Register z) {
     return _mm512_fmadd_ps(x, y, z);
   }
-  static Register exactProductPlus(Register x, Register y, Register z) {
-    return _mm512_fmadd_ps(x, y, z);
-  }
 };
 
 }  // namespace emulation

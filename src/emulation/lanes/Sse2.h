@@ -4,7 +4,8 @@
 
 namespace emulation {
 
-/// 4 lanes a register, for every 64-bit x86 processor. The only set without a fused multiply-add.
+/// 4 lanes a register, for every 64-bit x86 processor. The only set without a fused multiply-add,
+/// and for that reason slow.
 struct Sse2 {
   using Register = __m128;
   using Mask = __m128;
@@ -32,10 +33,10 @@ struct Sse2 {
     const Register big = _mm_or_ps(sign, _mm_set1_ps(8388608.0f));
     return select(less(absolute(x), _mm_set1_ps(8388608.0f)), (x + big) - big, x);
   }
-  static Register multiplyAdd(Register x, Register y, Register z) { return x * y + z; }
 
-  /// Through double precision, which holds every product of two floats.
-  static Register exactProductPlus(Register x, Register y, Register z) {
+  /// Through double precision, which holds every product of two floats. The sum is rounded there
+  /// first, which one time in hundreds of millions shows.
+  static Register multiplyAdd(Register x, Register y, Register z) {
     const __m128d low = _mm_cvtps_pd(x) * _mm_cvtps_pd(y) + _mm_cvtps_pd(z);
     const __m128d high = _mm_cvtps_pd(upper(x)) * _mm_cvtps_pd(upper(y)) + _mm_cvtps_pd(upper(z));
     return _mm_movelh_ps(_mm_cvtpd_ps(low), _mm_cvtpd_ps(high));

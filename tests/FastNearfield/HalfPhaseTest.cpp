@@ -1,0 +1,137 @@
+#include "FastNearfield/HalfPhase.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <random>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#if defined(__x86_64__)
+#include "emulation/Lanes.h"
+#include "emulation/lanes/Sse2.h"
+#endif
+
+using pistonfield::HalfPhase;
+
+namespace {
+
+float first(float x) { return x; }
+
+#if defined(__x86_64__)
+/// The oldest set of x86 has no fused multiply-add, so that its digits are its own.
+using OldestLanes = emulation::Lanes<emulation::Sse2>;
+
+float first(OldestLanes x) {
+  float values[OldestLanes::count];
+  x.store(values);
+  return values[0];
+}
+#endif
+
+template <class Lane>
+class HalfPhaseTest : public testing::Test {
+ protected:
+  /// The roundings of the sine at a quarter turn add up to 3 units, and to 3.7 where products are
+  /// rounded by themselves; its square is off by twice that, and a rounding of its own.
+  static constexpr double bound = std::is_same_v<Lane, float> ? 6.5 : 8;
+
+  /// How far the products sine·sine and sine·cosine are off, in units of 2^-24.
+  static double error(float k, float path) {
+    const auto [sine, cosine] = HalfPhase<Lane>(k)(Lane(path));
+    const double exact = double{k} * double{path} / 2;  // it is: 48 bits
+    return std::ldexp(
+        std::max(std::abs(double{first(sine * sine)} - std::sin(exact) * std::sin(exact)),
+                 std::abs(double{first(sine * cosine)} - std::sin(exact) * std::cos(exact))),
+        24);
+  }
+
+  /// The wave numbers among many whose quotient by 2π is farthest from a float.
+  static std::vector<float> worstWaveNumbers() {
+    std::mt19937 random(2);
+    std::uniform_real_distribution<float> exponent(-3, 16);
+    std::vector<float> k(200000);
+    for (float& value : k) value = std::exp2(exponent(random));
+    const auto rest = [](float value) {
+      const double turns = value / (2 * M_PI);
+      return std::abs(static_cast<float>(turns) - turns) / turns;
+    };
+    std::partial_sort(k.begin(), k.begin() + 100, k.end(),
+                      [&](float p, float q) { return rest(p) > rest(q); });
+    k.resize(100);
+    return k;
+  }
+};
+
+struct NameOfLane {
+  template <class Lane>
+  static std::string GetName(int) {
+    return std::is_same_v<Lane, float> ? "Scalar" : "Oldest";
+  }
+};
+
+#if defined(__x86_64__)
+using LaneTypes = testing::Types<float, OldestLanes>;
+#else
+using LaneTypes = testing::Types<float>;
+#endif
+TYPED_TEST_SUITE(HalfPhaseTest, LaneTypes, NameOfLane);
+
+TYPED_TEST(HalfPhaseTest, ProductsAreRightWhereverThePhaseIs) {
+  std::mt19937 random(1);
+  std::uniform_real_distribution<float> exponentOfK(-3, 20), exponentOfPhase(-30, 17), sign(-1, 1);
+  double worst = 0;
+  for (int n = 0; n < 500000; ++n) {
+    const float k = std::exp2(exponentOfK(random));
+    const float path = std::copysign(std::exp2(exponentOfPhase(random)) / k, sign(random));
+    worst = std::max(worst, this->error(k, path));
+  }
+  EXPECT_LE(worst, this->bound);
+}
+
+TYPED_TEST(HalfPhaseTest, TheRestOfTheWaveNumberCounts) {
+  std::mt19937 random(3);
+  std::uniform_real_distribution<float> phase(-1e5f, 1e5f);
+  double worst = 0;
+  for (const float k : this->worstWaveNumbers())
+    for (int n = 0; n < 3000; ++n) worst = std::max(worst, this->error(k, phase(random) / k));
+  EXPECT_LE(worst, this->bound);
+}
+
+TYPED_TEST(HalfPhaseTest, NextToWholeAndHalfTurnsItIsRight) {
+  double worst = 0;
+  for (const float k : {1.0f, 12.5f, 4188.79f, 6.2831855f, 3.1415927f})
+    for (int halves = 0; halves < 30000; halves += halves < 100 ? 1 : 97) {
+      auto path = static_cast<float>(halves * M_PI / k);
+      for (int n = 0; n < 3; ++n) path = std::nextafter(path, 0.0f);
+      for (int n = 0; n < 7; ++n, path = std::nextafter(path, 1e9f))
+        worst = std::max(worst, this->error(k, path));
+    }
+  EXPECT_LE(worst, this->bound);
+}
+
+TYPED_TEST(HalfPhaseTest, SmallPathsKeepTheirRelativeDigits) {
+  double worst = 0;
+  for (const float k : {1.0f, 12.5f, -12.5f, 4188.79f})
+    for (int n = 10; n < 200; ++n) {
+      const float path = std::exp2(-0.37f * static_cast<float>(n)) / k;
+      const auto [sine, cosine] = HalfPhase<TypeParam>(k)(TypeParam(path));
+      const double exact = double{k} * double{path} / 2;
+      const double product = std::sin(exact) * std::cos(exact);
+      worst = std::max(worst, std::ldexp(std::abs(double{first(sine * cosine)} / product - 1), 24));
+    }
+  EXPECT_LE(worst, 6);
+}
+
+TYPED_TEST(HalfPhaseTest, NoPathHasNoPhase) {
+  for (const float k : {0.0f, 12.5f}) {
+    const auto [sine, cosine] = HalfPhase<TypeParam>(k)(TypeParam(k == 0 ? 3.0f : 0.0f));
+    EXPECT_EQ(first(sine), 0.0f);
+    EXPECT_EQ(first(cosine), 1.0f);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,448 @@
+#include "FastNearfield/PackedPressure.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <limits>
+#include <numeric>
+#include <ostream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "support/GuardedVector.h"
+#include "support/LiteralPressure.h"
+#include "support/SameBits.h"
+
+namespace pistonfield {
+
+static std::string nameOf(InstructionSet set) {
+  return set == InstructionSet::OLDEST ? "Oldest" : set == InstructionSet::AVX2 ? "Avx2" : "Avx512";
+}
+
+void PrintTo(InstructionSet set, std::ostream* out) { *out << nameOf(set); }
+
+}  // namespace pistonfield
+
+using pistonfield::Complex;
+using pistonfield::ComplexPair;
+using pistonfield::has;
+using pistonfield::InstructionSet;
+using pistonfield::packedPressure;
+using pistonfield::SymmetricRule;
+using support::HalfRule;
+
+namespace {
+
+struct Point {
+  float x, y, z;
+};
+
+std::ostream& operator<<(std::ostream& out, const Point& p) {
+  return out << std::hexfloat << p.x << ", " << p.y << ", " << p.z << std::defaultfloat;
+}
+
+struct Piston {
+  float a, b, k;
+};
+
+constexpr Piston piston{0.75f, 0.5f, 12.5f};
+const Piston pistons[] = {
+    piston,
+    {0.005f, 0.01f, 4188.79f},
+    {1e-6f, 3e-7f, 2e6f},  // of the size of the strip that counts as the middle
+    {0.75f, 0.0f, 12.5f},
+    {0.75f, 0.5f, 0.0f},
+    {0.75f, 0.5f, -12.5f},
+};
+
+constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+constexpr float inf = std::numeric_limits<float>::infinity();
+constexpr float largest = std::numeric_limits<float>::max();
+
+/// Whether products with one more rounding than the scalar's are used.
+bool roundsTwice(InstructionSet set) {
+#if defined(__x86_64__)
+  return set == InstructionSet::OLDEST;
+#else
+  static_cast<void>(set);
+  return false;
+#endif
+}
+
+bool same(float p, float q) {
+  // The sign of what is not a number, and what it carries along, is the processor's own.
+  return (std::isnan(p) && std::isnan(q)) || support::bits({p, 0}) == support::bits({q, 0});
+}
+bool same(const Complex& p, const Complex& q) { return same(p.re, q.re) && same(p.im, q.im); }
+
+std::string text(const Complex& p) {
+  std::ostringstream out;
+  out << std::hexfloat << p.re << ", " << p.im;
+  return out.str();
+}
+
+testing::AssertionResult sameValues(const std::vector<Complex>& actual,
+                                    const std::vector<Complex>& expected,
+                                    const std::vector<Point>& points) {
+  if (actual.size() != expected.size()) return testing::AssertionFailure() << "sizes differ";
+  for (std::size_t i = 0; i < actual.size(); ++i)
+    if (!same(actual[i], expected[i]))
+      return testing::AssertionFailure()
+             << "point " << i << " of " << points.size() << " (" << points[i]
+             << "): " << text(actual[i]) << " instead of " << text(expected[i]);
+  return testing::AssertionSuccess();
+}
+
+std::vector<Complex> evaluate(InstructionSet set, const std::vector<Point>& points,
+                              const HalfRule<float>& rule, const Piston& p = piston) {
+  // Exactly as many as are to be read, so that a sanitizer sees any read beyond them.
+  std::vector<float> positions;
+  positions.reserve(3 * points.size());
+  for (const Point& point : points) positions.insert(positions.end(), {point.x, point.y, point.z});
+  support::GuardedVector<Complex> pressures(points.size());
+  packedPressure(set)(positions.data(), pressures.data(), static_cast<int>(points.size()), p.a, p.b,
+                      p.k, rule.view());
+  return pressures.read();
+}
+
+/// Each point in a call of its own.
+std::vector<Complex> evaluateAlone(InstructionSet set, const std::vector<Point>& points,
+                                   const HalfRule<float>& rule, const Piston& p = piston) {
+  std::vector<Complex> pressures;
+  pressures.reserve(points.size());
+  for (const Point& point : points) pressures.push_back(evaluate(set, {point}, rule, p)[0]);
+  return pressures;
+}
+
+std::vector<Complex> scalar(const std::vector<Point>& points, const HalfRule<float>& rule,
+                            const Piston& p = piston) {
+  std::vector<Complex> pressures;
+  pressures.reserve(points.size());
+  for (const Point& point : points)
+    pressures.push_back(pistonfield::pointPressure<pistonfield::HalfAngleIntegrand>(
+        point.x, point.y, point.z, p.a, p.b, p.k, rule.view()));
+  return pressures;
+}
+
+std::complex<double> wide(const Complex& p) { return {p.re, p.im}; }
+
+double phaseOfFarthestCorner(const Point& point, const Piston& p) {
+  return std::abs(double{p.k}) * std::hypot(double{std::abs(point.x)} + p.a,
+                                            double{std::abs(point.y)} + p.b, double{point.z});
+}
+
+double unit(const Point& point, const Piston& p) {
+  return std::ldexp(1.0, -24) * (1 + phaseOfFarthestCorner(point, p));
+}
+
+/// What single precision may be off, as in PointPressureTest: twice as much behind the piston.
+double tolerance(const Point& point, const Piston& p) {
+  return (point.z < 0 ? 6 : 3) * unit(point, p);
+}
+
+/// Bit for bit where the machine fuses products, elsewhere within one unit of 2^-24·(1 + kR).
+testing::AssertionResult meetsScalar(InstructionSet set, const std::vector<Point>& points,
+                                     const HalfRule<float>& rule, const Piston& p) {
+  const std::vector<Complex> expected = scalar(points, rule, p);
+  const std::vector<Complex> actual = evaluate(set, points, rule, p);
+  if (!roundsTwice(set)) return sameValues(actual, expected, points);
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    if (same(actual[i], expected[i])) continue;
+    if (!(std::abs(wide(actual[i]) - wide(expected[i])) <= unit(points[i], p)))
+      return testing::AssertionFailure() << "at " << points[i] << ": " << wide(actual[i])
+                                         << " instead of " << wide(expected[i]);
+  }
+  return testing::AssertionSuccess();
+}
+
+/// The half-angle form in double precision.
+template <class Lane>
+class DoubleIntegrand {
+ public:
+  DoubleIntegrand(Lane z, Lane k) : z_(z), k_(k) {}
+
+  static Lane distance(Lane x) { return std::abs(x); }
+  static bool losesPhase(Lane /*reach*/) { return false; }
+
+  ComplexPair<Lane> at(Lane D) const {
+    const Lane R = std::sqrt(z_ * z_ + D);
+    const Lane half = k_ * (z_ < 0 ? R - z_ : D / (R + z_)) / 2;
+    return {std::sin(half) * std::sin(half) / D, std::sin(half) * std::cos(half) / D};
+  }
+
+  ComplexPair<Lane> complete(ComplexPair<Lane> sum) const {
+    const std::complex<Lane> S =
+        Lane{-2} * std::polar(Lane{1}, -k_ * z_) * std::complex<Lane>(sum.re, sum.im);
+    return {S.real(), S.imag()};
+  }
+
+ private:
+  Lane z_, k_;
+};
+
+std::complex<double> inDouble(const Point& point, const HalfRule<float>& rule, const Piston& p) {
+  const std::vector<double> x(rule.x.begin(), rule.x.end()), w(rule.w.begin(), rule.w.end());
+  const ComplexPair<double> pressure = pistonfield::pointPressure<DoubleIntegrand>(
+      double{point.x}, double{point.y}, double{point.z}, double{p.a}, double{p.b}, double{p.k},
+      SymmetricRule<double>{x.data(), w.data(), rule.N});
+  return {pressure.re, pressure.im};
+}
+
+/// The coordinates at which something changes, for a piston that reaches from -half to half.
+std::vector<float> specialCoordinates(float half) {
+  std::vector<float> values = {0.0f, -0.0f};
+  for (const float at : {half, 1e-7f})
+    for (const float sign : {-1.0f, 1.0f})
+      for (const float c : {std::nextafter(at, 0.0f), at, std::nextafter(at, inf)})
+        values.push_back(sign * c);
+  return values;
+}
+
+/// Lists of points about a piston. Runs of them, some longer than a pack, are of one kind; the
+/// kinds are the places inside and outside of it along either direction, the lines on which the
+/// case changes, and on request what no piston's field is wanted at.
+class Points {
+ public:
+  Points(const Piston& p, unsigned seed) : piston_(p), random_(seed) {}
+
+  std::vector<Point> list(std::size_t count, bool wild) {
+    std::vector<Point> points;
+    std::size_t left = 0;
+    int kindOfX = 0, kindOfY = 0, kindOfZ = 0;
+    for (; points.size() < count; --left) {
+      if (left == 0) {
+        left = below(3) == 0 ? 1 : 1 + below(150);
+        kindOfX = static_cast<int>(below(wild ? 6 : 4));
+        kindOfY = static_cast<int>(below(wild ? 6 : 4));
+        kindOfZ = static_cast<int>(below(wild ? 6 : 4));
+      }
+      points.push_back(
+          {across(kindOfX, piston_.a), across(kindOfY, piston_.b), along(kindOfZ, piston_.a)});
+    }
+    return points;
+  }
+
+ private:
+  std::size_t below(std::size_t n) {
+    return std::uniform_int_distribution<std::size_t>(0, n - 1)(random_);
+  }
+  float between(float low, float high) {
+    return std::uniform_real_distribution<float>(low, high)(random_);
+  }
+  float either(float x) { return below(2) == 0 ? x : -x; }
+  float oneOf(const std::vector<float>& values) { return values[below(values.size())]; }
+
+  float across(int kind, float half) {
+    switch (kind) {
+      case 0:
+        return between(-half, half);
+      case 1:
+        return either(half + between(0, 3 * half));
+      case 2:
+        return oneOf(specialCoordinates(half));
+      case 3:
+        return between(-2 * half, 2 * half);
+      default:
+        return wild(kind);
+    }
+  }
+  float along(int kind, float half) {
+    switch (kind) {
+      case 0:
+        return between(0, 10 * half);
+      case 1:
+        return between(-10 * half, 0);
+      case 2:
+        return oneOf({0.0f, -0.0f, 1e-7f, -1e-7f, half, -half});
+      case 3:
+        return between(0, 1e5f / std::max(std::abs(piston_.k), 1.0f));
+      default:
+        return wild(kind);
+    }
+  }
+  float wild(int kind) {
+    if (kind == 4) return either(std::exp2(between(-149, 128)));
+    return oneOf({nan, -nan, inf, -inf, largest, -largest, 1e-45f, 1e30f, 1e19f, 1e10f, 8e3f});
+  }
+
+  Piston piston_;
+  std::mt19937 random_;
+};
+
+/// One of each case, and of what may go wrong in one lane.
+const std::vector<Point> oneOfEach = {
+    {0.25f, 0.25f, 1},
+    {1.5f, 0.25f, 1},
+    {0.25f, 1.5f, 1},
+    {1.5f, 1.5f, 1},
+    {0, 0, 1},
+    {0, 0.25f, 1},
+    {0.25f, 0, 1},
+    {0, 1.5f, 1},
+    {0.75f, 0.5f, 1},
+    {0.75f, 0.25f, 1},
+    {0.25f, -0.5f, 1},
+    {-0.75f, 1.5f, 0},
+    {5e-8f, -5e-8f, 1},
+    {1e-7f, 0.25f, 1},
+    {0.25f, 0.25f, -1},
+    {0.75f, 0.5f, 0},
+    {0.25f, 0.25f, 0},
+    {1000, 2000, 8000},
+    {nan, 0, 1},
+    {0.25f, nan, 1},
+    {0.25f, 0.25f, nan},
+    {inf, 0.25f, 1},
+    {0.25f, -inf, -1},
+    {0.25f, 0.25f, inf},
+    {largest, largest, 1},
+    {0.25f, largest, nan},
+    {0, 0, -largest},
+    {1e19f, 1e19f, 1e19f},
+    {0.25f, 1e-45f, 1e-45f},
+};
+
+class PackedPressureTest : public testing::TestWithParam<InstructionSet> {
+ protected:
+  void SetUp() override {
+    if (!has(set)) GTEST_SKIP() << "this machine lacks " << nameOf(set);
+  }
+  const InstructionSet set = GetParam();
+};
+
+INSTANTIATE_TEST_SUITE_P(Sets, PackedPressureTest,
+                         testing::Values(InstructionSet::OLDEST, InstructionSet::AVX2,
+                                         InstructionSet::AVX512),
+                         [](const auto& test) { return nameOf(test.param); });
+
+TEST_P(PackedPressureTest, MeetsTheScalar) {
+  for (const int n : {1, 2, 9, 10, 64}) {
+    const HalfRule<float> rule(n);
+    unsigned seed = 1;
+    for (const Piston& p : pistons)
+      for (const bool wild : {false, true}) {
+        const std::vector<Point> points = Points(p, seed++).list(n > 10 ? 600 : 2500, wild);
+        EXPECT_TRUE(meetsScalar(set, points, rule, p)) << "order " << n << ", k = " << p.k;
+      }
+    EXPECT_TRUE(meetsScalar(set, oneOfEach, rule, piston)) << "order " << n;
+  }
+}
+
+TEST_P(PackedPressureTest, MeetsTheFormulaInDoublePrecision) {
+  for (const int n : {1, 2, 10})
+    for (const float ka : {0.1f, 1.0f, 2.0f, 10.0f, 100.0f, 1000.0f}) {
+      const HalfRule<float> rule(n);
+      const Piston p{0.75f, 0.5f, ka / 0.75f};
+      const std::vector<Point> points = Points(p, 2).list(2000, false);
+      const std::vector<Complex> pressures = evaluate(set, points, rule, p);
+      for (std::size_t i = 0; i < points.size(); ++i) {
+        const double error = std::abs(wide(pressures[i]) - inDouble(points[i], rule, p));
+        EXPECT_LE(error, tolerance(points[i], p))
+            << "order " << n << ", ka = " << ka << " at " << points[i];
+      }
+    }
+}
+
+TEST_P(PackedPressureTest, ListsOfAnyLengthGiveEachPointWhatItGetsAlone) {
+  const HalfRule<float> rule(10);
+  for (const bool wild : {false, true}) {
+    const std::vector<Point> all = Points(piston, 3).list(5000, wild);
+    const std::vector<Complex> alone = evaluateAlone(set, all, rule);
+    for (const int count :
+         {1, 2, 7, 8, 9, 15, 16, 17, 31, 32, 33, 63, 65, 2047, 2048, 2049, 4096, 4097, 5000})
+      for (const int first : {0, 1, 1000})
+        if (first + count <= 5000) {
+          const std::vector<Point> points(all.begin() + first, all.begin() + first + count);
+          EXPECT_TRUE(sameValues(evaluate(set, points, rule),
+                                 {alone.begin() + first, alone.begin() + first + count}, points))
+              << count << " points from " << first;
+        }
+  }
+}
+
+TEST_P(PackedPressureTest, NoPointsWriteNothing) {
+  const HalfRule<float> rule(10);
+  for (const int count : {0, -1, -2147483647 - 1}) {
+    support::GuardedVector<Complex> pressures(0);
+    packedPressure(set)(nullptr, pressures.data(), count, piston.a, piston.b, piston.k,
+                        rule.view());
+    pressures.read();
+  }
+}
+
+TEST_P(PackedPressureTest, TheOrderOfPointsDoesNotMatter) {
+  for (const int n : {1, 9, 10}) {
+    const HalfRule<float> rule(n);
+    for (const bool wild : {false, true}) {
+      std::mt19937 random(5);
+      const std::vector<Point> points = Points(piston, 4).list(3000, wild);
+      const std::vector<Complex> pressures = evaluate(set, points, rule);
+      std::vector<std::size_t> places(points.size());
+      std::iota(places.begin(), places.end(), 0);
+      for (int repeat = 0; repeat < 5; ++repeat) {
+        std::shuffle(places.begin(), places.end(), random);
+        std::vector<Point> shuffled;
+        std::vector<Complex> expected;
+        for (const std::size_t place : places) {
+          shuffled.push_back(points[place]);
+          expected.push_back(pressures[place]);
+        }
+        EXPECT_TRUE(sameValues(evaluate(set, shuffled, rule), expected, shuffled));
+      }
+    }
+  }
+}
+
+TEST_P(PackedPressureTest, APointDoesNotFeelItsNeighbours) {
+  const HalfRule<float> rule(10);
+  const std::vector<Complex> alone = evaluateAlone(set, oneOfEach, rule);
+  for (const Point& neighbour : oneOfEach)
+    for (std::size_t i = 0; i < oneOfEach.size(); ++i)
+      for (std::size_t lane = 0; lane < 32; ++lane) {
+        std::vector<Point> points(32, neighbour);
+        points[lane] = oneOfEach[i];
+        const Complex p = evaluate(set, points, rule)[lane];
+        ASSERT_TRUE(same(p, alone[i]))
+            << oneOfEach[i] << " in lane " << lane << " among " << neighbour;
+      }
+}
+
+TEST_P(PackedPressureTest, GarbageInEveryOtherPlaceChangesNothing) {
+  const HalfRule<float> rule(9);
+  const std::vector<Point> points = Points(piston, 6).list(3000, false);
+  const std::vector<Complex> expected = evaluate(set, points, rule);
+  for (const float garbage : {nan, inf, -inf, largest, 0.0f, 0.75f})
+    for (const std::size_t step : {2, 3, 7, 32, 33})
+      for (const std::size_t kept : {std::size_t{0}, step - 1}) {
+        std::vector<Point> among(points.size(), {garbage, garbage, garbage});
+        std::vector<Point> chosen;
+        std::vector<Complex> actual, wanted;
+        for (std::size_t i = kept; i < points.size(); i += step) among[i] = points[i];
+        const std::vector<Complex> all = evaluate(set, among, rule);
+        for (std::size_t i = kept; i < points.size(); i += step) {
+          chosen.push_back(points[i]);
+          actual.push_back(all[i]);
+          wanted.push_back(expected[i]);
+        }
+        EXPECT_TRUE(sameValues(actual, wanted, chosen)) << garbage << " but every " << step;
+      }
+}
+
+TEST_P(PackedPressureTest, OrderZeroOrBelowIsZeroEverywhere) {
+  const std::vector<Point> points = Points(piston, 8).list(100, false);
+  for (const int N : {0, -1, -4}) {
+    support::GuardedVector<Complex> pressures(points.size());
+    packedPressure(set)(&points[0].x, pressures.data(), static_cast<int>(points.size()), piston.a,
+                        piston.b, piston.k, {nullptr, nullptr, N});
+    for (const Complex& p : pressures.read()) {
+      EXPECT_EQ(p.re, 0.0f);
+      EXPECT_EQ(p.im, 0.0f);
+    }
+  }
+}
+
+}  // namespace
