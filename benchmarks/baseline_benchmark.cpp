@@ -63,7 +63,8 @@ void scalar(benchmark::State& state) {
       benchmark::DoNotOptimize(
           piston.pressure(positions[n], positions[n + 1], positions[n + 2]));
   state.SetItemsProcessed(state.iterations() * fields::nodes(positions, order));
-  state.counters["points"] = static_cast<double>(positions.size() / 3);
+  const std::size_t points = positions.size() / 3;
+  state.counters["points"] = static_cast<double>(points);
 }
 BENCHMARK(scalar)->ArgName("order")->Arg(10)->Arg(64)->Unit(benchmark::kMillisecond);
 
@@ -108,7 +109,8 @@ void doubleSum(benchmark::State& state) {
   for (auto _ : state)
     for (std::size_t n = 0; n < positions.size(); n += 3)
       benchmark::DoNotOptimize(cellSum(cells, positions[n], positions[n + 1], positions[n + 2]));
-  state.counters["points"] = static_cast<double>(positions.size() / 3);
+  const std::size_t points = positions.size() / 3;
+  state.counters["points"] = static_cast<double>(points);
   state.counters["cells_a_wavelength"] = cells;
   state.counters["error"] = cellSumError(cells);
 }
