@@ -1,7 +1,9 @@
 #include <cmath>
 #include <iostream>
 
+#include "FastNearfield/NodeSum.h"
 #include "FastNearfield/RectangularPiston2.h"
+#include "FastNearfield/SineCosine.h"
 
 // The evaluation on the CPU. Its order of calls, of operations and of additions is its contract, as
 // are the corners where it has no value.
@@ -23,9 +25,14 @@ std::complex<T> over(std::complex<T> p, T t) {
   return {(p.real() + p.imag() * ratio) / divisor, (p.imag() - p.real() * ratio) / divisor};
 }
 
-/// exp(iθ).
+struct Anywhere;
+
+/// exp(iθ), with the bits that the nodes' phases give: where a node is as far away as the plane,
+/// the difference of the two must vanish.
 template <class T>
 std::complex<T> turn(T theta) {
+  const SineCosine<Anywhere, T> e(theta);
+  if (std::isfinite(e.sine) && std::isfinite(e.cosine)) return {e.cosine, e.sine};
   return {std::cos(theta), std::sin(theta)};
 }
 
@@ -45,18 +52,18 @@ bool crossesZero(T a, T b) {
 template <class T>
 std::complex<T> RectangularPistonCuda2::Integ<T>::operator()(const FirstIntegral<T>& f, T lo,
                                                              T hi) const {
+  static SumNodes<T>* const sumTerms = sumNodes<T>(instructionSet());
   const int n = rule_->order;
   T* const mappedX = rule_->mappedX;
   T* const mappedW = rule_->mappedW;
-  if (!(n > 0 && lo == mappedX[0] && hi == mappedX[n - 1])) {
-    const T half = (hi - lo) * T(0.5);
-    const T mid = (lo + hi) * T(0.5);
-    for (int i = 0; i < n; ++i) {
-      mappedX[i] = half * rule_->x[i] + mid;
-      mappedW[i] = half * rule_->w[i];
-    }
-  }
+  const bool map = !(n > 0 && lo == mappedX[0] && hi == mappedX[n - 1]);
+  const T half = (hi - lo) * T(0.5);
+  const T mid = (lo + hi) * T(0.5);
+  const NodeSum<T> fast = sumTerms({rule_->x, rule_->w, mappedX, mappedW, map, half, mid}, n,
+                                   {f.s2, f.k, f.z, f.expKz.real(), f.expKz.imag()});
+  if (std::isfinite(fast.re) && std::isfinite(fast.im)) return {fast.re, fast.im};
 
+  // The complex operations as they are written: zeros that multiply what is not finite count.
   std::complex<T> sum;
   for (int i = 0; i < n; ++i) {
     const T t = mappedX[i] * mappedX[i] + f.s2;

@@ -55,6 +55,12 @@ class RectangularPistonCuda2 : public Piston {
   /// Gauss–Legendre quadrature of a FirstIntegral<T> from lo to hi, with the nodes of a rule.
   /// Leaves the nodes of [lo, hi] in the rule, and takes those that are there when the interval
   /// begins and ends exactly on the outermost of them.
+  ///
+  /// Operations and additions are those of a complex sum over the nodes in their order, but sines
+  /// and cosines have an error of up to 0.85·2⁻⁵³, and for floats 0.502·2⁻²⁴ (the standard
+  /// library's above 2²⁸). With std::exp the sum would differ by at most 8·u·Σ|w/t|, u being 2⁻⁵³
+  /// or 2⁻²⁴, w a node's weight and t = σ² + s2. It is the same on every machine, if no phase is
+  /// above 2²⁸.
   template <class T>
   class Integ {
    public:

@@ -7,13 +7,25 @@
 
 #include "FastNearfield/GaussLegendre.h"
 #include "FastNearfield/RectangularPiston2.h"
+#include "FastNearfield/SineCosine.h"
 
-// The evaluation on the CPU against a second writing of it, step by step and bit for bit: order of
-// calls, of operations and of additions, reuse of the mapped nodes, corners without a value.
+// The evaluation on the CPU against a second writing of it, step by step: order of calls, of
+// operations and of additions, reuse of the mapped nodes, corners without a value. Bit for bit with
+// the same sines and cosines, and within a bound with the standard library's.
 
 using pistonfield::RectangularPistonCuda2;
 
 namespace {
+
+struct Here;
+
+/// exp(iθ) as the evaluation has it.
+template <class T>
+std::complex<T> ownTurn(T theta) {
+  const pistonfield::SineCosine<Here, T> e(theta);
+  if (std::isfinite(e.sine)) return {e.cosine, e.sine};
+  return {std::cos(theta), std::sin(theta)};
+}
 
 template <class T>
 class Transcription {
@@ -121,8 +133,9 @@ class Transcription {
     for (std::size_t i = 0; i < n; ++i) {
       const T t = mappedX[i] * mappedX[i] + s2;
       const T r = std::sqrt(z * z + t);
-      const T a = std::cos(-(r * k)) - expKz.real();
-      const T b = std::sin(-(r * k)) - expKz.imag();
+      const std::complex<T> e = ownTurn(-(r * k));
+      const T a = e.real() - expKz.real();
+      const T b = e.imag() - expKz.imag();
       const T rho = zero / t;
       const T qr = (a + b * rho) / (t + zero * rho);
       const T qi = (b - a * rho) / (t + zero * rho);
@@ -160,8 +173,7 @@ class CpuLiteralTest : public testing::Test {
   }
 
   /// One point by its offsets from the edges, in both writings.
-  void expectSame(T x1, T x2, T y1, T y2, T z = T(0.7)) {
-    const T k = T(12.3);
+  void expectSame(T x1, T x2, T y1, T y2, T z = T(0.7), T k = T(12.3)) {
     const std::complex<T> expKz(std::cos(-(z * k)), std::sin(-(z * k)));
     typename RectangularPistonCuda2::FirstIntegral<T> f{T(99), k, z, expKz};
     const std::complex<T> actual = piston.template doFastNearfield_Private<T>(
@@ -189,6 +201,49 @@ TYPED_TEST(CpuLiteralTest, EveryCaseIsTheSameBitForBit) {
   for (const auto& [x1, x2] : pairs)
     for (const auto& [y1, y2] : pairs)
       for (const T z : {T(0.7), T(-0.7), T(0)}) this->expectSame(x1, x2, y1, y2, z);
+}
+
+TYPED_TEST(CpuLiteralTest, LargePhasesAreTheStandardLibrarys) {
+  using T = TypeParam;
+  const T infinity = std::numeric_limits<T>::infinity();
+  // With the first, some nodes' phases are below 2^28 and some above.
+  for (const T k : {T(3e8), T(-3e8), T(1e12), std::numeric_limits<T>::max(), infinity})
+    this->expectSame(T(-0.37), T(0.9), T(0.11), T(1.3), T(0.7), k);
+  for (const T z : {T(1e30), -infinity}) this->expectSame(T(-0.37), T(0.9), T(0.11), T(1.3), z);
+  this->expectSame(T(-0.37), infinity, T(0.11), T(1.3));
+  // Quotients that overflow.
+  const T tiny = std::numeric_limits<T>::min() * T(0.01);
+  this->expectSame(std::sqrt(tiny), T(0.9), T(0), tiny, T(-0.7));
+}
+
+TYPED_TEST(CpuLiteralTest, AnIntegralIsNearTheOneWithTheStandardLibrarysExponential) {
+  using T = TypeParam;
+  const double u = std::numeric_limits<T>::epsilon() / 2;
+  for (const int n : {1, 2, 7, 10, 20, 64, 65, 200}) {
+    const pistonfield::QuadratureRule<T> rule(n);
+    for (const T k : {T(0.5), T(30), T(2000), T(1e6)})
+      for (const T z : {T(0.001), T(0.3), T(40), T(-2)})
+        for (const T s2 : {T(0), T(1e-8), T(0.01), T(3)})
+          for (const T lo : {T(-1.1), T(0), T(0.4)}) {
+            const std::complex<T> expKz = std::exp(std::complex<T>(0, -(z * k)));
+            const T hi = T(1.3);
+            const std::complex<T> actual =
+                RectangularPistonCuda2::Integ<T>(&rule)({s2, k, z, expKz}, lo, hi);
+            std::complex<T> sum;
+            double quotients = 0;
+            for (int i = 0; i < n; ++i) {
+              const T weight = (hi - lo) * T(0.5) * rule.w[i];
+              const T node = (hi - lo) * T(0.5) * rule.x[i] + (lo + hi) * T(0.5);
+              const T t = node * node + s2;
+              const T r = std::sqrt(z * z + t);
+              const std::complex<T> e = std::exp(std::complex<T>(0, -(r * k)));
+              sum += std::complex<T>(weight) * ((e - expKz) / std::complex<T>(t));
+              quotients += static_cast<double>(weight / t);
+            }
+            ASSERT_LE(std::abs(actual - sum), 8 * u * quotients)
+                << n << ", k = " << k << ", z = " << z << ", s2 = " << s2 << ", from " << lo;
+          }
+  }
 }
 
 TYPED_TEST(CpuLiteralTest, TheFirstCallOfASplitIsItsUpperPart) {
@@ -228,9 +283,8 @@ TYPED_TEST(CpuLiteralTest, AGridFormsItsOffsetsInItsPrecision) {
              waveNumber = static_cast<T>(k);
   const auto x = static_cast<T>(3 * px / 3), y = static_cast<T>(3 * py / 3),
              z = static_cast<T>(3 * pz / 3);
-  const std::complex<T> expKz(std::cos(-(z * waveNumber)), std::sin(-(z * waveNumber)));
-  const std::complex<T> expected =
-      this->transcription.pressure(x - b, x + b, y - a, y + a, waveNumber, z, expKz);
+  const std::complex<T> expected = this->transcription.pressure(
+      x - b, x + b, y - a, y + a, waveNumber, z, ownTurn(-(z * waveNumber)));
   EXPECT_EQ(out[0], expected.real());
   EXPECT_EQ(out[1], expected.imag());
 }
