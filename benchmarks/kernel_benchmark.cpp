@@ -18,14 +18,15 @@ namespace {
 using pistonfield::Complex;
 using pistonfield::DeviceBuffer;
 
-void limitOfNodes(benchmark::State& state) {
+void limitOfNodes(benchmark::State& state, bool ahead) {
   fields::useCores(1);
   std::int64_t nodes = 0;
-  for (auto _ : state) nodes += limit::integrandOnly();
+  for (auto _ : state) nodes += limit::integrandOnly(ahead);
   fields::useCores(0);
   state.SetItemsProcessed(nodes);
 }
-BENCHMARK(limitOfNodes)->Name("limit")->UseRealTime();
+BENCHMARK_CAPTURE(limitOfNodes, plain, false)->Name("limit/plain")->UseRealTime();
+BENCHMARK_CAPTURE(limitOfNodes, ahead, true)->Name("limit/ahead")->UseRealTime();
 
 /// points, order, cores (0: all)
 void kernel(benchmark::State& state, std::vector<float> (*layOut)(int)) {

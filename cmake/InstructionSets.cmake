@@ -11,11 +11,9 @@ else()
   message(FATAL_ERROR "There are no lanes for processors of the kind ${CMAKE_SYSTEM_PROCESSOR}")
 endif()
 
-# Two registers a pack keep a processor busy if the compiler interleaves them early, which g++ leaves
-# out on x86 unless asked.
+# Whatever the build type, lest inline functions become functions.
 set(lane_options -O3)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  list(APPEND lane_options -fschedule-insns -fsched-pressure)
   # It takes what its own AVX-512 header leaves undefined on purpose for a mistake.
   list(APPEND lane_options -Wno-uninitialized -Wno-maybe-uninitialized)
 endif()

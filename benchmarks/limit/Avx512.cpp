@@ -2,4 +2,6 @@
 
 #include "benchmarks/limit/IntegrandOnly.h"
 
-std::int64_t limit::evaluateAvx512(float* memory) { return evaluateIntegrand<emulation::Avx512>(memory); }
+std::int64_t limit::evaluateAvx512(float* memory, bool ahead) {
+  return evaluateIntegrand<emulation::Avx512>(memory, ahead);
+}

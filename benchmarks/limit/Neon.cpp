@@ -2,4 +2,6 @@
 
 #include "benchmarks/limit/IntegrandOnly.h"
 
-std::int64_t limit::evaluateNeon(float* memory) { return evaluateIntegrand<emulation::Neon>(memory); }
+std::int64_t limit::evaluateNeon(float* memory, bool ahead) {
+  return evaluateIntegrand<emulation::Neon>(memory, ahead);
+}

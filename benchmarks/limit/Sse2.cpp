@@ -2,4 +2,6 @@
 
 #include "benchmarks/limit/IntegrandOnly.h"
 
-std::int64_t limit::evaluateSse2(float* memory) { return evaluateIntegrand<emulation::Sse2>(memory); }
+std::int64_t limit::evaluateSse2(float* memory, bool ahead) {
+  return evaluateIntegrand<emulation::Sse2>(memory, ahead);
+}

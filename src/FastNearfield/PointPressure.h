@@ -28,7 +28,8 @@ struct SymmetricRule {
 };
 
 // An integrand gives (exp(−ikR) − exp(−ikz))/D at D = d² + σ² up to a factor that all nodes share,
-// which `complete` multiplies into the sum, and the distance of a coordinate from 0.
+// which `complete` multiplies into the sum, in two steps: `path(D)`, with the roots and quotients
+// that take long, and `at(D, path)`. And it gives the distance of a coordinate from 0.
 
 /// In single precision, in the half-angle form
 ///
@@ -44,9 +45,14 @@ class HalfAngleIntegrand {
 
   __host__ __device__ static Lane distance(Lane x) { return absolute(x); }
 
-  __host__ __device__ ComplexPair<Lane> at(Lane D) const {
+  /// R − z.
+  __host__ __device__ Lane path(Lane D) const {
     const Lane sum = squareRoot(zz_ + D) + absZ_;
-    const auto [sine, cosine] = half_(select(z_ < Lane(0.0f), sum, quotient(D, sum)));
+    return select(z_ < Lane(0.0f), sum, quotient(D, sum));
+  }
+
+  __host__ __device__ ComplexPair<Lane> at(Lane D, Lane path) const {
+    const auto [sine, cosine] = half_(path);
     const Lane scale = quotient(sine, D);
     return {scale * sine, scale * cosine};
   }
@@ -80,9 +86,11 @@ class SingleRootIntegrand {
 
   __host__ __device__ static Lane distance(Lane x) { return absolute(static_cast<float>(x)); }
 
-  __host__ __device__ ComplexPair<Lane> at(Lane D) const {
-    const Lane R = std::sqrt(static_cast<float>(zz_ + D));
-    const ComplexPair<Lane> e = turn(-(k_ * R));
+  /// R.
+  __host__ __device__ Lane path(Lane D) const { return std::sqrt(static_cast<float>(zz_ + D)); }
+
+  __host__ __device__ ComplexPair<Lane> at(Lane D, Lane path) const {
+    const ComplexPair<Lane> e = turn(-(k_ * path));
     const Lane inverse = Lane(1) / D;
     return {(e.re - E0_.re) * inverse, (e.im - E0_.im) * inverse};
   }
@@ -137,6 +145,27 @@ __host__ __device__ inline ComplexPair<Lane> select(Mask mask, ComplexPair<Lane>
   return {select(mask, yes.re, no.re), select(mask, yes.im, no.im)};
 }
 
+/// A pair of nodes, of a rule's abscissas ±x, on two edges at once.
+template <class Lane, class Integrand>
+class NodePair {
+ public:
+  /// The squares of the edges' distances, and of the nodes' places along them.
+  __host__ __device__ NodePair(const Integrand& f, Lane dd1, Lane dd2, Lane plus2, Lane minus2)
+      : D_{dd1 + plus2, dd1 + minus2, dd2 + plus2, dd2 + minus2},
+        path_{f.path(D_[0]), f.path(D_[1]), f.path(D_[2]), f.path(D_[3])} {}
+
+  /// The sum of the integrand at both nodes.
+  __host__ __device__ ComplexPair<Lane> first(const Integrand& f) const {
+    return f.at(D_[0], path_[0]) + f.at(D_[1], path_[1]);
+  }
+  __host__ __device__ ComplexPair<Lane> second(const Integrand& f) const {
+    return f.at(D_[2], path_[2]) + f.at(D_[3], path_[3]);
+  }
+
+ private:
+  Lane D_[4], path_[4];
+};
+
 /// F over [lo, hi] for the two edges at squared distances dd1 and dd2. An empty interval gives 0,
 /// also where the integrand has no value: above a corner.
 template <class Lane, class Integrand, class Real>
@@ -149,21 +178,33 @@ __host__ __device__ inline __attribute__((always_inline)) EdgePair<Lane> integra
   const int n = rule.N / 2;
   // The nodes c ± x·h, counted from the ends: next to the foot of the perpendicular, which is one
   // of the ends, c + x·h would lose most of its digits.
-  for (int i = 0; i < n; ++i) {
+  const auto nodes = [&](int i) {
     const Lane fromEnd(Real(1) + rule.x[i]);
     const Lane plus = multiplyAdd(fromEnd, h, lo);
     const Lane minus = multiplyAdd(-fromEnd, h, hi);
-    const Lane plus2 = plus * plus;
-    const Lane minus2 = minus * minus;
+    return NodePair<Lane, Integrand>(f, dd1, dd2, plus * plus, minus * minus);
+  };
+  const auto add = [&](int i, const NodePair<Lane, Integrand>& pair) {
     const Lane weight(rule.w[i]);
-    sum.first = multiplyAdd(weight, f.at(dd1 + plus2) + f.at(dd1 + minus2), sum.first);
-    sum.second = multiplyAdd(weight, f.at(dd2 + plus2) + f.at(dd2 + minus2), sum.second);
+    sum.first = multiplyAdd(weight, pair.first(f), sum.first);
+    sum.second = multiplyAdd(weight, pair.second(f), sum.second);
+  };
+  if (n > 0) {
+    // The next pair's paths are on their way while this one is summed.
+    NodePair<Lane, Integrand> pair = nodes(0);
+    for (int i = 1; i < n; ++i) {
+      const NodePair<Lane, Integrand> next = nodes(i);
+      add(i - 1, pair);
+      pair = next;
+    }
+    add(n - 1, pair);
   }
   if (rule.N > 2 * n) {
     const Lane weight(rule.w[n]);
     const Lane c = (lo + hi) * half;
-    sum.first = multiplyAdd(weight, f.at(dd1 + c * c), sum.first);
-    sum.second = multiplyAdd(weight, f.at(dd2 + c * c), sum.second);
+    const Lane D1 = dd1 + c * c, D2 = dd2 + c * c;
+    sum.first = multiplyAdd(weight, f.at(D1, f.path(D1)), sum.first);
+    sum.second = multiplyAdd(weight, f.at(D2, f.path(D2)), sum.second);
   }
   const auto empty = lo == hi;
   return {select(empty, zero, h * sum.first), select(empty, zero, h * sum.second)};

@@ -1,12 +1,10 @@
 #pragma once
 
-// Packs of lanes: the same quantity of many points, one a lane, in the registers of an instruction
+// Packs of lanes: the same quantity of many points, one a lane, in a register of an instruction
 // set. They offer the vocabulary in which kernels are written (core/LaneFunctions.h).
 //
 // `Set` is one of the instruction sets below lanes/, each a struct of a register type, a mask type
-// and the operations on them. A pack is two registers wide: each operation then has a second one to
-// do while the first is on its way, which a processor keeps busy with code that reads as if there
-// were one lane.
+// and the operations on them.
 //
 // A file that includes this is compiled for one instruction set. All that it defines is tied to
 // that set by a template parameter, so that no other file can end up with its instructions.
@@ -15,55 +13,51 @@ namespace emulation {
 
 template <class Set>
 struct LaneMask {
-  typename Set::Mask low, high;
+  typename Set::Mask mask;
 
   /// One bit a lane, the first lane's lowest.
-  unsigned bits() const { return Set::bits(low) | Set::bits(high) << Set::width; }
+  unsigned bits() const { return Set::bits(mask); }
 };
 
 template <class Set>
-class Lanes {
- public:
+struct Lanes {
   using Register = typename Set::Register;
-  static constexpr int count = 2 * Set::width;
+  static constexpr int count = Set::width;
 
   Lanes() = default;
-  explicit Lanes(float everywhere) : low(Set::broadcast(everywhere)), high(low) {}
-  Lanes(Register low_, Register high_) : low(low_), high(high_) {}
-
-  static Lanes load(const float* from) { return {Set::load(from), Set::load(from + Set::width)}; }
-  void store(float* to) const {
-    Set::store(to, low);
-    Set::store(to + Set::width, high);
+  explicit Lanes(float everywhere) : value(Set::broadcast(everywhere)) {}
+  static Lanes of(Register value) {
+    Lanes lanes;
+    lanes.value = value;
+    return lanes;
   }
 
-  Register low, high;
+  static Lanes load(const float* from) { return of(Set::load(from)); }
+  void store(float* to) const { Set::store(to, value); }
+
+  Register value;
 };
 
 template <class Set>
 Lanes<Set> operator+(Lanes<Set> x, Lanes<Set> y) {
-  return {x.low + y.low, x.high + y.high};
+  return Lanes<Set>::of(x.value + y.value);
 }
 template <class Set>
 Lanes<Set> operator-(Lanes<Set> x, Lanes<Set> y) {
-  return {x.low - y.low, x.high - y.high};
+  return Lanes<Set>::of(x.value - y.value);
 }
 template <class Set>
 Lanes<Set> operator*(Lanes<Set> x, Lanes<Set> y) {
-  return {x.low * y.low, x.high * y.high};
-}
-template <class Set>
-Lanes<Set> operator/(Lanes<Set> x, Lanes<Set> y) {
-  return {x.low / y.low, x.high / y.high};
+  return Lanes<Set>::of(x.value * y.value);
 }
 template <class Set>
 Lanes<Set> operator-(Lanes<Set> x) {
-  return {-x.low, -x.high};
+  return Lanes<Set>::of(-x.value);
 }
 
 template <class Set>
 LaneMask<Set> operator<(Lanes<Set> x, Lanes<Set> y) {
-  return {Set::less(x.low, y.low), Set::less(x.high, y.high)};
+  return {Set::less(x.value, y.value)};
 }
 template <class Set>
 LaneMask<Set> operator>(Lanes<Set> x, Lanes<Set> y) {
@@ -71,19 +65,19 @@ LaneMask<Set> operator>(Lanes<Set> x, Lanes<Set> y) {
 }
 template <class Set>
 LaneMask<Set> operator<=(Lanes<Set> x, Lanes<Set> y) {
-  return {Set::notAbove(x.low, y.low), Set::notAbove(x.high, y.high)};
+  return {Set::notAbove(x.value, y.value)};
 }
 template <class Set>
 LaneMask<Set> operator==(Lanes<Set> x, Lanes<Set> y) {
-  return {Set::equal(x.low, y.low), Set::equal(x.high, y.high)};
+  return {Set::equal(x.value, y.value)};
 }
 template <class Set>
 LaneMask<Set> operator&(LaneMask<Set> p, LaneMask<Set> q) {
-  return {Set::both(p.low, q.low), Set::both(p.high, q.high)};
+  return {Set::both(p.mask, q.mask)};
 }
 template <class Set>
 LaneMask<Set> operator|(LaneMask<Set> p, LaneMask<Set> q) {
-  return {Set::either(p.low, q.low), Set::either(p.high, q.high)};
+  return {Set::either(p.mask, q.mask)};
 }
 
 template <class Set>
@@ -92,27 +86,27 @@ bool any(LaneMask<Set> mask) {
 }
 template <class Set>
 Lanes<Set> select(LaneMask<Set> mask, Lanes<Set> yes, Lanes<Set> no) {
-  return {Set::select(mask.low, yes.low, no.low), Set::select(mask.high, yes.high, no.high)};
+  return Lanes<Set>::of(Set::select(mask.mask, yes.value, no.value));
 }
 template <class Set>
 Lanes<Set> absolute(Lanes<Set> x) {
-  return {Set::absolute(x.low), Set::absolute(x.high)};
+  return Lanes<Set>::of(Set::absolute(x.value));
 }
 template <class Set>
 Lanes<Set> squareRoot(Lanes<Set> x) {
-  return {Set::squareRoot(x.low), Set::squareRoot(x.high)};
+  return Lanes<Set>::of(Set::squareRoot(x.value));
 }
 template <class Set>
 Lanes<Set> quotient(Lanes<Set> x, Lanes<Set> y) {
-  return x / y;
+  return Lanes<Set>::of(x.value / y.value);
 }
 template <class Set>
 Lanes<Set> nearestInteger(Lanes<Set> x) {
-  return {Set::nearestInteger(x.low), Set::nearestInteger(x.high)};
+  return Lanes<Set>::of(Set::nearestInteger(x.value));
 }
 template <class Set>
 Lanes<Set> multiplyAdd(Lanes<Set> x, Lanes<Set> y, Lanes<Set> z) {
-  return {Set::multiplyAdd(x.low, y.low, z.low), Set::multiplyAdd(x.high, y.high, z.high)};
+  return Lanes<Set>::of(Set::multiplyAdd(x.value, y.value, z.value));
 }
 
 }  // namespace emulation

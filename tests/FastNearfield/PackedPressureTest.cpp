@@ -168,9 +168,13 @@ class DoubleIntegrand {
   static Lane distance(Lane x) { return std::abs(x); }
   static bool losesPhase(Lane /*reach*/) { return false; }
 
-  ComplexPair<Lane> at(Lane D) const {
+  Lane path(Lane D) const {
     const Lane R = std::sqrt(z_ * z_ + D);
-    const Lane half = k_ * (z_ < 0 ? R - z_ : D / (R + z_)) / 2;
+    return z_ < 0 ? R - z_ : D / (R + z_);
+  }
+
+  ComplexPair<Lane> at(Lane D, Lane path) const {
+    const Lane half = k_ * path / 2;
     return {std::sin(half) * std::sin(half) / D, std::sin(half) * std::cos(half) / D};
   }
 

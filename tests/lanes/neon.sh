@@ -13,15 +13,15 @@ done
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-compile() { # <options of the set's file> <source>
+compile() { # <source>
   aarch64-linux-gnu-g++ -std=c++17 -Wall -Wextra -Wconversion -Wshadow -Werror -O3 \
-    -ffp-contract=off -fno-math-errno $1 -I "$root/src" -I "$root/src/emulation" -I "$root/tests" \
-    -c "$2" -o "$work/$(basename "$2").o"
+    -ffp-contract=off -fno-math-errno -I "$root/src" -I "$root/src/emulation" -I "$root/tests" \
+    -c "$1" -o "$work/$(basename "$1").o"
 }
-compile "-fschedule-insns -fsched-pressure" "$root/src/FastNearfield/packed/Neon.cpp"
+compile "$root/src/FastNearfield/packed/Neon.cpp"
 for source in src/FastNearfield/{PackedPressure,GaussLegendre}.cpp src/core/InstructionSet.cpp \
   tests/lanes/lane_bits.cpp; do
-  compile "" "$root/$source"
+  compile "$root/$source"
 done
 aarch64-linux-gnu-g++ -static "$work"/*.o -o "$work/lane_bits"
 
