@@ -29,8 +29,9 @@ void evaluate(const Piston<double>& piston, const Points& points, const Results&
 
 inline void evaluateList(const Piston<float>& piston, const float* positions, Complex* pressures,
                          unsigned count) {
-  packedPressure(instructionSet())(positions, pressures, static_cast<int>(count), piston.a,
-                                   piston.b, piston.k, piston.rule);
+  static PackedPressure* const evaluate = packedPressure(instructionSet());
+  evaluate(positions, pressures, static_cast<int>(count), piston.a, piston.b, piston.k,
+           piston.rule);
 }
 
 /// In single precision in packs of lanes.

@@ -42,7 +42,7 @@ inline dim3 regularGridShape(int sx, int sy, int sz) {
   const std::int64_t page = std::int64_t{sx} * sy;
   const std::int64_t most = std::numeric_limits<int>::max();
   if (page > most || page * sz > most) return {width, std::numeric_limits<unsigned>::max()};
-  return {width, static_cast<unsigned>(iDivUp(sy * sz, 8))};
+  return {width, static_cast<unsigned>(iDivUp(std::int64_t{sy} * sz, std::int64_t{8}))};
 }
 
 }  // namespace pistonfield

@@ -57,11 +57,8 @@ class HalfAngleIntegrand {
     return {scale * sine, scale * cosine};
   }
 
-  /// Whether R − z can have more turns than floats count, R being the distance to points of the
-  /// plane up to `reach` away.
-  __host__ __device__ auto losesPhase(Lane reach) const {
-    return half_.lost(reach + select(z_ < Lane(0.0f), absZ_ + absZ_, Lane(0.0f)));
-  }
+  /// Whether R − z, for this or a smaller D, can have more turns than floats count.
+  __host__ __device__ auto losesPhase(Lane D) const { return half_.lost(path(D)); }
 
   __host__ __device__ ComplexPair<Lane> complete(ComplexPair<Lane> sum) const {
     const auto [sine, cosine] = half_.ofAny(z_);
@@ -95,7 +92,7 @@ class SingleRootIntegrand {
     return {(e.re - E0_.re) * inverse, (e.im - E0_.im) * inverse};
   }
 
-  __host__ __device__ static bool losesPhase(Lane /*reach*/) { return false; }
+  __host__ __device__ static bool losesPhase(Lane /*D*/) { return false; }
 
   __host__ __device__ ComplexPair<Lane> complete(ComplexPair<Lane> sum) const { return sum; }
 
@@ -125,11 +122,6 @@ struct EdgePair {
 template <class Lane>
 __host__ __device__ inline ComplexPair<Lane> operator+(ComplexPair<Lane> p, ComplexPair<Lane> q) {
   return {p.re + q.re, p.im + q.im};
-}
-
-template <class Lane>
-__host__ __device__ inline ComplexPair<Lane> operator*(Lane c, ComplexPair<Lane> p) {
-  return {c * p.re, c * p.im};
 }
 
 /// c·p + q
@@ -188,7 +180,7 @@ __host__ __device__ inline __attribute__((always_inline)) EdgePair<Lane> integra
     return NodePair<Lane, Integrand>(f, dd1, dd2, plus * plus, minus * minus);
   };
   const auto add = [&](int i, const NodePair<Lane, Integrand>& pair) {
-    const Lane weight(rule.w[i]);
+    const Lane weight = Lane(rule.w[i]) * h;
     sum.first = multiplyAdd(weight, pair.first(f), sum.first);
     sum.second = multiplyAdd(weight, pair.second(f), sum.second);
   };
@@ -203,14 +195,14 @@ __host__ __device__ inline __attribute__((always_inline)) EdgePair<Lane> integra
     add(n - 1, pair);
   }
   if (rule.N > 2 * n) {
-    const Lane weight(rule.w[n]);
+    const Lane weight = Lane(rule.w[n]) * h;
     const Lane c = (lo + hi) * half;
     const Lane D1 = dd1 + c * c, D2 = dd2 + c * c;
     sum.first = multiplyAdd(weight, f.at(D1, f.path(D1)), sum.first);
     sum.second = multiplyAdd(weight, f.at(D2, f.path(D2)), sum.second);
   }
   const auto empty = lo == hi;
-  return {select(empty, zero, h * sum.first), select(empty, zero, h * sum.second)};
+  return {select(empty, zero, sum.first), select(empty, zero, sum.second)};
 }
 
 /// Whether the foot of the perpendicular lies between the ends of a pair of edges, and not in their
@@ -264,7 +256,9 @@ __host__ __device__ inline ComplexPair<Lane> pointPressure(Lane x, Lane y, Lane 
   const ComplexPair<Lane> S = f.complete(alongY + alongX);
   const Lane inverse2Pi(static_cast<Real>(0.15915494309189535));
   const Lane zero(Real(0));
-  return select(f.losesPhase(u + Lane(a) + (v + Lane(b))), ComplexPair<Lane>{zero, zero},
+  const Lane acrossMost = u + Lane(a), alongMost = v + Lane(b);
+  return select(f.losesPhase(acrossMost * acrossMost + alongMost * alongMost),
+                ComplexPair<Lane>{zero, zero},
                 ComplexPair<Lane>{S.im * inverse2Pi, -S.re * inverse2Pi});
 }
 

@@ -50,7 +50,7 @@ __host__ __device__ inline float multiplyAdd(float x, float y, float z) {
   return std::fma(x, y, z);
 }
 
-// The double-precision kernels round every operation of their formula.
+// In double precision operations stand as they are written.
 
 __host__ __device__ inline double select(bool condition, double yes, double no) {
   return condition ? yes : no;

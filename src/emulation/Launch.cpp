@@ -38,7 +38,11 @@ class Runs {
       : threads_(std::uint64_t{grid.x} * grid.y * grid.z * block.x * block.y * block.z),
         kernel_(kernel) {}
 
-  bool empty() const { return next_ >= threads_; }
+  /// How many runs nobody has taken yet.
+  std::uint64_t left() const {
+    const std::uint64_t next = next_;
+    return next < threads_ ? (threads_ - next - 1) / runLength + 1 : 0;
+  }
 
   void runAll() {
     while (runOne()) {
@@ -80,9 +84,8 @@ class Runs {
 
 void run(Runs& runs) {
   runs.runFor(aloneTime);
-  if (runs.empty()) return;
 
-  const unsigned wanted = cores() - 1;
+  const std::uint64_t wanted = std::min<std::uint64_t>(cores() - 1, runs.left());
   std::vector<std::thread> helpers;
   helpers.reserve(wanted);
   try {

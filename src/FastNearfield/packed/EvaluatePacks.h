@@ -120,6 +120,7 @@ class PackEvaluation {
     for (int which = 0; which < 4; ++which)
       for (int n = 0; n < counts_[which]; ++n, end += 3)
         __builtin_memcpy(end, point(collected_[which][n]), 3 * sizeof(float));
+    if (end == positions) return;
     // The last pack's idle lanes repeat the first point.
     for (std::ptrdiff_t lane = 0; lane < Pack::count; ++lane)
       __builtin_memcpy(end + 3 * lane, positions, 3 * sizeof(float));
