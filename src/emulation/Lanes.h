@@ -4,7 +4,12 @@
 // set. They offer the vocabulary in which kernels are written (core/LaneFunctions.h).
 //
 // `Set` is one of the instruction sets below lanes/, each a struct of a register type, a mask type
-// and the operations on them.
+// and the operations on them. Beside those on every lane, and load and store:
+//
+//     loadTriples  the first, second and third values of as many triples as there are lanes
+//     storePairs   a first and a second value of each lane, lane after lane
+//     storeChosen  the lanes whose bits are set, one after the other; up to a whole register is
+//                  written
 //
 // A file that includes this is compiled for one instruction set. All that it defines is tied to
 // that set by a template parameter, so that no other file can end up with its instructions.

@@ -3,7 +3,6 @@
 #include <cstddef>
 
 #include "FastNearfield/PointPressure.h"
-#include "FastNearfield/packed/LanePlaces.h"
 #include "emulation/Lanes.h"
 
 // Evaluates points in packs of lanes.
@@ -41,7 +40,7 @@ class PackEvaluation {
       if (cases.alike())
         evaluate(points, pressures_ + first);
       else
-        collect(cases, first, Pack::count);
+        collect(points, cases, first, allLanes);
     }
     if (first < count_) collectRest(first);
     evaluateCollected();
@@ -55,6 +54,34 @@ class PackEvaluation {
     Pack x, y, z;
   };
 
+  /// Points with the places of their pressures. Whole registers are written, so there is room for
+  /// one more pack.
+  template <int most>
+  struct Collected {
+    static constexpr int room = most + Pack::count;
+
+    Points pack(int n) const { return {Pack::load(x + n), Pack::load(y + n), Pack::load(z + n)}; }
+
+    void append(const Points& points, Pack from, unsigned lanes) {
+      Set::storeChosen(x + count, lanes, points.x.value);
+      Set::storeChosen(y + count, lanes, points.y.value);
+      Set::storeChosen(z + count, lanes, points.z.value);
+      Set::storeChosen(places + count, lanes, from.value);
+      count += __builtin_popcount(lanes);
+    }
+
+    /// The lanes of the last pack that have no point get the origin.
+    void close() {
+      const Pack zero(0.0f);
+      zero.store(x + count);
+      zero.store(y + count);
+      zero.store(z + count);
+    }
+
+    float x[room], y[room], z[room], places[room];
+    int count = 0;
+  };
+
   /// The lanes that take two integrals, for the edges along each direction.
   struct Cases {
     unsigned u, v;
@@ -62,13 +89,9 @@ class PackEvaluation {
   };
 
   static Points load(const float* positions) {
-    float x[Pack::count], y[Pack::count], z[Pack::count];
-    for (std::ptrdiff_t lane = 0; lane < Pack::count; ++lane) {
-      x[lane] = positions[3 * lane];
-      y[lane] = positions[3 * lane + 1];
-      z[lane] = positions[3 * lane + 2];
-    }
-    return {Pack::load(x), Pack::load(y), Pack::load(z)};
+    Points points;
+    Set::loadTriples(positions, points.x.value, points.y.value, points.z.value);
+    return points;
   }
 
   const float* point(std::ptrdiff_t n) const { return positions_ + 3 * n; }
@@ -81,27 +104,17 @@ class PackEvaluation {
   void evaluate(const Points& points, Complex* pressures) const {
     const ComplexPair<Pack> p =
         pointPressure<HalfAngleIntegrand>(points.x, points.y, points.z, a_, b_, k_, rule_);
-    float re[Pack::count], im[Pack::count];
-    p.re.store(re);
-    p.im.store(im);
-    for (int lane = 0; lane < Pack::count; ++lane) pressures[lane] = {re[lane], im[lane]};
+    Set::storePairs(&pressures->re, p.re.value, p.im.value);
   }
 
-  void collect(const Cases& cases, int first, int count) {
-    const unsigned lanes = allLanes >> (Pack::count - count);
-    append(0, ~cases.u & ~cases.v & lanes, first);
-    append(1, cases.u & ~cases.v & lanes, first);
-    append(2, ~cases.u & cases.v & lanes, first);
-    append(3, cases.u & cases.v & lanes, first);
-  }
-
-  void append(int which, unsigned lanes, int first) {
-    for (int group = 0; group < Pack::count; group += 8) {
-      const unsigned eight = lanes >> group & 255;
-      const auto points = lanePlaces<Set>.of[eight] + static_cast<short>(first + group);
-      __builtin_memcpy(collected_[which] + counts_[which], &points, sizeof points);
-      counts_[which] += __builtin_popcount(eight);
-    }
+  /// Collects points that stand at `first` and after.
+  void collect(const Points& points, Cases cases, int first, unsigned lanes) {
+    static constexpr float steps[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+    const Pack places = Pack(static_cast<float>(first)) + Pack::load(steps);
+    collected_[0].append(points, places, ~cases.u & ~cases.v & lanes);
+    collected_[1].append(points, places, cases.u & ~cases.v & lanes);
+    collected_[2].append(points, places, ~cases.u & cases.v & lanes);
+    collected_[3].append(points, places, cases.u & cases.v & lanes);
   }
 
   /// The points that fill no pack.
@@ -109,29 +122,31 @@ class PackEvaluation {
     float positions[3 * Pack::count] = {};
     const int count = count_ - first;
     __builtin_memcpy(positions, point(first), 3 * sizeof(float) * unsigned(count));
-    collect(casesOf(load(positions)), first, count);
+    const Points points = load(positions);
+    collect(points, casesOf(points), first, allLanes >> (Pack::count - count));
   }
 
-  /// Case after case, without a gap between them.
-  void evaluateCollected() const {
-    float positions[3 * (capacity + Pack::count)];
-    Complex pressures[capacity + Pack::count];
-    float* end = positions;
-    for (int which = 0; which < 4; ++which)
-      for (int n = 0; n < counts_[which]; ++n, end += 3)
-        __builtin_memcpy(end, point(collected_[which][n]), 3 * sizeof(float));
-    if (end == positions) return;
-    // The last pack's idle lanes repeat the first point.
-    for (std::ptrdiff_t lane = 0; lane < Pack::count; ++lane)
-      __builtin_memcpy(end + 3 * lane, positions, 3 * sizeof(float));
+  void evaluateCollected() {
+    Collected<4 * Pack::count> rests;
+    for (auto& points : collected_) {
+      points.close();
+      const int rest = points.count % Pack::count, packed = points.count - rest;
+      evaluateCollected(points, packed);
+      rests.append(points.pack(packed), Pack::load(points.places + packed), (1u << rest) - 1);
+    }
+    rests.close();
+    evaluateCollected(rests, rests.count);
+  }
 
-    Complex* pressure = pressures;
-    for (const float* p = positions; p < end; p += 3 * Pack::count, pressure += Pack::count)
-      evaluate(load(p), pressure);
-
-    pressure = pressures;
-    for (int which = 0; which < 4; ++which)
-      for (int n = 0; n < counts_[which]; ++n) pressures_[collected_[which][n]] = *pressure++;
+  template <int most>
+  void evaluateCollected(const Collected<most>& points, int count) const {
+    for (int n = 0; n < count; n += Pack::count) {
+      Complex pressures[Pack::count];
+      evaluate(points.pack(n), pressures);
+      const int lanes = count - n < Pack::count ? count - n : Pack::count;
+      for (int lane = 0; lane < lanes; ++lane)
+        pressures_[static_cast<int>(points.places[n + lane])] = pressures[lane];
+    }
   }
 
   const float* const positions_;
@@ -139,8 +154,7 @@ class PackEvaluation {
   const int count_;
   const float a_, b_, k_;
   const SymmetricRule<float>& rule_;
-  short collected_[4][capacity + 8];  // entries are written eight at a time
-  int counts_[4] = {};
+  Collected<capacity> collected_[4];
 };
 
 template <class Set>

@@ -2,6 +2,8 @@
 
 #include <immintrin.h>
 
+#include "emulation/lanes/LanePlaces.h"
+
 namespace emulation {
 
 /// 8 lanes a register. Needs AVX2 and FMA.
@@ -13,6 +15,29 @@ struct Avx2 {
   static Register broadcast(float x) { return _mm256_set1_ps(x); }
   static Register load(const float* from) { return _mm256_loadu_ps(from); }
   static void store(float* to, Register x) { _mm256_storeu_ps(to, x); }
+
+  static void loadTriples(const float* from, Register& first, Register& second, Register& third) {
+    const Register a = load(from), b = load(from + 8), c = load(from + 16);
+    // No two of a coordinate's 8 values have the same lane, so three registers merge into one,
+    // where the values are three lanes apart.
+    const auto sort = [](Register merged, int start) {
+      const __m256i lane = _mm256_setr_epi32(0, 3, 6, 1, 4, 7, 2, 5);
+      return _mm256_permutevar8x32_ps(merged, _mm256_add_epi32(lane, _mm256_set1_epi32(start)));
+    };
+    first = sort(_mm256_blend_ps(_mm256_blend_ps(a, b, 0x92), c, 0x24), 0);
+    second = sort(_mm256_blend_ps(_mm256_blend_ps(a, b, 0x24), c, 0x49), 1);
+    third = sort(_mm256_blend_ps(_mm256_blend_ps(a, b, 0x49), c, 0x92), 2);
+  }
+  static void storePairs(float* to, Register first, Register second) {
+    const Register low = _mm256_unpacklo_ps(first, second);
+    const Register high = _mm256_unpackhi_ps(first, second);
+    store(to, _mm256_permute2f128_ps(low, high, 0x20));
+    store(to + 8, _mm256_permute2f128_ps(low, high, 0x31));
+  }
+  static void storeChosen(float* to, unsigned lanes, Register x) {
+    const auto* const places = reinterpret_cast<const __m256i*>(lanePlaces<Avx2>.of[lanes]);
+    store(to, _mm256_permutevar8x32_ps(x, _mm256_load_si256(places)));
+  }
 
   static Mask less(Register x, Register y) { return _mm256_cmp_ps(x, y, _CMP_LT_OQ); }
   static Mask notAbove(Register x, Register y) { return _mm256_cmp_ps(x, y, _CMP_LE_OQ); }

@@ -14,6 +14,29 @@ struct Avx512 {
   static Register load(const float* from) { return _mm512_loadu_ps(from); }
   static void store(float* to, Register x) { _mm512_storeu_ps(to, x); }
 
+  static void loadTriples(const float* from, Register& first, Register& second, Register& third) {
+    const Register a = load(from), b = load(from + 16), c = load(from + 32);
+    // No two of a coordinate's 16 values have the same lane, so three registers merge into one,
+    // where the values are three lanes apart.
+    const auto pick = [](Register p, Register q, Register r, int start) {
+      const Register merged = _mm512_mask_blend_ps(0x2492, _mm512_mask_blend_ps(0x4924, p, q), r);
+      const __m512i lane = _mm512_setr_epi32(0, 3, 6, 9, 12, 15, 2, 5, 8, 11, 14, 1, 4, 7, 10, 13);
+      return _mm512_permutexvar_ps(_mm512_add_epi32(lane, _mm512_set1_epi32(start)), merged);
+    };
+    first = pick(a, b, c, 0);
+    second = pick(b, c, a, 1);
+    third = pick(c, a, b, 2);
+  }
+  static void storePairs(float* to, Register first, Register second) {
+    const __m512i low = _mm512_setr_epi32(0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    const __m512i high = _mm512_add_epi32(low, _mm512_set1_epi32(8));
+    store(to, _mm512_permutex2var_ps(first, low, second));
+    store(to + 16, _mm512_permutex2var_ps(first, high, second));
+  }
+  static void storeChosen(float* to, unsigned lanes, Register x) {
+    store(to, _mm512_maskz_compress_ps(static_cast<Mask>(lanes), x));
+  }
+
   static Mask less(Register x, Register y) { return _mm512_cmp_ps_mask(x, y, _CMP_LT_OQ); }
   static Mask notAbove(Register x, Register y) { return _mm512_cmp_ps_mask(x, y, _CMP_LE_OQ); }
   static Mask equal(Register x, Register y) { return _mm512_cmp_ps_mask(x, y, _CMP_EQ_OQ); }

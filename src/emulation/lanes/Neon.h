@@ -2,6 +2,8 @@
 
 #include <arm_neon.h>
 
+#include "emulation/lanes/OneByOne.h"
+
 namespace emulation {
 
 /// 4 lanes a register, for every 64-bit ARM processor.
@@ -13,6 +15,19 @@ struct Neon {
   static Register broadcast(float x) { return vdupq_n_f32(x); }
   static Register load(const float* from) { return vld1q_f32(from); }
   static void store(float* to, Register x) { vst1q_f32(to, x); }
+
+  static void loadTriples(const float* from, Register& first, Register& second, Register& third) {
+    const float32x4x3_t triples = vld3q_f32(from);
+    first = triples.val[0];
+    second = triples.val[1];
+    third = triples.val[2];
+  }
+  static void storePairs(float* to, Register first, Register second) {
+    vst2q_f32(to, {first, second});
+  }
+  static void storeChosen(float* to, unsigned lanes, Register x) {
+    storeOneByOne<Neon>(to, lanes, x);
+  }
 
   static Mask less(Register x, Register y) { return vcltq_f32(x, y); }
   static Mask notAbove(Register x, Register y) { return vcleq_f32(x, y); }

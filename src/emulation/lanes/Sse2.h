@@ -2,6 +2,8 @@
 
 #include <emmintrin.h>
 
+#include "emulation/lanes/OneByOne.h"
+
 namespace emulation {
 
 /// 4 lanes a register, for every 64-bit x86 processor. The only set without a fused multiply-add,
@@ -14,6 +16,19 @@ struct Sse2 {
   static Register broadcast(float x) { return _mm_set1_ps(x); }
   static Register load(const float* from) { return _mm_loadu_ps(from); }
   static void store(float* to, Register x) { _mm_storeu_ps(to, x); }
+
+  static void loadTriples(const float* from, Register& first, Register& second, Register& third) {
+    first = _mm_setr_ps(from[0], from[3], from[6], from[9]);
+    second = _mm_setr_ps(from[1], from[4], from[7], from[10]);
+    third = _mm_setr_ps(from[2], from[5], from[8], from[11]);
+  }
+  static void storePairs(float* to, Register first, Register second) {
+    store(to, _mm_unpacklo_ps(first, second));
+    store(to + 4, _mm_unpackhi_ps(first, second));
+  }
+  static void storeChosen(float* to, unsigned lanes, Register x) {
+    storeOneByOne<Sse2>(to, lanes, x);
+  }
 
   static Mask less(Register x, Register y) { return _mm_cmplt_ps(x, y); }
   static Mask notAbove(Register x, Register y) { return _mm_cmple_ps(x, y); }
@@ -31,7 +46,8 @@ struct Sse2 {
     // Adding 2^23 leaves no room for a fraction; from there on there is none.
     const Register sign = _mm_and_ps(_mm_set1_ps(-0.0f), x);
     const Register big = _mm_or_ps(sign, _mm_set1_ps(8388608.0f));
-    return select(less(absolute(x), _mm_set1_ps(8388608.0f)), (x + big) - big, x);
+    const Register nearest = _mm_or_ps(sign, (x + big) - big);
+    return select(less(absolute(x), _mm_set1_ps(8388608.0f)), nearest, x);
   }
 
   /// Through double precision, which holds every product of two floats. The sum is rounded there
