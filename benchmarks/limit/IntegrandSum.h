@@ -5,37 +5,53 @@
 namespace limit {
 
 /// The sum of the integrand at d² + σ², for one pair of σ after the other and two d: four values a
-/// round, from registers and into registers. `ahead`: with the roots and quotients of the next round
-/// on their way, as the kernels do it.
+/// round, from registers and into registers. `ahead`: with the roots and quotients of the next
+/// round on their way, as the kernels do it.
 template <class Lane>
 __host__ __device__ inline pistonfield::ComplexPair<Lane> integrandSum(Lane z, Lane sigma,
                                                                        int rounds, bool ahead) {
-  using Integrand = pistonfield::HalfAngleIntegrand<Lane>;
-  using Nodes = pistonfield::NodePair<Lane, Integrand>;
-  const Integrand f(z, 7.0f);
+  using pistonfield::ComplexPair;
+  using pistonfield::Nodes;
+  const pistonfield::HalfAngleIntegrand<Lane> f(z, 7.0f);
   const Lane dd1(0.25f), dd2(1.5f), step(1e-3f);
-  pistonfield::ComplexPair<Lane> first{Lane(0.0f), Lane(0.0f)}, second = first;
+  ComplexPair<Lane> sums[2] = {{Lane(0.0f), Lane(0.0f)}, {Lane(0.0f), Lane(0.0f)}};
   Lane plus = sigma, minus = dd2 - sigma;
   const auto following = [&] {
     plus = plus + step;
     minus = minus - step;
-    return Nodes(f, dd1, dd2, plus * plus, minus * minus);
+    const Lane plus2 = plus * plus, minus2 = minus * minus;
+    Nodes<Lane> nodes;
+    nodes.D[0] = dd1 + plus2;
+    nodes.D[1] = dd1 + minus2;
+    nodes.D[2] = dd2 + plus2;
+    nodes.D[3] = dd2 + minus2;
+    return nodes;
   };
-  const auto add = [&](const Nodes& nodes) {
-    first = first + nodes.first(f);
-    second = second + nodes.second(f);
+  const auto start = [&](Nodes<Lane>& nodes, int n) { nodes.path[n] = f.path(nodes.D[n]); };
+  const auto add = [&](const Nodes<Lane>& nodes, int n) {
+    sums[n / 2] = sums[n / 2] + f.at(nodes.D[n], nodes.path[n]);
   };
   if (ahead) {
-    Nodes nodes = following();
-    for (int n = 0; n < rounds; ++n) {
-      const Nodes next = following();
-      add(nodes);
+    Nodes<Lane> nodes = following();
+    for (int n = 0; n < 4; ++n) start(nodes, n);
+    for (int round = 0; round < rounds; ++round) {
+      Nodes<Lane> next = following();
+      for (int n = 0; n < 4; ++n) {
+        start(next, n);
+        add(nodes, n);
+      }
       nodes = next;
     }
   } else {
-    for (int n = 0; n < rounds; ++n) add(following());
+    for (int round = 0; round < rounds; ++round) {
+      Nodes<Lane> nodes = following();
+      for (int n = 0; n < 4; ++n) {
+        start(nodes, n);
+        add(nodes, n);
+      }
+    }
   }
-  return first + second;
+  return sums[0] + sums[1];
 }
 
 }  // namespace limit

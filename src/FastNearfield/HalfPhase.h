@@ -30,6 +30,11 @@ class HalfPhase {
     return ofHalfTurns(r - nearestInteger(r));
   }
 
+  /// Whether a path of at most this length can be lost.
+  __host__ __device__ auto mayBeLost(Lane length) const {
+    return absolute(Lane(high_) * length) > Lane(4194304.0f);
+  }
+
   /// Whether so many half turns go into a finite path that floats have no fraction of one left.
   __host__ __device__ auto lost(Lane path) const {
     const Lane halfTurns = absolute(Lane(high_) * path);

@@ -29,7 +29,9 @@ struct SymmetricRule {
 
 // An integrand gives (exp(−ikR) − exp(−ikz))/D at D = d² + σ² up to a factor that all nodes share,
 // which `complete` multiplies into the sum, in two steps: `path(D)`, with the roots and quotients
-// that take long, and `at(D, path)`. And it gives the distance of a coordinate from 0.
+// that take long, and `at(D, path)`. It gives the distance of a coordinate from 0; and `ifTold`
+// puts 0 for the pressures of points whose phase is lost, given how far the piston reaches from
+// them.
 
 /// In single precision, in the half-angle form
 ///
@@ -41,7 +43,7 @@ template <class Lane>
 class HalfAngleIntegrand {
  public:
   __host__ __device__ HalfAngleIntegrand(Lane z, float k)
-      : z_(z), zz_(z * z), absZ_(absolute(z)), half_(k) {}
+      : z_(z), zz_(z * z), absZ_(absolute(z)), half_(k), shared_(minusTwoE0(half_.ofAny(z))) {}
 
   __host__ __device__ static Lane distance(Lane x) { return absolute(x); }
 
@@ -57,19 +59,28 @@ class HalfAngleIntegrand {
     return {scale * sine, scale * cosine};
   }
 
-  /// Whether R − z, for this or a smaller D, can have more turns than floats count.
-  __host__ __device__ auto losesPhase(Lane D) const { return half_.lost(path(D)); }
-
   __host__ __device__ ComplexPair<Lane> complete(ComplexPair<Lane> sum) const {
-    const auto [sine, cosine] = half_.ofAny(z_);
-    const Lane re = Lane(2.0f) * multiplyAdd(sine, sine, -(cosine * cosine));
-    const Lane im = Lane(4.0f) * (sine * cosine);
-    return {re * sum.re - im * sum.im, re * sum.im + im * sum.re};
+    return {shared_.re * sum.re - shared_.im * sum.im, shared_.re * sum.im + shared_.im * sum.re};
+  }
+
+  /// Where R − z can have more turns than floats count, a point has no phase.
+  __host__ __device__ ComplexPair<Lane> ifTold(ComplexPair<Lane> p, Lane across, Lane along) const {
+    if (!any(half_.mayBeLost(across + along + Lane(2.0f) * absZ_))) return p;
+    const auto lost = half_.lost(path(across * across + along * along));
+    return {select(lost, Lane(0.0f), p.re), select(lost, Lane(0.0f), p.im)};
   }
 
  private:
+  using SineCosine = typename HalfPhase<Lane>::SineCosine;
+
+  __host__ __device__ static ComplexPair<Lane> minusTwoE0(SineCosine halfKz) {
+    const auto [sine, cosine] = halfKz;
+    return {Lane(2.0f) * multiplyAdd(sine, sine, -(cosine * cosine)), Lane(4.0f) * (sine * cosine)};
+  }
+
   Lane z_, zz_, absZ_;
   HalfPhase<Lane> half_;
+  ComplexPair<Lane> shared_;
 };
 
 /// The same in double precision as it is written, but with the magnitude of a coordinate, the
@@ -92,9 +103,12 @@ class SingleRootIntegrand {
     return {(e.re - E0_.re) * inverse, (e.im - E0_.im) * inverse};
   }
 
-  __host__ __device__ static bool losesPhase(Lane /*D*/) { return false; }
+  __host__ __device__ static ComplexPair<Lane> complete(ComplexPair<Lane> sum) { return sum; }
 
-  __host__ __device__ ComplexPair<Lane> complete(ComplexPair<Lane> sum) const { return sum; }
+  __host__ __device__ static ComplexPair<Lane> ifTold(ComplexPair<Lane> p, Lane /*across*/,
+                                                      Lane /*along*/) {
+    return p;
+  }
 
  private:
   /// exp(iθ).
@@ -111,12 +125,6 @@ class SingleRootIntegrand {
 
   Lane k_, zz_;
   ComplexPair<Lane> E0_;
-};
-
-/// F of the two parallel edges of a pair.
-template <class Lane>
-struct EdgePair {
-  ComplexPair<Lane> first, second;
 };
 
 template <class Lane>
@@ -137,107 +145,154 @@ __host__ __device__ inline ComplexPair<Lane> select(Mask mask, ComplexPair<Lane>
   return {select(mask, yes.re, no.re), select(mask, yes.im, no.im)};
 }
 
-/// A pair of nodes, of a rule's abscissas ±x, on two edges at once.
-template <class Lane, class Integrand>
-class NodePair {
- public:
-  /// The squares of the edges' distances, and of the nodes' places along them.
-  __host__ __device__ NodePair(const Integrand& f, Lane dd1, Lane dd2, Lane plus2, Lane minus2)
-      : D_{dd1 + plus2, dd1 + minus2, dd2 + plus2, dd2 + minus2},
-        path_{f.path(D_[0]), f.path(D_[1]), f.path(D_[2]), f.path(D_[3])} {}
+/// A pair of nodes, of a rule's abscissas ±x, on two parallel edges: four D, and what has been
+/// started of the integrand there.
+template <class Lane>
+struct Nodes {
+  Lane D[4], path[4];
+};
 
-  /// The sum of the integrand at both nodes.
-  __host__ __device__ ComplexPair<Lane> first(const Integrand& f) const {
-    return f.at(D_[0], path_[0]) + f.at(D_[1], path_[1]);
+/// The integrals F along the two parallel edges of a pair over one interval, in the making.
+template <class Lane, class Real>
+class EdgePair {
+ public:
+  /// Over [lo, hi], along the edges at the signed distances d1 and d2.
+  __host__ __device__ EdgePair(Lane d1, Lane d2, Lane lo, Lane hi)
+      : d1_(d1),
+        d2_(d2),
+        dd1_(d1 * d1),
+        dd2_(d2 * d2),
+        lo_(lo),
+        hi_(hi),
+        h_((hi - lo) * Lane(static_cast<Real>(0.5))) {}
+
+  /// The nodes of the abscissas ±x; their integrand is not started.
+  __host__ __device__ Nodes<Lane> nodes(Real x) const {
+    // c ± x·h, counted from the ends: next to the foot of the perpendicular, which is one of the
+    // ends, c + x·h would lose most of its digits.
+    const Lane fromEnd = Lane(Real(1)) + Lane(x);
+    const Lane plus = multiplyAdd(fromEnd, h_, lo_);
+    const Lane minus = multiplyAdd(fromEnd, -h_, hi_);
+    const Lane plus2 = plus * plus, minus2 = minus * minus;
+    Nodes<Lane> nodes;
+    nodes.D[0] = dd1_ + plus2;
+    nodes.D[1] = dd1_ + minus2;
+    nodes.D[2] = dd2_ + plus2;
+    nodes.D[3] = dd2_ + minus2;
+    return nodes;
   }
-  __host__ __device__ ComplexPair<Lane> second(const Integrand& f) const {
-    return f.at(D_[2], path_[2]) + f.at(D_[3], path_[3]);
+
+  /// Adds the integrand at nodes of weight w. Between them it calls meanwhile(0) … meanwhile(3).
+  template <class Integrand, class Meanwhile>
+  __host__ __device__ void add(const Integrand& f, Real w, const Nodes<Lane>& at,
+                               const Meanwhile& meanwhile) {
+    const Lane weight(w);
+    meanwhile(0);
+    const ComplexPair<Lane> plus1 = f.at(at.D[0], at.path[0]);
+    meanwhile(1);
+    const ComplexPair<Lane> minus1 = f.at(at.D[1], at.path[1]);
+    F1_ = multiplyAdd(weight, plus1 + minus1, F1_);
+    meanwhile(2);
+    const ComplexPair<Lane> plus2 = f.at(at.D[2], at.path[2]);
+    meanwhile(3);
+    const ComplexPair<Lane> minus2 = f.at(at.D[3], at.path[3]);
+    F2_ = multiplyAdd(weight, plus2 + minus2, F2_);
+  }
+
+  /// Adds the integrand at the node 0, of weight w.
+  template <class Integrand>
+  __host__ __device__ void addMiddle(const Integrand& f, Real w) {
+    const Lane weight(w);
+    const Lane c = (lo_ + hi_) * Lane(static_cast<Real>(0.5));
+    const Lane D1 = dd1_ + c * c, D2 = dd2_ + c * c;
+    F1_ = multiplyAdd(weight, f.at(D1, f.path(D1)), F1_);
+    F2_ = multiplyAdd(weight, f.at(D2, f.path(D2)), F2_);
+  }
+
+  /// d1·F(d1) − d2·F(d2). An empty interval gives 0, also where the integrand has no value: above a
+  /// corner.
+  __host__ __device__ ComplexPair<Lane> difference() const {
+    const Lane zero(Real(0));
+    const auto empty = lo_ == hi_;
+    return {select(empty, zero, h_ * (d1_ * F1_.re - d2_ * F2_.re)),
+            select(empty, zero, h_ * (d1_ * F1_.im - d2_ * F2_.im))};
   }
 
  private:
-  Lane D_[4], path_[4];
+  Lane d1_, d2_, dd1_, dd2_, lo_, hi_, h_;
+  // over h
+  ComplexPair<Lane> F1_{Lane(Real(0)), Lane(Real(0))}, F2_ = F1_;
 };
 
-/// F over [lo, hi] for the two edges at squared distances dd1 and dd2. An empty interval gives 0,
-/// also where the integrand has no value: above a corner.
-///
-/// Inlined always, as is its caller: as functions they would hand registers over through memory,
-/// for a tenth of the time at low orders.
-template <class Lane, class Integrand, class Real>
-__host__ __device__ inline __attribute__((always_inline)) EdgePair<Lane> integrate(
-    const Integrand& f, Lane dd1, Lane dd2, Lane lo, Lane hi, const SymmetricRule<Real>& rule) {
-  const Lane half(static_cast<Real>(0.5));
-  const Lane h = (hi - lo) * half;
-  const ComplexPair<Lane> zero{Lane(Real(0)), Lane(Real(0))};
-  EdgePair<Lane> sum{zero, zero};
-  const int n = rule.N / 2;
-  // The nodes c ± x·h, counted from the ends: next to the foot of the perpendicular, which is one
-  // of the ends, c + x·h would lose most of its digits.
-  const auto nodes = [&](int i) {
-    const Lane fromEnd(Real(1) + rule.x[i]);
-    const Lane plus = multiplyAdd(fromEnd, h, lo);
-    const Lane minus = multiplyAdd(-fromEnd, h, hi);
-    return NodePair<Lane, Integrand>(f, dd1, dd2, plus * plus, minus * minus);
-  };
-  const auto add = [&](int i, const NodePair<Lane, Integrand>& pair) {
-    const Lane weight = Lane(rule.w[i]) * h;
-    sum.first = multiplyAdd(weight, pair.first(f), sum.first);
-    sum.second = multiplyAdd(weight, pair.second(f), sum.second);
-  };
-  if (n > 0) {
-    // The next pair's paths are on their way while this one is summed.
-    NodePair<Lane, Integrand> pair = nodes(0);
-    for (int i = 1; i < n; ++i) {
-      const NodePair<Lane, Integrand> next = nodes(i);
-      add(i - 1, pair);
-      pair = next;
+/// Adds a rule's nodes to integrals, always with the roots of the next nodes on their way while the
+/// present ones are summed: a processor does both at once.
+template <class Integrand, class Lane, class Real>
+class Quadrature {
+ public:
+  using Edges = EdgePair<Lane, Real>;
+
+  __host__ __device__ Quadrature(const Integrand& f, const SymmetricRule<Real>& rule)
+      : f_(f), rule_(rule), pairs_(rule.N / 2) {}
+
+  // Inlined always: as functions they would hand registers over through memory, for a tenth of the
+  // time at low orders.
+
+  __host__ __device__ __attribute__((always_inline)) void integrate(Edges& edges) {
+    if (pairs_ > 0) {
+      start(edges);
+      for (int i = 1; i < pairs_; ++i) add(edges, i - 1, edges, i);
+      addLast(edges);
     }
-    add(n - 1, pair);
+    addMiddle(edges);
   }
-  if (rule.N > 2 * n) {
-    const Lane weight = Lane(rule.w[n]) * h;
-    const Lane c = (lo + hi) * half;
-    const Lane D1 = dd1 + c * c, D2 = dd2 + c * c;
-    sum.first = multiplyAdd(weight, f.at(D1, f.path(D1)), sum.first);
-    sum.second = multiplyAdd(weight, f.at(D2, f.path(D2)), sum.second);
+
+  /// Both in turns, for half as many starts.
+  __host__ __device__ __attribute__((always_inline)) void integrate(Edges& one, Edges& other) {
+    if (pairs_ > 0) {
+      start(one);
+      for (int i = 1; i < pairs_; ++i) {
+        add(one, i - 1, other, i - 1);
+        add(other, i - 1, one, i);
+      }
+      add(one, pairs_ - 1, other, pairs_ - 1);
+      addLast(other);
+    }
+    addMiddle(one);
+    addMiddle(other);
   }
-  const auto empty = lo == hi;
-  return {select(empty, zero, sum.first), select(empty, zero, sum.second)};
-}
+
+ private:
+  __host__ __device__ void start(const Edges& edges) {
+    nodes_ = edges.nodes(rule_.x[0]);
+    for (int n = 0; n < 4; ++n) nodes_.path[n] = f_.path(nodes_.D[n]);
+  }
+
+  /// Adds the pair i, and starts the pair j of `next`.
+  __host__ __device__ void add(Edges& edges, int i, const Edges& next, int j) {
+    Nodes<Lane> following = next.nodes(rule_.x[j]);
+    edges.add(f_, rule_.w[i], nodes_, [&](int n) { following.path[n] = f_.path(following.D[n]); });
+    nodes_ = following;
+  }
+
+  __host__ __device__ void addLast(Edges& edges) {
+    edges.add(f_, rule_.w[pairs_ - 1], nodes_, [](int) {});
+  }
+
+  __host__ __device__ void addMiddle(Edges& edges) {
+    if (rule_.N > 2 * pairs_) edges.addMiddle(f_, rule_.w[pairs_]);
+  }
+
+  const Integrand& f_;
+  const SymmetricRule<Real>& rule_;
+  const int pairs_;
+  Nodes<Lane> nodes_;
+};
 
 /// Whether the foot of the perpendicular lies between the ends of a pair of edges, and not in their
 /// middle.
 template <class Real, class Lane>
 __host__ __device__ inline auto footSplits(Lane offset, Lane half) {
   return (offset > Lane(static_cast<Real>(1e-7))) & (offset <= half);
-}
-
-/// d1·F(d1) − d2·F(d2) for the pair of edges at the signed distances d1 and d2 from the point's
-/// projection, which run along the direction in which the projection is `offset` ≥ 0 from the
-/// middle and the edges reach from −half to +half.
-///
-/// Three cases: beyond the edges' ends one interval; between them two, split at the foot of the
-/// perpendicular, where the integrand is sharpest; in the middle two equal ones, so one is doubled.
-template <class Lane, class Integrand, class Real>
-__host__ __device__ inline __attribute__((always_inline)) ComplexPair<Lane> edgePairSum(
-    const Integrand& f, Lane d1, Lane d2, Lane offset, Lane half, const SymmetricRule<Real>& rule) {
-  const Lane zero(Real(0));
-  const auto outside = offset > half;
-  const auto split = footSplits<Real>(offset, half);
-  const Lane lo = offset - half;
-  const Lane hi = offset + half;
-  const Lane dd1 = d1 * d1;
-  const Lane dd2 = d2 * d2;
-
-  EdgePair<Lane> F = integrate(f, dd1, dd2, select(outside, lo, zero), hi, rule);
-  if (any(split)) {
-    const EdgePair<Lane> rest = integrate(f, dd1, dd2, select(split, lo, zero), zero, rule);
-    F = {select(split, F.first + rest.first, F.first),
-         select(split, F.second + rest.second, F.second)};
-  }
-  const Lane multiplicity = select(outside | split, Lane(Real(1)), Lane(Real(2)));
-  return {multiplicity * (d1 * F.first.re - d2 * F.second.re),
-          multiplicity * (d1 * F.first.im - d2 * F.second.im)};
 }
 
 /// The complex pressure at (x, y, z) of the piston of half-width a along x and half-height b along
@@ -249,17 +304,37 @@ __host__ __device__ inline ComplexPair<Lane> pointPressure(Lane x, Lane y, Lane 
                                                            Real k,
                                                            const SymmetricRule<Real>& rule) {
   const IntegrandOf<Lane> f(z, k);
-  const Lane u = IntegrandOf<Lane>::distance(x);
-  const Lane v = IntegrandOf<Lane>::distance(y);
-  const ComplexPair<Lane> alongY = edgePairSum(f, u - Lane(a), u + Lane(a), v, Lane(b), rule);
-  const ComplexPair<Lane> alongX = edgePairSum(f, v - Lane(b), v + Lane(b), u, Lane(a), rule);
+  const Lane none(Real(0)), A(a), B(b);
+  const Lane u = IntegrandOf<Lane>::distance(x), v = IntegrandOf<Lane>::distance(y);
+  const Lane nearX = u - A, farX = u + A, nearY = v - B, farY = v + B;
+  // Three cases for the edges of a direction: beyond their ends one interval; between them two,
+  // split at the foot of the perpendicular, where the integrand is sharpest; in the middle two
+  // equal ones, so one is doubled.
+  const auto outsideX = u > A, outsideY = v > B;
+  const auto splitX = footSplits<Real>(u, A), splitY = footSplits<Real>(v, B);
+
+  using Edges = EdgePair<Lane, Real>;
+  Quadrature<IntegrandOf<Lane>, Lane, Real> quadrature(f, rule);
+  Edges edgesAlongY(nearX, farX, select(outsideY, nearY, none), farY);
+  Edges edgesAlongX(nearY, farY, select(outsideX, nearX, none), farX);
+  quadrature.integrate(edgesAlongY, edgesAlongX);
+  ComplexPair<Lane> alongY = edgesAlongY.difference(), alongX = edgesAlongX.difference();
+  if (any(splitY)) {
+    Edges rest(nearX, farX, select(splitY, nearY, none), none);
+    quadrature.integrate(rest);
+    alongY = select(splitY, alongY + rest.difference(), alongY);
+  }
+  if (any(splitX)) {
+    Edges rest(nearY, farY, select(splitX, nearX, none), none);
+    quadrature.integrate(rest);
+    alongX = select(splitX, alongX + rest.difference(), alongX);
+  }
+  alongY = select(outsideY | splitY, alongY, alongY + alongY);
+  alongX = select(outsideX | splitX, alongX, alongX + alongX);
+
   const ComplexPair<Lane> S = f.complete(alongY + alongX);
   const Lane inverse2Pi(static_cast<Real>(0.15915494309189535));
-  const Lane zero(Real(0));
-  const Lane acrossMost = u + Lane(a), alongMost = v + Lane(b);
-  return select(f.losesPhase(acrossMost * acrossMost + alongMost * alongMost),
-                ComplexPair<Lane>{zero, zero},
-                ComplexPair<Lane>{S.im * inverse2Pi, -S.re * inverse2Pi});
+  return f.ifTold({S.im * inverse2Pi, -S.re * inverse2Pi}, farX, farY);
 }
 
 }  // namespace pistonfield

@@ -166,7 +166,9 @@ class DoubleIntegrand {
   DoubleIntegrand(Lane z, Lane k) : z_(z), k_(k) {}
 
   static Lane distance(Lane x) { return std::abs(x); }
-  static bool losesPhase(Lane /*reach*/) { return false; }
+  static ComplexPair<Lane> ifTold(ComplexPair<Lane> p, Lane /*across*/, Lane /*along*/) {
+    return p;
+  }
 
   Lane path(Lane D) const {
     const Lane R = std::sqrt(z_ * z_ + D);
