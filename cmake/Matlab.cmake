@@ -7,8 +7,11 @@ if(NOT PISTONFIELD_MATLAB)
 endif()
 
 find_package(Matlab REQUIRED COMPONENTS MX_LIBRARY)
-matlab_add_mex(NAME pistonfield_matlab OUTPUT_NAME pistonfield SRC ${gateway_sources}
-               LINK_TO pistonfield pistonfield_version R2017b)
+get_filename_component(matlab_libraries ${Matlab_MX_LIBRARY} DIRECTORY)
+find_library(MATLAB_UT NAMES ut libut HINTS ${matlab_libraries} REQUIRED)
+matlab_add_mex(NAME pistonfield_matlab OUTPUT_NAME pistonfield
+               SRC ${gateway_sources} ${PROJECT_SOURCE_DIR}/src/matlab/hosts/Matlab.cpp
+               LINK_TO pistonfield pistonfield_version ${MATLAB_UT} R2017b)
 add_dependencies(pistonfield_matlab pistonfield_version_header)
 set_target_properties(pistonfield_matlab PROPERTIES
   LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/matlab

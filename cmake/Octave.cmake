@@ -12,7 +12,8 @@ endif()
 
 execute_process(COMMAND ${MKOCTFILE} -p OCTINCLUDEDIR OUTPUT_VARIABLE octave_include
                 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-pistonfield_add_module(pistonfield_octave ${octave_include} ${octave_include}/octave)
+pistonfield_add_module(pistonfield_octave ${PROJECT_SOURCE_DIR}/src/matlab/hosts/Octave.cpp
+                       ${octave_include} ${octave_include}/octave)
 set_target_properties(pistonfield_octave PROPERTIES
   OUTPUT_NAME pistonfield SUFFIX .mex LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/octave)
 pistonfield_hide_symbols(pistonfield_octave)

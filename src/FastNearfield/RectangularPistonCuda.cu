@@ -7,6 +7,7 @@
 
 #include "FastNearfield/IntegratorCuda.h"
 #include "FastNearfield/KernelThreads.h"
+#include "FastNearfield/LaunchPieces.h"
 #include "FastNearfield/LaunchShape.h"
 #include "FastNearfield/LaunchTiming.h"
 #include "FastNearfield/RectangularPistonKernels.h"
@@ -24,6 +25,7 @@ using pistonfield::DeviceBuffer;
 using pistonfield::gridBytes;
 using pistonfield::half;
 using pistonfield::launch;
+using pistonfield::launchInPieces;
 using pistonfield::launchTimed;
 using pistonfield::loadAffineMap;
 using pistonfield::MappedGrid;
@@ -35,6 +37,7 @@ using pistonfield::pointListShape;
 using pistonfield::regularGridShape;
 using pistonfield::stageCheck;
 using pistonfield::SteppedGrid;
+using pistonfield::timed;
 
 namespace {
 constexpr const char* sourceFile = "src/FastNearfield/RectangularPistonCuda";
@@ -47,6 +50,9 @@ __constant__ float global_RectangularPiston_float_w[256];
 __constant__ int global_RectangularPiston_float_N;
 
 namespace {
+
+/// The same on the host: how long a point takes.
+int loadedOrder = 0;
 
 cudaError_t writeSymbol(const std::string& symbol, const void* data, std::size_t size) {
   return pistonfield::cudaMemcpyToSymbol(
@@ -77,6 +83,7 @@ void setIntegratorWeightsSym(const char* name, const float* x, const float* w, i
             HERE);
   callCheck(writeSymbol(prefix + "N", &N, sizeof(int)),
             "cudaMemcpyToSymbol( buf, (void*)&N, sizeof(int) )", HERE);
+  loadedOrder = N;
   stageCheck("end setIntegratorWeightsSym", HERE);
 }
 
@@ -202,8 +209,13 @@ void RectangularPiston_func_unstructured_device(Complex* d_array, int nbPos, flo
   std::cout << "nbPos" << nbPos << std::endl;
   std::cout << "grid: " << grid.x << " " << grid.y << " " << grid.z << std::endl;
   std::cout << (std::size_t{grid.x} << 13) << std::endl;
-  launchTimed(HERE, calculate_grid_unstructured, grid, blockShape, d_array, nbPos, d_pos, half(b),
-              half(a), k);
+  timed(HERE, [&] {
+    launchInPieces(nbPos, loadedOrder, [&](int first, int count) {
+      return launch<Complex*, int, float*, float, float, float>(
+          calculate_grid_unstructured, pointListShape(count), blockShape, d_array + first, count,
+          d_pos + std::ptrdiff_t{3} * first, half(b), half(a), k);
+    });
+  });
   stageCheck("RectangularPiston_func_device", HERE);
 }
 

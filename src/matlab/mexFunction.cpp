@@ -9,9 +9,11 @@
 #include "FastNearfield/RectangularPiston2.h"
 #include "FastNearfield/RectangularPistonCuda.h"
 #include "core/Grid.h"
+#include "core/Interruption.h"
 #include "core/cudahelper.h"
 #include "matlab/Arguments.h"
 #include "matlab/MatlabErrorHandler.h"
+#include "matlab/hosts/Interruption.h"
 #include "version.h"
 
 // p = pistonfield(points, ignored, l, s, k, mode, nabscissas)
@@ -91,6 +93,7 @@ void widen(const Complex* pressures, std::size_t count, double* re, double* im) 
 
 void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   ErrorHandler::setErrorHandler(new MatlabErrorHandler);
+  setInterruptionCheck(endInterruptedCall);
   const CudaDeviceThread device;
 
   if (nlhs == 0 && nrhs == 1 && isText(prhs[POINTS], "info")) {

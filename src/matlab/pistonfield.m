@@ -42,7 +42,7 @@
 %
 % The values of l, s and k are printed; progress lines go to the standard output
 % of the process.  pistonfield ('info') prints when and from what the module was
-% built.
+% built.  Ctrl-C ends a long call.
 %
 % Example: the pressure on the axis of a piston of 1 MHz in water
 %

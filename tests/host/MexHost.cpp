@@ -12,6 +12,7 @@
 #include <iostream>
 #include <memory>
 #include <stdexcept>
+#include <thread>
 
 #include "mex.h"
 
@@ -22,10 +23,16 @@ class HostError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// What an interruption by the host's user is while it unwinds.
+class Interruption : public std::exception {};
+
 /// What the running call has asked of the host.
 struct Call {
   std::string printed;
   std::vector<std::unique_ptr<mxArray>> arrays;
+  std::thread::id thread = std::this_thread::get_id();
+  int checks = 0;
+  int interruptedCheck = 0;
 };
 Call* current = nullptr;
 
@@ -121,6 +128,11 @@ void mexErrMsgTxt(const char* message) {
   throw HostError(message);
 }
 
+void mexEndInterruptedCall() {
+  if (std::this_thread::get_id() != current->thread) die("asked on a thread of the module's own");
+  if (++current->checks == current->interruptedCheck) throw Interruption();
+}
+
 namespace host {
 
 MexHost::MexHost(const std::string& path) : module_(dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL)) {
@@ -131,7 +143,7 @@ MexHost::~MexHost() { dlclose(module_); }
 
 void* MexHost::symbol(const char* name) const { return dlsym(module_, name); }
 
-Outcome MexHost::call(int nlhs, const std::vector<mxArray>& arguments) const {
+Outcome MexHost::call(int nlhs, const std::vector<mxArray>& arguments, int interruptedCheck) const {
   const auto function = reinterpret_cast<decltype(&mexFunction)>(symbol("mexFunction"));
   std::vector<const mxArray*> prhs(std::max<std::size_t>(arguments.size(), 1));
   std::transform(arguments.begin(), arguments.end(), prhs.begin(),
@@ -139,6 +151,7 @@ Outcome MexHost::call(int nlhs, const std::vector<mxArray>& arguments) const {
   std::vector<mxArray*> plhs(static_cast<std::size_t>(std::max(nlhs, 1)));
 
   Call call;
+  call.interruptedCheck = interruptedCheck;
   current = &call;
   Outcome outcome;
   testing::internal::CaptureStdout();
@@ -152,6 +165,8 @@ Outcome MexHost::call(int nlhs, const std::vector<mxArray>& arguments) const {
       if (result) outcome.results.push_back(*result);
   } catch (const HostError& error) {
     outcome.error = error.what();
+  } catch (const Interruption&) {
+    outcome.interrupted = true;
   } catch (...) {
     die("an exception that is not the host's own left the module");
   }
@@ -159,6 +174,7 @@ Outcome MexHost::call(int nlhs, const std::vector<mxArray>& arguments) const {
   outcome.standardError = testing::internal::GetCapturedStderr();
   outcome.standardOutput = testing::internal::GetCapturedStdout();
   outcome.printed = call.printed;
+  outcome.checks = call.checks;
   current = nullptr;
   return outcome;
 }

@@ -15,7 +15,9 @@ struct Outcome {
   std::string standardOutput;        // of the process
   std::string standardError;
   std::vector<mxArray> results;
-  double seconds = 0;  // between the entry into the module and the way out
+  double seconds = 0;        // between the entry into the module and the way out
+  int checks = 0;            // how often the module asked whether the user interrupts
+  bool interrupted = false;  // whether that ended the call
 };
 
 /// A host for one MEX module, as honest as the real ones:
@@ -33,8 +35,9 @@ class MexHost {
   MexHost& operator=(const MexHost&) = delete;
   ~MexHost();
 
-  /// [results{1:nlhs}] = module(arguments{:})
-  Outcome call(int nlhs, const std::vector<mxArray>& arguments) const;
+  /// [results{1:nlhs}] = module(arguments{:}). The user interrupts before the nth time that the
+  /// module asks, or never.
+  Outcome call(int nlhs, const std::vector<mxArray>& arguments, int interruptedCheck = 0) const;
 
   /// The address of a function that the module exports; null if it has none of that name.
   void* symbol(const char* name) const;

@@ -30,6 +30,7 @@ mxArray* mxCreateNumericArray(mwSize ndim, const mwSize* dims, mxClassID classId
                               mxComplexity complexity);
 int mexPrintf(const char* format, ...);
 void mexErrMsgTxt(const char* message);
+void mexEndInterruptedCall();  // this host's own: unwinds the module if the call is interrupted
 
 void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]);
 }

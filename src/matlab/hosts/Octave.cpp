@@ -1,0 +1,5 @@
+#include <quit.h>
+
+#include "matlab/hosts/Interruption.h"
+
+void pistonfield::endInterruptedCall() { octave_quit(); }

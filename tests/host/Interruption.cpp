@@ -1,0 +1,5 @@
+#include "matlab/hosts/Interruption.h"
+
+#include "mex.h"
+
+void pistonfield::endInterruptedCall() { mexEndInterruptedCall(); }
