@@ -24,28 +24,31 @@ class HalfPhase {
   /// For paths that are not `lost`.
   __host__ __device__ SineCosine operator()(Lane path) const { return ofHalfTurns(fraction(path)); }
 
-  /// For any path; of a lost one some phase.
+  /// For any path; of a lost one some phase, and NaN of an infinite one.
   __host__ __device__ SineCosine ofAny(Lane path) const {
-    const Lane r = fraction(path);
-    return ofHalfTurns(r - nearestInteger(r));
+    const auto kept = absolute(Lane(high_) * path) <= Lane(mostHalfTurns);
+    return ofHalfTurns(select(kept, fraction(path), path * Lane(0.0f)));
   }
 
   /// Whether a path of at most this length can be lost.
   __host__ __device__ auto mayBeLost(Lane length) const {
-    return absolute(Lane(high_) * length) > Lane(4194304.0f);
+    return absolute(Lane(high_) * length) > Lane(mostHalfTurns / 2);
   }
 
-  /// Whether so many half turns go into a finite path that floats have no fraction of one left.
+  /// Whether so many half turns go into a finite path that floats have hardly a fraction of one
+  /// left.
   __host__ __device__ auto lost(Lane path) const {
     const Lane halfTurns = absolute(Lane(high_) * path);
-    return (halfTurns > Lane(8388608.0f)) & (halfTurns <= Lane(3.4028235e38f));
+    return (halfTurns > Lane(mostHalfTurns)) & (halfTurns <= Lane(3.4028235e38f));
   }
 
  private:
   /// Half turns less whole ones.
   __host__ __device__ Lane fraction(Lane path) const {
     const Lane high(high_);
-    const Lane whole = nearestInteger(high * path);
+    // A sum near 2^23 leaves no room for a fraction.
+    const Lane roundsOff(3 * mostHalfTurns);
+    const Lane whole = multiplyAdd(high, path, roundsOff) - roundsOff;
     return multiplyAdd(Lane(low_), path, multiplyAdd(high, path, -whole));
   }
 
@@ -63,6 +66,7 @@ class HalfPhase {
     return {r * sine, multiplyAdd(t, cosine, Lane(1.0f))};
   }
 
+  static constexpr float mostHalfTurns = 4194304;  // 2^22
   static constexpr float inverse2Pi = 0.15915494f;
   static constexpr float inverse2PiRest = 6.42063824e-09f;
 

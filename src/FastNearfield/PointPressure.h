@@ -298,7 +298,7 @@ __host__ __device__ inline auto footSplits(Lane offset, Lane half) {
 /// The complex pressure at (x, y, z) of the piston of half-width a along x and half-height b along
 /// y, in the plane z = 0, with the time factor exp(+iωt). z keeps its sign: the field is that of
 /// the formula, which no mirror symmetry in z holds for. 0 where single precision has lost the
-/// phase altogether: farther than some 10⁷ wavelengths to the side or behind.
+/// phase altogether: farther than some 4·10⁶ wavelengths to the side or behind.
 template <template <class> class IntegrandOf, class Lane, class Real>
 __host__ __device__ inline ComplexPair<Lane> pointPressure(Lane x, Lane y, Lane z, Real a, Real b,
                                                            Real k,

@@ -42,9 +42,6 @@ __host__ __device__ inline float quotient(float x, float y) {
 #endif
 }
 
-/// The nearest integer, ties to even.
-__host__ __device__ inline float nearestInteger(float x) { return std::nearbyint(x); }
-
 /// x·y + z, rounded once.
 __host__ __device__ inline float multiplyAdd(float x, float y, float z) {
   return std::fma(x, y, z);

@@ -106,10 +106,6 @@ Lanes<Set> quotient(Lanes<Set> x, Lanes<Set> y) {
   return Lanes<Set>::of(x.value / y.value);
 }
 template <class Set>
-Lanes<Set> nearestInteger(Lanes<Set> x) {
-  return Lanes<Set>::of(Set::nearestInteger(x.value));
-}
-template <class Set>
 Lanes<Set> multiplyAdd(Lanes<Set> x, Lanes<Set> y, Lanes<Set> z) {
   return Lanes<Set>::of(Set::multiplyAdd(x.value, y.value, z.value));
 }

@@ -51,9 +51,6 @@ struct Avx2 {
 
   static Register absolute(Register x) { return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), x); }
   static Register squareRoot(Register x) { return _mm256_sqrt_ps(x); }
-  static Register nearestInteger(Register x) {
-    return _mm256_round_ps(x, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
-  }
   static Register multiplyAdd(Register x, Register y, Register z) {
     return _mm256_fmadd_ps(x, y, z);
   }

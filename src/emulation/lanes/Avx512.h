@@ -49,9 +49,6 @@ struct Avx512 {
 
   static Register absolute(Register x) { return _mm512_abs_ps(x); }
   static Register squareRoot(Register x) { return _mm512_sqrt_ps(x); }
-  static Register nearestInteger(Register x) {
-    return _mm512_roundscale_ps(x, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
-  }
   static Register multiplyAdd(Register x, Register y, Register z) {
     return _mm512_fmadd_ps(x, y, z);
   }

@@ -42,7 +42,6 @@ struct Neon {
 
   static Register absolute(Register x) { return vabsq_f32(x); }
   static Register squareRoot(Register x) { return vsqrtq_f32(x); }
-  static Register nearestInteger(Register x) { return vrndnq_f32(x); }
   static Register multiplyAdd(Register x, Register y, Register z) { return vfmaq_f32(z, x, y); }
 };
 

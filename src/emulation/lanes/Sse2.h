@@ -42,13 +42,6 @@ struct Sse2 {
 
   static Register absolute(Register x) { return _mm_andnot_ps(_mm_set1_ps(-0.0f), x); }
   static Register squareRoot(Register x) { return _mm_sqrt_ps(x); }
-  static Register nearestInteger(Register x) {
-    // Adding 2^23 leaves no room for a fraction; from there on there is none.
-    const Register sign = _mm_and_ps(_mm_set1_ps(-0.0f), x);
-    const Register big = _mm_or_ps(sign, _mm_set1_ps(8388608.0f));
-    const Register nearest = _mm_or_ps(sign, (x + big) - big);
-    return select(less(absolute(x), _mm_set1_ps(8388608.0f)), nearest, x);
-  }
 
   /// Through double precision, which holds every product of two floats. The sum is rounded there
   /// first, which one time in hundreds of millions shows.
