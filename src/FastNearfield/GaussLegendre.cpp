@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
@@ -85,9 +86,9 @@ void legendre_compute(int order, double* x, double* w) {
 
 template <class T>
 void legendre_compute(int order, T* x, T* w) {
-  // Signed sizes, so that a negative order fails here, in the allocation.
-  const std::unique_ptr<double[]> x64(new double[order]);
-  const std::unique_ptr<double[]> w64(new double[order]);
+  const auto size = static_cast<std::size_t>(order);  // of a negative one: more than can be had
+  const std::unique_ptr<double[]> x64(new double[size]);
+  const std::unique_ptr<double[]> w64(new double[size]);
   legendre_compute(order, x64.get(), w64.get());
   std::transform(x64.get(), x64.get() + order, x, [](double v) { return static_cast<T>(v); });
   std::transform(w64.get(), w64.get() + order, w, [](double v) { return static_cast<T>(v); });

@@ -63,9 +63,9 @@ void printName(const char* label, const std::string& name) {
 
 void legendre_handle(int order, std::string output) {
   double R[] = {-1.0, 1.0};
-  // Signed sizes, so that a negative order fails here, in the allocation.
-  const std::unique_ptr<double[]> W(new double[order]);
-  const std::unique_ptr<double[]> X(new double[order]);
+  const auto size = static_cast<std::size_t>(order);  // of a negative one: more than can be had
+  const std::unique_ptr<double[]> W(new double[size]);
+  const std::unique_ptr<double[]> X(new double[size]);
   legendre_compute(order, X.get(), W.get());
 
   if (const Syntax* const syntax = findSyntax(output)) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <limits>
 #include <memory>
 
@@ -13,8 +14,9 @@ template <class T>
 struct QuadratureRule {
   /// The Gauss–Legendre rule of `n` ≥ 1 nodes; no interval is mapped yet, which NaN says.
   explicit QuadratureRule(int n) : order(n) {
-    std::unique_ptr<T[]> abscissas(new T[n]), weights(new T[n]);
-    std::unique_ptr<T[]> imageX(new T[n]), imageW(new T[n]);
+    const auto size = static_cast<std::size_t>(n);
+    std::unique_ptr<T[]> abscissas(new T[size]), weights(new T[size]);
+    std::unique_ptr<T[]> imageX(new T[size]), imageW(new T[size]);
     std::fill_n(imageX.get(), n, std::numeric_limits<T>::quiet_NaN());
     std::fill_n(imageW.get(), n, std::numeric_limits<T>::quiet_NaN());
     legendre_compute(n, abscissas.get(), weights.get());

@@ -80,4 +80,4 @@ State& theState() {
 
 }  // namespace emulation
 
-emulation::TestControl& emulationTestControl() { return emulation::theState(); }
+emulation::TestControl* emulationTestControl() { return &emulation::theState(); }

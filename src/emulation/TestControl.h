@@ -54,4 +54,4 @@ class TestControl {
 
 }  // namespace emulation
 
-extern "C" emulation::TestControl& emulationTestControl();
+extern "C" emulation::TestControl* emulationTestControl();

@@ -60,7 +60,7 @@ class KernelTest : public support::DeviceTest {
 };
 
 TEST_F(KernelTest, ListsOfAnyLengthWriteExactlyTheirPoints) {
-  for (const std::size_t count : {1, 2, 127, 128, 129, 8191, 8193}) {
+  for (const std::size_t count : {1u, 2u, 127u, 128u, 129u, 8191u, 8193u}) {
     std::vector<float> positions;
     for (std::size_t i = 0; i < count; ++i)
       positions.insert(positions.end(), {static_cast<float>(i) / 64, 0.25f, 1.0f});

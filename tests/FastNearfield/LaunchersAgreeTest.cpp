@@ -19,7 +19,7 @@ class LaunchersAgreeTest : public support::DeviceTest,
     if (IsSkipped()) return;
     setCudaIntegratorParameters("RectangularPiston", 10);
 #if !defined(CUDART_VERSION)
-    emulationTestControl().poisonFreshMemory();
+    emulationTestControl()->poisonFreshMemory();
 #endif
   }
 

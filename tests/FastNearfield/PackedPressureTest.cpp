@@ -422,7 +422,7 @@ TEST_P(PackedPressureTest, GarbageInEveryOtherPlaceChangesNothing) {
   const std::vector<Point> points = Points(piston, 6).list(3000, false);
   const std::vector<Complex> expected = evaluate(set, points, rule);
   for (const float garbage : {nan, inf, -inf, largest, 0.0f, 0.75f})
-    for (const std::size_t step : {2, 3, 7, 32, 33})
+    for (const std::size_t step : {2u, 3u, 7u, 32u, 33u})
       for (const std::size_t kept : {std::size_t{0}, step - 1}) {
         std::vector<Point> among(points.size(), {garbage, garbage, garbage});
         std::vector<Point> chosen;

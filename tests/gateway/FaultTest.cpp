@@ -14,7 +14,7 @@ namespace {
 class FaultTest : public GatewayTest {
  protected:
   FaultTest()
-      : device(reinterpret_cast<decltype(&emulationTestControl)>(
+      : device(*reinterpret_cast<decltype(&emulationTestControl)>(
             module.symbol("emulationTestControl"))()) {}
   void TearDown() override { device.restore(); }
 
@@ -62,7 +62,7 @@ class FirstCallTest : public GatewayTest {
 TEST_F(FirstCallTest, AlsoTheModulesFirstErrorIsReportedToTheHost) {
   // The handler must be there before the device can fail.
   auto& device =
-      reinterpret_cast<decltype(&emulationTestControl)>(module.symbol("emulationTestControl"))();
+      *reinterpret_cast<decltype(&emulationTestControl)>(module.symbol("emulationTestControl"))();
   device.pretendDevices({});
   const host::Outcome outcome = call({}, 5);
   device.restore();

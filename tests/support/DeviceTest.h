@@ -57,14 +57,14 @@ class DeviceTest : public testing::Test {
 class EmulationTest : public DeviceTest {
  protected:
   void SetUp() override {
-    emulationTestControl().restore();
+    emulationTestControl()->restore();
     DeviceTest::SetUp();
   }
   void TearDown() override {
-    emulationTestControl().restore();
+    emulationTestControl()->restore();
     DeviceTest::TearDown();
   }
-  emulation::TestControl& device = emulationTestControl();
+  emulation::TestControl& device = *emulationTestControl();
 };
 #endif
 
