@@ -15,8 +15,10 @@ add_compile_options($<$<COMPILE_LANGUAGE:CUDA>:--resource-usage>)
 set(PISTONFIELD_SANITIZE "" CACHE STRING "Sanitizers to build everything with, as for -fsanitize=")
 if(PISTONFIELD_SANITIZE)
   add_compile_options(-fsanitize=${PISTONFIELD_SANITIZE} -fno-sanitize-recover=all
-                      -fno-omit-frame-pointer)
+                      -fno-omit-frame-pointer -D_GLIBCXX_ASSERTIONS)
   # g++ sees things in its own headers once they are instrumented.
   add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${PISTONFIELD_SANITIZE})
 endif()
+
+include(Hardening)
