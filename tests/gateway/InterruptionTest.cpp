@@ -12,7 +12,7 @@ namespace {
 class InterruptionTest : public GatewayTest {
  protected:
   InterruptionTest()
-      : device(reinterpret_cast<decltype(&emulationTestControl)>(
+      : device(*reinterpret_cast<decltype(&emulationTestControl)>(
             module.symbol("emulationTestControl"))()) {
     std::vector<double> points;
     for (std::size_t n = 0; n < count; ++n) {

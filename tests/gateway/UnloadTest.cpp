@@ -1,0 +1,82 @@
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+#include "gateway/GatewayTest.h"
+
+// A host unloads a module and loads it again, as often as its user likes. The module is linked as
+// users get it: symbols that others may share would keep it in the process.
+
+namespace {
+
+std::string unloadedModule() {
+  const char* const path = std::getenv("PISTONFIELD_UNLOADED_MODULE");
+  return path ? path : PISTONFIELD_UNLOADED_MODULE;
+}
+
+bool isMapped(const std::string& path) {
+  const std::string name = path.substr(path.rfind('/'));
+  std::ifstream maps("/proc/self/maps");
+  for (std::string line; std::getline(maps, line);)
+    if (line.find(name) != std::string::npos) return true;
+  return false;
+}
+
+/// A number of /proc/self/status: threads, or kilobytes.
+long status(const std::string& name) {
+  std::ifstream lines("/proc/self/status");
+  for (std::string word; lines >> word;) {
+    long value = 0;
+    if (word == name + ":" && lines >> value) return value;
+  }
+  ADD_FAILURE() << name << " is not told";
+  return 0;
+}
+
+std::vector<double> realParts(const host::MexHost& module, const Arguments& arguments) {
+  const host::Outcome outcome = module.call(1, arguments.first(7));
+  EXPECT_FALSE(outcome.error) << *outcome.error;
+  return outcome.results.empty() ? std::vector<double>{} : outcome.results[0].re;
+}
+
+class UnloadTest : public GatewayTest {};
+
+TEST_F(UnloadTest, NothingOfAModuleStaysInTheProcess) {
+  const std::string path = unloadedModule();
+  Arguments arguments;
+  std::vector<double> points;
+  const std::size_t count = 30000;  // enough for every core to get work
+  for (std::size_t i = 0; i < count; ++i)
+    points.insert(points.end(), {0, 0, 0.001 + 1e-6 * static_cast<double>(i)});
+  arguments.points = host::matrix(3, count, points);
+
+  const std::vector<double> expected = realParts(module, arguments);
+  const long threads = status("Threads");
+  long early = 0;
+  for (int n = 1; n <= 200; ++n) {
+    {
+      const host::MexHost again(path);
+      ASSERT_TRUE(isMapped(path));
+      ASSERT_EQ(realParts(again, arguments), expected) << n;
+    }
+    ASSERT_FALSE(isMapped(path)) << n;
+    ASSERT_EQ(status("Threads"), threads) << n;
+    if (n == 20) early = status("VmRSS");
+  }
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // which keep freed memory
+  EXPECT_LT(status("VmRSS") - early, 2000);                          // a single call takes 1400
+#endif
+}
+
+TEST_F(UnloadTest, TwoModulesInOneProcessKeepToThemselves) {
+  const host::MexHost other(unloadedModule());
+  Arguments arguments;
+  const std::vector<double> expected = realParts(module, arguments);
+  EXPECT_EQ(errorOf(arguments, 4).find("Must have five or six input arguments"), 0u);
+  EXPECT_EQ(realParts(other, arguments), expected);
+  arguments.nabscissas = host::scalar(0);
+  EXPECT_TRUE(other.call(1, arguments.first(7)).error);
+  EXPECT_EQ(realParts(module, Arguments{}), expected);
+}
+
+}  // namespace

@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# company.sh <octave-cli> <folder of the module>
+#
+# Sessions of Octave that call and end: 20 one after the other, then 4 at once. All end well, with the
+# same pressures.
+set -euo pipefail
+octave=$1 module=$2
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+session() { # <name> <calls>
+  "$octave" --no-history --norc --quiet --eval "
+    addpath ('$module');
+    points = [linspace(-0.02, 0.02, 30000); zeros(1, 30000); linspace(0.001, 0.05, 30000)];
+    for n = 1:$2
+      p = pistonfield (points, 0, 0.01, 0.005, 4188.79);
+    endfor
+    file = fopen ('$work/$1', 'w');
+    fwrite (file, [real(p), imag(p)], 'double');
+    fclose (file);" >/dev/null
+}
+
+session expected 1
+(($(stat -c %s "$work/expected") == 30000 * 16))
+for ((n = 0; n < 20; ++n)); do
+  session alone 1
+  cmp "$work/expected" "$work/alone"
+done
+workers=()
+for ((n = 0; n < 4; ++n)); do
+  session "worker$n" 20 &
+  workers+=($!)
+done
+for ((n = 0; n < 4; ++n)); do
+  wait "${workers[n]}"
+  cmp "$work/expected" "$work/worker$n"
+done

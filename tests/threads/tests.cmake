@@ -1,0 +1,12 @@
+# The tests whose work is spread over the cores, in a program of their own: small enough to be built
+# for the thread sanitizer whenever all is tested.
+
+if(PISTONFIELD_USE_CUDA)
+  return()
+endif()
+
+add_executable(thread_tests EXCLUDE_FROM_ALL
+  emulation/LaunchTest.cpp
+  FastNearfield/LaunchersAgreeTest.cpp
+  FastNearfield/SpreadWorkTest.cpp)
+target_link_libraries(thread_tests PRIVATE pistonfield test_support GTest::gtest_main)
