@@ -35,13 +35,15 @@ inline dim3 pointListShape(int nbPositions) {
 }
 
 /// The grid of blocks for sx·sy·sz points. It only provides enough threads: kernels fold block and
-/// thread into one index, so a block is not a tile. For more points than that index can count it is
-/// a shape that every device refuses.
+/// thread into one index, so a block is not a tile. For more points than that index can count, and
+/// for negative sizes, two of which would make a number of points, it is a shape that every device
+/// refuses.
 inline dim3 regularGridShape(int sx, int sy, int sz) {
   const auto width = static_cast<unsigned>(iDivUp(sx, 16));
   const std::int64_t page = std::int64_t{sx} * sy;
   const std::int64_t most = std::numeric_limits<int>::max();
-  if (page > most || page * sz > most) return {width, std::numeric_limits<unsigned>::max()};
+  if (sx < 0 || sy < 0 || sz < 0 || page > most || page * sz > most)
+    return {width, std::numeric_limits<unsigned>::max()};
   return {width, static_cast<unsigned>(iDivUp(std::int64_t{sy} * sz, std::int64_t{8}))};
 }
 

@@ -1,4 +1,5 @@
 #include <chrono>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -92,6 +93,25 @@ TEST_F(LauncherTest, NegativeSizesFailInTheAllocation) {
   cudaGetLastError();
   EXPECT_EQ(failureOf([&] { do_calculate(nullptr, -1, 1, 1, 1, 1, 1, a, b, k); }).condition,
             "Cuda error when calling cudaMalloc((void**)&d_array, datasize): out of memory");
+}
+
+TEST_F(LauncherTest, TwoNegativeSizesMakeNoGrid) {
+  std::vector<Complex> data(6);
+  std::vector<Complexd> data_d(6);
+  std::vector<double> t = launchers::doubleTransform();
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(failureOf([&] { do_calculate(data.data(), -2, -3, 1, 1, 1, 1, a, b, k); }).condition,
+            "invalid configuration argument");
+  EXPECT_EQ(failureOf([&] {
+              RectangularPiston_func_d(data_d.data(), 1, -3, -2, t.data(), a, b, k);
+            }).condition,
+            "invalid configuration argument");
+  // Their product overflows 64 bits, and leaves no bytes to allocate.
+  EXPECT_EQ(failureOf([&] {
+              do_calculate(nullptr, std::numeric_limits<int>::min(), 1 << 30, -8, 1, 1, 1, a, b, k);
+            }).condition,
+            "invalid configuration argument");
+  testing::internal::GetCapturedStderr();
 }
 
 TEST_F(LauncherTest, AGridOfMoreRowsThanADeviceLaunchesIsRefused) {
