@@ -65,7 +65,8 @@ class HalfAngleIntegrand {
 
   /// Where R − z can have more turns than floats count, a point has no phase.
   __host__ __device__ ComplexPair<Lane> ifTold(ComplexPair<Lane> p, Lane across, Lane along) const {
-    if (!any(half_.mayBeLost(across + along + Lane(2.0f) * absZ_))) return p;
+    const Lane longest = absolute(across) + absolute(along) + Lane(2.0f) * absZ_;
+    if (!any(half_.mayBeLost(longest))) return p;
     const auto lost = half_.lost(path(across * across + along * along));
     return {select(lost, Lane(0.0f), p.re), select(lost, Lane(0.0f), p.im)};
   }

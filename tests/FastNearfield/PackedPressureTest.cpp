@@ -417,6 +417,17 @@ TEST_P(PackedPressureTest, APointDoesNotFeelItsNeighbours) {
       }
 }
 
+TEST_P(PackedPressureTest, NegativeSidesReachAsFarAsPositiveOnes) {
+  // Sides of either sign, so that what the one adds to a distance the other takes away.
+  const HalfRule<float> rule(10);
+  const Piston huge{1073741824.0f, -1073741824.0f, -2147483648.0f};
+  const std::vector<Point> points = {{4, -1.25f, 0}, {4, -1.25f, -4}, {1e9f, 1, -4}};
+  const std::vector<Complex> alone = evaluateAlone(set, points, rule, huge);
+  EXPECT_TRUE(sameValues(evaluate(set, points, rule, huge), alone, points));
+  EXPECT_TRUE(sameValues(scalar(points, rule, huge), alone, points));
+  for (const Complex& p : alone) EXPECT_TRUE(same(p, {0, 0})) << text(p);
+}
+
 TEST_P(PackedPressureTest, GarbageInEveryOtherPlaceChangesNothing) {
   const HalfRule<float> rule(9);
   const std::vector<Point> points = Points(piston, 6).list(3000, false);
