@@ -1,0 +1,267 @@
+#include "support/EveryCall.h"
+
+#include <memory>
+#include <ostream>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "FastNearfield/Launchers.h"
+#include "FastNearfield/RectangularPiston2.h"
+#include "core/cudahelper.h"
+
+using launchers::small;
+using launchers::Values;
+using pistonfield::CudaDeviceThread;
+using pistonfield::CudaInterface;
+using pistonfield::CudaStorage;
+using pistonfield::RectangularPistonCuda2;
+using support::CheckSite;
+using support::Ending;
+using support::EveryCall;
+using support::Failed;
+
+// Every call of the runtime fails that the system makes, below its C++ interface.
+
+namespace {
+
+/// What a caller may have under way when the device is released.
+struct Interruption {};
+
+const RectangularPistonCuda2 piston{2, 4, 5};
+const pistonfield::Grid3DR<double> grid(3, 2, 2,
+                                        {0.5, 0, 0, -0.75, 0, 0.25, 0, 0.5, 0, 0, 2, 1, 0, 0, 0,
+                                         1});
+
+template <class T>
+Values paired(const std::vector<T>& numbers) {
+  Values values;
+  for (std::size_t i = 0; i < numbers.size(); i += 2)
+    values.emplace_back(numbers[i], numbers[i + 1]);
+  return values;
+}
+
+template <class T>
+Values computed() {
+  std::vector<T> numbers(std::size_t{2} * grid.nbPositions());
+  piston.compute(numbers.data(), grid);
+  return paired(numbers);
+}
+
+Values computedOnStorage() {
+  CudaStorage storage(CudaStorage::DT_FLOAT, std::size_t{2} * grid.nbPositions());
+  piston.compute(&storage, grid);
+  storage.toHost();
+  return paired<float>({storage.getFloatData(), storage.getFloatData() + storage.getSize()});
+}
+
+Values wholeCallWithOrder() {
+  const CudaDeviceThread device;
+  setCudaIntegratorParameters("RectangularPiston", 12);
+  return launchers::unstructured(small);
+}
+
+Values wholeCallWithTable() {
+  const CudaDeviceThread device;
+  const float x[] = {0.861136f, 0.339981f}, w[] = {0.347855f, 0.652145f};
+  setIntegratorWeightsSym("RectangularPiston", x, w, 4);
+  return launchers::unstructured(small);
+}
+
+Values interruptedCall() {
+  const CudaDeviceThread device;
+  setCudaIntegratorParameters("RectangularPiston", 12);
+  launchers::unstructured(small);
+  throw Interruption();
+}
+
+struct Way {
+  std::string name;
+  Values (*call)();
+  bool releasesSilently;
+};
+
+void PrintTo(const Way& way, std::ostream* out) { *out << way.name; }
+
+template <Values (*launcher)(const launchers::Size&)>
+Values launched() {
+  return launcher(small);
+}
+
+const std::vector<Way> ways = {
+    {"RectangularPiston_func_unstructured", launched<launchers::unstructured>, false},
+    {"RectangularPiston_func", launched<launchers::grid>, false},
+    {"RectangularPiston_func2", launched<launchers::split>, false},
+    {"RectangularPiston_func_structured", launched<launchers::structured>, false},
+    {"do_calculate_grid", launched<launchers::twelveScalars>, false},
+    {"do_calculate", launched<launchers::fromCentre>, false},
+    {"RectangularPiston_func_d", launched<launchers::grid_d>, false},
+    {"RectangularPiston_func2_d", launched<launchers::split_d>, false},
+    {"do_calculate_grid_d", launched<launchers::twelveScalars_d>, false},
+    {"do_calculate_d", launched<launchers::fromCentre_d>, false},
+    {"computeFloats", computed<float>, false},
+    {"computeDoubles", computed<double>, false},
+    {"computeOnStorage", computedOnStorage, true},
+    {"wholeCallWithOrder", wholeCallWithOrder, false},
+    {"wholeCallWithTable", wholeCallWithTable, false},
+    {"interruptedCall", interruptedCall, false}};
+
+/// Throws every failure, like the hosts' handlers, and keeps it.
+class KeepingHandler : public support::ThrowingHandler {
+ public:
+  explicit KeepingHandler(std::vector<Ending::Report>& reports) : reports_(reports) {}
+  void fail(const char* condition, int line, const char* file) override {
+    reports_.push_back({condition, line, file});
+    ThrowingHandler::fail(condition, line, file);
+  }
+
+ private:
+  std::vector<Ending::Report>& reports_;
+};
+
+class EveryCallTest : public launchers::Test {
+ protected:
+  Ending endingOf(const Way& way) {
+    Ending ending;
+    pistonfield::ErrorHandler::setErrorHandler(new KeepingHandler(ending.reports));
+    testing::internal::CaptureStderr();
+    try {
+      ending.values = way.call();
+    } catch (const Failed&) {  // which the handler has kept
+    } catch (const Interruption&) {
+      ending.otherError = "interrupted";
+    }
+    ending.standardError = testing::internal::GetCapturedStderr();
+    ending.outputs = {printed()};
+    return ending;
+  }
+
+  void failEachOf(const Way& way) {
+    for (const int timing : {0, 1}) {
+      const auto start = [=] {
+        startAfresh();
+        do_timing = timing;
+      };
+      // Each call of a host starts the device anew.
+      everyCall.failEach({[&] { return endingOf(way); }, start, [] { CudaInterface::init(); },
+                          way.releasesSilently});
+    }
+  }
+
+  EveryCall everyCall{device, cudaGetErrorString};
+};
+
+class EveryCallOfTest : public EveryCallTest, public testing::WithParamInterface<Way> {};
+
+TEST_P(EveryCallOfTest, FailsAsOneReportAndLeavesNothing) { failEachOf(GetParam()); }
+
+INSTANTIATE_TEST_SUITE_P(All, EveryCallOfTest, testing::ValuesIn(ways),
+                         [](const auto& way) { return way.param.name; });
+
+TEST_F(EveryCallTest, AModelThatTheDeviceDoesNotKnowIsReportedWithWhateverTheRuntimeSays) {
+  const float x[] = {0.577350f}, w[] = {1};
+  const auto conditionOf = [&] {
+    return support::failureOf([&] { setIntegratorWeightsSym("Triangle", x, w, 2); }).condition;
+  };
+  const std::string report =
+      "Cuda error when calling cudaMemcpyToSymbol( buf, data_x, datasize ): ";
+  EXPECT_EQ(conditionOf(), report + "invalid device symbol");
+  startAfresh();
+  device.failCall("cudaMemcpyToSymbol", 1, cudaErrorUnknown, false);
+  EXPECT_EQ(conditionOf(), report + "unknown error");
+}
+
+TEST_F(EveryCallTest, WithoutDoublePrecisionNoMoreIsAskedOfTheRuntime) {
+  const Values expected = wholeCallWithOrder();
+  device.recordCalls();
+  wholeCallWithOrder();
+  int before = 0;
+  for (const emulation::Call& call : device.calls()) {
+    ++before;
+    if (std::string(call.function) == "cudaMemcpyToSymbol") break;
+  }
+  device.failCall("cudaMemcpyToSymbol", 1, cudaErrorInvalidSymbol, false);
+  device.failCall("", before + 1, cudaErrorUnknown, false);  // that the error is forgotten
+  testing::internal::CaptureStderr();
+  EXPECT_TRUE(wholeCallWithOrder() == expected);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "Support for double not found\n");
+}
+
+TEST_F(EveryCallTest, AListOfTheDevicesIsAsLongAsTheRuntimeLetsIt) {
+  for (const char* function : {"cudaGetDeviceCount", "cudaGetDeviceProperties"}) {
+    startAfresh();
+    device.failCall(function, 1, cudaErrorUnknown, true);
+    EXPECT_EQ(support::failureOf([] { CudaInterface::dumpDevices(); }).condition, "");
+    EXPECT_NE(printed().find("Total: "), std::string::npos);
+  }
+}
+
+/// A call that stands in no check, as uncheckedCalls() says it, and what it asks of the runtime.
+struct Unchecked {
+  const char* call;
+  const char* function;
+};
+
+// What is only compiled for CUDA asks nothing of the emulation device, and cannot fail there: the
+// look for a context that somebody else has made.
+constexpr const char* nothingHere = "";
+// This one has no way to fail.
+constexpr const char* neverFails = "";
+
+const std::vector<Unchecked> unchecked = {
+    // The start of every call and its end.
+    {"core/FastestDevice.cpp cudaGetDeviceCount", "cudaGetDeviceCount"},
+    {"core/FastestDevice.cpp cudaGetDeviceProperties", "cudaGetDeviceProperties"},
+    {"core/CudaToday.cpp cudaDeviceGetAttribute", "cudaDeviceGetAttribute"},
+    {"core/CudaToday.cpp cudaGetDriverEntryPoint", nothingHere},
+    {"core/CudaToday.cpp cudaGetDriverEntryPoint", nothingHere},
+    {"core/CudaToday.cpp cudaGetDriverEntryPointByVersion", nothingHere},
+    {"core/CudaToday.cpp cudaSetDevice", "cudaSetDevice"},
+    {"core/cuda_init.cu cudaGetLastError", "cudaGetLastError"},
+    {"core/cuda_init.cu launch", "cudaLaunchKernel"},
+    {"core/cuda_init.cu cudaThreadSynchronize", "cudaDeviceSynchronize"},
+    {"core/CudaToday.cpp cudaDeviceReset", "cudaDeviceReset"},
+    {"core/cudahelper.cpp cudaThreadEnter", "cudaSetDevice"},
+    {"core/cudahelper.cpp cudaThreadExit", "cudaDeviceReset"},
+    // The list of the devices.
+    {"core/cudahelper.cpp cudaGetDeviceCount", "cudaGetDeviceCount"},
+    {"core/cudahelper.cpp cudaGetDeviceProperties", "cudaGetDeviceProperties"},
+    // What checks and their calls are made of.
+    {"core/CudaCheck.cpp cudaGetErrorString", neverFails},
+    {"core/CudaCheck.cpp cudaGetErrorString", neverFails},
+    {"core/CudaCheck.cpp cudaGetLastError", "cudaGetLastError"},
+    {"core/CudaToday.h cudaDeviceSynchronize", "cudaDeviceSynchronize"},
+    {"core/CudaToday.h cudaLaunchKernel", "cudaLaunchKernel"},
+    {"core/CudaToday.h cudaMemcpyToSymbol", "cudaMemcpyToSymbol"},
+    {"core/DeviceBuffer.h cudaFree", "cudaFree"},
+    {"core/DeviceBuffer.h cudaMalloc", "cudaMalloc"},
+    // The rules, in both precisions, by name; the last is for names that nothing has.
+    {"FastNearfield/RectangularPistonCuda.cu cudaMemcpyToSymbol", "cudaMemcpyToSymbol"},
+    {"FastNearfield/RectangularPistonCuda.dp.cu cudaMemcpyToSymbol", "cudaMemcpyToSymbol"},
+    {"FastNearfield/RectangularPistonCuda.dp.cu cudaMemcpyToSymbol", "cudaMemcpyToSymbol"},
+    {"FastNearfield/RectangularPistonCuda.dp.cu cudaGetLastError", "cudaGetLastError"},
+    {"core/CudaToday.cpp cudaMemcpyToSymbol", "cudaMemcpyToSymbol"},
+    // Launches, which the stage after them checks.
+    {"FastNearfield/LaunchTiming.h launch", "cudaLaunchKernel"},
+    {"FastNearfield/RectangularPistonCuda.cu launch", "cudaLaunchKernel"},
+    {"FastNearfield/RectangularPistonCuda.dp.cu launch", "cudaLaunchKernel"}};
+
+/// Fails when the sources get a call of the runtime that none of the tests above makes fail: a
+/// check must have reported, and what stands in no check must be known to the list above.
+TEST_F(EveryCallTest, IsEveryCallOfTheSources) {
+  for (const Way& way : ways) failEachOf(way);
+
+  for (const CheckSite& site : support::checkSites())
+    EXPECT_EQ(everyCall.reported().count(site), 1u)
+        << "never seen to report: " << site.file << ", line " << site.line << ": " << site.text;
+
+  std::multiset<std::string> known;
+  for (const Unchecked& call : unchecked) {
+    known.insert(call.call);
+    EXPECT_TRUE(*call.function == '\0' || everyCall.failed().count(call.function) == 1)
+        << "never failed: " << call.call;
+  }
+  EXPECT_EQ(support::uncheckedCalls(), known);
+}
+
+}  // namespace
