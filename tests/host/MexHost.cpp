@@ -3,135 +3,8 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cstdarg>
-#include <cstdio>
-#include <cstdlib>
-#include <exception>
 #include <iostream>
-#include <memory>
 #include <stdexcept>
-#include <thread>
-
-#include "mex.h"
-
-namespace {
-
-/// What an error of the host is while it unwinds.
-class HostError : public std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
-
-/// What an interruption by the host's user is while it unwinds.
-class Interruption : public std::exception {};
-
-/// What the running call has asked of the host.
-struct Call {
-  std::string printed;
-  std::vector<std::unique_ptr<mxArray>> arrays;
-  std::thread::id thread = std::this_thread::get_id();
-  int checks = 0;
-  int interruptedCheck = 0;
-};
-Call* current = nullptr;
-
-[[noreturn]] void die(const char* reason) {
-  std::fprintf(stderr, "host: %s\n", reason);
-  std::abort();
-}
-
-std::size_t elements(const mxArray* array) {
-  std::size_t count = 1;
-  for (const std::size_t size : array->dims) count *= size;
-  return count;
-}
-
-bool isOneOf(const std::string& name, std::initializer_list<const char*> names) {
-  return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-}  // namespace
-
-bool mxIsChar(const mxArray* array) { return array->className == "char"; }
-// As on the hosts of today, sparse is no class.
-bool mxIsClass(const mxArray* array, const char* name) { return array->className == name; }
-bool mxIsComplex(const mxArray* array) { return array->isComplex; }
-bool mxIsDouble(const mxArray* array) { return array->className == "double"; }
-bool mxIsLogical(const mxArray* array) { return array->className == "logical"; }
-bool mxIsSparse(const mxArray* array) { return array->isSparse; }
-bool mxIsNumeric(const mxArray* array) {
-  return isOneOf(array->className, {"double", "single", "int8", "uint8", "int16", "uint16", "int32",
-                                    "uint32", "int64", "uint64"});
-}
-
-std::size_t mxGetM(const mxArray* array) { return array->dims[0]; }
-std::size_t mxGetN(const mxArray* array) {
-  std::size_t count = 1;
-  for (std::size_t d = 1; d < array->dims.size(); ++d) count *= array->dims[d];
-  return count;
-}
-
-double* mxGetPr(const mxArray* array) {
-  if (isOneOf(array->className, {"function_handle", "object"})) die("mxGetPr of what has no data");
-  if (!mxIsDouble(array))  // whoever reads this as doubles reads past its end
-    return reinterpret_cast<double*>(const_cast<char*>(array->bytes.data()));
-  return const_cast<double*>(array->re.data());
-}
-
-void* mxGetData(const mxArray* array) { return mxGetPr(array); }
-void* mxGetImagData(const mxArray* array) { return const_cast<double*>(array->im.data()); }
-
-double mxGetScalar(const mxArray* array) {
-  if (!mxIsNumeric(array) && !mxIsLogical(array) && !mxIsChar(array))
-    mexErrMsgTxt("mxGetScalar: no number");
-  if (mxIsDouble(array)) {
-    if (array->re.empty()) mexErrMsgTxt("mxGetScalar: empty");
-    return array->re[0];
-  }
-  if (array->bytes.empty()) mexErrMsgTxt("mxGetScalar: empty");
-  return array->bytes[0];
-}
-
-int mxGetString(const mxArray* array, char* text, mwSize size) {
-  if (!mxIsChar(array) || size == 0) return 1;
-  const std::size_t length = std::min(array->bytes.size(), size - 1);
-  std::copy_n(array->bytes.begin(), length, text);
-  text[length] = '\0';
-  return length == array->bytes.size() ? 0 : 1;
-}
-
-mxArray* mxCreateNumericArray(mwSize ndim, const mwSize* dims, mxClassID classId,
-                              mxComplexity complexity) {
-  if (classId != mxDOUBLE_CLASS) die("only doubles are made here");
-  auto& array = current->arrays.emplace_back(std::make_unique<mxArray>());
-  array->dims.assign(dims, dims + ndim);
-  array->dims.resize(std::max<std::size_t>(ndim, 2), 1);
-  array->re.resize(elements(array.get()));
-  array->isComplex = complexity == mxCOMPLEX;
-  if (array->isComplex) array->im.resize(array->re.size());
-  return array.get();
-}
-
-int mexPrintf(const char* format, ...) {
-  std::va_list arguments;
-  va_start(arguments, format);
-  char text[4096];
-  const int length = std::vsnprintf(text, sizeof text, format, arguments);
-  va_end(arguments);
-  current->printed += text;
-  return length;
-}
-
-void mexErrMsgTxt(const char* message) {
-  if (std::uncaught_exceptions() > 0) die("an error was raised while another one unwinds");
-  throw HostError(message);
-}
-
-void mexEndInterruptedCall() {
-  if (std::this_thread::get_id() != current->thread) die("asked on a thread of the module's own");
-  if (++current->checks == current->interruptedCheck) throw Interruption();
-}
 
 namespace host {
 
@@ -144,38 +17,13 @@ MexHost::~MexHost() { dlclose(module_); }
 void* MexHost::symbol(const char* name) const { return dlsym(module_, name); }
 
 Outcome MexHost::call(int nlhs, const std::vector<mxArray>& arguments, int interruptedCheck) const {
-  const auto function = reinterpret_cast<decltype(&mexFunction)>(symbol("mexFunction"));
-  std::vector<const mxArray*> prhs(std::max<std::size_t>(arguments.size(), 1));
-  std::transform(arguments.begin(), arguments.end(), prhs.begin(),
-                 [](const mxArray& argument) { return &argument; });
-  std::vector<mxArray*> plhs(static_cast<std::size_t>(std::max(nlhs, 1)));
-
-  Call call;
-  call.interruptedCheck = interruptedCheck;
-  current = &call;
-  Outcome outcome;
+  const auto function = reinterpret_cast<MexFunction*>(symbol("mexFunction"));
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
-  try {
-    const auto start = std::chrono::steady_clock::now();
-    function(nlhs, plhs.data(), static_cast<int>(arguments.size()), prhs.data());
-    outcome.seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    for (const mxArray* result : plhs)
-      if (result) outcome.results.push_back(*result);
-  } catch (const HostError& error) {
-    outcome.error = error.what();
-  } catch (const Interruption&) {
-    outcome.interrupted = true;
-  } catch (...) {
-    die("an exception that is not the host's own left the module");
-  }
+  Outcome outcome = host::call(function, nlhs, arguments, interruptedCheck);
   std::cout.flush();
   outcome.standardError = testing::internal::GetCapturedStderr();
   outcome.standardOutput = testing::internal::GetCapturedStdout();
-  outcome.printed = call.printed;
-  outcome.checks = call.checks;
-  current = nullptr;
   return outcome;
 }
 

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/MexArray.h"
+#include "mex.h"
+
+namespace host {
+
+/// What a call of the module left behind.
+struct Outcome {
+  std::optional<std::string> error;  // the message, if one ended the call
+  std::string printed;               // through mexPrintf
+  std::string standardOutput;        // of the process, if somebody caught it
+  std::string standardError;
+  std::vector<mxArray> results;
+  double seconds = 0;        // between the entry into the module and the way out
+  int checks = 0;            // how often the module asked whether the user interrupts
+  bool interrupted = false;  // whether that ended the call
+};
+
+using MexFunction = decltype(mexFunction);
+
+/// [results{1:nlhs}] = module(arguments{:}), by a host as honest as the real ones:
+///
+/// - an error of mexErrMsgTxt unwinds the module as an exception derived from std::exception;
+/// - one raised while another unwinds ends the process, and so do one that the module keeps to
+///   itself and any other exception that leaves the module;
+/// - access to the data of what holds no numbers ends the process or raises an error;
+/// - arrays that a call has made are taken back after it.
+///
+/// The user interrupts when the module asks for the nth time, or never.
+Outcome call(MexFunction* function, int nlhs, const std::vector<mxArray>& arguments,
+             int interruptedCheck = 0);
+
+}  // namespace host
