@@ -24,7 +24,7 @@ class Interruption : public std::exception {};
 struct Call {
   std::string printed;
   std::vector<std::unique_ptr<mxArray>> arrays;
-  int errors = 0;
+  int errorsRaised = 0;
   std::thread::id thread = std::this_thread::get_id();
   int checks = 0;
   int interruptedCheck = 0;
@@ -120,7 +120,7 @@ int mexPrintf(const char* format, ...) {
 
 void mexErrMsgTxt(const char* message) {
   if (std::uncaught_exceptions() > 0) die("an error was raised while another one unwinds");
-  if (current) ++current->errors;
+  if (current) ++current->errorsRaised;
   throw HostError(message);
 }
 
@@ -156,7 +156,8 @@ Outcome call(MexFunction* function, int nlhs, const std::vector<mxArray>& argume
   } catch (...) {
     die("an exception that is not the host's own left the module");
   }
-  if (call.errors != (outcome.error ? 1 : 0)) die("the module kept an error of the host's");
+  if (call.errorsRaised != (outcome.error ? 1 : 0)) die("the module kept an error of the host's");
+  outcome.errorsRaised = call.errorsRaised;
   outcome.printed = call.printed;
   outcome.checks = call.checks;
   current = nullptr;

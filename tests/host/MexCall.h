@@ -12,6 +12,7 @@ namespace host {
 /// What a call of the module left behind.
 struct Outcome {
   std::optional<std::string> error;  // the message, if one ended the call
+  int errorsRaised = 0;              // by the module
   std::string printed;               // through mexPrintf
   std::string standardOutput;        // of the process, if somebody caught it
   std::string standardError;
