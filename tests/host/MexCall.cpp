@@ -1,6 +1,7 @@
 #include "host/MexCall.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdarg>
 #include <cstdio>
@@ -30,6 +31,20 @@ struct Call {
   int interruptedCheck = 0;
 };
 Call* current = nullptr;
+
+std::atomic<bool> moduleRuns{false};
+thread_local int hostFunctions = 0;
+
+struct ModuleRun {
+  ModuleRun() { moduleRuns = true; }
+  ~ModuleRun() { moduleRuns = false; }
+};
+
+/// A function of the host that the module has called.
+struct HostFunction {
+  HostFunction() { ++hostFunctions; }
+  ~HostFunction() { --hostFunctions; }
+};
 
 [[noreturn]] void die(const char* reason) {
   std::fprintf(stderr, "host: %s\n", reason);
@@ -98,6 +113,7 @@ int mxGetString(const mxArray* array, char* text, mwSize size) {
 
 mxArray* mxCreateNumericArray(mwSize ndim, const mwSize* dims, mxClassID classId,
                               mxComplexity complexity) {
+  const HostFunction host;
   if (classId != mxDOUBLE_CLASS) die("only doubles are made here");
   auto& array = current->arrays.emplace_back(std::make_unique<mxArray>());
   array->dims.assign(dims, dims + ndim);
@@ -109,6 +125,7 @@ mxArray* mxCreateNumericArray(mwSize ndim, const mwSize* dims, mxClassID classId
 }
 
 int mexPrintf(const char* format, ...) {
+  const HostFunction host;
   std::va_list arguments;
   va_start(arguments, format);
   char text[4096];
@@ -119,6 +136,7 @@ int mexPrintf(const char* format, ...) {
 }
 
 void mexErrMsgTxt(const char* message) {
+  const HostFunction host;
   if (std::uncaught_exceptions() > 0) die("an error was raised while another one unwinds");
   if (current) ++current->errorsRaised;
   throw HostError(message);
@@ -130,6 +148,8 @@ void mexEndInterruptedCall() {
 }
 
 namespace host {
+
+bool insideModule() { return moduleRuns && hostFunctions == 0; }
 
 Outcome call(MexFunction* function, int nlhs, const std::vector<mxArray>& arguments,
              int interruptedCheck) {
@@ -143,12 +163,11 @@ Outcome call(MexFunction* function, int nlhs, const std::vector<mxArray>& argume
   current = &call;
   Outcome outcome;
   try {
+    const ModuleRun run;
     const auto start = std::chrono::steady_clock::now();
     function(nlhs, plhs.data(), static_cast<int>(arguments.size()), prhs.data());
     outcome.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    for (const mxArray* result : plhs)
-      if (result) outcome.results.push_back(*result);
   } catch (const HostError& error) {
     outcome.error = error.what();
   } catch (const Interruption&) {
@@ -156,6 +175,9 @@ Outcome call(MexFunction* function, int nlhs, const std::vector<mxArray>& argume
   } catch (...) {
     die("an exception that is not the host's own left the module");
   }
+  if (!outcome.error && !outcome.interrupted)
+    for (const mxArray* result : plhs)
+      if (result) outcome.results.push_back(*result);
   if (call.errorsRaised != (outcome.error ? 1 : 0)) die("the module kept an error of the host's");
   outcome.errorsRaised = call.errorsRaised;
   outcome.printed = call.printed;

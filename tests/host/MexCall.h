@@ -36,4 +36,7 @@ using MexFunction = decltype(mexFunction);
 Outcome call(MexFunction* function, int nlhs, const std::vector<mxArray>& arguments,
              int interruptedCheck = 0);
 
+/// Whether this thread runs code of a module: one is being called, and it has not called the host.
+bool insideModule();
+
 }  // namespace host

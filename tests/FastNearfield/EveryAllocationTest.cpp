@@ -1,0 +1,135 @@
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "FastNearfield/Ways.h"
+#include "support/FailingAllocation.h"
+#include "support/OneCore.h"
+#include "support/Threads.h"
+
+using launchers::Values;
+using support::FailingAllocation;
+using ways::Way;
+
+// Every allocation of the host's memory fails that the system makes, below its C++ interface. Those
+// of the tests' own arrays are among them, and are no different to a caller.
+
+namespace {
+
+Values evaluatedOnCPU() {
+  pistonfield::RectangularPistonCuda2 piston(2, 4, 5);
+  piston.useGPU = false;
+  std::vector<float> numbers(std::size_t{2} * ways::grid.nbPositions());
+  piston.compute(numbers.data(), ways::grid);
+  return ways::paired(numbers);
+}
+
+Values resorted() {
+  std::vector<float> numbers{1, 2, 3, -1, -2, -3};
+  resort(numbers.data(), 3);
+  return ways::paired(numbers);
+}
+
+/// Long enough for the emulation device to take threads to its help.
+Values longList() { return launchers::unstructured({100, 40, 5}); }
+
+std::vector<Way> allWays() {
+  std::vector<Way> all = ways::all;
+  all.push_back({"longList", longList, false});
+  all.push_back({"evaluatedOnCPU", evaluatedOnCPU, false});
+  all.push_back({"resorted", resorted, false});
+  return all;
+}
+
+constexpr const char* outOfMemory = "std::bad_alloc";
+constexpr const char* interrupted = "interrupted";
+
+class EveryAllocationTest : public launchers::Test, public testing::WithParamInterface<Way> {
+ protected:
+  struct Ending {
+    Values values;
+    std::string error;
+  };
+
+  /// With the nth allocation failing.
+  static Ending endingOf(std::size_t nth, bool lasting) {
+    Ending ending;
+    try {
+      ending.error = support::failureOf([&] {
+                       const FailingAllocation failing(nth, lasting, [] { return true; });
+                       ending.values = GetParam().call();
+                     }).condition;
+    } catch (const std::bad_alloc&) {
+      ending.error = outOfMemory;
+    } catch (const ways::Interruption&) {
+      ending.error = interrupted;
+    }
+    return ending;
+  }
+
+  static bool isOfDeviceMemory(const std::string& error) {
+    const std::string start = "Cuda error when calling cudaMalloc(", end = ": out of memory";
+    return error.find(start) == 0 && error.size() > end.size() &&
+           error.compare(error.size() - end.size(), end.size(), end) == 0;
+  }
+
+  /// How many allocations failed one after the other, until all succeeded, and in how many runs the
+  /// system went on without the one that failed.
+  struct Count {
+    std::size_t failed = 0, survived = 0;
+  };
+
+  Count failEach(bool lasting) {
+    endingOf(0, false);  // what is only made once
+    const Ending good = endingOf(0, false);
+    startAfresh();
+    Count count;
+    for (;; ++count.failed) {
+      const std::ptrdiff_t threads = support::threadsOfThisProcess();
+      const std::ptrdiff_t blocks = support::liveBlocks();
+      {
+        const Ending ending = endingOf(count.failed + 1, lasting);
+        if (!support::anAllocationFailed()) {
+          EXPECT_TRUE(ending.values == good.values);
+          EXPECT_EQ(ending.error, good.error);
+          return count;
+        }
+        if (ending.error == good.error) {
+          EXPECT_TRUE(ending.values == good.values);
+          ++count.survived;
+        } else if (support::itReturnedNull() && !lasting) {
+          EXPECT_TRUE(isOfDeviceMemory(ending.error)) << ending.error;
+        } else {
+          EXPECT_EQ(ending.error, outOfMemory);
+        }
+      }
+      EXPECT_EQ(device.liveAllocations(), 0u);
+      EXPECT_TRUE(support::hasThreads(threads));
+      pistonfield::CudaInterface::init();
+      EXPECT_TRUE(endingOf(0, false).values == good.values);
+      startAfresh();
+      EXPECT_EQ(support::liveBlocks(), blocks);
+      if (HasFailure()) {
+        ADD_FAILURE() << "at allocation " << count.failed + 1;
+        return count;
+      }
+    }
+  }
+};
+
+TEST_P(EveryAllocationTest, FailsAsAnErrorAndLeavesNothing) {
+  for (const bool lasting : {false, true}) EXPECT_GT(failEach(lasting).failed, 0u);
+}
+
+TEST_P(EveryAllocationTest, IsMissedWhereNoThreadCanDoWithout) {
+  const support::OneCore alone;
+  EXPECT_EQ(failEach(false).survived, 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, EveryAllocationTest, testing::ValuesIn(allWays()),
+                         [](const auto& way) { return way.param.name; });
+
+}  // namespace

@@ -1,0 +1,131 @@
+#include <cuda_runtime.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "emulation/TestControl.h"
+#include "gateway/GatewayTest.h"
+#include "support/FailingAllocation.h"
+#include "support/OneCore.h"
+#include "support/Threads.h"
+
+using support::FailingAllocation;
+
+// Every allocation of the host's memory fails that a call of the module makes, those of the host's
+// own functions left out.
+
+namespace {
+
+const std::string tooManyPoints = "There is not enough memory for this many points.";
+
+class GatewayEveryAllocationTest : public GatewayTest {
+ protected:
+  GatewayEveryAllocationTest() {
+    // Enough points for the emulation device to take threads to its help.
+    const std::size_t count = 20000;
+    std::vector<double> points;
+    for (std::size_t i = 0; i < count; ++i)
+      points.insert(points.end(), {1e-6 * static_cast<double>(i), 0.001, 0.02});
+    arguments.points = host::matrix(3, count, points);
+  }
+  void TearDown() override { device.restore(); }
+
+  host::Outcome failing(std::size_t nth, bool lasting) {
+    const FailingAllocation allocation(nth, lasting, host::insideModule);
+    return module.call(1, inputs);
+  }
+
+  static bool isOfDeviceMemory(const std::string& error) {
+    return error.find("ERROR: assertion failure in ") == 0 &&
+           error.find("condition failed: (Cuda error when calling cudaMalloc(") !=
+               std::string::npos &&
+           error.find("): out of memory).\n\n") != std::string::npos;
+  }
+
+  static void expectSame(const host::Outcome& outcome, const host::Outcome& good) {
+    EXPECT_EQ(outcome.error.value_or(""), good.error.value_or(""));
+    ASSERT_EQ(outcome.results.size(), good.results.size());
+    for (std::size_t i = 0; i < good.results.size(); ++i) {
+      EXPECT_TRUE(outcome.results[i].re == good.results[i].re);
+      EXPECT_TRUE(outcome.results[i].im == good.results[i].im);
+    }
+  }
+
+  /// How many allocations failed one after the other, until all succeeded, and in how many calls
+  /// the module went on without the one that failed.
+  struct Count {
+    std::size_t failed = 0, survived = 0;
+  };
+
+  /// Before every call `breakDevice` sees to its faults.
+  Count failEach(bool lasting, void (*breakDevice)(emulation::TestControl&)) {
+    breakDevice(device);
+    failing(0, false);  // for what is only made once
+    breakDevice(device);
+    const host::Outcome good = failing(0, false);
+    device.restore();
+    Count count;
+    for (;; ++count.failed) {
+      const std::ptrdiff_t threads = support::threadsOfThisProcess();
+      const std::ptrdiff_t blocks = support::liveBlocks();
+      {
+        breakDevice(device);
+        const host::Outcome outcome = failing(count.failed + 1, lasting);
+        const std::string error = outcome.error.value_or("");
+        EXPECT_LE(outcome.errorsRaised, 1);
+        if (!support::anAllocationFailed()) {
+          expectSame(outcome, good);
+          return count;
+        }
+        if (outcome.error == good.error) {
+          expectSame(outcome, good);
+          ++count.survived;
+        } else if (support::itReturnedNull() && !lasting) {
+          EXPECT_TRUE(isOfDeviceMemory(error)) << error;
+        } else {
+          EXPECT_EQ(error, tooManyPoints);
+        }
+      }
+      EXPECT_EQ(device.liveAllocations(), 0u);
+      EXPECT_TRUE(support::hasThreads(threads));
+      breakDevice(device);
+      expectSame(failing(0, false), good);
+      device.restore();
+      EXPECT_EQ(support::liveBlocks(), blocks);
+      if (HasFailure()) {
+        ADD_FAILURE() << "at allocation " << count.failed + 1;
+        return count;
+      }
+    }
+  }
+
+  void failEachInEveryWay() {
+    inputs = arguments.first(7);
+    const auto leaveAlone = [](emulation::TestControl&) {};
+    for (const bool lasting : {false, true}) EXPECT_GT(failEach(lasting, leaveAlone).failed, 10u);
+    const support::OneCore alone;
+    EXPECT_EQ(failEach(false, leaveAlone).survived, 0u);
+  }
+
+  Arguments arguments;
+  std::vector<mxArray> inputs;
+  emulation::TestControl& device =
+      reinterpret_cast<decltype(&emulationTestControl)>(module.symbol("emulationTestControl"))();
+};
+
+TEST_F(GatewayEveryAllocationTest, FailsAsOneErrorInACallWithAnOrder) { failEachInEveryWay(); }
+
+TEST_F(GatewayEveryAllocationTest, FailsAsOneErrorInACallWithATable) {
+  arguments.nabscissas = host::matrix(4, 2, {0.861136, 0.347855, 0.339981, 0.652145, 0, 0, 0, 0});
+  failEachInEveryWay();
+}
+
+TEST_F(GatewayEveryAllocationTest, FailsAsOneErrorWhileAnotherIsReported) {
+  arguments.l = host::text("");
+  inputs = arguments.first(7);
+  for (const bool lasting : {false, true})
+    EXPECT_GT(failEach(lasting, [](emulation::TestControl&) {}).failed, 0u);
+}
+
+}  // namespace
