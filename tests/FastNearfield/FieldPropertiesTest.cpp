@@ -1,0 +1,225 @@
+#include <cmath>
+#include <complex>
+#include <random>
+#include <vector>
+
+#include "FastNearfield/Launchers.h"
+#include "FastNearfield/RectangularPiston2.h"
+#include "support/LiteralPressure.h"
+
+// What physics says of the field of every piston: what it becomes far away, and that the fields of
+// the parts of a piston add up.
+
+using launchers::Complex;
+using launchers::GuardedVector;
+using pistonfield::Grid3DR;
+using pistonfield::RectangularPistonCuda2;
+
+namespace {
+
+using Pressure = std::complex<double>;
+
+struct Point {
+  double x, y, z;
+};
+
+/// Sides l along y and s along x.
+struct Piston {
+  double l, s, k;
+
+  /// What single precision promises there: 3·2⁻²⁴·(1 + kR).
+  double tolerance(const Point& p) const {
+    return support::tolerance(p.x, p.y, p.z, s / 2, l / 2, k);
+  }
+  /// The same of double precision.
+  double doubleTolerance(const Point& p) const { return std::ldexp(tolerance(p), 24 - 53); }
+};
+
+class FieldPropertiesTest : public launchers::Test {
+ protected:
+  void SetUp() override {
+    Test::SetUp();
+    setCudaIntegratorParameters("RectangularPiston", 64);
+  }
+
+  double between(double low, double high) {
+    return std::uniform_real_distribution<double>(low, high)(random);
+  }
+
+  /// Of a multiple of 1/64, so that single precision adds and halves without a rounding.
+  double step(int low, int high) {
+    return std::uniform_int_distribution<int>(low, high)(random) / 64.0;
+  }
+
+  static Pressure onTheCpu(const Piston& piston, const Point& p) {
+    const Grid3DR<double> grid(1, 1, 1, {1, 0, 0, p.x, 0, 1, 0, p.y, 0, 0, 1, p.z, 0, 0, 0, 1});
+    double out[2];
+    RectangularPistonCuda2(piston.l, piston.s, piston.k).computeCPU<double, double>(out, grid);
+    return {out[0], out[1]};
+  }
+
+  static Pressure onTheDevice(const Piston& piston, const Point& p) {
+    float position[] = {static_cast<float>(p.x), static_cast<float>(p.y), static_cast<float>(p.z)};
+    GuardedVector<Complex> data(1);
+    RectangularPiston_func_unstructured(data.data(), 1, position, static_cast<float>(piston.l),
+                                        static_cast<float>(piston.s), static_cast<float>(piston.k));
+    return launchers::widened(data.read())[0];
+  }
+
+  std::mt19937 random{21};
+};
+
+// Far away, R = r − u·q + O(q²/r) for the point q of the piston in the direction u, so that
+//
+//     (k/2π)·∬ exp(−ikR)/R dS → k·s·l/(2πr) · exp(−ikr) · sinc(k·s·ux/2) · sinc(k·l·uy/2).
+
+double sinc(double x) { return std::sin(x) / x; }
+
+/// A direction in front of a piston.
+struct Direction {
+  double x, y, z;
+  Point at(double r) const { return {x * r, y * r, z * r}; }
+  double pattern(const Piston& piston) const {
+    return sinc(piston.k * piston.s * x / 2) * sinc(piston.k * piston.l * y / 2);
+  }
+};
+
+/// A piston seen from one direction.
+class Beam {
+ public:
+  Beam(const Piston& piston, const Direction& u) : piston_(piston), u_(u) {}
+
+  /// Without the pattern, of which it is the largest value.
+  double amplitude(double r) const { return piston_.k * piston_.s * piston_.l / (2 * M_PI * r); }
+  Pressure field(double r) const {
+    return amplitude(r) * u_.pattern(piston_) * std::polar(1.0, -piston_.k * r);
+  }
+
+  /// What the neglected terms can amount to: h being half the diagonal, R − (r − u·q) is at most
+  /// h²/(2(r − h)), and 1/R differs from 1/r by at most h/(r(r − h)).
+  double truncation(double r) const {
+    const double h = std::hypot(piston_.s, piston_.l) / 2;
+    return amplitude(r) * (piston_.k * h * h / 2 + h) / (r - h);
+  }
+
+ private:
+  const Piston piston_;
+  const Direction u_;
+};
+
+class FarFieldTest : public FieldPropertiesTest {
+ protected:
+  /// Whose pattern is at least `least` there, of either sign.
+  Direction anyDirection(const Piston& piston, double least) {
+    for (;;) {
+      const double x = between(-0.9, 0.9), y = between(-0.9, 0.9);
+      if (x * x + y * y > 0.9) continue;
+      const Direction u = {x, y, std::sqrt(1 - x * x - y * y)};
+      if (std::abs(u.pattern(piston)) >= least) return u;
+    }
+  }
+};
+
+TEST_F(FarFieldTest, InDoublePrecisionTheDistanceToTheSincsFallsAsTheDistance) {
+  int negative = 0, compared = 0;
+  for (int repeat = 0; repeat < 200; ++repeat) {
+    const double s = between(0.5, 2), l = between(0.5, 2), k = between(8, 20);
+    const Piston piston = {l, s, k};
+    const Direction u = anyDirection(piston, 0.05);
+    const Beam beam(piston, u);
+    const double r = 250 * k * (s * s + l * l);
+    double error[2];
+    for (const int n : {0, 1}) {
+      const double R = (1 + n) * r;
+      const double difference = std::abs(onTheCpu(piston, u.at(R)) - beam.field(R));
+      const double bound = beam.truncation(R) + piston.doubleTolerance(u.at(R));
+      EXPECT_LE(difference, bound) << repeat;
+      EXPECT_LE(bound, 0.02 * std::abs(beam.field(R)));  // or it would say nothing
+      error[n] = difference / beam.amplitude(R);
+    }
+    if (error[0] > 1e-5) {  // a hundred times what is rounded away
+      EXPECT_NEAR(error[1] / error[0], 0.5, 0.02) << repeat;
+      ++compared;
+    }
+    if (u.pattern(piston) < 0) ++negative;
+  }
+  EXPECT_GT(negative, 20);
+  EXPECT_GT(compared, 100);
+}
+
+TEST_F(FarFieldTest, InSinglePrecisionItIsTheProductOfTwoSincs) {
+  int negative = 0;
+  for (int repeat = 0; repeat < 1000; ++repeat) {
+    const auto s = static_cast<float>(between(0.8, 1)), l = static_cast<float>(between(0.8, 1)),
+               k = static_cast<float>(between(9, 11));
+    const Piston piston = {double{l}, double{s}, double{k}};
+    const Direction u = anyDirection(piston, 0.1);
+    // The point that single precision is handed, and where that is seen.
+    const double r = 120;
+    const Point p = {double{static_cast<float>(r * u.x)}, double{static_cast<float>(r * u.y)},
+                     double{static_cast<float>(r * u.z)}};
+    const double R = std::hypot(p.x, p.y, p.z);
+    const Beam beam(piston, {p.x / R, p.y / R, p.z / R});
+    const double bound = beam.truncation(R) + piston.tolerance(p);
+    EXPECT_LE(std::abs(onTheDevice(piston, p) - beam.field(R)), bound) << repeat;
+    EXPECT_LE(bound, 0.5 * std::abs(beam.field(R)));
+    if (u.pattern(piston) < 0) ++negative;
+  }
+  EXPECT_GT(negative, 100);
+}
+
+// A piston cut in two, of which each part is seen from where the point is to it.
+
+class CutTest : public FieldPropertiesTest {
+ protected:
+  struct Part {
+    Piston piston;
+    double x, y;  // of its middle
+    Point seen(const Point& p) const { return {p.x - x, p.y - y, p.z}; }
+  };
+
+  /// Where neither rule is short of nodes: in front, a good part of a side away.
+  Point anyPoint() { return {step(-192, 192), step(-192, 192), step(32, 256)}; }
+
+  Piston anyPiston() { return {step(32, 128), step(32, 128), between(1, 15)}; }
+
+  static std::vector<Part> cutAcrossX(const Piston& whole, double first) {
+    const double rest = whole.s - first;
+    return {{{whole.l, first, whole.k}, -rest / 2, 0}, {{whole.l, rest, whole.k}, first / 2, 0}};
+  }
+  static std::vector<Part> cutAcrossY(const Piston& whole, double first) {
+    const double rest = whole.l - first;
+    return {{{first, whole.s, whole.k}, 0, -rest / 2}, {{rest, whole.s, whole.k}, 0, first / 2}};
+  }
+
+  /// The parts' pressures less the whole's, over what their roundings can amount to.
+  static double residue(const Piston& whole, const std::vector<Part>& parts, const Point& p,
+                        Pressure (*evaluate)(const Piston&, const Point&),
+                        double (Piston::*tolerance)(const Point&) const) {
+    Pressure sum = -evaluate(whole, p);
+    double bound = (whole.*tolerance)(p);
+    for (const Part& part : parts) {
+      sum += evaluate(part.piston, part.seen(p));
+      bound += (part.piston.*tolerance)(part.seen(p));
+    }
+    return std::abs(sum) / bound;
+  }
+
+  void expectSums(Pressure (*evaluate)(const Piston&, const Point&),
+                  double (Piston::*tolerance)(const Point&) const) {
+    for (int repeat = 0; repeat < 300; ++repeat) {
+      Piston whole = anyPiston();
+      whole.k = double{static_cast<float>(whole.k)};
+      const Point p = anyPoint();
+      const double first = step(8, 24);
+      EXPECT_LE(residue(whole, cutAcrossX(whole, first), p, evaluate, tolerance), 1) << repeat;
+      EXPECT_LE(residue(whole, cutAcrossY(whole, first), p, evaluate, tolerance), 1) << repeat;
+    }
+  }
+};
+
+TEST_F(CutTest, InSinglePrecisionThePartsAddUp) { expectSums(onTheDevice, &Piston::tolerance); }
+
+TEST_F(CutTest, InDoublePrecisionThePartsAddUp) { expectSums(onTheCpu, &Piston::doubleTolerance); }
+
+}  // namespace

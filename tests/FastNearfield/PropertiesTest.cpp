@@ -1,0 +1,349 @@
+#if defined(__linux__)
+#include <sched.h>
+#endif
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+#include <random>
+#include <vector>
+
+#include "FastNearfield/Launchers.h"
+#include "FastNearfield/PackedPressure.h"
+#include "FastNearfield/RectangularPiston2.h"
+#include "support/LiteralPressure.h"
+#include "support/SameBits.h"
+
+// What must hold of every piston and every point, bit for bit unless said otherwise.
+
+using launchers::Complex;
+using launchers::Complexd;
+using launchers::GuardedVector;
+using launchers::Values;
+using launchers::widened;
+using pistonfield::Grid3DR;
+using pistonfield::InstructionSet;
+using pistonfield::RectangularPistonCuda2;
+
+namespace {
+
+constexpr float nan = std::numeric_limits<float>::quiet_NaN();
+constexpr float inf = std::numeric_limits<float>::infinity();
+
+/// Sides a along y and b along x.
+struct Piston {
+  float a, b, k;
+};
+
+struct Point {
+  float x, y, z;
+};
+
+using Points = std::vector<Point>;
+using Pressures = std::vector<Complex>;
+using Transform = Grid3DR<double>::Transform;
+
+class PropertiesTest : public launchers::Test {
+ protected:
+  void SetUp() override {
+    Test::SetUp();
+    device.poisonFreshMemory();
+  }
+
+  float between(float low, float high) {
+    return std::uniform_real_distribution<float>(low, high)(random);
+  }
+  float either(float x) { return random() % 2 == 0 ? x : -x; }
+
+  Piston anyPiston() {
+    const float a = between(0.3f, 3), b = between(0.3f, 3);
+    return {a, b, std::exp2(between(-1, 6)) / std::max(a, b)};
+  }
+
+  /// On and beside the piston, on its edges and axes and on neither, before and behind it; never
+  /// so near to an axis that scaling could take a point across the fixed width of 1e-7.
+  float coordinate(float side) {
+    switch (random() % 8) {
+      case 0:
+        return 0;
+      case 1:
+        return either(side / 2);
+      default:
+        return either(between(1e-3f, 1.2f * side));
+    }
+  }
+  Points anyPoints(const Piston& piston, std::size_t count) {
+    Points points;
+    while (points.size() < count)
+      points.push_back({coordinate(piston.b), coordinate(piston.a),
+                        random() % 4 == 0 ? between(-3, 0) : between(0, 8)});
+    return points;
+  }
+
+  static Pressures evaluate(const Points& points, const Piston& piston) {
+    std::vector<float> positions;
+    for (const auto& [x, y, z] : points) positions.insert(positions.end(), {x, y, z});
+    GuardedVector<Complex> data(points.size());
+    RectangularPiston_func_unstructured(data.data(), static_cast<int>(points.size()),
+                                        positions.data(), piston.a, piston.b, piston.k);
+    return data.read();
+  }
+
+  template <class Change>
+  static Points changed(Points points, Change change) {
+    std::for_each(points.begin(), points.end(), change);
+    return points;
+  }
+
+  /// Places a grid of random steps at a random corner, turned and sheared.
+  Transform anyTransform() {
+    Transform transform{};
+    for (std::size_t n = 0; n < 12; ++n) transform[n] = static_cast<double>(between(-0.5f, 0.5f));
+    transform[11] += 3;
+    transform[15] = 1;
+    return transform;
+  }
+
+  template <class T>
+  static std::vector<T> onTheCpu(const Piston& piston, const Transform& transform) {
+    const Grid3DR<double> grid(5, 4, 3, transform);
+    std::vector<T> out(std::size_t{2} * grid.nbPositions());
+    RectangularPistonCuda2(double{piston.a}, double{piston.b}, double{piston.k})
+        .computeCPU<T, double>(out.data(), grid);
+    return out;
+  }
+
+  static Values inDoubleOnTheDevice(const Piston& piston, Transform transform) {
+    GuardedVector<Complexd> data(60);
+    RectangularPiston_func_d(data.data(), 5, 4, 3, transform.data(), double{piston.a},
+                             double{piston.b}, double{piston.k});
+    return widened(data.read());
+  }
+
+  std::mt19937 random{20};
+};
+
+class OrderedPropertiesTest : public PropertiesTest, public testing::WithParamInterface<int> {
+ protected:
+  void SetUp() override {
+    PropertiesTest::SetUp();
+    setCudaIntegratorParameters("RectangularPiston", GetParam());
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(Order, OrderedPropertiesTest, testing::Values(1, 9, 10, 64),
+                         testing::PrintToStringParamName());
+
+TEST_P(OrderedPropertiesTest, TheFieldIsMirrorSymmetricInXAndY) {
+  for (int repeat = 0; repeat < 20; ++repeat) {
+    const Piston piston = anyPiston();
+    const Points points = anyPoints(piston, 1000);
+    const Pressures expected = evaluate(points, piston);
+    const auto left = [](Point& p) { p.x = -p.x; };
+    const auto below = [](Point& p) { p.y = -p.y; };
+    EXPECT_TRUE(support::sameBits(evaluate(changed(points, left), piston), expected));
+    EXPECT_TRUE(support::sameBits(evaluate(changed(points, below), piston), expected));
+    EXPECT_TRUE(
+        support::sameBits(evaluate(changed(changed(points, left), below), piston), expected));
+  }
+}
+
+TEST_P(OrderedPropertiesTest, TheOrderOfPointsDoesNotMatter) {
+  const Piston piston = anyPiston();
+  const Points points = anyPoints(piston, 30000);
+  const Pressures expected = evaluate(points, piston);
+  std::vector<std::size_t> places(points.size());
+  std::iota(places.begin(), places.end(), 0);
+  for (int repeat = 0; repeat < 3; ++repeat) {
+    std::shuffle(places.begin(), places.end(), random);
+    Points shuffled;
+    Pressures wanted;
+    for (const std::size_t place : places) {
+      shuffled.push_back(points[place]);
+      wanted.push_back(expected[place]);
+    }
+    EXPECT_TRUE(support::sameBits(evaluate(shuffled, piston), wanted));
+  }
+}
+
+TEST_P(OrderedPropertiesTest, AListInTwoPiecesGivesWhatItGivesWhole) {
+  const Piston piston = anyPiston();
+  const Points points = anyPoints(piston, 20000);
+  const Pressures whole = evaluate(points, piston);
+  for (const std::ptrdiff_t first : {1, 15, 2047, 2048, 8191, 8193, 12345, 19999}) {
+    Pressures pieces = evaluate({points.begin(), points.begin() + first}, piston);
+    const Pressures rest = evaluate({points.begin() + first, points.end()}, piston);
+    pieces.insert(pieces.end(), rest.begin(), rest.end());
+    EXPECT_TRUE(support::sameBits(pieces, whole)) << first;
+  }
+}
+
+#if defined(__linux__)
+/// Lets the calling thread, and those that it starts, run on the first of its cores only.
+class OneCore {
+ public:
+  OneCore() {
+    CPU_ZERO(&before_);
+    EXPECT_EQ(sched_getaffinity(0, sizeof before_, &before_), 0);
+    int core = 0;
+    while (core < CPU_SETSIZE && !CPU_ISSET(core, &before_)) ++core;
+    cpu_set_t one;
+    CPU_ZERO(&one);
+    CPU_SET(core, &one);
+    EXPECT_EQ(sched_setaffinity(0, sizeof one, &one), 0);
+  }
+  OneCore(const OneCore&) = delete;
+  OneCore& operator=(const OneCore&) = delete;
+  ~OneCore() { sched_setaffinity(0, sizeof before_, &before_); }
+  int coresBefore() const { return CPU_COUNT(&before_); }
+
+ private:
+  cpu_set_t before_;
+};
+
+TEST_P(OrderedPropertiesTest, TheNumberOfThreadsDoesNotMatter) {
+  const Piston piston = anyPiston();
+  const Points points = anyPoints(piston, 100000);
+  Pressures alone;
+  {
+    const OneCore one;
+    if (one.coresBefore() < 2) GTEST_SKIP() << "this process may use one core only";
+    alone = evaluate(points, piston);
+  }
+  for (int repeat = 0; repeat < 5; ++repeat)
+    EXPECT_TRUE(support::sameBits(evaluate(points, piston), alone));
+}
+#endif
+
+TEST_P(OrderedPropertiesTest, InstructionSetsAgreeWithinARoundingOfThePhase) {
+  const support::HalfRule<float> rule(GetParam());
+  const auto evaluateWith = [&](InstructionSet set, const Points& points, const Piston& piston) {
+    GuardedVector<Complex> data(points.size());
+    pistonfield::packedPressure(set)(&points[0].x, data.data(), static_cast<int>(points.size()),
+                                     piston.b / 2, piston.a / 2, piston.k, rule.view());
+    return data.read();
+  };
+  for (int repeat = 0; repeat < 10; ++repeat) {
+    const Piston piston = anyPiston();
+    const Points points = anyPoints(piston, 1000);
+    const Pressures launched = evaluate(points, piston);
+    for (const InstructionSet set :
+         {InstructionSet::OLDEST, InstructionSet::AVX2, InstructionSet::AVX512}) {
+      if (!pistonfield::has(set)) continue;
+      const Pressures pressures = evaluateWith(set, points, piston);
+      for (std::size_t i = 0; i < points.size(); ++i) {
+        const auto& [x, y, z] = points[i];
+        // A third of what single precision promises.
+        const double bound =
+            support::tolerance(double{x}, double{y}, double{z}, double{piston.b} / 2,
+                               double{piston.a} / 2, double{piston.k}) /
+            3;
+        EXPECT_LE(std::hypot(pressures[i].re - launched[i].re, pressures[i].im - launched[i].im),
+                  bound)
+            << static_cast<int>(set) << " at " << x << ", " << y << ", " << z;
+      }
+    }
+  }
+}
+
+TEST_P(OrderedPropertiesTest, LengthsScaleByPowersOfTwo) {
+  for (int repeat = 0; repeat < 20; ++repeat) {
+    const Piston piston = anyPiston();
+    const Points points = anyPoints(piston, 1000);
+    const Pressures expected = evaluate(points, piston);
+    for (const int exponent : {-10, -1, 1, 3, 20}) {
+      const auto scale = [exponent](float length) { return std::ldexp(length, exponent); };
+      const auto scalePoint = [&](Point& p) { p = {scale(p.x), scale(p.y), scale(p.z)}; };
+      const Piston scaled = {scale(piston.a), scale(piston.b), std::ldexp(piston.k, -exponent)};
+      EXPECT_TRUE(support::sameBits(evaluate(changed(points, scalePoint), scaled), expected))
+          << exponent;
+    }
+  }
+}
+
+TEST_P(OrderedPropertiesTest, APointThatIsNoneSpoilsOnlyItsOwnPressure) {
+  const Piston piston = anyPiston();
+  const std::size_t count = 9000;
+  const Points points = anyPoints(piston, count);
+  const Pressures expected = evaluate(points, piston);
+  for (const std::size_t place : {0, 1, 15, 16, 2047, 2048, 5000, 8191, 8192, 8999})
+    for (const float bad : {nan, inf, -inf})
+      for (int axis = 0; axis < 3; ++axis) {
+        Points spoilt = points;
+        (axis == 0 ? spoilt[place].x : axis == 1 ? spoilt[place].y : spoilt[place].z) = bad;
+        Pressures actual = evaluate(spoilt, piston);
+        EXPECT_TRUE(std::isnan(actual[place].re) && std::isnan(actual[place].im))
+            << bad << " on axis " << axis;
+        actual[place] = expected[place];
+        EXPECT_TRUE(support::sameBits(actual, expected)) << bad << " at " << place;
+      }
+}
+
+TEST_P(OrderedPropertiesTest, TheOppositeWaveNumberTurnsTheSignOfTheRealPart) {
+  // Both exponentials become their conjugates, the factor -i before them does not: p(-k) is
+  // -conj(p(k)).
+  for (int repeat = 0; repeat < 20; ++repeat) {
+    const Piston piston = anyPiston();
+    const Points points = anyPoints(piston, 1000);
+    const Pressures pressures = evaluate(points, piston);
+    const Pressures opposite = evaluate(points, {piston.a, piston.b, -piston.k});
+    for (std::size_t i = 0; i < points.size(); ++i) {
+      EXPECT_EQ(opposite[i].re, -pressures[i].re);
+      EXPECT_EQ(opposite[i].im, pressures[i].im);
+    }
+  }
+}
+
+TEST_F(PropertiesTest, GridsAreMirrorSymmetricInBothPrecisions) {
+  const std::size_t count = 11 * 13 * 7;
+  for (int repeat = 0; repeat < 10; ++repeat) {
+    const Piston piston = anyPiston();
+    const float dx = between(0.05f, 0.3f), dy = between(0.05f, 0.3f), dz = between(0.1f, 1);
+    Values single[4], dual[4];
+    for (int mirrors = 0; mirrors < 4; ++mirrors) {
+      const float x = mirrors % 2 == 0 ? dx : -dx, y = mirrors < 2 ? dy : -dy;
+      GuardedVector<Complex> data(count);
+      do_calculate(data.data(), 11, 13, 7, x, y, dz, piston.a, piston.b, piston.k);
+      single[mirrors] = widened(data.read());
+      GuardedVector<Complexd> data_d(count);
+      do_calculate_d(data_d.data(), 11, 13, 7, double{x}, double{y}, double{dz}, double{piston.a},
+                     double{piston.b}, double{piston.k});
+      dual[mirrors] = widened(data_d.read());
+    }
+    for (int mirrors = 1; mirrors < 4; ++mirrors) {
+      EXPECT_EQ(single[mirrors], single[0]) << mirrors;
+      EXPECT_EQ(dual[mirrors], dual[0]) << mirrors;
+    }
+  }
+}
+
+TEST_F(PropertiesTest, LengthsScaleByPowersOfTwoInDoublePrecisionAndOnTheCpu) {
+  for (int repeat = 0; repeat < 10; ++repeat) {
+    const Piston piston = anyPiston();
+    const Transform transform = anyTransform();
+    for (const int exponent : {-8, 1, 20}) {
+      const Piston scaled = {std::ldexp(piston.a, exponent), std::ldexp(piston.b, exponent),
+                             std::ldexp(piston.k, -exponent)};
+      Transform placed = transform;
+      for (std::size_t n = 0; n < 12; ++n) placed[n] = std::ldexp(placed[n], exponent);
+      EXPECT_EQ(inDoubleOnTheDevice(scaled, placed), inDoubleOnTheDevice(piston, transform));
+      EXPECT_EQ(onTheCpu<float>(scaled, placed), onTheCpu<float>(piston, transform));
+      EXPECT_EQ(onTheCpu<double>(scaled, placed), onTheCpu<double>(piston, transform));
+    }
+  }
+}
+
+TEST_F(PropertiesTest, TheOppositeWaveNumberTurnsTheSignOfTheRealPartOnTheCpuToo) {
+  // No operation of the sum rounds otherwise for the conjugate of its operands.
+  for (int repeat = 0; repeat < 20; ++repeat) {
+    const Piston piston = anyPiston();
+    const Piston opposite = {piston.a, piston.b, -piston.k};
+    const Transform transform = anyTransform();
+    std::vector<double> expected = onTheCpu<double>(piston, transform);
+    for (std::size_t i = 0; i < expected.size(); i += 2) expected[i] = -expected[i];
+    EXPECT_EQ(onTheCpu<double>(opposite, transform), expected);
+  }
+}
+
+}  // namespace
