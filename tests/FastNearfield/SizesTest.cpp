@@ -1,0 +1,188 @@
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "FastNearfield/Launchers.h"
+#include "support/SameBits.h"
+
+// Launchers at the sizes at which something gives way: the device's memory, the shape of a launch,
+// 32 bits.
+
+using launchers::a;
+using launchers::b;
+using launchers::Complex;
+using launchers::k;
+using launchers::Values;
+using support::Failure;
+using support::failureOf;
+
+namespace {
+
+struct Launcher {
+  std::string name;
+  Values (*call)(const launchers::Size&);
+  int allocations;
+};
+
+void PrintTo(const Launcher& launcher, std::ostream* out) { *out << launcher.name; }
+
+const std::vector<Launcher> grids = {
+    {"RectangularPiston_func", launchers::grid, 2},
+    {"RectangularPiston_func2", launchers::split, 3},
+    {"RectangularPiston_func_structured", launchers::structured, 4},
+    {"do_calculate_grid", launchers::twelveScalars, 1},
+    {"do_calculate", launchers::fromCentre, 1},
+    {"RectangularPiston_func_d", launchers::grid_d, 2},
+    {"RectangularPiston_func2_d", launchers::split_d, 3},
+    {"do_calculate_grid_d", launchers::twelveScalars_d, 1},
+    {"do_calculate_d", launchers::fromCentre_d, 1}};
+
+std::vector<Launcher> gridsAndLists() {
+  std::vector<Launcher> all = grids;
+  all.push_back({"RectangularPiston_func_unstructured", launchers::unstructured, 2});
+  return all;
+}
+
+class SizesTest : public launchers::Test {
+ protected:
+  void SetUp() override {
+    Test::SetUp();
+    device.poisonFreshMemory();
+  }
+
+  /// As whose text the runtime's error stands on standard error, too.
+  template <class Call>
+  static Failure quietFailureOf(Call call) {
+    testing::internal::CaptureStderr();
+    const Failure failure = failureOf(call);
+    testing::internal::GetCapturedStderr();
+    return failure;
+  }
+};
+
+class LauncherSizesTest : public SizesTest, public testing::WithParamInterface<Launcher> {};
+class GridSizesTest : public LauncherSizesTest {};
+
+INSTANTIATE_TEST_SUITE_P(All, LauncherSizesTest, testing::ValuesIn(gridsAndLists()),
+                         [](const auto& launcher) { return launcher.param.name; });
+INSTANTIATE_TEST_SUITE_P(All, GridSizesTest, testing::ValuesIn(grids),
+                         [](const auto& launcher) { return launcher.param.name; });
+
+TEST_P(GridSizesTest, AShapeThatTheDeviceRefusesIsReportedAndTheNextCallIsRight) {
+  const Values expected = GetParam().call(launchers::small);
+  // 65536 rows of blocks of 8 rows of points each, one more than any device launches.
+  for (const launchers::Size& size : {launchers::Size{1, 524281, 1}, launchers::Size{1, 1, 524281},
+                                      launchers::Size{1, 773, 679}}) {
+    EXPECT_EQ(quietFailureOf([&] { GetParam().call(size); }).condition,
+              "invalid configuration argument");
+    EXPECT_EQ(device.liveAllocations(), 0u);
+    EXPECT_EQ(GetParam().call(launchers::small), expected);
+  }
+}
+
+TEST_P(GridSizesTest, TheLargestShapesThatTheDeviceTakesAreEvaluated) {
+  const Values line = GetParam().call({1, 1, 524280});
+  EXPECT_EQ(line.size(), 524280u);
+  const Values few = GetParam().call({1, 1, 3});
+  EXPECT_EQ(Values(line.begin(), line.begin() + 3), few);
+  for (const std::complex<double>& p : line)  // as fresh memory would be
+    ASSERT_FALSE(std::isnan(p.real()) || std::isnan(p.imag()));
+}
+
+TEST_P(LauncherSizesTest, MemoryThatTheDeviceLacksIsReportedAndTheNextCallIsRight) {
+  const Values expected = GetParam().call(launchers::small);
+  for (int nth = 1; nth <= GetParam().allocations; ++nth) {
+    device.failCall("cudaMalloc", nth, cudaErrorMemoryAllocation, false);
+    const std::string condition = failureOf([&] { GetParam().call(launchers::small); }).condition;
+    EXPECT_EQ(condition.find("Cuda error when calling cudaMalloc("), 0u) << condition;
+    EXPECT_NE(condition.find("): out of memory"), std::string::npos) << condition;
+    EXPECT_EQ(device.liveAllocations(), 0u) << nth;
+    // The runtime keeps an error until it is asked for it.
+    EXPECT_EQ(cudaGetLastError(), cudaErrorMemoryAllocation);
+    EXPECT_EQ(GetParam().call(launchers::small), expected) << nth;
+  }
+  device.recordCalls();
+  GetParam().call(launchers::small);
+  int allocations = 0;
+  for (const emulation::Call& call : device.calls())
+    if (std::string(call.function) == "cudaMalloc") ++allocations;
+  EXPECT_EQ(allocations, GetParam().allocations);
+}
+
+TEST_F(SizesTest, MorePointsThanAnIntCountsAreRefusedAndNothingIsWritten) {
+  // 2³¹ points, and 2³², whose count is 0 in 32 bits.
+  for (const launchers::Size& size :
+       {launchers::Size{65536, 32768, 1}, launchers::Size{2048, 1024, 1024},
+        launchers::Size{65536, 1, 65536}}) {
+    const auto [sx, sy, sz] = size;
+    EXPECT_EQ(quietFailureOf([&, sx = sx, sy = sy, sz = sz] {
+                RectangularPiston_func_device(nullptr, sx, sy, sz, launchers::transform, a, b, k);
+              }).condition,
+              "invalid configuration argument");
+    EXPECT_EQ(quietFailureOf([&, sx = sx, sy = sy, sz = sz] {
+                RectangularPiston_func2_device(nullptr, nullptr, sx, sy, sz, launchers::transform,
+                                               a, b, k);
+              }).condition,
+              "invalid configuration argument");
+    EXPECT_EQ(quietFailureOf([&, sx = sx, sy = sy, sz = sz] {
+                RectangularPiston_func_structured_device(nullptr, sx, sy, sz, nullptr, nullptr,
+                                                         nullptr, a, b, k);
+              }).condition,
+              "invalid configuration argument");
+    EXPECT_EQ(device.liveAllocations(), 0u);
+  }
+}
+
+/// What this machine can still hand out, in bytes; 0 where it does not tell.
+std::size_t availableMemory() {
+  std::ifstream information("/proc/meminfo");
+  std::string name, unit;
+  std::size_t kibibytes = 0;
+  while (information >> name >> kibibytes && std::getline(information, unit))
+    if (name == "MemAvailable:") return kibibytes << 10;
+  return 0;
+}
+
+TEST_F(SizesTest, TwoGibibytesOfPointsAreEvaluated) {
+  constexpr int count = 180000000;
+  constexpr std::size_t points = count;
+  constexpr std::size_t bytes = points * 3 * sizeof(float);
+  static_assert(bytes > std::size_t{1} << 31);
+  if (!std::getenv("PISTONFIELD_LONG"))
+    GTEST_SKIP() << "takes gigabytes: runs where PISTONFIELD_LONG is set";
+  const std::size_t needed = 2 * (bytes + points * sizeof(Complex)) + (std::size_t{1} << 30);
+  if (availableMemory() < needed)
+    GTEST_SKIP() << "needs " << needed << " bytes of memory, " << availableMemory()
+                 << " are available";
+  setCudaIntegratorParameters("RectangularPiston", 2);
+
+  // Each point is told apart from its neighbours and from those 2²⁹ … 2³¹ bytes away.
+  const auto place = [](std::size_t n, float* position) {
+    position[0] = static_cast<float>(n % 8191) * 0x1p-11f;
+    position[1] = static_cast<float>(n / 8191 % 8179) * 0x1p-11f;
+    position[2] = static_cast<float>(1 + n / (8191 * 8179)) * 0.25f;
+  };
+  std::vector<Complex> pressures(points);
+  std::vector<float> positions(points * 3);
+  for (std::size_t n = 0; n < points; ++n) place(n, &positions[3 * n]);
+  RectangularPiston_func_unstructured(pressures.data(), count, positions.data(), a, b, k);
+
+  const auto expectSame = [&](std::size_t first) {
+    constexpr std::size_t some = 1000;
+    std::vector<float> few(some * 3);
+    for (std::size_t n = 0; n < some; ++n) place(first + n, &few[3 * n]);
+    std::vector<Complex> expected(some);
+    RectangularPiston_func_unstructured(expected.data(), int{some}, few.data(), a, b, k);
+    const auto begin = pressures.begin() + static_cast<std::ptrdiff_t>(first);
+    EXPECT_TRUE(support::sameBits({begin, begin + int{some}}, expected)) << first;
+  };
+  for (std::size_t first = 0; first + 1000 <= points; first += 7654321) expectSame(first);
+  for (const std::size_t byte : {std::size_t{1} << 29, std::size_t{1} << 30, std::size_t{1} << 31})
+    expectSame(byte / 12 - 500);
+  expectSame(points - 1000);
+}
+
+}  // namespace
