@@ -1,31 +1,10 @@
-#include <cuda_runtime.h>
-#include <sys/resource.h>
-#include <unistd.h>
+#include "gateway/EmulatedGatewayTest.h"
 
-#include <fstream>
-
-#include "emulation/TestControl.h"
-#include "gateway/GatewayTest.h"
-
-// Failures of the device below the gateway, asked for through the module's own test control.
+// Failures of the device below the gateway.
 
 namespace {
 
-class FaultTest : public GatewayTest {
- protected:
-  FaultTest()
-      : device(*reinterpret_cast<decltype(&emulationTestControl)>(
-            module.symbol("emulationTestControl"))()) {}
-  void TearDown() override { device.restore(); }
-
-  static std::size_t addressSpaceInUse() {
-    std::size_t pages = 0;
-    std::ifstream("/proc/self/statm") >> pages;
-    return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-  }
-
-  emulation::TestControl& device;
-};
+using FaultTest = EmulatedGatewayTest;
 
 TEST_F(FaultTest, AFailingCopyReachesTheUserAsTheReport) {
   device.failCall("cudaMemcpy", 2, cudaErrorLaunchFailure, false);
@@ -69,26 +48,6 @@ TEST_F(FirstCallTest, AlsoTheModulesFirstErrorIsReportedToTheHost) {
   ASSERT_TRUE(outcome.error);
   EXPECT_EQ(outcome.error->find("ERROR: assertion failure in src/core/cuda_init"), 0u);
 }
-
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-TEST_F(FaultTest, TooLittleMemoryIsAnErrorAndTheNextCallIsRight) {
-  const auto expected = pressures({});
-  Arguments many;
-  const std::size_t count = 4000000;
-  many.points = host::matrix(3, count, std::vector<double>(3 * count, 1));
-  const std::vector<mxArray> arguments = many.first(5);
-  rlimit before{};
-  getrlimit(RLIMIT_AS, &before);
-  rlimit limited = before;
-  limited.rlim_cur = addressSpaceInUse() + 180000000;  // enough for the results, not for the rest
-  setrlimit(RLIMIT_AS, &limited);
-  const host::Outcome outcome = module.call(1, arguments);
-  setrlimit(RLIMIT_AS, &before);
-  EXPECT_EQ(outcome.error, "There is not enough memory for this many points.");
-  EXPECT_EQ(device.liveAllocations(), 0u);
-  EXPECT_EQ(pressures({}), expected);
-}
-#endif
 
 TEST_F(FaultTest, EveryFailingCallIsAtMostOneErrorAndTheNextCallIsRight) {
   device.recordCalls();

@@ -1,0 +1,120 @@
+#include <cstddef>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "gateway/EmulatedGatewayTest.h"
+#include "support/ProcessMemory.h"
+
+// More points than there is memory for.
+
+namespace {
+
+constexpr const char* notEnough = "There is not enough memory for this many points.";
+
+class MemoryTest : public EmulatedGatewayTest {
+ protected:
+  /// Whether the device was asked for memory since the record began.
+  bool deviceWasAsked() const {
+    for (const emulation::Call& call : device.calls())
+      if (std::string(call.function) == "cudaMalloc") return true;
+    return false;
+  }
+
+  /// Arguments whose array of points claims a size that nothing stands behind but its first point.
+  static Arguments claiming(std::size_t points) {
+    Arguments arguments;
+    arguments.points.dims = {3, points};
+    return arguments;
+  }
+};
+
+TEST_F(MemoryTest, MorePointsThanAnIntCountsNeverReachTheDevice) {
+  const auto expected = pressures({});
+  for (const std::size_t points : {std::size_t{1} << 31, (std::size_t{1} << 32) + 1,
+                                   (std::size_t{1} << 33) - 1, std::size_t{1} << 60}) {
+    device.recordCalls();
+    const host::Outcome outcome = call(claiming(points));
+    EXPECT_EQ(outcome.error, "Points (argument 1) must be at most 2147483647.");
+    EXPECT_TRUE(outcome.results.empty());
+    EXPECT_FALSE(deviceWasAsked());
+    EXPECT_EQ(pressures({}), expected);
+  }
+}
+
+TEST_F(MemoryTest, AsManyPointsAsAnIntCountsWithoutMemoryForThemNeverReachTheDevice) {
+  if (!support::memoryIsOnlyOurs) GTEST_SKIP() << "memory is the sanitizer's";
+  const auto expected = pressures({});
+  const std::vector<mxArray> arguments = claiming(2147483647).first(5);
+  device.recordCalls();
+  host::Outcome outcome;
+  {
+    const support::AddressSpaceLimit limit(1000000000);  // of the 17 GB of real parts
+    outcome = module.call(1, arguments);
+  }
+  EXPECT_EQ(outcome.error, notEnough);
+  EXPECT_FALSE(deviceWasAsked());
+  EXPECT_EQ(pressures({}), expected);
+}
+
+TEST_F(MemoryTest, WhereverMemoryEndsIsAnErrorAndTheNextCallIsRight) {
+  if (!support::memoryIsOnlyOurs) GTEST_SKIP() << "memory is the sanitizer's";
+  const auto expected = pressures({});
+  Arguments many;
+  // So many that the allocator keeps nothing of their arrays when they go.
+  const std::size_t count = 5000000;
+  many.points = host::matrix(3, count, std::vector<double>(3 * count, 1));
+  const std::vector<mxArray> arguments = many.first(5);
+  const std::string onTheDevice[] = {
+      "(Cuda error when calling cudaMalloc((void**)&d_arrayr, datasize*2): out of memory).",
+      "(Cuda error when calling cudaMalloc((void**)&d_pos, nbPositions*3*sizeof(float)): out of "
+      "memory)."};
+  std::set<std::string> seen;
+  const std::size_t resident = support::residentMemory();
+
+  // In megabytes, the result takes 80, once more 80, the points 120, their single-precision form
+  // 60, the pressures 40, on the device as much, and the points there 60.
+  for (std::size_t megabytes = 20; megabytes < 480; megabytes += 40) {
+    device.recordCalls();
+    host::Outcome outcome;
+    {
+      const support::AddressSpaceLimit limit(megabytes * 1000000);
+      outcome = module.call(1, arguments);
+    }
+    if (!outcome.error) break;  // what earlier tests have left unused in this process helped
+    std::string error = *outcome.error;
+    for (const std::string& text : onTheDevice)
+      if (error.find(text) != std::string::npos) error = text;
+    seen.insert(error);
+    EXPECT_EQ(deviceWasAsked(), error != notEnough) << megabytes;
+    EXPECT_EQ(device.liveAllocations(), 0u) << megabytes;
+    EXPECT_EQ(pressures({}), expected) << megabytes;
+  }
+  EXPECT_EQ(seen, (std::set<std::string>{notEnough, onTheDevice[0], onTheDevice[1]}));
+  EXPECT_LE(support::residentMemory(), resident + 20000000);
+  const support::AddressSpaceLimit enough(700000000);
+  EXPECT_EQ(module.call(1, arguments).error, std::nullopt);
+}
+
+TEST_F(MemoryTest, EveryAllocationThatTheDeviceRefusesIsReportedAndTheNextCallIsRight) {
+  const auto expected = pressures({});
+  int refused = 0;
+  for (int nth = 1;; ++nth) {
+    device.failCall("cudaMalloc", nth, cudaErrorMemoryAllocation, false);
+    const std::string error = errorOf({});
+    device.restore();
+    if (error.empty()) break;
+    EXPECT_EQ(error.find("ERROR: assertion failure in src/FastNearfield/RectangularPistonCuda"), 0u)
+        << error;
+    EXPECT_NE(error.find("condition failed: (Cuda error when calling cudaMalloc("),
+              std::string::npos)
+        << error;
+    EXPECT_NE(error.find("): out of memory).\n"), std::string::npos) << error;
+    EXPECT_EQ(pressures({}), expected);
+    ++refused;
+  }
+  EXPECT_EQ(refused, 2);
+}
+
+}  // namespace
