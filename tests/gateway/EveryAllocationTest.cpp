@@ -128,4 +128,20 @@ TEST_F(GatewayEveryAllocationTest, FailsAsOneErrorWhileAnotherIsReported) {
     EXPECT_GT(failEach(lasting, [](emulation::TestControl&) {}).failed, 0u);
 }
 
+TEST_F(GatewayEveryAllocationTest, LeavesNoPieceOfAReport) {
+  inputs = arguments.first(7);
+  const auto failCopy = [](emulation::TestControl& control) {
+    control.restore();
+    control.failCall("cudaMemcpyToSymbol", 2, cudaErrorUnknown, false);
+  };
+  const auto failRelease = [](emulation::TestControl& control) {
+    control.restore();
+    control.failCall("cudaDeviceReset", 1, cudaErrorUnknown, false);
+  };
+  for (const bool lasting : {false, true}) {
+    EXPECT_GT(failEach(lasting, failCopy).failed, 0u);
+    EXPECT_GT(failEach(lasting, failRelease).failed, 0u);
+  }
+}
+
 }  // namespace
