@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <exception>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <thread>
 
@@ -112,8 +113,7 @@ int mxGetString(const mxArray* array, char* text, mwSize size) {
 }
 
 mxArray* mxCreateNumericArray(mwSize ndim, const mwSize* dims, mxClassID classId,
-                              mxComplexity complexity) {
-  const HostFunction host;
+                              mxComplexity complexity) try {
   if (classId != mxDOUBLE_CLASS) die("only doubles are made here");
   auto& array = current->arrays.emplace_back(std::make_unique<mxArray>());
   array->dims.assign(dims, dims + ndim);
@@ -122,6 +122,9 @@ mxArray* mxCreateNumericArray(mwSize ndim, const mwSize* dims, mxClassID classId
   array->isComplex = complexity == mxCOMPLEX;
   if (array->isComplex) array->im.resize(array->re.size());
   return array.get();
+} catch (const std::bad_alloc&) {
+  mexErrMsgTxt("mxCreateNumericArray: out of memory");
+  return nullptr;
 }
 
 int mexPrintf(const char* format, ...) {

@@ -29,6 +29,7 @@ using MexFunction = decltype(mexFunction);
 /// - an error of mexErrMsgTxt unwinds the module as an exception derived from std::exception;
 /// - one raised while another unwinds ends the process, and so do one that the module keeps to
 ///   itself and any other exception that leaves the module;
+/// - an array that finds no memory is an error;
 /// - access to the data of what holds no numbers ends the process or raises an error;
 /// - arrays that a call has made are taken back after it.
 ///
@@ -36,7 +37,8 @@ using MexFunction = decltype(mexFunction);
 Outcome call(MexFunction* function, int nlhs, const std::vector<mxArray>& arguments,
              int interruptedCheck = 0);
 
-/// Whether this thread runs code of a module: one is being called, and it has not called the host.
+/// Whether this thread runs code of a module: one is being called, and does not print or raise an
+/// error, for which a host keeps memory of its own.
 bool insideModule();
 
 }  // namespace host
