@@ -111,7 +111,7 @@ class GatewayEveryAllocationTest : public GatewayTest {
   Arguments arguments;
   std::vector<mxArray> inputs;
   emulation::TestControl& device =
-      reinterpret_cast<decltype(&emulationTestControl)>(module.symbol("emulationTestControl"))();
+      *reinterpret_cast<decltype(&emulationTestControl)>(module.symbol("emulationTestControl"))();
 };
 
 TEST_F(GatewayEveryAllocationTest, FailsAsOneErrorInACallWithAnOrder) { failEachInEveryWay(); }

@@ -59,7 +59,7 @@ class GatewayEveryCallTest : public GatewayTest {
 
   Arguments arguments;
   emulation::TestControl& device =
-      function<decltype(emulationTestControl)>("emulationTestControl")();
+      *function<decltype(emulationTestControl)>("emulationTestControl")();
 };
 
 TEST_F(GatewayEveryCallTest, FailsAsOneErrorInACallWithAnOrder) { failEach(1, arguments.first(7)); }
