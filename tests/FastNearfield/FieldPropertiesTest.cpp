@@ -128,7 +128,7 @@ TEST_F(FarFieldTest, InDoublePrecisionTheDistanceToTheSincsFallsAsTheDistance) {
     const Direction u = anyDirection(piston, 0.05);
     const Beam beam(piston, u);
     const double r = 250 * k * (s * s + l * l);
-    double error[2];
+    double error[2] = {};
     for (const int n : {0, 1}) {
       const double R = (1 + n) * r;
       const double difference = std::abs(onTheCpu(piston, u.at(R)) - beam.field(R));

@@ -1,6 +1,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
+#include <limits>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -57,7 +58,7 @@ class SizesTest : public launchers::Test {
   template <class Call>
   static Failure quietFailureOf(Call call) {
     testing::internal::CaptureStderr();
-    const Failure failure = failureOf(call);
+    Failure failure = failureOf(call);
     testing::internal::GetCapturedStderr();
     return failure;
   }
@@ -136,6 +137,32 @@ TEST_F(SizesTest, MorePointsThanAnIntCountsAreRefusedAndNothingIsWritten) {
   }
 }
 
+TEST_F(SizesTest, AsManyPointsAsAnIntCountsAreCountedInBytes) {
+  constexpr int most = std::numeric_limits<int>::max();
+  const auto bytes = [this](auto call) {
+    std::vector<Failure> failures;
+    startAfresh();
+    pistonfield::ErrorHandler::setErrorHandler(new support::ReturningHandler(failures));
+    device.failCall("cudaMalloc", 1, cudaErrorMemoryAllocation, true);
+    device.failCall("cudaLaunchKernel", 1, cudaErrorLaunchFailure, true);
+    device.recordCalls();
+    testing::internal::CaptureStderr();
+    call();
+    testing::internal::GetCapturedStderr();
+    std::vector<std::size_t> asked;
+    for (const emulation::Call& made : device.calls())
+      if (made.bytes > 0) asked.push_back(made.bytes);
+    return asked;
+  };
+  const std::size_t pairs = std::size_t{most} * 8, triples = std::size_t{most} * 12;
+  EXPECT_EQ(bytes([] { RectangularPiston_func_unstructured(nullptr, most, nullptr, a, b, k); }),
+            (std::vector<std::size_t>{pairs, triples, triples, pairs}));
+  EXPECT_EQ(bytes([] { do_calculate(nullptr, most, 1, 1, 1, 1, 1, a, b, k); }),
+            (std::vector<std::size_t>{pairs, pairs}));
+  EXPECT_EQ(bytes([] { do_calculate_d(nullptr, 1, 1, most, 1, 1, 1, a, b, k); }),
+            (std::vector<std::size_t>{2 * pairs, 2 * pairs}));
+}
+
 /// What this machine can still hand out, in bytes; 0 where it does not tell.
 std::size_t availableMemory() {
   std::ifstream information("/proc/meminfo");
@@ -161,9 +188,11 @@ TEST_F(SizesTest, TwoGibibytesOfPointsAreEvaluated) {
 
   // Each point is told apart from its neighbours and from those 2²⁹ … 2³¹ bytes away.
   const auto place = [](std::size_t n, float* position) {
-    position[0] = static_cast<float>(n % 8191) * 0x1p-11f;
-    position[1] = static_cast<float>(n / 8191 % 8179) * 0x1p-11f;
-    position[2] = static_cast<float>(1 + n / (8191 * 8179)) * 0.25f;
+    constexpr std::size_t columns = 8191, rows = 8179;
+    const std::size_t column = n % columns, row = n / columns % rows, page = n / columns / rows;
+    position[0] = static_cast<float>(column) * 0x1p-11f;
+    position[1] = static_cast<float>(row) * 0x1p-11f;
+    position[2] = static_cast<float>(1 + page) * 0.25f;
   };
   std::vector<Complex> pressures(points);
   std::vector<float> positions(points * 3);

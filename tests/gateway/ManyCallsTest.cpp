@@ -50,16 +50,13 @@ const std::vector<Mistake> mistakes = {
 
 #if defined(CUDART_VERSION)
 
-/// Keeps the device's context, which a call would otherwise take with it, and all that the call
-/// had left in it.
+/// Holds the device's context, which a call would otherwise take with it, and all that the call
+/// had left in it. It stays: to end it under the module's own runtime would break that.
 class DeviceMemory {
  public:
   explicit DeviceMemory(const host::MexHost& /*module*/) {
     EXPECT_EQ(cudaFree(nullptr), cudaSuccess);
   }
-  DeviceMemory(const DeviceMemory&) = delete;
-  DeviceMemory& operator=(const DeviceMemory&) = delete;
-  ~DeviceMemory() { cudaDeviceReset(); }
 
   template <class Call>
   host::Outcome during(Call call) {
@@ -108,7 +105,7 @@ class DeviceMemory {
   template <class Call>
   host::Outcome during(Call call) {
     device_.recordCalls();
-    const host::Outcome outcome = call();
+    host::Outcome outcome = call();
     for (const emulation::Call& made : device_.calls()) {
       if (std::string(made.function) == "cudaMalloc") ++notGivenBack_;
       if (std::string(made.function) == "cudaFree") --notGivenBack_;
@@ -122,7 +119,7 @@ class DeviceMemory {
     const Fault& fault = all[n];
     device_.failCall(fault.function, fault.nth, cudaErrorUnknown, false);
     if (std::string(fault.function) == "cudaMalloc") --notGivenBack_;
-    const host::Outcome outcome = during(call);
+    host::Outcome outcome = during(call);
     device_.restore();
     return outcome;
   }

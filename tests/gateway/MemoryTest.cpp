@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <set>
@@ -18,9 +19,10 @@ class MemoryTest : public EmulatedGatewayTest {
  protected:
   /// Whether the device was asked for memory since the record began.
   bool deviceWasAsked() const {
-    for (const emulation::Call& call : device.calls())
-      if (std::string(call.function) == "cudaMalloc") return true;
-    return false;
+    const std::vector<emulation::Call> calls = device.calls();
+    return std::any_of(calls.begin(), calls.end(), [](const emulation::Call& call) {
+      return std::string(call.function) == "cudaMalloc";
+    });
   }
 
   /// Arguments whose array of points claims a size that nothing stands behind but its first point.
@@ -94,7 +96,8 @@ TEST_F(MemoryTest, WhereverMemoryEndsIsAnErrorAndTheNextCallIsRight) {
     EXPECT_EQ(pressures({}), expected) << megabytes;
   }
   EXPECT_EQ(seen, (std::set<std::string>{notEnough, onTheDevice[0], onTheDevice[1]}));
-  EXPECT_LE(support::residentMemory(), resident + 20000000);
+  // An array that every call leaves behind is more; a heap that the allocator keeps is less.
+  EXPECT_LE(support::residentMemory(), resident + 100000000);
   const support::AddressSpaceLimit enough(700000000);
   EXPECT_EQ(module.call(1, arguments).error, std::nullopt);
 }
