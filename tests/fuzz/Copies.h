@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstring>
+
+namespace fuzz {
+
+/// The value that the same bits are in another type.
+template <class To, class From>
+To copied(const From& from) {
+  static_assert(sizeof(To) == sizeof(From));
+  To to;
+  std::memcpy(&to, &from, sizeof to);
+  return to;
+}
+
+}  // namespace fuzz

@@ -1,0 +1,188 @@
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "emulation/TestControl.h"
+#include "fuzz/Arrays.h"
+#include "fuzz/Property.h"
+#include "host/MexCall.h"
+
+// [results{1:nlhs}] = pistonfield(arguments{:}) of anything: a call with good arguments returns as
+// many pressures as points, any other raises one of the messages that users know, and neither
+// leaves anything behind. The host sees to it that it is one message.
+
+namespace {
+
+using Arguments = std::vector<mxArray>;
+
+host::Outcome call(int nlhs, const Arguments& arguments) {
+  host::Outcome outcome = host::call(mexFunction, nlhs, arguments);
+  fuzz::require(emulationTestControl().liveAllocations() == 0, "no device memory stays behind");
+  return outcome;
+}
+
+mxArray rightArgument(FuzzedDataProvider& bytes, std::size_t place) {
+  switch (place) {
+    case 0:
+      return fuzz::points(bytes);
+    case 2:
+    case 3:
+    case 4:
+      return fuzz::number(bytes);
+    case 5:
+      return fuzz::mode(bytes);
+    case 6:
+      return fuzz::orderOrTable(bytes);
+    default:
+      return fuzz::anyArray(bytes);
+  }
+}
+
+/// The argument as it should be, with good odds; else nearly so, or anything.
+mxArray argument(FuzzedDataProvider& bytes, std::size_t place) {
+  const int choice = bytes.ConsumeIntegralInRange(0, 31);
+  if (choice == 31) return fuzz::anyArray(bytes);
+  mxArray array = rightArgument(bytes, place);
+  if (choice == 30) fuzz::spoil(bytes, array);
+  return array;
+}
+
+std::size_t argumentCount(FuzzedDataProvider& bytes) {
+  const auto choice = bytes.ConsumeIntegralInRange<std::size_t>(0, 31);
+  return choice < 10 ? choice : 5 + choice % 3;
+}
+
+int outputCount(FuzzedDataProvider& bytes) {
+  const int choice = bytes.ConsumeIntegralInRange(0, 31);
+  return choice < 4 ? choice : 1;
+}
+
+/// What the help says that arguments must be.
+namespace right {
+
+bool number(const mxArray& array) {
+  return (mxIsNumeric(&array) || mxIsLogical(&array) || mxIsChar(&array)) && !array.isSparse &&
+         mxGetM(&array) > 0 && mxGetN(&array) > 0;
+}
+
+bool fullDoubles(const mxArray& array) { return mxIsDouble(&array) && !array.isSparse; }
+
+bool points(const mxArray& array) {
+  const std::size_t columns = mxGetN(&array);
+  return fullDoubles(array) && !array.isComplex && mxGetM(&array) == 3 && columns >= 1 &&
+         columns < std::size_t{1} << 31;
+}
+
+bool mode(const mxArray& array) {
+  const std::string text(array.bytes.begin(), array.bytes.end());
+  return mxIsChar(&array) && array.dims[0] == 1 && (text == "cuda" || text == "cudadp");
+}
+
+bool orderOrTable(const mxArray& array) {
+  const std::size_t rows = mxGetM(&array);
+  if (mxGetN(&array) == 2) return fullDoubles(array) && rows >= 1 && rows <= 512;
+  if (rows != 1 || mxGetN(&array) != 1 || !number(array)) return false;
+  const double order = mxGetScalar(&array);
+  return order >= 1 && order < 513;
+}
+
+bool arguments(int nlhs, const Arguments& given) {
+  return nlhs == 1 && given.size() >= 5 && given.size() <= 7 && points(given[0]) &&
+         number(given[2]) && number(given[3]) && number(given[4]) &&
+         (given.size() < 6 || mode(given[5])) && (given.size() < 7 || orderOrTable(given[6]));
+}
+
+bool query(int nlhs, const Arguments& given) {
+  return nlhs == 0 && given.size() == 1 && mxIsChar(&given[0]) && given[0].dims[0] == 1 &&
+         std::string(given[0].bytes.begin(), given[0].bytes.end()) == "info";
+}
+
+}  // namespace right
+
+bool isKnown(const std::string& message) {
+  for (const char* known :
+       {"Must have five or six input arguments: ([list of points], ignored, l, s, k, "
+        "['cuda'|'cudadp'|'cpu'|'cpusp'|'cpudp'], [nabscissas])",
+        "Must have one output arguments", "Input must be real, full, and nonstring",
+        "abscissas must be a number or a 2D matrix containing abscissas and weights.",
+        "l (argument 3) must be a number.", "s (argument 4) must be a number.",
+        "k (argument 5) must be a number.", "Points (argument 1) must have dimension of three.",
+        "Points (argument 1) must be at most 2147483647.",
+        "The given grid must have at least one data point",
+        "Input 5 must be a character string and either be 'cuda' or 'cpu'",
+        "Input 5 must either be 'cuda' or 'cpu[sp,dp]'", "CPU version not implemented, yet."})
+    if (message == known) return true;
+  const auto endsWith = [&](const std::string& end) {
+    return message.size() >= end.size() &&
+           message.compare(message.size() - end.size(), end.size(), end) == 0;
+  };
+  return message.compare(0, 27, "ERROR: assertion failure in") == 0 &&
+         (endsWith("condition failed: (order>0).\n\n") ||
+          endsWith("condition failed: (N <= 512 && N>0).\n\n"));
+}
+
+void check(int nlhs, const Arguments& arguments) {
+  const host::Outcome outcome = call(nlhs, arguments);
+  if (right::query(nlhs, arguments)) {
+    fuzz::require(!outcome.error && outcome.results.empty(), "a query returns nothing");
+    return;
+  }
+  fuzz::require(right::arguments(nlhs, arguments) == !outcome.error,
+                "good arguments give pressures, others an error; here " +
+                    outcome.error.value_or("there was none"));
+  if (outcome.error) {
+    fuzz::require(isKnown(*outcome.error), "the message is known: " + *outcome.error);
+    return;
+  }
+  const std::size_t count = mxGetN(&arguments[0]);
+  fuzz::require(outcome.results.size() == 1, "there is one result");
+  const mxArray& p = outcome.results[0];
+  fuzz::require(p.className == "double" && p.isComplex &&
+                    p.dims == std::vector<std::size_t>{count, 1} && p.re.size() == count &&
+                    p.im.size() == count,
+                "the result is one complex double a point");
+}
+
+/// Calls that must never change, whatever was called between them.
+void checkGoodCall() {
+  static const Arguments good = {host::matrix(3, 2, {0, 0, 0.01, 0.001, -0.002, 0.02}),
+                                 host::scalar(0), host::scalar(0.01), host::scalar(0.005),
+                                 host::scalar(4188.79)};
+  const auto values = [] {
+    const host::Outcome outcome = call(1, good);
+    fuzz::require(!outcome.error, "a good call succeeds");
+    std::vector<double> parts = outcome.results.at(0).re;
+    parts.insert(parts.end(), outcome.results[0].im.begin(), outcome.results[0].im.end());
+    return parts;
+  };
+  static const std::vector<double> expected = values();
+  const std::vector<double> actual = values();
+  fuzz::require(std::memcmp(actual.data(), expected.data(), 4 * sizeof(double)) == 0,
+                "a good call gives the same bits as ever");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+  fuzz::silence();
+  checkGoodCall();
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  FuzzedDataProvider bytes(data, size);
+  const int nlhs = outputCount(bytes);
+  const bool thenGood = bytes.ConsumeIntegralInRange(0, 7) == 7;
+  Arguments arguments(argumentCount(bytes));
+  for (std::size_t place = 0; place < arguments.size(); ++place)
+    arguments[place] = argument(bytes, place);
+  if (arguments.size() == 1 && bytes.ConsumeBool()) arguments[0] = host::text("info");
+  check(nlhs, arguments);
+  if (thenGood) checkGoodCall();
+  return 0;
+}

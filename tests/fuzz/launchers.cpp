@@ -1,0 +1,385 @@
+#include <cuda_runtime.h>
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "FastNearfield/IntegratorCuda.h"
+#include "FastNearfield/RectangularPiston2.h"
+#include "FastNearfield/RectangularPistonCuda.dp.h"
+#include "FastNearfield/RectangularPistonCuda.h"
+#include "emulation/TestControl.h"
+#include "fuzz/Grids.h"
+#include "fuzz/Numbers.h"
+#include "fuzz/Property.h"
+#include "support/RecordingHandler.h"
+
+// Any grid by every launcher: where the size is right all of single precision give the bits that
+// the one for lists gives, and all of double precision those of each other; where it is not, the
+// error handler is told. The sanitizer guards the arrays, which are as large as they must be.
+
+namespace {
+
+using fuzz::require;
+using fuzz::Size;
+using pistonfield::Complex;
+using pistonfield::Complexd;
+using pistonfield::ComplexPair;
+using pistonfield::Grid3DR;
+using pistonfield::RectangularPistonCuda2;
+
+template <class Call>
+bool fails(const Call& call) {
+  const std::string condition = support::failureOf(call).condition;
+  cudaGetLastError();
+  require(emulationTestControl().liveAllocations() == 0, "no device memory stays behind");
+  return !condition.empty();
+}
+
+/// What a launcher has written, nothing if it failed.
+template <class T>
+using Values = std::optional<std::vector<ComplexPair<T>>>;
+
+/// Whatever they were before, results are not left as they were.
+template <class T>
+constexpr ComplexPair<T> unwritten{T(-12345), T(54321)};
+
+template <class T, class Launcher>
+Values<T> pairs(std::size_t count, const Launcher& launch) {
+  std::vector<ComplexPair<T>> data(count, unwritten<T>);
+  ComplexPair<T> none[1];
+  if (fails([&] { launch(count > 0 ? data.data() : none); })) return {};
+  return data;
+}
+
+template <class T, class Launcher>
+Values<T> parts(std::size_t count, const Launcher& launch) {
+  std::vector<T> re(count, unwritten<T>.re), im(count, unwritten<T>.im);
+  T none[2];
+  if (fails([&] { launch(count > 0 ? re.data() : none, count > 0 ? im.data() : none + 1); }))
+    return {};
+  std::vector<ComplexPair<T>> data;
+  for (std::size_t i = 0; i < count; ++i) data.push_back({re[i], im[i]});
+  return data;
+}
+
+template <class T>
+bool sameValue(T p, T q) {
+  return (std::isnan(p) && std::isnan(q)) || (p == q && std::signbit(p) == std::signbit(q));
+}
+
+template <class T>
+bool same(const Values<T>& p, const Values<T>& q) {
+  if (!p || !q) return !p && !q;
+  if (p->size() != q->size()) return false;
+  for (std::size_t i = 0; i < p->size(); ++i)
+    if (!sameValue((*p)[i].re, (*q)[i].re) || !sameValue((*p)[i].im, (*q)[i].im)) return false;
+  return true;
+}
+
+template <class T>
+void requireWritten(const Values<T>& values) {
+  for (const auto& p : *values)
+    require(p.re != unwritten<T>.re || p.im != unwritten<T>.im, "every point has its pressure");
+}
+
+struct Piston {
+  float a, b, k;
+};
+
+Values<float> list(const std::vector<float>& positions, const Piston& p) {
+  std::vector<float> pos = positions;
+  const auto count = static_cast<int>(pos.size() / 3);
+  return pairs<float>(pos.size() / 3, [&](Complex* data) {
+    RectangularPiston_func_unstructured(data, count, pos.data(), p.a, p.b, p.k);
+  });
+}
+
+/// More would keep the fuzzer from trying other things.
+constexpr std::size_t mostNodes = std::size_t{1} << 16;
+
+/// The rule of an order, or a table with values of any kind; nothing is loaded where it fails.
+/// Returns the number of its nodes.
+std::size_t loadRule(FuzzedDataProvider& bytes) {
+  const char* const name = bytes.ConsumeIntegralInRange(0, 31) < 31 ? "RectangularPiston" : "Disc";
+  const bool isModel = name[0] == 'R';
+  const int order = bytes.ConsumeBool() ? bytes.ConsumeIntegralInRange(1, 12)
+                                        : bytes.ConsumeIntegralInRange(-3, 520);
+  const bool isOrder = order >= 1 && order <= 512;
+  const auto half = static_cast<std::size_t>(isOrder ? (order + 1) / 2 : 1);
+  switch (bytes.ConsumeIntegralInRange(0, 3)) {
+    case 0: {
+      const auto x = fuzz::numbers<float>(bytes, half), w = fuzz::numbers<float>(bytes, half);
+      require(fails([&] { setIntegratorWeightsSym(name, x.data(), w.data(), order); }) ==
+                  !(isModel && isOrder),
+              "a table of single precision is loaded if it can be");
+      break;
+    }
+    case 1: {  // to a model that is not there it is as on a device without double precision
+      const auto x = fuzz::numbers<double>(bytes, half), w = fuzz::numbers<double>(bytes, half);
+      require(
+          fails([&] { setIntegratorWeightsSym_d(name, x.data(), w.data(), order); }) == !isOrder,
+          "a table of double precision is loaded if it can be");
+      break;
+    }
+    default:
+      require(fails([&] { setCudaIntegratorParameters(name, order); }) == !(isModel && isOrder),
+              "a rule is loaded if there is one");
+  }
+  return isOrder ? static_cast<std::size_t>(order) : 0;
+}
+
+/// The list of a grid's points, and that of one of them alone.
+Values<float> checkList(FuzzedDataProvider& bytes, const std::vector<float>& positions,
+                        const Piston& piston) {
+  const Values<float> expected = list(positions, piston);
+  require(expected.has_value(), "a list of points is evaluated");
+  requireWritten(expected);
+  const auto n = bytes.ConsumeIntegralInRange<std::size_t>(0, expected->size() - 1);
+  const auto first = positions.begin() + static_cast<std::ptrdiff_t>(3 * n);
+  require(same(list({first, first + 3}, piston), Values<float>({(*expected)[n]})),
+          "a point's pressure depends on its own place only");
+  return expected;
+}
+
+void checkMappedGrid(FuzzedDataProvider& bytes, const Size& size, const Piston& p) {
+  fuzz::Transform t = fuzz::anyTransform(bytes);
+  Values<float> expected;
+  if (size.isRight()) expected = checkList(bytes, fuzz::positions(size, t), p);
+  const int sx = size.sx, sy = size.sy, sz = size.sz;
+  require(same(expected, pairs<float>(size.points(),
+                                      [&](Complex* data) {
+                                        RectangularPiston_func(data, sx, sy, sz, t.data(), p.a, p.b,
+                                                               p.k);
+                                      })),
+          "RectangularPiston_func gives what the list gives");
+  require(same(expected, parts<float>(size.points(),
+                                      [&](float* re, float* im) {
+                                        RectangularPiston_func2(re, im, sx, sy, sz, t.data(), p.a,
+                                                                p.b, p.k);
+                                      })),
+          "RectangularPiston_func2 gives what the list gives");
+  require(same(expected, pairs<float>(size.points(),
+                                      [&](Complex* data) {
+                                        do_calculate_grid(data, sx, sy, sz, t[0], t[1], t[2], t[3],
+                                                          t[4], t[5], t[6], t[7], t[8], t[9], t[10],
+                                                          t[11], p.a, p.b, p.k);
+                                      })),
+          "do_calculate_grid gives what the list gives");
+}
+
+void checkAxes(FuzzedDataProvider& bytes, const Size& size, const Piston& p) {
+  const auto axis = [&](int length) {
+    // The device has no memory for longer ones, and reads nothing.
+    constexpr int most = 1 << 26;
+    std::vector<float> values =
+        fuzz::numbers<float>(bytes, static_cast<std::size_t>(std::clamp(length, 1, 64)));
+    if (length > 64 && length <= most) values.resize(static_cast<std::size_t>(length));
+    return values;
+  };
+  std::vector<float> x = axis(size.sx), y = axis(size.sy), z = axis(size.sz);
+  Values<float> expected;
+  if (size.isRight()) expected = checkList(bytes, fuzz::positions(x, y, z), p);
+  require(same(expected, pairs<float>(size.points(),
+                                      [&](Complex* data) {
+                                        RectangularPiston_func_structured(
+                                            data, size.sx, size.sy, size.sz, x.data(), y.data(),
+                                            z.data(), p.a, p.b, p.k);
+                                      })),
+          "RectangularPiston_func_structured gives what the list gives");
+}
+
+void checkSteps(FuzzedDataProvider& bytes, const Size& size, const Piston& p) {
+  const std::vector<float> step = fuzz::numbers<float>(bytes, 3);
+  const auto axis = [](int length, float d) {
+    std::vector<float> values;
+    for (int i = 0; i < length; ++i) values.push_back(static_cast<float>(i) * d);
+    return values;
+  };
+  Values<float> expected;
+  if (size.isRight())
+    expected = checkList(
+        bytes,
+        fuzz::positions(axis(size.sx, step[0]), axis(size.sy, step[1]), axis(size.sz, step[2])), p);
+  require(same(expected, pairs<float>(size.points(),
+                                      [&](Complex* data) {
+                                        do_calculate(data, size.sx, size.sy, size.sz, step[0],
+                                                     step[1], step[2], p.a, p.b, p.k);
+                                      })),
+          "do_calculate gives what the list gives");
+}
+
+void checkDoublePrecision(FuzzedDataProvider& bytes, const Size& size) {
+  std::vector<double> t = fuzz::numbers<double>(bytes, 16);
+  const std::vector<double> p = fuzz::numbers<double>(bytes, 3);
+  const int sx = size.sx, sy = size.sy, sz = size.sz;
+  const Values<double> expected = pairs<double>(size.points(), [&](Complexd* data) {
+    RectangularPiston_func_d(data, sx, sy, sz, t.data(), p[0], p[1], p[2]);
+  });
+  require(expected.has_value() == size.isRight(), "RectangularPiston_func_d fails if it must");
+  if (expected) requireWritten(expected);
+  require(same(expected, parts<double>(size.points(),
+                                       [&](double* re, double* im) {
+                                         RectangularPiston_func2_d(re, im, sx, sy, sz, t.data(),
+                                                                   p[0], p[1], p[2]);
+                                       })),
+          "RectangularPiston_func2_d gives what RectangularPiston_func_d gives");
+  require(same(expected, pairs<double>(size.points(),
+                                       [&](Complexd* data) {
+                                         do_calculate_grid_d(data, sx, sy, sz, t[0], t[1], t[2],
+                                                             t[3], t[4], t[5], t[6], t[7], t[8],
+                                                             t[9], t[10], t[11], p[0], p[1], p[2]);
+                                       })),
+          "do_calculate_grid_d gives what RectangularPiston_func_d gives");
+  for (const std::size_t n : {1u, 2u, 3u, 4u, 6u, 7u, 8u, 9u, 11u}) t[n] = 0;
+  const double steps[] = {t[0], t[5], t[10]};
+  require(pairs<double>(
+              size.points(),
+              [&](Complexd* data) {
+                do_calculate_d(data, sx, sy, sz, steps[0], steps[1], steps[2], p[0], p[1], p[2]);
+              }).has_value() == size.isRight(),
+          "do_calculate_d fails if it must");
+}
+
+/// A regular grid of a piston that is evaluated on the device or on the CPU.
+void checkPiston(FuzzedDataProvider& bytes, const Size& size) {
+  const fuzz::Transform t = fuzz::anyTransform(bytes);
+  Grid3DR<double>::Transform transform;
+  std::copy(t.begin(), t.end(), transform.begin());
+  const auto length = [](int value) { return static_cast<unsigned>(value); };
+  const Grid3DR<double> grid(length(size.sx), length(size.sy), length(size.sz), transform);
+  const std::vector<float> p = fuzz::numbers<float>(bytes, 3);
+  RectangularPistonCuda2 piston(double{p[0]}, double{p[1]}, double{p[2]});
+  if (size.isRight()) {
+    const Values<float> expected = list(fuzz::positions(size, t), {p[0], p[1], p[2]});
+    require(same(expected, pairs<float>(size.points(),
+                                        [&](Complex* data) { piston.compute(&data->re, grid); })),
+            "a piston computes what the list gives");
+  } else {
+    require(!pairs<float>(0, [&](Complex* data) { piston.compute(&data->re, grid); }),
+            "a piston refuses a grid that is none");
+  }
+  if (size.points() == 0 || size.points() > 16) return;
+  piston.useGPU = false;
+  requireWritten(
+      pairs<float>(size.points(), [&](Complex* data) { piston.compute(&data->re, grid); }));
+  requireWritten(
+      pairs<double>(size.points(), [&](Complexd* data) { piston.compute(&data->re, grid); }));
+}
+
+template <class T>
+bool sameVector(const pistonfield::MVector<T, 3>& p, const pistonfield::MVector<T, 3>& q) {
+  return sameValue(p[0], q[0]) && sameValue(p[1], q[1]) && sameValue(p[2], q[2]);
+}
+
+/// Grids as lists of positions. One whose number of points no unsigned holds has some number.
+template <class T>
+void checkPositions(FuzzedDataProvider& bytes, const Size& size) {
+  const std::vector<T> values = fuzz::numbers<T>(bytes, 16);
+  typename Grid3DR<T>::Transform transform;
+  std::copy(values.begin(), values.end(), transform.begin());
+  const auto sx = static_cast<unsigned>(size.sx), sy = static_cast<unsigned>(size.sy),
+             sz = static_cast<unsigned>(size.sz);
+  const Grid3DR<T> grid(sx, sy, sz, transform);
+  if (size.isRight()) {
+    require(grid.nbPositions() == size.points(), "a grid has sx·sy·sz positions");
+    int n = 0;
+    for (unsigned l = 0; l < sz; ++l)
+      for (unsigned j = 0; j < sy; ++j)
+        for (unsigned i = 0; i < sx; ++i, ++n)
+          require(sameVector(grid.getPosition(n), grid.getPosition(i, j, l)),
+                  "positions are counted with the first axis varying fastest");
+  } else if (grid.nbPositions() > 0) {
+    grid.getPosition(0);
+    grid.getPosition(static_cast<int>(grid.nbPositions() - 1));
+  }
+
+  const std::vector<T> components = fuzz::numbers<T>(bytes, 3 * (size.points() % 16));
+  const pistonfield::GridUnstructured<T> list(static_cast<unsigned>(components.size() / 3),
+                                              components.data());
+  const int axis = bytes.ConsumeIntegralInRange(-2, 5);
+  for (unsigned i = 0; i < list.nbPositions(); ++i) {
+    T component = 0;
+    const bool failed = fails([&] { component = list.getPosition(static_cast<int>(i))[axis]; });
+    require(failed == (axis < 0 || axis > 2), "an index out of range is reported");
+    require(failed || sameValue(component, components[3 * i + static_cast<std::size_t>(axis)]),
+            "a list holds its components");
+  }
+}
+
+/// Lists whose length is none.
+void checkListLength(FuzzedDataProvider& bytes, const Piston& p) {
+  const int length = -bytes.ConsumeIntegralInRange(0, std::numeric_limits<int>::max()) -
+                     (bytes.ConsumeBool() ? 1 : 0);
+  float pos[3] = {};
+  require(!pairs<float>(0,
+                        [&](Complex* data) {
+                          RectangularPiston_func_unstructured(data, length, pos, p.a, p.b, p.k);
+                        }),
+          "a list of no points is refused");
+}
+
+void checkResort(FuzzedDataProvider& bytes) {
+  const auto count = bytes.ConsumeIntegralInRange<std::size_t>(0, 40);
+  const std::vector<float> values = fuzz::numbers<float>(bytes, 2 * count);
+  std::vector<float> sorted = values;
+  resort(sorted.data(), static_cast<int>(count));
+  for (std::size_t i = 0; i < count; ++i)
+    require(sameValue(sorted[2 * i], values[i]) && sameValue(sorted[2 * i + 1], values[count + i]),
+            "resort makes pairs");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+  fuzz::silence();
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  FuzzedDataProvider bytes(data, size);
+  emulationTestControl().restore();
+  if (bytes.ConsumeBool()) emulationTestControl().poisonFreshMemory();
+  do_timing = bytes.ConsumeBool() ? 1 : 0;
+  const int choice = bytes.ConsumeIntegralInRange(0, 8);
+  const Size grid = fuzz::anySize(bytes);
+  if (grid.isLong()) return 0;
+  const std::size_t nodes = loadRule(bytes);
+  if (grid.points() * nodes > mostNodes) return 0;
+  const std::vector<float> p = fuzz::numbers<float>(bytes, 3);
+  const Piston piston{p[0], p[1], p[2]};
+  switch (choice) {
+    case 0:
+    case 1:
+      checkMappedGrid(bytes, grid, piston);
+      break;
+    case 2:
+      checkAxes(bytes, grid, piston);
+      break;
+    case 3:
+      checkSteps(bytes, grid, piston);
+      break;
+    case 4:
+      checkDoublePrecision(bytes, grid);
+      break;
+    case 5:
+      checkPiston(bytes, grid);
+      break;
+    case 6:
+      checkPositions<float>(bytes, grid);
+      checkPositions<double>(bytes, grid);
+      break;
+    case 7:
+      checkListLength(bytes, piston);
+      break;
+    default:
+      checkResort(bytes);
+  }
+  return 0;
+}
