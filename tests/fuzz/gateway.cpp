@@ -22,7 +22,7 @@ using Arguments = std::vector<mxArray>;
 
 host::Outcome call(int nlhs, const Arguments& arguments) {
   host::Outcome outcome = host::call(mexFunction, nlhs, arguments);
-  fuzz::require(emulationTestControl().liveAllocations() == 0, "no device memory stays behind");
+  fuzz::require(emulationTestControl()->liveAllocations() == 0, "no device memory stays behind");
   return outcome;
 }
 

@@ -38,7 +38,7 @@ template <class Call>
 bool fails(const Call& call) {
   const std::string condition = support::failureOf(call).condition;
   cudaGetLastError();
-  require(emulationTestControl().liveAllocations() == 0, "no device memory stays behind");
+  require(emulationTestControl()->liveAllocations() == 0, "no device memory stays behind");
   return !condition.empty();
 }
 
@@ -344,8 +344,8 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   FuzzedDataProvider bytes(data, size);
-  emulationTestControl().restore();
-  if (bytes.ConsumeBool()) emulationTestControl().poisonFreshMemory();
+  emulationTestControl()->restore();
+  if (bytes.ConsumeBool()) emulationTestControl()->poisonFreshMemory();
   do_timing = bytes.ConsumeBool() ? 1 : 0;
   const int choice = bytes.ConsumeIntegralInRange(0, 8);
   const Size grid = fuzz::anySize(bytes);
