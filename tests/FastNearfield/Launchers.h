@@ -26,6 +26,7 @@ using Values = std::vector<std::complex<double>>;
 template <class T>
 Values widened(const std::vector<pistonfield::ComplexPair<T>>& pairs) {
   Values values;
+  values.reserve(pairs.size());
   for (const auto& p : pairs) values.emplace_back(p.re, p.im);
   return values;
 }

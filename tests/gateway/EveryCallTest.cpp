@@ -17,8 +17,8 @@ namespace {
 class GatewayEveryCallTest : public GatewayTest {
  protected:
   GatewayEveryCallTest() {
-    // Enough points for the emulation device to take threads to its help.
-    const std::size_t count = 20000;
+    // Enough work for the emulation device to take threads to its help.
+    const std::size_t count = 10000;
     std::vector<double> points;
     for (std::size_t i = 0; i < count; ++i)
       points.insert(points.end(), {1e-6 * static_cast<double>(i), 0.001, 0.02});
