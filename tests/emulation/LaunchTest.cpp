@@ -44,6 +44,11 @@ void throwAtThread(unsigned which) {
   std::this_thread::sleep_for(std::chrono::microseconds(200));
 }
 
+void throwFromThread(unsigned first) {
+  std::this_thread::sleep_for(std::chrono::microseconds(200));
+  if (emulation::threadRun.first >= first) throw std::range_error("kernel");
+}
+
 class EmulatedLaunchTest : public support::EmulationTest {};
 
 TEST_F(EmulatedLaunchTest, EveryThreadOfEveryBlockRunsOnce) {
@@ -76,6 +81,11 @@ TEST_F(EmulatedLaunchTest, AnExceptionOfAnyThreadReachesTheCaller) {
   for (const unsigned thread : {0u, 5000u, 20000u, 65535u})
     EXPECT_THROW(launch(throwAtThread, dim3(64), dim3(1024), thread), std::range_error) << thread;
   EXPECT_EQ(launch(doNothing, dim3(1), dim3(1)), cudaSuccess);
+}
+
+TEST_F(EmulatedLaunchTest, OfExceptionsOnAllCoresOneReachesTheCaller) {
+  for (int n = 0; n < 20; ++n)
+    EXPECT_THROW(launch(throwFromThread, dim3(64), dim3(1024), 1u), std::range_error);
 }
 
 TEST_F(EmulatedLaunchTest, RefusesShapesThatNoDeviceLaunches) {

@@ -7,6 +7,15 @@ std::vector<mxArray> Arguments::first(std::size_t count) const {
   return {all.begin(), all.begin() + static_cast<std::ptrdiff_t>(count)};
 }
 
+std::string hiddenModulePath() {
+  const char* const path = std::getenv("PISTONFIELD_HIDDEN_MODULE");
+  return path ? path : PISTONFIELD_HIDDEN_MODULE;
+}
+
+bool lacksDevice(const host::Outcome& outcome) {
+  return outcome.error && outcome.error->find("src/core/cuda_init") != std::string::npos;
+}
+
 std::string GatewayTest::modulePath() {
   const char* const path = std::getenv("PISTONFIELD_GATEWAY_MODULE");
   return path ? path : PISTONFIELD_GATEWAY_MODULE;
@@ -37,7 +46,5 @@ std::string GatewayTest::errorOf(const Arguments& arguments, std::size_t count) 
 }
 
 void GatewayTest::SetUp() {
-  const host::Outcome outcome = call({});
-  if (outcome.error && outcome.error->find("src/core/cuda_init") != std::string::npos)
-    GTEST_SKIP() << "no CUDA device on this machine";
+  if (lacksDevice(call({}))) GTEST_SKIP() << "no CUDA device on this machine";
 }

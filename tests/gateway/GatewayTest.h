@@ -24,6 +24,13 @@ struct Arguments {
   std::vector<mxArray> first(std::size_t count) const;
 };
 
+/// The module with no symbols but those that users get, where PISTONFIELD_HIDDEN_MODULE says, else
+/// where it was built.
+std::string hiddenModulePath();
+
+/// Whether a call ended so because there is no device.
+bool lacksDevice(const host::Outcome& outcome);
+
 class GatewayTest : public testing::Test {
  protected:
   void SetUp() override;

@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <fstream>
 #include <string>
 
@@ -9,10 +8,11 @@
 
 namespace {
 
-std::string unloadedModule() {
-  const char* const path = std::getenv("PISTONFIELD_UNLOADED_MODULE");
-  return path ? path : PISTONFIELD_UNLOADED_MODULE;
-}
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)  // which keep what is freed
+constexpr long mostLeft = 1000000;
+#else
+constexpr long mostLeft = 2000;  // kB; a single call takes 1400
+#endif
 
 bool isMapped(const std::string& path) {
   const std::string name = path.substr(path.rfind('/'));
@@ -39,18 +39,26 @@ std::vector<double> realParts(const host::MexHost& module, const Arguments& argu
   return outcome.results.empty() ? std::vector<double>{} : outcome.results[0].re;
 }
 
-class UnloadTest : public GatewayTest {};
+class UnloadTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    const host::MexHost module(path);
+    if (lacksDevice(module.call(1, arguments.first(7))))
+      GTEST_SKIP() << "no CUDA device on this machine";
+  }
+
+  const std::string path = hiddenModulePath();
+  Arguments arguments;
+};
 
 TEST_F(UnloadTest, NothingOfAModuleStaysInTheProcess) {
-  const std::string path = unloadedModule();
-  Arguments arguments;
   std::vector<double> points;
   const std::size_t count = 30000;  // enough for every core to get work
   for (std::size_t i = 0; i < count; ++i)
     points.insert(points.end(), {0, 0, 0.001 + 1e-6 * static_cast<double>(i)});
   arguments.points = host::matrix(3, count, points);
 
-  const std::vector<double> expected = realParts(module, arguments);
+  const std::vector<double> expected = realParts(host::MexHost(path), arguments);
   const long threads = status("Threads");
   long early = 0;
   for (int n = 1; n <= 200; ++n) {
@@ -63,20 +71,7 @@ TEST_F(UnloadTest, NothingOfAModuleStaysInTheProcess) {
     ASSERT_EQ(status("Threads"), threads) << n;
     if (n == 20) early = status("VmRSS");
   }
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // which keep freed memory
-  EXPECT_LT(status("VmRSS") - early, 2000);                          // a single call takes 1400
-#endif
-}
-
-TEST_F(UnloadTest, TwoModulesInOneProcessKeepToThemselves) {
-  const host::MexHost other(unloadedModule());
-  Arguments arguments;
-  const std::vector<double> expected = realParts(module, arguments);
-  EXPECT_EQ(errorOf(arguments, 4).find("Must have five or six input arguments"), 0u);
-  EXPECT_EQ(realParts(other, arguments), expected);
-  arguments.nabscissas = host::scalar(0);
-  EXPECT_TRUE(other.call(1, arguments.first(7)).error);
-  EXPECT_EQ(realParts(module, Arguments{}), expected);
+  EXPECT_LT(status("VmRSS") - early, mostLeft);
 }
 
 }  // namespace
