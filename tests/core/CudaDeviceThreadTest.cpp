@@ -133,6 +133,11 @@ TEST_F(CudaDeviceThreadTest, PerformanceWrapsInto32SignedBits) {
   EXPECT_EQ(selectedAmong({pretended(1, 0, 1000, 1000000), pretended(1, 0, 1, 1)}), 1);
 }
 
+TEST_F(CudaDeviceThreadTest, AWrappedPerformanceCountsOnlyForTheNewestMajor) {
+  // −1·2000·1.2e6 becomes positive.
+  EXPECT_EQ(selectedAmong({pretended(1, 3, 30, 1300000), pretended(3, 0, 2000, 1200000)}), 1);
+}
+
 TEST_F(CudaDeviceThreadTest, WithoutAnyScoreDevice0IsSelected) {
   EXPECT_EQ(selectedAmong({pretended(1, 9, 10, 10), pretended(1, 8, 10, 10)}), 0);
   EXPECT_EQ(lines,
@@ -177,6 +182,17 @@ TEST_F(CudaDeviceThreadTest, APersistentErrorShowsBeforeTheStart) {
             "CUDA driver version is insufficient for CUDA runtime version.\n");
   EXPECT_EQ(failure.condition, "CUDA driver version is insufficient for CUDA runtime version");
   EXPECT_EQ(failure.line, 14);
+}
+
+TEST_F(CudaDeviceThreadTest, AHandlerThatReturnsIsToldOfTheFirstErrorToo) {
+  std::vector<Failure> failures;
+  pistonfield::ErrorHandler::setErrorHandler(new support::ReturningHandler(failures));
+  device.failCall("cudaGetLastError", 2, cudaErrorInsufficientDriver, false);
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(cuda_init(), cudaErrorInsufficientDriver);
+  testing::internal::GetCapturedStderr();
+  ASSERT_EQ(failures.size(), 1u);
+  EXPECT_EQ(failures[0].line, 14);
 }
 
 TEST_F(CudaDeviceThreadTest, AnErrorOfAnEarlierCallIsForgotten) {
