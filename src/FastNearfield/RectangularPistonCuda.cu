@@ -21,6 +21,7 @@ using pistonfield::blockShape;
 using pistonfield::callCheck;
 using pistonfield::Complex;
 using pistonfield::copyTo;
+using pistonfield::cudaThreadSynchronize;
 using pistonfield::DeviceBuffer;
 using pistonfield::gridBytes;
 using pistonfield::half;
@@ -209,13 +210,13 @@ void RectangularPiston_func_unstructured_device(Complex* d_array, int nbPos, flo
   std::cout << "nbPos" << nbPos << std::endl;
   std::cout << "grid: " << grid.x << " " << grid.y << " " << grid.z << std::endl;
   std::cout << (std::size_t{grid.x} << 13) << std::endl;
-  timed(HERE, [&] {
-    launchInPieces(nbPos, loadedOrder, [&](int first, int count) {
-      return launch<Complex*, int, float*, float, float, float>(
-          calculate_grid_unstructured, pointListShape(count), blockShape, d_array + first, count,
-          d_pos + std::ptrdiff_t{3} * first, half(b), half(a), k);
-    });
-  });
+  const auto launchPiece = [&](int first, int count) {
+    return launch<Complex*, int, float*, float, float, float>(
+        calculate_grid_unstructured, pointListShape(count), blockShape, d_array + first, count,
+        d_pos + std::ptrdiff_t{3} * first, half(b), half(a), k);
+  };
+  const auto wait = [] { callCheck(cudaThreadSynchronize(), "cudaThreadSynchronize()", HERE); };
+  timed(HERE, [&] { launchInPieces(nbPos, loadedOrder, launchPiece, wait); });
   stageCheck("RectangularPiston_func_device", HERE);
 }
 

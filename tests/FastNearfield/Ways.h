@@ -67,6 +67,12 @@ inline Values interruptedCall() {
   throw Interruption();
 }
 
+/// A list of two pieces, the second a short one.
+inline Values listInPieces() {
+  setCudaIntegratorParameters("RectangularPiston", 512);
+  return launchers::unstructured({121, 85, 2});
+}
+
 struct Way {
   std::string name;
   Values (*call)();
@@ -82,6 +88,7 @@ Values launched() {
 
 inline const std::vector<Way> all = {
     {"RectangularPiston_func_unstructured", launched<launchers::unstructured>, false},
+    {"listInPieces", listInPieces, false},
     {"RectangularPiston_func", launched<launchers::grid>, false},
     {"RectangularPiston_func2", launched<launchers::split>, false},
     {"RectangularPiston_func_structured", launched<launchers::structured>, false},

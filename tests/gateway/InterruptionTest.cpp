@@ -76,7 +76,7 @@ TEST_F(InterruptionTest, AFailingPieceEndsTheWork) {
     device.failCall(function, 2, cudaErrorLaunchFailure, false);
     const host::Outcome outcome = interrupted(0);
     ASSERT_TRUE(outcome.error) << function;
-    EXPECT_NE(outcome.error->find("(unspecified launch failure)"), std::string::npos)
+    EXPECT_NE(outcome.error->find("unspecified launch failure)"), std::string::npos)
         << *outcome.error;
     EXPECT_LT(outcome.checks, 2) << function;
     EXPECT_EQ(device.liveAllocations(), 0u);
