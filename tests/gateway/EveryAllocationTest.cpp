@@ -1,12 +1,9 @@
-#include <cuda_runtime.h>
-
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "emulation/Cores.h"
-#include "emulation/TestControl.h"
-#include "gateway/GatewayTest.h"
+#include "gateway/EmulatedGatewayTest.h"
 #include "support/FailingAllocation.h"
 #include "support/OneCore.h"
 #include "support/Threads.h"
@@ -20,7 +17,7 @@ namespace {
 const std::string tooManyPoints = "There is not enough memory for this many points.";
 const std::string noResult = "mxCreateNumericArray: out of memory";  // of the host's own
 
-class GatewayEveryAllocationTest : public GatewayTest {
+class GatewayEveryAllocationTest : public EmulatedGatewayTest {
  protected:
   GatewayEveryAllocationTest() {
     const std::size_t count = 10000;
@@ -29,7 +26,6 @@ class GatewayEveryAllocationTest : public GatewayTest {
       points.insert(points.end(), {1e-6 * static_cast<double>(i), 0.001, 0.02});
     arguments.points = host::matrix(3, count, points);
   }
-  void TearDown() override { device.restore(); }
 
   host::Outcome failing(std::size_t nth, bool lasting) {
     const FailingAllocation allocation(nth, lasting, host::insideModule);
@@ -104,8 +100,6 @@ class GatewayEveryAllocationTest : public GatewayTest {
 
   Arguments arguments;
   std::vector<mxArray> inputs;
-  emulation::TestControl& device =
-      *reinterpret_cast<decltype(&emulationTestControl)>(module.symbol("emulationTestControl"))();
 };
 
 TEST_F(GatewayEveryAllocationTest, FailsAsOneErrorUnlessAThreadCanBeDoneWithout) {

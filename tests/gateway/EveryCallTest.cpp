@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "gateway/GatewayTest.h"
+#include "gateway/EmulatedGatewayTest.h"
 
 using support::Ending;
 using support::EveryCall;
@@ -14,7 +14,7 @@ using support::EveryCall;
 
 namespace {
 
-class GatewayEveryCallTest : public GatewayTest {
+class GatewayEveryCallTest : public EmulatedGatewayTest {
  protected:
   GatewayEveryCallTest() {
     // Enough work for the emulation device to take threads to its help.
@@ -23,12 +23,6 @@ class GatewayEveryCallTest : public GatewayTest {
     for (std::size_t i = 0; i < count; ++i)
       points.insert(points.end(), {1e-6 * static_cast<double>(i), 0.001, 0.02});
     arguments.points = host::matrix(3, count, points);
-  }
-  void TearDown() override { device.restore(); }
-
-  template <class Function>
-  Function* function(const char* name) {
-    return reinterpret_cast<Function*>(module.symbol(name));
   }
 
   Ending endingOf(int nlhs, const std::vector<mxArray>& inputs) {
@@ -53,13 +47,12 @@ class GatewayEveryCallTest : public GatewayTest {
   }
 
   void failEach(int nlhs, const std::vector<mxArray>& inputs) {
-    EveryCall(device, function<decltype(cudaGetErrorString)>("cudaGetErrorString"))
+    EveryCall(device,
+              reinterpret_cast<decltype(&cudaGetErrorString)>(module.symbol("cudaGetErrorString")))
         .failEach({[&] { return endingOf(nlhs, inputs); }, [&] { device.restore(); }, [] {}});
   }
 
   Arguments arguments;
-  emulation::TestControl& device =
-      *function<decltype(emulationTestControl)>("emulationTestControl")();
 };
 
 TEST_F(GatewayEveryCallTest, FailsAsOneErrorInACallWithAnOrder) { failEach(1, arguments.first(7)); }

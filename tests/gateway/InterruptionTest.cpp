@@ -1,19 +1,14 @@
-#include <cuda_runtime.h>
-
 #include <vector>
 
-#include "emulation/TestControl.h"
-#include "gateway/GatewayTest.h"
+#include "gateway/EmulatedGatewayTest.h"
 
 // A call long enough to be launched in pieces, which its user interrupts.
 
 namespace {
 
-class InterruptionTest : public GatewayTest {
+class InterruptionTest : public EmulatedGatewayTest {
  protected:
-  InterruptionTest()
-      : device(*reinterpret_cast<decltype(&emulationTestControl)>(
-            module.symbol("emulationTestControl"))()) {
+  InterruptionTest() {
     std::vector<double> points;
     for (std::size_t n = 0; n < count; ++n) {
       const auto step = static_cast<double>(n) / count;
@@ -22,13 +17,10 @@ class InterruptionTest : public GatewayTest {
     arguments.points = host::matrix(3, count, points);
     arguments.nabscissas = host::scalar(512);
   }
-  void TearDown() override { device.restore(); }
-
   host::Outcome interrupted(int check) { return module.call(1, arguments.first(7), check); }
 
   static constexpr std::size_t count = 70000;  // three pieces and more at order 512
   Arguments arguments;
-  emulation::TestControl& device;
 };
 
 TEST_F(InterruptionTest, AsksBetweenPiecesOnly) {
