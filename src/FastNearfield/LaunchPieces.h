@@ -10,7 +10,7 @@
 namespace pistonfield {
 
 /// Has launch(first, count) launch a list of `points` in pieces, has wait() wait for each but the
-/// last, and lets the host's user interrupt between them. Ends early if a launch fails.
+/// last, and lets the host's user interrupt between them. Ends early if one of the two fails.
 ///
 /// Up to some 10⁷/`order` points, which take less than half a second on the slowest of devices, are
 /// one piece; on a faster one the pieces grow, so that waiting for them costs nothing.
@@ -22,11 +22,10 @@ void launchInPieces(int points, int order, const Launch& launch, const Wait& wai
   int first = 0;
   while (points - first > piece) {
     const steady_clock::time_point start = steady_clock::now();
-    if (launch(first, piece) != cudaSuccess) return;
-    wait();
-    checkInterruption();
+    if (launch(first, piece) != cudaSuccess || wait() != cudaSuccess) return;
     first += piece;
     if (steady_clock::now() - start < longEnough && piece < 1 << 29) piece *= 2;
+    checkInterruption();
   }
   static_cast<void>(launch(first, points - first));
 }

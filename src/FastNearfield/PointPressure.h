@@ -65,8 +65,7 @@ class HalfAngleIntegrand {
 
   /// Where R − z can have more turns than floats count, a point has no phase.
   __host__ __device__ ComplexPair<Lane> ifTold(ComplexPair<Lane> p, Lane across, Lane along) const {
-    const Lane longest = absolute(across) + absolute(along) + Lane(2.0f) * absZ_;
-    if (!any(half_.mayBeLost(longest))) return p;
+    if (!any(half_.mayBeLost(across + along + Lane(2.0f) * absZ_))) return p;
     const auto lost = half_.lost(path(across * across + along * along));
     return {select(lost, Lane(0.0f), p.re), select(lost, Lane(0.0f), p.im)};
   }
@@ -335,7 +334,10 @@ __host__ __device__ inline ComplexPair<Lane> pointPressure(Lane x, Lane y, Lane 
 
   const ComplexPair<Lane> S = f.complete(alongY + alongX);
   const Lane inverse2Pi(static_cast<Real>(0.15915494309189535));
-  return f.ifTold({S.im * inverse2Pi, -S.re * inverse2Pi}, farX, farY);
+  // Negative sides are as long as positive ones.
+  const Lane across = u + IntegrandOf<Lane>::distance(A),
+             along = v + IntegrandOf<Lane>::distance(B);
+  return f.ifTold({S.im * inverse2Pi, -S.re * inverse2Pi}, across, along);
 }
 
 }  // namespace pistonfield

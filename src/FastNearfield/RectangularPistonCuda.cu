@@ -215,7 +215,11 @@ void RectangularPiston_func_unstructured_device(Complex* d_array, int nbPos, flo
         calculate_grid_unstructured, pointListShape(count), blockShape, d_array + first, count,
         d_pos + std::ptrdiff_t{3} * first, half(b), half(a), k);
   };
-  const auto wait = [] { callCheck(cudaThreadSynchronize(), "cudaThreadSynchronize()", HERE); };
+  const auto wait = [] {
+    const cudaError_t error = cudaThreadSynchronize();
+    callCheck(error, "cudaThreadSynchronize()", HERE);
+    return error;
+  };
   timed(HERE, [&] { launchInPieces(nbPos, loadedOrder, launchPiece, wait); });
   stageCheck("RectangularPiston_func_device", HERE);
 }

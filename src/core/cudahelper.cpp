@@ -34,7 +34,9 @@ void CudaInterface::dumpDevices() {
   std::cout << "Total: " << count << " devices." << std::endl;
 }
 
-CudaDeviceThread::CudaDeviceThread(int device) { cudaThreadEnter(device); }
+CudaDeviceThread::CudaDeviceThread(int device) : unwinding_(std::uncaught_exceptions()) {
+  cudaThreadEnter(device);
+}
 
 // Delegates, so that the destructor runs also when the start below fails.
 CudaDeviceThread::CudaDeviceThread() : CudaDeviceThread(fastestDevice()) {
@@ -43,7 +45,7 @@ CudaDeviceThread::CudaDeviceThread() : CudaDeviceThread(fastestDevice()) {
 }
 
 CudaDeviceThread::~CudaDeviceThread() noexcept(false) {
-  if (std::uncaught_exceptions() > 0)
+  if (std::uncaught_exceptions() > unwinding_)
     static_cast<void>(cudaThreadExit());
   else
     CudaInterface::release();

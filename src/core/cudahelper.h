@@ -39,6 +39,8 @@ class CudaDeviceThread {
 
  private:
   explicit CudaDeviceThread(int device);
+
+  const int unwinding_;  // how many exceptions already were when it was made
 };
 
 }  // namespace pistonfield

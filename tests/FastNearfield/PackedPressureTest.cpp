@@ -426,6 +426,13 @@ TEST_P(PackedPressureTest, NegativeSidesReachAsFarAsPositiveOnes) {
   EXPECT_TRUE(sameValues(evaluate(set, points, rule, huge), alone, points));
   EXPECT_TRUE(sameValues(scalar(points, rule, huge), alone, points));
   for (const Complex& p : alone) EXPECT_TRUE(same(p, {0, 0})) << text(p);
+
+  // Next to the edge that is the far one of a negative side.
+  for (const float side : {-1e5f, -1e7f, -1e8f}) {
+    const Piston far{side, 0.0025f, 4188.79f};
+    for (const Point& point : {Point{-side, 0, 0.01f}, Point{0.99f * side, 0, 0.01f}})
+      EXPECT_TRUE(same(evaluate(set, {point}, rule, far)[0], {0, 0})) << point;
+  }
 }
 
 TEST_P(PackedPressureTest, GarbageInEveryOtherPlaceChangesNothing) {

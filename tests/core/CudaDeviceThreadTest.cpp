@@ -232,6 +232,25 @@ TEST_F(CudaDeviceThreadTest, AFailingReleaseIsSilentWhileAnErrorUnwinds) {
       std::domain_error);
 }
 
+TEST_F(CudaDeviceThreadTest, AFailingReleaseIsReportedInACallThatAnUnwindingErrorMakes) {
+  // As a host may call while it cleans up after an error of its own.
+  struct CallsAtItsEnd {
+    std::string& condition;
+    ~CallsAtItsEnd() {
+      condition = failureOf([] { const CudaDeviceThread scope; }).condition;
+    }
+  };
+  std::string condition;
+  device.failCall("cudaDeviceReset", 1, cudaErrorUnknown, false);
+  EXPECT_THROW(
+      {
+        const CallsAtItsEnd calls{condition};
+        throw std::domain_error("first");
+      },
+      std::domain_error);
+  EXPECT_EQ(condition, "Cuda error when calling cudaThreadExit(): unknown error");
+}
+
 TEST_F(CudaDeviceThreadTest, SyncReturnsTheRuntimesCode) {
   EXPECT_EQ(CudaInterface::sync(), cudaSuccess);
   device.failCall("cudaDeviceSynchronize", 1, cudaErrorLaunchFailure, false);

@@ -106,7 +106,8 @@ bool isDeclaration(const Source& source, std::size_t name) {
   std::size_t begin = end;
   while (begin > 0 && isOfWord(source.code[begin - 1])) --begin;
   const std::string before = source.code.substr(begin, end - begin);
-  return !before.empty() && before != "return";
+  return !before.empty() && before != "return" && before != "else" && before != "do" &&
+         before != "throw";
 }
 
 /// The checks and the calls that hand them a location, which is HERE or one of the file's own.
