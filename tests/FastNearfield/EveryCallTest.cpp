@@ -177,6 +177,9 @@ std::string without(const std::multiset<std::string>& calls,
 /// Fails when the sources get a call of the runtime that none of the tests above makes fail: a
 /// check must have reported, and what stands in no check must be known to the list above.
 TEST_F(EveryCallTest, IsEveryCallOfTheSources) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "not every way is taken where it would take minutes";
+#endif
   for (const Way& way : ways::all) failEachOf(way);
   if (HasFailure()) return;  // and no loop went to its end
 
