@@ -267,7 +267,7 @@ TEST_P(OrderedPropertiesTest, APointThatIsNoneSpoilsOnlyItsOwnPressure) {
   const std::size_t count = 9000;
   const Points points = anyPoints(piston, count);
   const Pressures expected = evaluate(points, piston);
-  for (const std::size_t place : {0, 1, 15, 16, 2047, 2048, 5000, 8191, 8192, 8999})
+  for (const std::size_t place : {0u, 1u, 15u, 16u, 2047u, 2048u, 5000u, 8191u, 8192u, 8999u})
     for (const float bad : {nan, inf, -inf})
       for (int axis = 0; axis < 3; ++axis) {
         Points spoilt = points;
