@@ -2,6 +2,9 @@
 
 #include <cuda_runtime.h>
 
+#include <cstddef>
+#include <vector>
+
 #include "emulation/TestControl.h"
 #include "gateway/GatewayTest.h"
 
@@ -13,6 +16,15 @@ class EmulatedGatewayTest : public GatewayTest {
       : device(*reinterpret_cast<decltype(&emulationTestControl)>(
             module.symbol("emulationTestControl"))()) {}
   void TearDown() override { device.restore(); }
+
+  /// Points enough for the emulation device to take threads to its help.
+  static mxArray pointsForThreads() {
+    const std::size_t count = 10000;
+    std::vector<double> points;
+    for (std::size_t i = 0; i < count; ++i)
+      points.insert(points.end(), {1e-6 * static_cast<double>(i), 0.001, 0.02});
+    return host::matrix(3, count, points);
+  }
 
   emulation::TestControl& device;
 };

@@ -19,13 +19,7 @@ const std::string noResult = "mxCreateNumericArray: out of memory";  // of the h
 
 class GatewayEveryAllocationTest : public EmulatedGatewayTest {
  protected:
-  GatewayEveryAllocationTest() {
-    const std::size_t count = 10000;
-    std::vector<double> points;
-    for (std::size_t i = 0; i < count; ++i)
-      points.insert(points.end(), {1e-6 * static_cast<double>(i), 0.001, 0.02});
-    arguments.points = host::matrix(3, count, points);
-  }
+  GatewayEveryAllocationTest() { arguments.points = pointsForThreads(); }
 
   host::Outcome failing(std::size_t nth, bool lasting) {
     const FailingAllocation allocation(nth, lasting, host::insideModule);

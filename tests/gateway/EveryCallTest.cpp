@@ -16,14 +16,7 @@ namespace {
 
 class GatewayEveryCallTest : public EmulatedGatewayTest {
  protected:
-  GatewayEveryCallTest() {
-    // Enough work for the emulation device to take threads to its help.
-    const std::size_t count = 10000;
-    std::vector<double> points;
-    for (std::size_t i = 0; i < count; ++i)
-      points.insert(points.end(), {1e-6 * static_cast<double>(i), 0.001, 0.02});
-    arguments.points = host::matrix(3, count, points);
-  }
+  GatewayEveryCallTest() { arguments.points = pointsForThreads(); }
 
   Ending endingOf(int nlhs, const std::vector<mxArray>& inputs) {
     const host::Outcome outcome = module.call(nlhs, inputs);
