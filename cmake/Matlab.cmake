@@ -1,7 +1,7 @@
-# The module for MATLAB, with the separate complex interface that the gateway is written for:
-# <build>/matlab holds the module and its help.
+# For MATLAB, with the separate complex interface that the gateway is written for: <build>/matlab
+# holds the modules and the functions.
 
-option(PISTONFIELD_MATLAB "Build the module for MATLAB" OFF)
+option(PISTONFIELD_MATLAB "Build the modules for MATLAB" OFF)
 if(NOT PISTONFIELD_MATLAB)
   return()
 endif()
@@ -9,12 +9,19 @@ endif()
 find_package(Matlab REQUIRED COMPONENTS MX_LIBRARY)
 get_filename_component(matlab_libraries ${Matlab_MX_LIBRARY} DIRECTORY)
 find_library(MATLAB_UT NAMES ut libut HINTS ${matlab_libraries} REQUIRED)
-matlab_add_mex(NAME pistonfield_matlab OUTPUT_NAME pistonfield
-               SRC ${gateway_sources} ${PROJECT_SOURCE_DIR}/src/matlab/hosts/Matlab.cpp
-               LINK_TO pistonfield pistonfield_version ${MATLAB_UT} R2017b)
-add_dependencies(pistonfield_matlab pistonfield_version_header)
-set_target_properties(pistonfield_matlab PROPERTIES
-  LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/matlab
-  RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/matlab)
-configure_file(${PROJECT_SOURCE_DIR}/src/matlab/pistonfield.m ${CMAKE_BINARY_DIR}/matlab/pistonfield.m
-               COPYONLY)
+set(interruption ${PROJECT_SOURCE_DIR}/src/matlab/hosts/Matlab.cpp)
+
+function(pistonfield_add_matlab_module name)
+  set(target ${name}_matlab)
+  matlab_add_mex(NAME ${target} OUTPUT_NAME ${name} SRC ${ARGN} LINK_TO ${MATLAB_UT} R2017b)
+  pistonfield_complete(${target})
+  set_target_properties(${target} PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/matlab
+                                             RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/matlab)
+endfunction()
+
+pistonfield_add_matlab_module(pistonfield ${gateway_sources} ${interruption})
+pistonfield_add_matlab_module(pistonfield_quiet ${gateway_sources} ${interruption})
+target_compile_definitions(pistonfield_quiet_matlab PRIVATE PISTONFIELD_QUIET)
+pistonfield_add_matlab_module(pistonfield_about ${PROJECT_SOURCE_DIR}/src/matlab/about.cpp)
+
+pistonfield_copy_functions(${CMAKE_BINARY_DIR}/matlab)

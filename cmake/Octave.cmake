@@ -1,4 +1,4 @@
-# The module for GNU Octave: <build>/octave holds pistonfield.mex and its help.
+# For GNU Octave: <build>/octave holds the modules and the functions.
 
 find_program(MKOCTFILE mkoctfile)
 find_program(OCTAVE NAMES octave-cli octave)
@@ -12,10 +12,18 @@ endif()
 
 execute_process(COMMAND ${MKOCTFILE} -p OCTINCLUDEDIR OUTPUT_VARIABLE octave_include
                 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-pistonfield_add_module(pistonfield_octave ${PROJECT_SOURCE_DIR}/src/matlab/hosts/Octave.cpp
-                       ${octave_include} ${octave_include}/octave)
-set_target_properties(pistonfield_octave PROPERTIES
-  OUTPUT_NAME pistonfield SUFFIX .mex LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/octave)
-pistonfield_hide_symbols(pistonfield_octave)
-configure_file(${PROJECT_SOURCE_DIR}/src/matlab/pistonfield.m ${CMAKE_BINARY_DIR}/octave/pistonfield.m
-               COPYONLY)
+set(mex_h ${octave_include} ${octave_include}/octave)
+set(interruption ${PROJECT_SOURCE_DIR}/src/matlab/hosts/Octave.cpp)
+pistonfield_add_module(pistonfield_octave ${interruption} ${mex_h})
+pistonfield_add_module(pistonfield_octave_quiet ${interruption} ${mex_h})
+target_compile_definitions(pistonfield_octave_quiet PRIVATE PISTONFIELD_QUIET)
+pistonfield_add_loaded(pistonfield_octave_about ${PROJECT_SOURCE_DIR}/src/matlab/about.cpp ${mex_h})
+
+set(octave_modules pistonfield_octave pistonfield_octave_quiet pistonfield_octave_about)
+foreach(module IN LISTS octave_modules)
+  string(REPLACE _octave "" name ${module})
+  set_target_properties(${module} PROPERTIES
+    OUTPUT_NAME ${name} SUFFIX .mex LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/octave)
+  pistonfield_hide_symbols(${module})
+endforeach()
+pistonfield_copy_functions(${CMAKE_BINARY_DIR}/octave)

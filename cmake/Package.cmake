@@ -1,5 +1,5 @@
 # What `cmake --install` puts where: the C++ library and its headers for find_package(pistonfield), the
-# program gauss_legendre, and the module for Octave in lib/pistonfield/octave.
+# program gauss_legendre, and what Octave loads in lib/pistonfield/octave.
 
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
@@ -24,6 +24,5 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/pistonfieldConfig.cmake
 
 if(TARGET pistonfield_octave)
   set(octave_dir ${CMAKE_INSTALL_LIBDIR}/pistonfield/octave)
-  install(TARGETS pistonfield_octave LIBRARY DESTINATION ${octave_dir})
-  install(FILES src/matlab/pistonfield.m DESTINATION ${octave_dir})
+  install(DIRECTORY ${CMAKE_BINARY_DIR}/octave/ DESTINATION ${octave_dir})
 endif()

@@ -1,9 +1,9 @@
 #include <cmath>
-#include <iostream>
 
 #include "FastNearfield/NodeSum.h"
 #include "FastNearfield/RectangularPiston2.h"
 #include "FastNearfield/SineCosine.h"
+#include "core/Progress.h"
 
 // The evaluation on the CPU. Its order of calls, of operations and of additions is its contract, as
 // are the corners where it has no value.
@@ -138,7 +138,7 @@ void RectangularPistonCuda2::computeCPU(T* out, const Grid3DR<GridT>& grid) cons
   const auto a = static_cast<T>(0.5 * l);
   const auto waveNumber = static_cast<T>(k);
   const std::complex<T> scale(T(0), static_cast<T>(-0.15915494309189535));
-  std::cout << "grid: " << grid.sx() << " " << grid.sy() << " " << grid.sz() << std::endl;
+  progress() << "grid: " << grid.sx() << " " << grid.sy() << " " << grid.sz() << std::endl;
 
   for (unsigned pz = 0; pz < grid.sz(); ++pz)
     for (unsigned py = 0; py < grid.sy(); ++py)

@@ -1,12 +1,13 @@
 #include "FastNearfield/IntegratorCuda.h"
 
 #include <cstddef>
-#include <iostream>
 #include <memory>
 
 #include "FastNearfield/GaussLegendre.h"
 #include "core/CudaCheck.h"
+#include "core/Progress.h"
 
+using pistonfield::progress;
 using pistonfield::stageCheck;
 
 namespace {
@@ -29,7 +30,7 @@ void setCudaIntegratorParameters(const char* name, int order) {
     return;  // there is no such rule
   }
   const int M = order / 2 + order % 2;
-  std::cout << "setting order " << order << "elements: " << M << std::endl;
+  progress() << "setting order " << order << "elements: " << M << std::endl;
 
   // An order beyond the tables is refused by the next step, which then reads no values: computing
   // those could take hours.

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <iostream>
 
 #include "FastNearfield/RectangularPistonCuda.dp.h"
 #include "FastNearfield/RectangularPistonCuda.h"
 #include "core/ErrorHandler.h"
 #include "core/PlainAssertion.h"
+#include "core/Progress.h"
 
 namespace pistonfield {
 namespace {
@@ -30,9 +30,10 @@ int launched(unsigned size) { return static_cast<int>(size); }
 
 /// The first two results.
 void echo(const float* out, unsigned points) {
-  std::cout << " CUDADATA: ";
-  for (unsigned n = 0; n < 2 * std::min(points, 2U); ++n) std::cout << (n > 0 ? " " : "") << out[n];
-  std::cout << std::endl;
+  progress() << " CUDADATA: ";
+  for (unsigned n = 0; n < 2 * std::min(points, 2U); ++n)
+    progress() << (n > 0 ? " " : "") << out[n];
+  progress() << std::endl;
 }
 
 }  // namespace
@@ -49,14 +50,14 @@ RectangularPistonCuda2::RectangularPistonCuda2(double l_, double s_, double k_)
 void RectangularPistonCuda2::compute(float* out, const Grid3DR<double>& grid) const {
   if (!useGPU) {
     computeCPU<float, double>(out, grid);
-    std::cout << "cpu" << std::endl;
+    progress() << "cpu" << std::endl;
     return;
   }
   std::array<float, 16> transform = asFloats(grid.transform());
   RectangularPiston_func(reinterpret_cast<Complex*>(out), launched(grid.sx()), launched(grid.sy()),
                          launched(grid.sz()), transform.data(), static_cast<float>(l),
                          static_cast<float>(s), static_cast<float>(k));
-  std::cout << "cuda" << std::endl;
+  progress() << "cuda" << std::endl;
   echo(out, grid.nbPositions());
 }
 
@@ -65,7 +66,7 @@ void RectangularPistonCuda2::compute(double* out, const Grid3DR<double>& grid) c
     computeCPU<double, double>(out, grid);
     return;
   }
-  std::cout << "computeCudaDouble 1" << std::endl;
+  progress() << "computeCudaDouble 1" << std::endl;
   Grid3DR<double>::Transform transform = grid.transform();
   RectangularPiston_func_d(reinterpret_cast<Complexd*>(out), launched(grid.sx()),
                            launched(grid.sy()), launched(grid.sz()), transform.data(), l, s, k);
@@ -82,7 +83,7 @@ void RectangularPistonCuda2::compute(CudaStorage* data, const Grid3DR<double>& g
   } else if (!useGPU) {
     computeCPU<float, double>(data->getFloatData(), grid);
   } else {
-    std::cout << "CudaStorage function in RectangularPistonCuda2" << std::endl;
+    progress() << "CudaStorage function in RectangularPistonCuda2" << std::endl;
     std::array<float, 16> transform = asFloats(grid.transform());
     RectangularPiston_func_device(static_cast<Complex*>(data->getDeviceData()), launched(grid.sx()),
                                   launched(grid.sy()), launched(grid.sz()), transform.data(),

@@ -1,7 +1,6 @@
 #include "FastNearfield/RectangularPistonCuda.h"
 
 #include <cstddef>
-#include <iostream>
 #include <string>
 #include <vector>
 
@@ -14,6 +13,7 @@
 #include "core/CudaCheck.h"
 #include "core/CudaToday.h"
 #include "core/DeviceBuffer.h"
+#include "core/Progress.h"
 
 using pistonfield::AffineMap;
 using pistonfield::AxesGrid;
@@ -35,6 +35,7 @@ using pistonfield::Parts;
 using pistonfield::Piston;
 using pistonfield::PointList;
 using pistonfield::pointListShape;
+using pistonfield::progress;
 using pistonfield::regularGridShape;
 using pistonfield::stageCheck;
 using pistonfield::SteppedGrid;
@@ -66,9 +67,9 @@ cudaError_t writeSymbol(const std::string& symbol, const void* data, std::size_t
 }  // namespace
 
 void setIntegratorWeightsSym(const char* name, const float* x, const float* w, int N) {
-  std::cout << "set weights float" << std::endl;
+  progress() << "set weights float" << std::endl;
   stageCheck("start setIntegratorWeightsSym", HERE);
-  if (N >= 1) std::cout << x[0] << std::endl;
+  if (N >= 1) progress() << x[0] << std::endl;
   if (N < 1 || N > 512) {
     pistonfield::fail("N <= 512 && N>0", HERE);
     return;  // there is no such table to read or to write
@@ -76,8 +77,8 @@ void setIntegratorWeightsSym(const char* name, const float* x, const float* w, i
   const std::size_t datasize = static_cast<std::size_t>((N + 1) / 2) * sizeof(float);
   const std::string prefix = std::string("global_") + name + "_float_";
 
-  std::cout << "symbol: \"" << prefix + "x"
-            << "\"" << std::endl;
+  progress() << "symbol: \"" << prefix + "x"
+             << "\"" << std::endl;
   callCheck(writeSymbol(prefix + "x", x, datasize), "cudaMemcpyToSymbol( buf, data_x, datasize )",
             HERE);
   callCheck(writeSymbol(prefix + "w", w, datasize), "cudaMemcpyToSymbol( buf, data_w, datasize )",
@@ -162,12 +163,12 @@ double global_time = 0;
 namespace {
 
 void printTransform(const char* label, const float* transform) {
-  std::cout << label << transform[0] << " " << transform[1] << " " << transform[2] << " "
-            << transform[3] << " " << transform[4] << std::endl;
+  progress() << label << transform[0] << " " << transform[1] << " " << transform[2] << " "
+             << transform[3] << " " << transform[4] << std::endl;
 }
 
 void printAllocation(std::size_t datasize) {
-  std::cout << "allocating " << datasize << " bytes" << std::endl;
+  progress() << "allocating " << datasize << " bytes" << std::endl;
 }
 
 void uploadTransform(DeviceBuffer<float>& d_transform, const float* transform) {
@@ -207,9 +208,9 @@ void RectangularPiston_func_unstructured_device(Complex* d_array, int nbPos, flo
                                                 float b, float k) {
   stageCheck("pre RectangularPison_func_device", HERE);
   const dim3 grid = pointListShape(nbPos);
-  std::cout << "nbPos" << nbPos << std::endl;
-  std::cout << "grid: " << grid.x << " " << grid.y << " " << grid.z << std::endl;
-  std::cout << (std::size_t{grid.x} << 13) << std::endl;
+  progress() << "nbPos" << nbPos << std::endl;
+  progress() << "grid: " << grid.x << " " << grid.y << " " << grid.z << std::endl;
+  progress() << (std::size_t{grid.x} << 13) << std::endl;
   const auto launchPiece = [&](int first, int count) {
     return launch<Complex*, int, float*, float, float, float>(
         calculate_grid_unstructured, pointListShape(count), blockShape, d_array + first, count,

@@ -14,6 +14,7 @@
 #include "core/CudaCheck.h"
 #include "core/CudaToday.h"
 #include "core/DeviceBuffer.h"
+#include "core/Progress.h"
 
 using pistonfield::blockShape;
 using pistonfield::callCheck;
@@ -23,6 +24,7 @@ using pistonfield::gridBytes;
 using pistonfield::half;
 using pistonfield::launch;
 using pistonfield::launchTimed;
+using pistonfield::progress;
 using pistonfield::regularGridShape;
 using pistonfield::stageCheck;
 
@@ -135,7 +137,7 @@ constexpr std::nullptr_t calculate_grid = nullptr;
 #endif
 
 void setIntegratorWeightsSym_d(const char* name, const double* x, const double* w, int N) {
-  std::cout << "set weights double" << std::endl;
+  progress() << "set weights double" << std::endl;
   stageCheck("start setIntegratorWeightsSym", HERE);
   if (N < 1 || N > 512) {
     pistonfield::fail("N <= 512 && N>0", HERE);
@@ -144,7 +146,7 @@ void setIntegratorWeightsSym_d(const char* name, const double* x, const double* 
   const std::size_t datasize = static_cast<std::size_t>((N + 1) / 2) * sizeof(double);
   const std::string prefix = std::string("global_dp") + name + "_double_";
 
-  std::cout << x[0] << std::endl;
+  progress() << x[0] << std::endl;
   const cudaError_t err = writeSymbol(prefix + "x", x, datasize);
   if (err == cudaErrorInvalidSymbol) {  // what a device image without double precision lacks
     std::cerr << "Support for double not found" << std::endl;

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <iostream>
 
 #include "core/CudaToday.h"
+#include "core/Progress.h"
 
 namespace pistonfield {
 namespace {
@@ -26,7 +26,7 @@ int lookUpCores(int major, int minor) {
   const CoresOfCapability* row = coresPerMultiprocessor;
   while (row->key != -1 && row->key != major * 16 + minor) ++row;
   if (row->key == -1)
-    std::cout << "MapSMtoCores undefined SMversion " << major << "." << minor << "!" << std::endl;
+    progress() << "MapSMtoCores undefined SMversion " << major << "." << minor << "!" << std::endl;
   return row->cores;
 }
 

@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <iostream>
 #include <limits>
 #include <string>
+
+#include "core/Progress.h"
 
 namespace pistonfield {
 namespace {
@@ -48,7 +49,7 @@ Quadrature readQuadrature(int nrhs, const mxArray* const* prhs) {
   const mxArray* const argument = prhs[NABSCISSAS];
   if (mxGetN(argument) == 2 && mxIsDouble(argument) && !mxIsSparse(argument)) {
     const std::size_t rows = mxGetM(argument);
-    std::cout << "using " << rows << " abscissas." << std::endl;
+    progress() << "using " << rows << " abscissas." << std::endl;
     quadrature = {static_cast<int>(std::min(rows, mostInt)), true, mxGetPr(argument)};
   } else if (mxGetN(argument) == 1 && mxGetM(argument) == 1 && hasScalar(argument)) {
     quadrature.nabs = toInt(mxGetScalar(argument));

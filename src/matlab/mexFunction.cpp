@@ -1,6 +1,5 @@
 #include <mex.h>
 
-#include <iostream>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -10,6 +9,7 @@
 #include "FastNearfield/RectangularPistonCuda.h"
 #include "core/Grid.h"
 #include "core/Interruption.h"
+#include "core/Progress.h"
 #include "core/cudahelper.h"
 #include "matlab/Arguments.h"
 #include "matlab/MatlabErrorHandler.h"
@@ -26,6 +26,13 @@ namespace {
 
 constexpr const char* model = "RectangularPiston";
 
+// The module that other functions call differs from the one that users call in this alone.
+#ifdef PISTONFIELD_QUIET
+constexpr bool tellsProgress = false;
+#else
+constexpr bool tellsProgress = true;
+#endif
+
 void printInfo() {
   mexPrintf("Compiled on %s\n", PISTONFIELD_COMPILED_ON);
   mexPrintf("mercurial id:       %s\n", PISTONFIELD_ID);
@@ -34,7 +41,7 @@ void printInfo() {
 }
 
 void echoFirstPoint(const double* points) {
-  std::cout << points[0] << " " << points[1] << " " << points[2] << std::endl;
+  progress() << points[0] << " " << points[1] << " " << points[2] << std::endl;
 }
 
 mxArray* createResult(unsigned count) {
@@ -44,7 +51,7 @@ mxArray* createResult(unsigned count) {
 
 /// The table's column-major data, read as pairs: entry i is (data[2i], data[2i + 1]).
 void loadTable(const Quadrature& quadrature) {
-  std::cout << "3" << std::endl;
+  progress() << "3" << std::endl;
   const auto half = (static_cast<std::size_t>(quadrature.nabs) + 1) / 2;
   const std::unique_ptr<float[]> abscissas(new float[half]);
   const std::unique_ptr<float[]> weights(new float[half]);
@@ -56,7 +63,7 @@ void loadTable(const Quadrature& quadrature) {
 }
 
 void loadOrder(int order) {
-  std::cout << "4" << std::endl;
+  progress() << "4" << std::endl;
   setCudaIntegratorParameters(model, order);
 }
 
@@ -94,6 +101,7 @@ void widen(const Complex* pressures, std::size_t count, double* re, double* im) 
 void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   ErrorHandler::setErrorHandler(new MatlabErrorHandler);
   setInterruptionCheck(endInterruptedCall);
+  tellProgress(tellsProgress);
   const CudaDeviceThread device;
 
   if (nlhs == 0 && nrhs == 1 && isText(prhs[POINTS], "info")) {
@@ -108,7 +116,7 @@ void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   const double l = readScalar(prhs, L);
   const double s = readScalar(prhs, S);
   const double k = readScalar(prhs, K);
-  mexPrintf("l=%f, s=%f, k=%f\n", l, s, k);
+  if (progressIsTold()) mexPrintf("l=%f, s=%f, k=%f\n", l, s, k);
 
   const unsigned count = countPoints(prhs[POINTS]);
   const double* const points = mxGetPr(prhs[POINTS]);

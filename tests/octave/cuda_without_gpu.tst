@@ -6,3 +6,7 @@
 %!   assert (! isempty (regexp (message, report)), message);
 %! endfor
 %! assert (1 + 1, 2);
+%!test # pistoninfo says why there is no device
+%! info = pistoninfo ();
+%! assert (! isempty (regexp (info.device, '^none: \w+')), info.device);
+%! assert (info.instructions, "CUDA");

@@ -15,6 +15,6 @@ if (! strcmp (argv (){3}, "nothing"))
   endif
 endif
 
-[passed, all, ~, ~, skipped] = test (fullfile (folder, argv (){2}), "quiet", stdout);
+[passed, all, ~, ~, skipped] = test (argv (){2}, "quiet", stdout);
 printf ("%d of %d blocks passed, %d skipped\n", passed, all, skipped);
 exit (double (passed + skipped != all || all == 0));

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <ostream>
+
+namespace pistonfield {
+
+/// Whether calls tell on standard output what they do; at the start they do.
+void tellProgress(bool told);
+bool progressIsTold();
+
+/// Where calls tell what they do: standard output, or a stream that drops it.
+std::ostream& progress();
+
+}  // namespace pistonfield

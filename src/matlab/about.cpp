@@ -1,0 +1,97 @@
+#include <cuda_runtime.h>
+#include <mex.h>
+
+#include <string>
+
+#include "core/FastestDevice.h"
+#include "core/InstructionSet.h"
+#include "core/Progress.h"
+#include "version.h"
+
+// about = pistonfield_about(): what stands behind pistonfield here, as a struct of texts.
+
+namespace pistonfield {
+namespace {
+
+std::string compiler() {
+#if defined(__clang__)
+  return "clang++ " __clang_version__;
+#elif defined(__GNUC__)
+  return "g++ " __VERSION__;
+#elif defined(_MSC_VER)
+  return "MSVC " + std::to_string(_MSC_FULL_VER);
+#else
+  return "unknown";
+#endif
+}
+
+#if PISTONFIELD_USE_CUDA
+
+std::string workers(const cudaDeviceProp& device) {
+  return std::to_string(device.multiProcessorCount) + " multiprocessors of compute capability " +
+         std::to_string(device.major) + "." + std::to_string(device.minor);
+}
+
+std::string instructions() { return "CUDA"; }
+
+#else
+
+std::string workers(const cudaDeviceProp& device) {
+  return std::to_string(device.multiProcessorCount) + " threads";
+}
+
+std::string instructions() {
+#if defined(__aarch64__) || defined(_M_ARM64)
+  return "NEON";
+#else
+  switch (instructionSet()) {
+    case InstructionSet::AVX512:
+      return "AVX-512";
+    case InstructionSet::AVX2:
+      return "AVX2";
+    default:
+      return "SSE2";
+  }
+#endif
+}
+
+#endif
+
+struct Device {
+  std::string name, workers;
+};
+
+/// The device that calls run on, or in place of its name why there is none.
+Device device() {
+  tellProgress(false);  // the choice tells of devices that it does not know
+  int count = 0;
+  cudaError_t error = cudaGetDeviceCount(&count);
+  cudaDeviceProp properties{};
+  if (error == cudaSuccess) error = cudaGetDeviceProperties(&properties, fastestDevice());
+  cudaGetLastError();
+  if (error != cudaSuccess) return {std::string("none: ") + cudaGetErrorString(error), "0"};
+  return {properties.name, workers(properties)};
+}
+
+mxArray* about() {
+  const Device used = device();
+  const char* names[] = {"version", "revision", "compiled",     "compiler",
+                         "device",  "reason",   "instructions", "workers"};
+  const std::string values[] = {PISTONFIELD_VERSION, PISTONFIELD_COMMIT, PISTONFIELD_COMPILED_ON,
+                                compiler(),          used.name,          PISTONFIELD_DEVICE_REASON,
+                                instructions(),      used.workers};
+  constexpr int fields = sizeof names / sizeof names[0];
+  mxArray* const result = mxCreateStructMatrix(1, 1, fields, names);
+  for (int field = 0; field < fields; ++field)
+    mxSetField(result, 0, names[field], mxCreateString(values[field].c_str()));
+  return result;
+}
+
+}  // namespace
+}  // namespace pistonfield
+
+void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
+  static_cast<void>(prhs);
+  if (nlhs > 1 || nrhs > 0) mexErrMsgTxt("Call it as about = pistonfield_about ().");
+  plhs[0] = pistonfield::about();
+}

@@ -1,0 +1,205 @@
+% PISTONARRAY  Pressure of an array of rectangular pistons.
+%
+%   p = pistonarray (points, array, k)
+%   p = pistonarray (points, array, k, nabscissas)
+%   p = pistonarray (..., 'quiet')
+%   [p, weights] = pistonarray (...)
+%
+% The sum of the fields of M pistons, each moved to its place, turned and weighted:
+%
+%   p(n) = sum over m of weights(m) * f_m (R_m' * (points(:,n) - c_m))
+%
+% f_m is the pressure that pistonfield gives for the sides of piston m, c_m its centre
+% and R_m its rotation.  Each piston is one in a rigid plane of its own; for pistons that
+% are turned towards each other the sum neglects how they shadow and scatter.
+%
+% Arguments (all lengths, and 1/k, in one unit)
+%
+%   points      3 x N real double, a point a column.
+%   array       a struct; l, s and positions must be there:
+%     l, s        sides along the piston's own y and along its own x: a number, or one
+%                 for each piston.
+%     positions   3 x M, the centres.
+%     rotations   3 x 3, or 3 x 3 x M: columns are the directions of the piston's own x,
+%                 y and z.  Not turned when left out.
+%     weights     M complex numbers, the velocity of each piston: 1 when left out.
+%     steer       3 numbers, a direction: weights get the phases that send a plane wave
+%                 there.
+%     focus       3 numbers, a point: weights get the phases with which the waves of the
+%                 pistons' centres arrive there together.  Not beside steer.
+%   k           wave number, 2 pi / wavelength.
+%   nabscissas  order of the quadrature rule, 1 ... 512 (10 when left out), or a table
+%               made by pistonrule.
+%   'quiet'     shows no progress bar, which work of more than half a second has.
+%
+% Result
+%
+%   p           N x 1 complex double, as pistonfield's.
+%   weights     M x 1 complex double, steering and focusing included.
+%
+% Points are evaluated a piece at a time; Ctrl-C ends the work.
+%
+% Example: 64 elements of 1 MHz in water, focused 60 mm ahead and 20 mm aside
+%
+%   lambda = 1500 / 1e6;                      % m
+%   array.l = 15 * lambda;
+%   array.s = 0.4 * lambda;
+%   array.positions = [((1:64) - 32.5) * lambda / 2; zeros(2, 64)];
+%   array.focus = [20e-3; 0; 60e-3];
+%   x = (-200:200) * 0.2e-3;
+%   z = (5:400) * 0.2e-3;
+%   [X, Z] = ndgrid (x, z);
+%   p = pistonarray ([X(:)'; zeros(1, numel (X)); Z(:)'], array, 2 * pi / lambda);
+%   pistonplot (x, 0, z, p, 'dB');
+%
+% Errors: those of pistonfield, and for what an array must be: "array ..." with the field.
+%
+% See also: pistonfield, pistongrid, pistonplot.
+
+function [p, weights] = pistonarray (points, array, k, varargin)
+
+  if (nargin < 3)
+    error ('pistonarray:arguments', 'Call it as p = pistonarray (points, array, k).');
+  end
+  if (~ isnumeric (k) || ~ isreal (k) || numel (k) ~= 1)
+    error ('pistonarray:k', 'k must be a number.');
+  end
+  if (~ isa (points, 'double') || ~ isreal (points) || issparse (points) || size (points, 1) ~= 3 ...
+      || ndims (points) > 2)
+    error ('pistonarray:points', 'points must be a full real matrix of three rows.');
+  end
+  [nabscissas, quiet] = readoptions ('pistonarray', varargin);
+  array = readarray (array, k);
+  weights = array.weights;
+
+  evaluate = @(first, last) superposition (points(:,first:last), array, k, nabscissas);
+  piece = max (1, floor (2 ^ 20 / numel (weights)));
+  p = inpieces ('pistonarray', evaluate, size (points, 2), piece, quiet);
+
+end
+
+function p = superposition (points, array, k, nabscissas)
+
+  % Pistons of equal sides go through one call: starting and releasing a GPU costs more than
+  % millions of points.
+  [sides, ~, kind] = unique ([array.l, array.s], 'rows');
+  p = complex (zeros (size (points, 2), 1));
+  for group = 1:size (sides, 1)
+    members = find (kind == group);
+    own = zeros ([size(points), numel(members)]);
+    for n = 1:numel (members)
+      m = members(n);
+      own(:,:,n) = inframe (points, array.positions(:,m), array.rotations(:,:,m));
+    end
+    each = pistonfield_quiet (reshape (own, 3, []), 0, sides(group,1), sides(group,2), k, ...
+                              'cuda', nabscissas);
+    each = reshape (each, [], numel (members));
+    for n = 1:numel (members)
+      p = p + array.weights(members(n)) * each(:,n);
+    end
+  end
+
+end
+
+% The points in the coordinates of a piston. Not a product of matrices, whose last digit may depend
+% on how many columns there are.
+
+function own = inframe (points, centre, rotation)
+
+  d = points - centre;
+  own = rotation(1,:).' .* d(1,:) + rotation(2,:).' .* d(2,:) + rotation(3,:).' .* d(3,:);
+
+end
+
+%!shared points, lambda, k, one
+%! lambda = 1.5e-3;
+%! k = 2 * pi / lambda;
+%! points = [-6e-3, 0, 1e-3, 4e-3; 0, 2e-3, -3e-3, 1e-3; 5e-3, 1e-3, 20e-3, 60e-3];
+%! one = struct ("l", 6e-3, "s", 4e-3, "positions", [0; 0; 0]);
+%!test # one piston in its place is pistonfield's
+%! p = pistonfield_quiet (points, 0, 6e-3, 4e-3, k, "cuda", 30);
+%! assert (pistonarray (points, one, k, 30), p);
+%!test # two halves are the whole
+%! halves = struct ("l", 6e-3, "s", 2e-3, "positions", [-1e-3, 1e-3; 0, 0; 0, 0]);
+%! p = pistonarray (points, one, k, 60);
+%! assert (max (abs (pistonarray (points, halves, k, 60) - p)) < 2e-6);
+%!test # a piston turned by a quarter about z has changed its sides
+%! turned = one;
+%! turned.rotations = [0, -1, 0; 1, 0, 0; 0, 0, 1];
+%! p = pistonfield_quiet (points, 0, 4e-3, 6e-3, k, "cuda", 30);
+%! assert (max (abs (pistonarray (points, turned, k, 30) - p)) < 2e-6);
+%!test # moving and turning piston and points together changes nothing
+%! c = cosd (20);  s = sind (20);
+%! R = [c, 0, s; 0, 1, 0; -s, 0, c] * [1, 0, 0; 0, c, -s; 0, s, c];
+%! moved = one;
+%! moved.positions = [3e-3; -1e-3; 7e-3];
+%! moved.rotations = R;
+%! p = pistonarray (points, one, k, 30);
+%! assert (max (abs (pistonarray (R * points + moved.positions, moved, k, 30) - p)) < 1e-5);
+%!test # weights, and sides of several kinds
+%! several = struct ("l", [6e-3, 3e-3, 6e-3], "s", [4e-3, 4e-3, 4e-3], ...
+%!                   "positions", [0, 8e-3, -5e-3; 0, 0, 1e-3; 0, 0, 0], "weights", [1, 2i, -0.5]);
+%! p = pistonfield_quiet (points, 0, 6e-3, 4e-3, k) ...
+%!     + 2i * pistonfield_quiet (points - [8e-3; 0; 0], 0, 3e-3, 4e-3, k) ...
+%!     - 0.5 * pistonfield_quiet (points - [-5e-3; 1e-3; 0], 0, 6e-3, 4e-3, k);
+%! assert (max (abs (pistonarray (points, several, k) - p)) < 1e-12);
+%!test # waves arrive together at the focus
+%! row = struct ("l", 6e-3, "s", 0.4e-3, "positions", [((1:16) - 8.5) * 0.75e-3; zeros(2, 16)], ...
+%!               "focus", [3e-3; 0; 40e-3]);
+%! [p, w] = pistonarray (row.focus, row, k, 30);
+%! each = zeros (16, 1);
+%! for m = 1:16
+%!   each(m) = w(m) * pistonfield_quiet (row.focus - row.positions(:,m), 0, 6e-3, 0.4e-3, k, "cuda", 30);
+%! endfor
+%! assert (abs (w), ones (16, 1), 1e-15);
+%! assert (max (abs (arg (each / each(1)))) < 0.02);
+%! assert (abs (p) > 0.999 * sum (abs (each)));
+%!test # the steered array is loudest where it was sent
+%! row = struct ("l", 6e-3, "s", 0.4e-3, "positions", [((1:32) - 16.5) * 0.75e-3; zeros(2, 32)], ...
+%!               "steer", [sind(25); 0; cosd(25)]);
+%! angles = -60:60;
+%! far = 2 * [sind(angles); zeros(size (angles)); cosd(angles)];
+%! [~, loudest] = max (abs (pistonarray (far, row, k, 30)));
+%! assert (abs (angles(loudest) - 25) <= 1);
+%!test # pieces make no difference, and long work shows a bar, unless it is to be quiet
+%! many = struct ("l", 6e-3, "s", 0.4e-3, "positions", [((1:64) - 32.5) * 0.75e-3; zeros(2, 64)]);
+%! N = 10000;
+%! do
+%!   N *= 2;
+%!   points = [linspace(-20e-3, 20e-3, N); zeros(1, N); linspace(1e-3, 80e-3, N)];
+%!   started = tic ();
+%!   bar = evalc ("p = pistonarray (points, many, k, 40);");
+%! until (toc (started) > 2)
+%! assert (! isempty (regexp (bar, 'pistonarray \[#+\.+\] +\d+ %, [\d.]+ (s|min) left')));
+%! assert (isempty (evalc ("q = pistonarray (points(:,20000:20010), many, k, 40, \"quiet\");")));
+%! assert (p(20000:20010), q);
+%! assert (isempty (evalc ("q = pistonarray (points, many, k, 40, \"quiet\");")));
+%! assert (p, q);
+%!error <p = pistonarray> pistonarray (points, one)
+%!error <k must be a number> pistonarray (points, one, "k")
+%!error <points must be> pistonarray (ones (2, 4), one, k)
+%!error <points must be> pistonarray (single (points), one, k)
+%!error <The only option is> pistonarray (points, one, k, 10, "loud")
+%!error <too many arguments> pistonarray (points, one, k, 10, 11)
+%!error <array must be a struct> pistonarray (points, 1, k)
+%!error <array has an unknown field: position> pistonarray (points, struct ("position", 1), k)
+%!error <array needs the field s> pistonarray (points, struct ("l", 1, "positions", [0; 0; 0]), k)
+%!error <array.positions must be> pistonarray (points, struct ("l", 1, "s", 1, "positions", 0), k)
+%!error <array.l must be a number> pistonarray (points, setfield (one, "l", [1, 2]), k)
+%!error <array.rotations must be> pistonarray (points, setfield (one, "rotations", 1), k)
+%!error <array.rotations\(:,:,1\) must be a rotation> pistonarray (points, setfield (one, "rotations", ones (3)), k)
+%!error <array.weights must be> pistonarray (points, setfield (one, "weights", [1, 2]), k)
+%!error <array can have one of> pistonarray (points, setfield (setfield (one, "steer", [0, 0, 1]), "focus", [0, 0, 1]), k)
+%!error <array.steer must have a length> pistonarray (points, setfield (one, "steer", [0, 0, 0]), k)
+%!error <array.focus must be three numbers> pistonarray (points, setfield (one, "focus", 1), k)
+%!demo
+%! lambda = 1500 / 1e6;
+%! array.l = 15 * lambda;
+%! array.s = 0.4 * lambda;
+%! array.positions = [((1:64) - 32.5) * lambda / 2; zeros(2, 64)];
+%! array.focus = [20e-3; 0; 60e-3];
+%! x = (-200:200) * 0.2e-3;
+%! z = (5:400) * 0.2e-3;
+%! [X, Z] = ndgrid (x, z);
+%! p = pistonarray ([X(:)'; zeros(1, numel (X)); Z(:)'], array, 2 * pi / lambda);
+%! pistonplot (x, 0, z, p, 'dB');

@@ -1,0 +1,62 @@
+% PISTONINFO  What pistonfield runs on here.
+%
+%   pistoninfo
+%   info = pistoninfo ()
+%
+% Prints, or returns as a struct of texts, what a report of a problem should say:
+%
+%   version       of pistonfield, and the revision of its sources
+%   built         when, and with which compiler
+%   device        that calls run on, and how many threads or multiprocessors it has
+%   reason        why the module was built for this kind of device
+%   instructions  that the kernels use: CUDA, or the widest that this CPU has
+%   host          that runs this function, and the kind of computer
+%
+% Errors: "pistonfield is not built", as pistonfield's.
+%
+% See also: pistonfield.
+
+function info = pistoninfo ()
+
+  if (exist ('pistonfield_about') ~= 3)
+    pistonfield ();                         % which says so
+  end
+  about = pistonfield_about ();
+  text = struct ('version', sprintf ('pistonfield %s, revision %s', about.version, about.revision), ...
+                 'built', sprintf ('%s with %s', about.compiled, about.compiler), ...
+                 'device', sprintf ('%s, %s', about.device, about.workers), ...
+                 'reason', about.reason, ...
+                 'instructions', about.instructions, ...
+                 'host', host ());
+  if (nargout > 0)
+    info = text;
+  else
+    for name = fieldnames (text).'
+      fprintf ('%-13s %s\n', name{1}, text.(name{1}));
+    end
+  end
+
+end
+
+function text = host ()
+
+  if (exist ('OCTAVE_VERSION', 'builtin'))
+    name = 'GNU Octave';
+  else
+    name = 'MATLAB';
+  end
+  text = sprintf ('%s %s on %s', name, version (), computer ());
+
+end
+
+%!test # every line says something, printed as returned
+%! info = pistoninfo ();
+%! printed = evalc ("pistoninfo");
+%! names = {"version", "built", "device", "reason", "instructions", "host"};
+%! assert (fieldnames (info)', names);
+%! for name = names
+%!   assert (length (info.(name{1})) > 2);
+%!   assert (! isempty (strfind (printed, sprintf ("%-13s %s\n", name{1}, info.(name{1})))));
+%! endfor
+%! assert (strncmp (info.host, ["GNU Octave " version()], 12));
+%! assert (! isempty (regexp (info.version, '^pistonfield \d+\.\d+\.\d+')));

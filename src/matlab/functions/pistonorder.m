@@ -1,0 +1,92 @@
+% PISTONORDER  Smallest order of the quadrature rule for a tolerance.
+%
+%   order = pistonorder (points, l, s, k, tolerance)
+%   [order, error] = pistonorder (...)
+%
+% Compares the pressures at a sample of the points with those of order 512: of the orders
+% 256, 128 ... downward, and then of one after the other below the last of them that is
+% within the tolerance, until one is not.  Where order 256 is not, none is returned.
+%
+% Arguments
+%
+%   points      3 x N real double, as for pistonfield.  Of more than 1000, 1000 are taken,
+%               spread over the list; of a grid take those where the field is hardest,
+%               near the piston and far beside it, if you know them.
+%   l, s, k     sides and wave number, as for pistonfield.
+%   tolerance   largest error over the peak pressure, 1e-6 at least: single precision has
+%               no more digits.
+%
+% Result
+%
+%   order       for pistonfield, pistongrid and pistonarray.
+%   error       its largest error in the sample, over the peak pressure.
+%
+% Example
+%
+%   order = pistonorder ([0, 0, 20; 0, 0, 0; 1, 10, 40], 7.5, 5, 2 * pi, 1e-4)
+%
+% Errors: those of pistonfield; "tolerance must be a number, 1e-6 at least." and "No order
+% up to 512 has an error below the tolerance."
+%
+% See also: pistonfield, pistonrule.
+
+function [order, error_] = pistonorder (points, l, s, k, tolerance)
+
+  if (nargin ~= 5)
+    error ('pistonorder:arguments', ...
+           'Call it as order = pistonorder (points, l, s, k, tolerance).');
+  end
+  if (~ isnumeric (tolerance) || ~ isreal (tolerance) || numel (tolerance) ~= 1 || ~ (tolerance >= 1e-6))
+    error ('pistonorder:tolerance', 'tolerance must be a number, 1e-6 at least.');
+  end
+  if (ndims (points) == 2 && size (points, 2) > 1000)
+    points = points(:,round (linspace (1, size (points, 2), 1000)));
+  end
+
+  pressure = @(n) pistonfield_quiet (points, 0, l, s, k, 'cuda', n);
+  best = pressure (512);
+  peak = max (abs (best));
+  errorof = @(n) max (abs (pressure (n) - best)) / peak;
+
+  order = 256;
+  error_ = errorof (order);
+  if (~ (error_ < tolerance))
+    error ('pistonorder:none', 'No order up to 512 has an error below the tolerance.');
+  end
+  for step = {@(n) n / 2, @(n) n - 1}
+    while (order > 1)
+      lower = errorof (step{1} (order));
+      if (~ (lower < tolerance))
+        break;
+      end
+      order = step{1} (order);
+      error_ = lower;
+    end
+  end
+
+end
+
+%!shared points, best
+%! [X, Y, Z] = ndgrid (linspace (-6, 6, 7), linspace (-6, 6, 7), [0.5, 2, 10, 40]);
+%! points = [X(:)'; Y(:)'; Z(:)'];
+%! best = pistonfield_quiet (points, 0, 7.5, 5, 2 * pi, "cuda", 512);
+%!test # from this order on all are within the tolerance, and the one before is not
+%! for tolerance = [1e-2, 1e-3, 1e-5]
+%!   [order, err] = pistonorder (points, 7.5, 5, 2 * pi, tolerance);
+%!   errors = arrayfun (@(n) max (abs (pistonfield_quiet (points, 0, 7.5, 5, 2 * pi, "cuda", n) - best)), 1:128) ...
+%!            / max (abs (best));
+%!   assert (order, find (errors >= tolerance, 1, "last") + 1);
+%!   assert (err, errors(order));
+%! endfor
+%!test # order 1, where any is good enough
+%! assert (pistonorder ([0; 0; 1], 1e-3, 1e-3, 1, 0.5), 1);
+%!test # a long list is sampled from end to end
+%! many = repmat (points, 1, 50);
+%! order = pistonorder (many, 7.5, 5, 2 * pi, 1e-3);
+%! assert (abs (order - pistonorder (points, 7.5, 5, 2 * pi, 1e-3)) <= 1);
+%!error <No order up to 512> pistonorder ([4000; 4000; 1], 7000, 7000, 2 * pi, 1e-6)
+%!error <tolerance must be> pistonorder (points, 1, 1, 1, 1e-7)
+%!error <tolerance must be> pistonorder (points, 1, 1, 1, "a")
+%!error <tolerance must be> pistonorder (points, 1, 1, 1, NaN)
+%!error <order = pistonorder> pistonorder (points, 1, 1, 1)
+%!error <s .argument 4. must be a number> pistonorder (points, 1, {}, 1, 1e-3)

@@ -1,0 +1,211 @@
+% PISTONPLOT  Picture of a pressure field on a plane.
+%
+%   pistonplot (x, y, z, p)
+%   pistonplot (x, y, z, p, quantity)
+%   pistonplot (x, y, z, p, quantity, limits)
+%   handle = pistonplot (...)
+%
+% Draws into the current axes, with both directions at one scale, in millimetres, and a
+% colour bar.  Colours are perceptually even: equal steps look equal.
+%
+% Arguments
+%
+%   x, y, z     the axes of the plane in metres, evenly spaced; one of the three has one
+%               value.  The z axis is drawn to the right, or else the x axis.
+%   p           the pressures: pistongrid's for these axes, or a list in the same order.
+%   quantity    'linear'  magnitude, where a plane wave has 1 (when left out)
+%               'dB'      magnitude in decibels below the largest that is drawn
+%               'phase'   phase in degrees, in colours that end where they begin
+%   limits      lowest and highest value of the colours: 0 and the largest, -40 and 0,
+%               -180 and 180 when left out.
+%
+% Result
+%
+%   handle      of the image.
+%
+% Example
+%
+%   x = linspace (-10e-3, 10e-3, 201);
+%   z = linspace (0.2e-3, 40e-3, 400);
+%   p = pistongrid (x, 0, z, 11e-3, 7.5e-3, 2 * pi / 1.5e-3, 20);
+%   subplot (2, 1, 1);  pistonplot (x, 0, z, p, 'dB');
+%   subplot (2, 1, 2);  pistonplot (x, 0, z, p, 'phase');
+%
+% Errors: "x, y and z must be evenly spaced axes, one of them of one value.", "p must have
+% a value for each point.", "quantity must be 'linear', 'dB' or 'phase'." and "limits must
+% be two ascending numbers."
+%
+% See also: pistongrid, pistonarray.
+
+function handle = pistonplot (x, y, z, p, quantity, limits)
+
+  if (nargin < 4)
+    error ('pistonplot:arguments', 'Call it as pistonplot (x, y, z, p).');
+  end
+  if (nargin < 5)
+    quantity = 'linear';
+  end
+  axes_ = {x, y, z};
+  single = cellfun (@numel, axes_) == 1;
+  if (~ all (cellfun (@iseven_axis, axes_)) || sum (single) ~= 1)
+    error ('pistonplot:axes', 'x, y and z must be evenly spaced axes, one of them of one value.');
+  end
+  if (~ isnumeric (p) || numel (p) ~= numel (x) * numel (y) * numel (z))
+    error ('pistonplot:p', 'p must have a value for each point.');
+  end
+
+  names = 'xyz';
+  drawn = find (~ single);
+  picture = reshape (p, numel (axes_{drawn(1)}), numel (axes_{drawn(2)}));
+  across = drawn(2);
+  up = drawn(1);
+  if (across ~= 3)                          % the plane z = constant
+    picture = picture.';
+    across = drawn(1);
+    up = drawn(2);
+  end
+
+  [values, range, unit, colours] = coloured (picture, quantity);
+  if (nargin > 5)
+    range = limits;
+  end
+  if (~ isnumeric (range) || numel (range) ~= 2 || ~ (range(1) < range(2)))
+    error ('pistonplot:limits', 'limits must be two ascending numbers.');
+  end
+
+  image_ = imagesc (axes_{across}(:) * 1e3, axes_{up}(:) * 1e3, max (values, range(1)), ...
+                    double (range(:).'));
+  axis ('image');
+  set (gca (), 'ydir', 'normal');
+  colormap (gca (), colours);
+  xlabel ([names(across), ' / mm']);
+  ylabel ([names(up), ' / mm']);
+  title (sprintf ('%s = %g mm', names(single), axes_{single} * 1e3));
+  bar = colorbar ();
+  ylabel (bar, unit);
+  if (nargout > 0)
+    handle = image_;
+  end
+
+end
+
+function answer = iseven_axis (values)
+
+  answer = isnumeric (values) && isreal (values) && isvector (values) && all (isfinite (values));
+  if (answer && numel (values) > 1)
+    steps = diff (double (values(:)));
+    answer = steps(1) ~= 0 && all (abs (steps - steps(1)) < 1e-3 * abs (steps(1)));
+  end
+
+end
+
+% What is drawn of the pressures, its limits, its unit and its colours.
+
+function [values, range, unit, colours] = coloured (p, quantity)
+
+  largest = max ([abs(p(:)); realmin]);
+  colours = evencolours ();
+  switch (quantity)
+    case 'linear'
+      values = abs (p);
+      range = [0, largest];
+      unit = '|p|, plane wave = 1';
+    case 'dB'
+      values = 20 * log10 (abs (p) / largest);
+      range = [-40, 0];
+      unit = '|p| / dB, largest = 0';
+    case 'phase'
+      values = angle (p) * 180 / pi;
+      range = [-180, 180];
+      unit = 'phase / degrees';
+      colours = cycliccolours ();
+    otherwise
+      error ('pistonplot:quantity', 'quantity must be ''linear'', ''dB'' or ''phase''.');
+  end
+
+end
+
+function colours = evencolours ()
+
+  if (exist ('viridis'))
+    colours = viridis (256);
+  else
+    colours = parula (256);
+  end
+
+end
+
+% Once round the hues of CIELAB at lightness 65, with a chroma that screens can show for all of
+% them.
+
+function colours = cycliccolours ()
+
+  hue = (0:255).' / 256 * 2 * pi;
+  f = 81 / 116 + [33 * cos(hue) / 500, zeros(256, 1), -33 * sin(hue) / 200];
+  white = [0.95047, 1, 1.08883];
+  xyz = f .^ 3 .* white;                    % above 6/29 the cube root holds alone
+  rgb = xyz * [3.2406, -0.9689, 0.0557; -1.5372, 1.8758, -0.2040; -0.4986, 0.0415, 1.0570];
+  rgb = min (max (rgb, 0), 1);
+  colours = 1.055 * max (rgb, 0.0031308) .^ (1 / 2.4) - 0.055;
+
+end
+
+%!function drawn = shown (varargin)
+%!  warning ("off", "Octave:gnuplot-graphics", "local");
+%!  graphics_toolkit ("gnuplot");
+%!  f = figure ("visible", "off");
+%!  unwind_protect
+%!    handle = pistonplot (varargin{:});
+%!    drawn.data = get (handle, "cdata");
+%!    drawn.across = get (handle, "xdata");
+%!    drawn.xlabel = get (get (gca (), "xlabel"), "string");
+%!    drawn.ylabel = get (get (gca (), "ylabel"), "string");
+%!    drawn.title = get (get (gca (), "title"), "string");
+%!    drawn.range = caxis ();
+%!    drawn.colours = colormap (gca ());
+%!  unwind_protect_cleanup
+%!    close (f);
+%!  end_unwind_protect
+%!endfunction
+%!shared x, z, p
+%! x = [-1, 0, 1] * 1e-3;
+%! z = [1, 2] * 1e-3;
+%! p = [1, 2i; 4, -1; 0.5, 1];
+%!test # magnitudes of the plane y = 2 mm, z to the right, in millimetres
+%! drawn = shown (x, 2e-3, z, p);
+%! assert (drawn.data, abs (p));
+%! assert (drawn.across([1, end])(:), [1; 2], 1e-12);
+%! assert ({drawn.xlabel, drawn.ylabel, drawn.title}, {"z / mm", "x / mm", "y = 2 mm"});
+%! assert (drawn.range, [0, 4]);
+%!test # a plane in front of the piston has x to the right
+%! drawn = shown (x, z, 5e-3, p);
+%! assert (drawn.data, abs (p).');
+%! assert ({drawn.xlabel, drawn.ylabel, drawn.title}, {"x / mm", "y / mm", "z = 5 mm"});
+%!test # decibels, of a list, cut off at the lower limit
+%! drawn = shown (x, 0, z, p(:), "dB", [-12, 0]);
+%! assert (drawn.data, max (20 * log10 (abs (p) / 4), -12), 1e-12);
+%! assert (drawn.range, [-12, 0]);
+%!test # phases, in colours that end where they begin, all equally light
+%! drawn = shown (x, 0, z, p, "phase");
+%! assert (drawn.data, arg (p) * 180 / pi, 1e-12);
+%! assert (drawn.range, [-180, 180]);
+%! assert (max (abs (drawn.colours(1,:) - drawn.colours(end,:))) < 0.02);
+%! linear = ((drawn.colours + 0.055) / 1.055) .^ 2.4;
+%! assert (range (linear * [0.2126; 0.7152; 0.0722]) < 1e-3);
+%! assert (all (drawn.colours(:) > 0.05 & drawn.colours(:) < 0.99)); # none was cut off
+%!test # nothing but zeros can be drawn
+%! drawn = shown (x, 0, z, zeros (3, 2), "dB");
+%! assert (all (drawn.data(:) == -40));
+%!error <pistonplot .x, y, z, p.> pistonplot (1, 2, 3)
+%!error <evenly spaced axes> pistonplot ([1, 2, 4], 0, [1, 2], ones (3, 2))
+%!error <evenly spaced axes> pistonplot ([1, 2], [1, 2], [1, 2], ones (2, 2, 2))
+%!error <evenly spaced axes> pistonplot (1, 0, 1, 1)
+%!error <a value for each point> pistonplot ([1, 2], 0, [1, 2], 1)
+%!error <quantity must be> pistonplot ([1, 2], 0, [1, 2], ones (2), "loud")
+%!error <two ascending numbers> pistonplot ([1, 2], 0, [1, 2], ones (2), "dB", [0, -40])
+%!demo
+%! x = linspace (-10e-3, 10e-3, 201);
+%! z = linspace (0.2e-3, 40e-3, 400);
+%! p = pistongrid (x, 0, z, 11e-3, 7.5e-3, 2 * pi / 1.5e-3, 20);
+%! subplot (2, 1, 1);  pistonplot (x, 0, z, p, 'dB');
+%! subplot (2, 1, 2);  pistonplot (x, 0, z, p, 'phase');

@@ -1,0 +1,122 @@
+% array = readarray (array, k): the array of pistonarray, complete: sides, positions, rotations and
+% weights of every piston, in columns (rotations: 3 x 3 x M), the phases of steer and focus in the
+% weights.
+
+function array = readarray (array, k)
+
+  if (~ isstruct (array) || numel (array) ~= 1)
+    fail ('must be a struct.');
+  end
+  known = {'l', 's', 'positions', 'rotations', 'weights', 'steer', 'focus'};
+  unknown = setdiff (fieldnames (array), known);
+  if (~ isempty (unknown))
+    fail ('has an unknown field: %s.', unknown{1});
+  end
+  for field = {'l', 's', 'positions'}
+    if (~ isfield (array, field{1}))
+      fail ('needs the field %s.', field{1});
+    end
+  end
+
+  c = array.positions;
+  if (~ isreals (c) || size (c, 1) ~= 3 || ndims (c) > 2 || isempty (c))
+    fail ('.positions must be real, three rows and a column for each piston.');
+  end
+  array.positions = double (c);
+  M = size (c, 2);
+
+  array.l = oneeach (array.l, 'l', M);
+  array.s = oneeach (array.s, 's', M);
+  array.rotations = readrotations (array, M);
+  array.weights = readweights (array, M) .* exp (1i * k * leads (array));
+
+end
+
+function values = oneeach (values, name, M)
+
+  if (~ isreals (values) || ~ any (numel (values) == [1, M]))
+    fail ('.%s must be a number, or one for each piston.', name);
+  end
+  values = repmat (double (values(:)), M / numel (values), 1);
+
+end
+
+function R = readrotations (array, M)
+
+  R = eye (3);
+  if (isfield (array, 'rotations'))
+    R = array.rotations;
+  end
+  if (~ isreals (R) || size (R, 1) ~= 3 || size (R, 2) ~= 3 || ~ any (size (R, 3) == [1, M]) ...
+      || ndims (R) > 3)
+    fail ('.rotations must be 3 x 3, or 3 x 3 x the number of pistons.');
+  end
+  R = double (R);
+  for m = 1:size (R, 3)
+    if (~ (norm (R(:,:,m)' * R(:,:,m) - eye (3)) < 1e-6) || det (R(:,:,m)) < 0)
+      fail ('.rotations(:,:,%d) must be a rotation.', m);
+    end
+  end
+  R = repmat (R, [1, 1, M / size(R, 3)]);
+
+end
+
+function weights = readweights (array, M)
+
+  weights = ones (M, 1);
+  if (isfield (array, 'weights'))
+    weights = array.weights;
+    if (~ isnumeric (weights) || numel (weights) ~= M)
+      fail ('.weights must be a number for each piston.');
+    end
+    weights = double (weights(:));
+  end
+
+end
+
+% How much longer the way of a piston's wave is than that of one from the origin; waves turn as
+% exp (-i k R).
+
+function lengths = leads (array)
+
+  lengths = zeros (size (array.positions, 2), 1);
+  if (isfield (array, 'steer') && isfield (array, 'focus'))
+    fail ('can have one of steer and focus.');
+  end
+  if (isfield (array, 'steer'))
+    direction = readpoint (array.steer, 'steer');
+    if (~ (norm (direction) > 0))
+      fail ('.steer must have a length.');
+    end
+    lengths = -array.positions.' * direction / norm (direction);
+  elseif (isfield (array, 'focus'))
+    focus = readpoint (array.focus, 'focus');
+    lengths = sqrt (sum ((focus - array.positions) .^ 2, 1)).' - norm (focus);
+  end
+
+end
+
+function point = readpoint (values, name)
+
+  if (~ isreals (values) || numel (values) ~= 3)
+    fail ('.%s must be three numbers.', name);
+  end
+  point = double (values(:));
+
+end
+
+function answer = isreals (values)
+
+  answer = isnumeric (values) && isreal (values) && all (isfinite (values(:)));
+
+end
+
+function fail (text, varargin)
+
+  blank = ' ';
+  if (text(1) == '.')
+    blank = '';
+  end
+  error ('pistonarray:array', ['array', blank, text], varargin{:});
+
+end
