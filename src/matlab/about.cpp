@@ -1,6 +1,7 @@
 #include <cuda_runtime.h>
 #include <mex.h>
 
+#include <new>
 #include <string>
 
 #include "core/FastestDevice.h"
@@ -69,7 +70,7 @@ Device device() {
   cudaDeviceProp properties{};
   if (error == cudaSuccess) error = cudaGetDeviceProperties(&properties, fastestDevice());
   cudaGetLastError();
-  if (error != cudaSuccess) return {std::string("none: ") + cudaGetErrorString(error), "0"};
+  if (error != cudaSuccess) return {std::string("none: ") + cudaGetErrorString(error), ""};
   return {properties.name, workers(properties)};
 }
 
@@ -93,5 +94,11 @@ mxArray* about() {
 void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   static_cast<void>(prhs);
   if (nlhs > 1 || nrhs > 0) mexErrMsgTxt("Call it as about = pistonfield_about ().");
-  plhs[0] = pistonfield::about();
+  bool outOfMemory = false;
+  try {
+    plhs[0] = pistonfield::about();
+  } catch (const std::bad_alloc&) {
+    outOfMemory = true;
+  }
+  if (outOfMemory) mexErrMsgTxt("There is not enough memory.");
 }

@@ -9,7 +9,7 @@
 %   built         when, and with which compiler
 %   device        that calls run on, and how many threads or multiprocessors it has
 %   reason        why the module was built for this kind of device
-%   instructions  that the kernels use: CUDA, or the widest that this CPU has
+%   instructions  that the kernels use: CUDA, or a set of this CPU's
 %   host          that runs this function, and the kind of computer
 %
 % Errors: "pistonfield is not built", as pistonfield's.
@@ -22,30 +22,33 @@ function info = pistoninfo ()
     pistonfield ();                         % which says so
   end
   about = pistonfield_about ();
-  text = struct ('version', sprintf ('pistonfield %s, revision %s', about.version, about.revision), ...
-                 'built', sprintf ('%s with %s', about.compiled, about.compiler), ...
-                 'device', sprintf ('%s, %s', about.device, about.workers), ...
-                 'reason', about.reason, ...
-                 'instructions', about.instructions, ...
-                 'host', host ());
+  if (~ isempty (about.workers))
+    about.device = [about.device, ', ', about.workers];
+  end
+  facts = struct ('version', sprintf ('pistonfield %s, revision %s', about.version, about.revision), ...
+                  'built', sprintf ('%s with %s', about.compiled, about.compiler), ...
+                  'device', about.device, ...
+                  'reason', about.reason, ...
+                  'instructions', about.instructions, ...
+                  'host', host ());
   if (nargout > 0)
-    info = text;
+    info = facts;
   else
-    for name = fieldnames (text).'
-      fprintf ('%-13s %s\n', name{1}, text.(name{1}));
+    for name = fieldnames (facts).'
+      fprintf ('%-13s %s\n', name{1}, facts.(name{1}));
     end
   end
 
 end
 
-function text = host ()
+function words = host ()
 
   if (exist ('OCTAVE_VERSION', 'builtin'))
     name = 'GNU Octave';
   else
     name = 'MATLAB';
   end
-  text = sprintf ('%s %s on %s', name, version (), computer ());
+  words = sprintf ('%s %s on %s', name, version (), computer ());
 
 end
 
