@@ -28,11 +28,12 @@
 %               modes 'cpu', 'cpusp' and 'cpudp' end with an error.
 %   nabscissas  order of the quadrature rule, 1 ... 512 (10 when left out; a
 %               fraction is cut off), or a table of M rows and 2 columns, M the
-%               order.  CAUTION: a table is not read as [x, w].  Its values are
-%               taken as stored, column by column, in pairs: abscissa, weight,
-%               abscissa, weight ... of the non-positive half of the rule, from
-%               the most negative upward, (M+1)/2 pairs rounded down.  The rest
-%               of the table is not read.
+%               order.  CAUTION: a table is NOT READ AS [x, w], which gives wrong
+%               numbers without a word: pistonrule (x, w) PACKS THE TABLE.  Its
+%               values are taken as stored, column by column, in pairs: abscissa,
+%               weight, abscissa, weight ... of the non-positive half of the
+%               rule, from the most negative upward, (M+1)/2 pairs rounded down.
+%               The rest of the table is not read.
 %
 % Result
 %
@@ -88,6 +89,10 @@
 %       build it for the emulation device instead.
 %   pistonfield is not built
 %       The compiled module is missing beside this file.
+%
+% See also: pistongrid (fields on grids), pistonarray (many pistons), pistonplot
+% (pictures), pistonrule (tables), pistonorder (the order for a tolerance),
+% pistoninfo (what this runs on).
 
 function p = pistonfield (varargin)
 
