@@ -52,7 +52,10 @@
 %   p = pistonarray ([X(:)'; zeros(1, numel (X)); Z(:)'], array, 2 * pi / lambda);
 %   pistonplot (x, 0, z, p, 'dB');
 %
-% Errors: those of pistonfield, and for what an array must be: "array ..." with the field.
+% Errors: "points must be a full real matrix of doubles, of three rows."; "array ...", with the
+% field and what it must be; "k must be a finite real number."; "nabscissas must be an order,
+% 1 ... 512, or a table made by pistonrule, which is not [x, w]."; and those of pistonfield's
+% device and memory.
 %
 % See also: pistonfield, pistongrid, pistonplot.
 
@@ -61,42 +64,38 @@ function [p, weights] = pistonarray (points, array, k, varargin)
   if (nargin < 3)
     error ('pistonarray:arguments', 'Call it as p = pistonarray (points, array, k).');
   end
-  if (~ isnumeric (k) || ~ isreal (k) || numel (k) ~= 1)
-    error ('pistonarray:k', 'k must be a number.');
-  end
   if (~ isa (points, 'double') || ~ isreal (points) || issparse (points) || size (points, 1) ~= 3 ...
-      || ndims (points) > 2)
-    error ('pistonarray:points', 'points must be a full real matrix of three rows.');
+      || ndims (points) > 2 || isempty (points))
+    error ('pistonarray:points', 'points must be a full real matrix of doubles, of three rows.');
   end
+  k = readnumber ('pistonarray', 'k', k);
   [nabscissas, quiet] = readoptions ('pistonarray', varargin);
   array = readarray (array, k);
   weights = array.weights;
 
-  evaluate = @(first, last) superposition (points(:,first:last), array, k, nabscissas);
-  piece = max (1, floor (2 ^ 20 / numel (weights)));
-  p = inpieces ('pistonarray', evaluate, size (points, 2), piece, quiet);
-
-end
-
-function p = superposition (points, array, k, nabscissas)
-
   % Pistons of equal sides go through one call: starting and releasing a GPU costs more than
   % millions of points.
   [sides, ~, kind] = unique ([array.l, array.s], 'rows');
+  members = accumarray (kind(:), 1);
+  evaluate = @(first, last, group) ...
+    superposition (points(:,first:last), array, find (kind == group), sides(group,:), k, nabscissas);
+  piece = max (1, floor (2 ^ 20 / max (members)));
+  p = inpieces ('pistonarray', evaluate, size (points, 2), piece, members, quiet);
+
+end
+
+function p = superposition (points, array, members, sides, k, nabscissas)
+
+  own = zeros ([size(points), numel(members)]);
+  for n = 1:numel (members)
+    m = members(n);
+    own(:,:,n) = inframe (points, array.positions(:,m), array.rotations(:,:,m));
+  end
+  each = pistonfield_quiet (reshape (own, 3, []), 0, sides(1), sides(2), k, 'cuda', nabscissas);
+  each = reshape (each, [], numel (members));
   p = complex (zeros (size (points, 2), 1));
-  for group = 1:size (sides, 1)
-    members = find (kind == group);
-    own = zeros ([size(points), numel(members)]);
-    for n = 1:numel (members)
-      m = members(n);
-      own(:,:,n) = inframe (points, array.positions(:,m), array.rotations(:,:,m));
-    end
-    each = pistonfield_quiet (reshape (own, 3, []), 0, sides(group,1), sides(group,2), k, ...
-                              'cuda', nabscissas);
-    each = reshape (each, [], numel (members));
-    for n = 1:numel (members)
-      p = p + array.weights(members(n)) * each(:,n);
-    end
+  for n = 1:numel (members)
+    p = p + array.weights(members(n)) * each(:,n);
   end
 
 end
@@ -176,7 +175,10 @@ end
 %! assert (isempty (evalc ("q = pistonarray (points, many, k, 40, \"quiet\");")));
 %! assert (p, q);
 %!error <p = pistonarray> pistonarray (points, one)
-%!error <k must be a number> pistonarray (points, one, "k")
+%!error <k must be a finite real number> pistonarray (points, one, "k")
+%!error <k must be a finite real number> pistonarray (points, one, Inf)
+%!error <nabscissas must be an order> pistonarray (points, one, k, 513)
+%!error <points must be> pistonarray (zeros (3, 0), one, k)
 %!error <points must be> pistonarray (ones (2, 4), one, k)
 %!error <points must be> pistonarray (single (points), one, k)
 %!error <The only option is> pistonarray (points, one, k, 10, "loud")
@@ -189,6 +191,7 @@ end
 %!error <array.rotations must be> pistonarray (points, setfield (one, "rotations", 1), k)
 %!error <array.rotations\(:,:,1\) must be a rotation> pistonarray (points, setfield (one, "rotations", ones (3)), k)
 %!error <array.weights must be> pistonarray (points, setfield (one, "weights", [1, 2]), k)
+%!error <array.weights must be> pistonarray (points, setfield (one, "weights", NaN), k)
 %!error <array can have one of> pistonarray (points, setfield (setfield (one, "steer", [0, 0, 1]), "focus", [0, 0, 1]), k)
 %!error <array.steer must have a length> pistonarray (points, setfield (one, "steer", [0, 0, 0]), k)
 %!error <array.focus must be three numbers> pistonarray (points, setfield (one, "focus", 1), k)

@@ -29,7 +29,9 @@
 %   p = pistongrid (x, 0, z, 7.5 * lambda, 5 * lambda, 2 * pi / lambda, 20);
 %   pistonplot (x, 0, z, p);
 %
-% Errors: those of pistonfield, and "x, y and z must be real vectors."
+% Errors: "x, y and z must be real vectors."; "l must be a finite real number.", and so for s
+% and k; "nabscissas must be an order, 1 ... 512, or a table made by pistonrule, which is not
+% [x, w]."; and those of pistonfield's device and memory.
 %
 % See also: pistonfield, pistonplot, pistonarray, pistonorder.
 
@@ -41,15 +43,18 @@ function p = pistongrid (x, y, z, l, s, k, varargin)
   if (~ isaxis (x) || ~ isaxis (y) || ~ isaxis (z))
     error ('pistongrid:axes', 'x, y and z must be real vectors.');
   end
+  l = readnumber ('pistongrid', 'l', l);
+  s = readnumber ('pistongrid', 's', s);
+  k = readnumber ('pistongrid', 'k', k);
   [nabscissas, quiet] = readoptions ('pistongrid', varargin);
 
-  x = double (x(:).');
-  y = double (y(:).');
-  z = double (z(:).');
+  x = full (double (x(:).'));
+  y = full (double (y(:).'));
+  z = full (double (z(:).'));
   sizes = [numel(x), numel(y), numel(z)];
 
-  evaluate = @(first, last) piece (first, last, x, y, z, l, s, k, nabscissas);
-  p = inpieces ('pistongrid', evaluate, prod (sizes), 2 ^ 21, quiet);
+  evaluate = @(first, last, ~) piece (first, last, x, y, z, l, s, k, nabscissas);
+  p = inpieces ('pistongrid', evaluate, prod (sizes), 2 ^ 21, 1, quiet);
   p = reshape (p, sizes);
 
 end
@@ -95,7 +100,9 @@ end
 %!error <x, y and z must be real vectors> pistongrid ([], 2, 3, 4, 5, 6)
 %!error <x, y and z must be real vectors> pistongrid ("x", 2, 3, 4, 5, 6)
 %!error <x, y and z must be real vectors> pistongrid (1i, 2, 3, 4, 5, 6)
-%!error <s .argument 4. must be a number> pistongrid (1, 2, 3, 4, {}, 6)
+%!error <s must be a finite real number> pistongrid (1, 2, 3, 4, {}, 6)
+%!error <nabscissas must be an order, 1 ... 512> pistongrid (1, 2, 3, 4, 5, 6, 0)
+%!error <a table made by pistonrule> pistongrid (1, 2, 3, 4, 5, 6, [[-1; 1] / sqrt(3), [1; 1]])
 %!demo
 %! lambda = 1500 / 1e6;
 %! x = (-75:75) * lambda / 15;

@@ -25,7 +25,7 @@
 %
 %   order = pistonorder ([0, 0, 20; 0, 0, 0; 1, 10, 40], 7.5, 5, 2 * pi, 1e-4)
 %
-% Errors: those of pistonfield; "tolerance must be a number, 1e-6 at least." and "No order
+% Errors: those of pistonfield; "l must be a finite real number.", and so for s and k; "tolerance must be a number, 1e-6 at least." and "No order
 % up to 512 has an error below the tolerance."
 %
 % See also: pistonfield, pistonrule.
@@ -36,6 +36,9 @@ function [order, error_] = pistonorder (points, l, s, k, tolerance)
     error ('pistonorder:arguments', ...
            'Call it as order = pistonorder (points, l, s, k, tolerance).');
   end
+  l = readnumber ('pistonorder', 'l', l);
+  s = readnumber ('pistonorder', 's', s);
+  k = readnumber ('pistonorder', 'k', k);
   if (~ isnumeric (tolerance) || ~ isreal (tolerance) || numel (tolerance) ~= 1 || ~ (tolerance >= 1e-6))
     error ('pistonorder:tolerance', 'tolerance must be a number, 1e-6 at least.');
   end
@@ -45,7 +48,7 @@ function [order, error_] = pistonorder (points, l, s, k, tolerance)
 
   pressure = @(n) pistonfield_quiet (points, 0, l, s, k, 'cuda', n);
   best = pressure (512);
-  peak = max (abs (best));
+  peak = max ([abs(best); realmin]);
   errorof = @(n) max (abs (pressure (n) - best)) / peak;
 
   order = 256;
@@ -89,4 +92,4 @@ end
 %!error <tolerance must be> pistonorder (points, 1, 1, 1, "a")
 %!error <tolerance must be> pistonorder (points, 1, 1, 1, NaN)
 %!error <order = pistonorder> pistonorder (points, 1, 1, 1)
-%!error <s .argument 4. must be a number> pistonorder (points, 1, {}, 1, 1e-3)
+%!error <s must be a finite real number> pistonorder (points, 1, {}, 1, 1e-3)

@@ -1,7 +1,7 @@
 % PISTONRULE  Table of a quadrature rule, in the layout that pistonfield reads.
 %
-%   table = pistonrule (order)
-%   table = pistonrule (x, w)
+%   rule = pistonrule (order)
+%   rule = pistonrule (x, w)
 %
 % CAUTION: pistonfield does not read a table [x, w].  It takes the values as they are
 % stored, column by column, in pairs: abscissa, weight, abscissa, weight ... of the
@@ -16,7 +16,7 @@
 %
 % Result
 %
-%   table       M x 2, M the order: the last argument of pistonfield.
+%   rule        M x 2, M the order: the last argument of pistonfield.
 %
 % Example
 %
@@ -29,19 +29,19 @@
 %
 % See also: pistonfield, pistonorder.
 
-function table = pistonrule (x, w)
+function rule = pistonrule (x, w)
 
   if (nargin == 1)
     [x, w] = gausslegendre (x);
   elseif (nargin ~= 2)
     error ('pistonrule:arguments', ...
-           'Call it as table = pistonrule (order) or table = pistonrule (x, w).');
+           'Call it as rule = pistonrule (order) or rule = pistonrule (x, w).');
   end
   if (~ isreals (x) || ~ isreals (w) || numel (x) ~= numel (w))
     error ('pistonrule:vectors', 'x and w must be real vectors of one length, 1 ... 512.');
   end
-  [x, ascending] = sort (double (x(:)));
-  w = double (w(:));
+  [x, ascending] = sort (full (double (x(:))));
+  w = full (double (w(:)));
   w = w(ascending);
   M = numel (x);
   tolerance = 1e-6;                         % for rules of single precision
@@ -54,7 +54,7 @@ function table = pistonrule (x, w)
   half = 1:floor ((M + 1) / 2);
   pairs = zeros (2, M);
   pairs(:,half) = [x(half), w(half)].';
-  table = reshape (pairs, M, 2);
+  rule = reshape (pairs, M, 2);
 
 end
 
@@ -73,11 +73,13 @@ function [x, w] = gausslegendre (order)
       || ~ any (double (order) == 1:512))
     error ('pistonrule:order', 'order must be a whole number, 1 ... 512.');
   end
-  n = 1:double (order) - 1;
-  beside = n ./ sqrt (4 * n .^ 2 - 1);
-  [vectors, values] = eig (diag (beside, 1) + diag (beside, -1));
-  x = diag (values);
-  w = 2 * vectors(1,:).' .^ 2;
+  order = full (double (order));
+  n = 1:order - 1;
+  recurrence = zeros (order);
+  recurrence(order+1:order+1:end) = n ./ sqrt (4 * n .^ 2 - 1);  % right of the diagonal
+  [vectors, values] = eig (recurrence + recurrence.');
+  [x, ascending] = sort (diag (values));    % which no host promises
+  w = 2 * vectors(1,ascending).' .^ 2;
   x = (x - flipud (x)) / 2;
   w = (w + flipud (w)) / 2;
 

@@ -1,52 +1,58 @@
-% values = inpieces (name, evaluate, count, piece, quiet)
+% values = inpieces (name, evaluate, count, piece, shares, quiet)
 %
-% The column of evaluate (first, last) for all of 1:count, asked for a piece at a time. Unless it
-% is to be quiet, a bar shows what is done and the time left when that is to be more than half a
-% second.
+% The column of the sums of evaluate (first, last, part) over the parts, 1:numel (shares), for all
+% of 1:count, asked for a piece at a time. Unless it is to be quiet, a bar shows what is done and
+% the time left when that is to be more than half a second; shares are what parts take of the work,
+% in whole numbers.
 
-function values = inpieces (name, evaluate, count, piece, quiet)
+function values = inpieces (name, evaluate, count, piece, shares, quiet)
 
   values = complex (zeros (count, 1));
+  total = count * sum (shares);
+  done = 0;
   started = tic ();
   shown = '';
   for first = 1:piece:count
     last = min (count, first + piece - 1);
-    values(first:last) = evaluate (first, last);
-    seconds = toc (started);
-    if (~ quiet && (~ isempty (shown) || seconds * count / last > 0.5) && count > piece)
-      if (isempty (shown))
-        line = onCleanup (@() fprintf ('\n'));  % also when the user ends it
+    for part = 1:numel (shares)
+      values(first:last) = values(first:last) + evaluate (first, last, part);
+      done = done + (last - first + 1) * shares(part);
+      seconds = toc (started);
+      if (~ quiet && (~ isempty (shown) || (done < total && seconds * total / done > 0.5)))
+        if (isempty (shown))
+          closing = onCleanup (@() fprintf ('\n'));  % also when the user ends it
+        end
+        current = progressbar (name, done / total, seconds);
+        fprintf ('%s%s', repmat (char (8), 1, numel (shown)), current);
+        drawnow ();
+        shown = current;
       end
-      text = progressbar (name, last / count, seconds);
-      fprintf ('%s%s', repmat (sprintf ('\b'), 1, numel (shown)), text);
-      drawnow ();
-      shown = text;
     end
   end
 
 end
 
-function text = progressbar (name, part, seconds)
+function picture = progressbar (name, part, seconds)
 
-  full = floor (40 * part);
+  filled = floor (40 * part);
   if (part < 1)
-    time = sprintf ('%s left', duration_text (seconds * (1 - part) / part));
+    time = sprintf ('%s left', inwords (seconds * (1 - part) / part));
   else
-    time = sprintf ('took %s', duration_text (seconds));
+    time = sprintf ('took %s', inwords (seconds));
   end
-  text = sprintf ('%s [%s%s] %3d %%, %-14s', name, repmat ('#', 1, full), repmat ('.', 1, 40 - full), ...
-                  floor (100 * part), time);
+  picture = sprintf ('%s [%s%s] %3d %%, %-14s', name, repmat ('#', 1, filled), ...
+                  repmat ('.', 1, 40 - filled), floor (100 * part), time);
 
 end
 
-function text = duration_text (seconds)
+function words = inwords (seconds)
 
   if (seconds < 90)
-    text = sprintf ('%.1f s', seconds);
+    words = sprintf ('%.1f s', seconds);
   elseif (seconds < 5400)
-    text = sprintf ('%.1f min', seconds / 60);
+    words = sprintf ('%.1f min', seconds / 60);
   else
-    text = sprintf ('%.1f h', seconds / 3600);
+    words = sprintf ('%.1f h', seconds / 3600);
   end
 
 end

@@ -22,7 +22,7 @@ function array = readarray (array, k)
   if (~ isreals (c) || size (c, 1) ~= 3 || ndims (c) > 2 || isempty (c))
     fail ('.positions must be real, three rows and a column for each piston.');
   end
-  array.positions = double (c);
+  array.positions = full (double (c));
   M = size (c, 2);
 
   array.l = oneeach (array.l, 'l', M);
@@ -37,7 +37,7 @@ function values = oneeach (values, name, M)
   if (~ isreals (values) || ~ any (numel (values) == [1, M]))
     fail ('.%s must be a number, or one for each piston.', name);
   end
-  values = repmat (double (values(:)), M / numel (values), 1);
+  values = repmat (full (double (values(:))), M / numel (values), 1);
 
 end
 
@@ -51,7 +51,7 @@ function R = readrotations (array, M)
       || ndims (R) > 3)
     fail ('.rotations must be 3 x 3, or 3 x 3 x the number of pistons.');
   end
-  R = double (R);
+  R = full (double (R));
   for m = 1:size (R, 3)
     if (~ (norm (R(:,:,m)' * R(:,:,m) - eye (3)) < 1e-6) || det (R(:,:,m)) < 0)
       fail ('.rotations(:,:,%d) must be a rotation.', m);
@@ -66,10 +66,10 @@ function weights = readweights (array, M)
   weights = ones (M, 1);
   if (isfield (array, 'weights'))
     weights = array.weights;
-    if (~ isnumeric (weights) || numel (weights) ~= M)
-      fail ('.weights must be a number for each piston.');
+    if (~ isnumeric (weights) || numel (weights) ~= M || ~ all (isfinite (weights(:))))
+      fail ('.weights must be a finite number for each piston.');
     end
-    weights = double (weights(:));
+    weights = full (double (weights(:)));
   end
 
 end
@@ -101,7 +101,7 @@ function point = readpoint (values, name)
   if (~ isreals (values) || numel (values) ~= 3)
     fail ('.%s must be three numbers.', name);
   end
-  point = double (values(:));
+  point = full (double (values(:)));
 
 end
 
