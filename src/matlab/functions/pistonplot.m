@@ -45,18 +45,21 @@ function handle = pistonplot (x, y, z, p, quantity, limits)
   if (nargin < 5)
     quantity = 'linear';
   end
-  axes_ = {x, y, z};
-  single = cellfun (@numel, axes_) == 1;
-  if (~ all (cellfun (@iseven_axis, axes_)) || sum (single) ~= 1)
+  sides = {x, y, z};
+  point = cellfun (@numel, sides) == 1;
+  if (~ all (cellfun (@iseven_axis, sides)) || sum (point) ~= 1)
     error ('pistonplot:axes', 'x, y and z must be evenly spaced axes, one of them of one value.');
   end
   if (~ isnumeric (p) || numel (p) ~= numel (x) * numel (y) * numel (z))
     error ('pistonplot:p', 'p must have a value for each point.');
   end
 
+  p = full (double (p));
+  sides = cellfun (@(values) full (double (values(:))), sides, 'UniformOutput', false);
+
   names = 'xyz';
-  drawn = find (~ single);
-  picture = reshape (p, numel (axes_{drawn(1)}), numel (axes_{drawn(2)}));
+  drawn = find (~ point);
+  picture = reshape (p, numel (sides{drawn(1)}), numel (sides{drawn(2)}));
   across = drawn(2);
   up = drawn(1);
   if (across ~= 3)                          % the plane z = constant
@@ -65,24 +68,23 @@ function handle = pistonplot (x, y, z, p, quantity, limits)
     up = drawn(2);
   end
 
-  [values, range, unit, colours] = coloured (picture, quantity);
+  [values, shown, unit, colours] = coloured (picture, quantity);
   if (nargin > 5)
-    range = limits;
-  end
-  if (~ isnumeric (range) || numel (range) ~= 2 || ~ (range(1) < range(2)))
-    error ('pistonplot:limits', 'limits must be two ascending numbers.');
+    if (~ isnumeric (limits) || ~ isreal (limits) || numel (limits) ~= 2 ...
+        || ~ all (isfinite (limits)) || ~ (limits(1) < limits(2)))
+      error ('pistonplot:limits', 'limits must be two ascending numbers.');
+    end
+    shown = full (double (limits(:).'));
   end
 
-  image_ = imagesc (axes_{across}(:) * 1e3, axes_{up}(:) * 1e3, max (values, range(1)), ...
-                    double (range(:).'));
+  image_ = imagesc (sides{across} * 1e3, sides{up} * 1e3, max (values, shown(1)), shown);
   axis ('image');
   set (gca (), 'ydir', 'normal');
   colormap (gca (), colours);
   xlabel ([names(across), ' / mm']);
   ylabel ([names(up), ' / mm']);
-  title (sprintf ('%s = %g mm', names(single), axes_{single} * 1e3));
-  bar = colorbar ();
-  ylabel (bar, unit);
+  title (sprintf ('%s = %g mm', names(point), sides{point} * 1e3));
+  ylabel (colorbar (), unit);
   if (nargout > 0)
     handle = image_;
   end
@@ -101,22 +103,25 @@ end
 
 % What is drawn of the pressures, its limits, its unit and its colours.
 
-function [values, range, unit, colours] = coloured (p, quantity)
+function [values, shown, unit, colours] = coloured (p, quantity)
 
-  largest = max ([abs(p(:)); realmin]);
+  largest = max ([abs(p(isfinite (p))); realmin]);
   colours = evencolours ();
-  switch (quantity)
+  if (~ ischar (quantity) && ~ isa (quantity, 'string'))
+    quantity = '';
+  end
+  switch (char (quantity))
     case 'linear'
       values = abs (p);
-      range = [0, largest];
+      shown = [0, largest];
       unit = '|p|, plane wave = 1';
     case 'dB'
       values = 20 * log10 (abs (p) / largest);
-      range = [-40, 0];
+      shown = [-40, 0];
       unit = '|p| / dB, largest = 0';
     case 'phase'
       values = angle (p) * 180 / pi;
-      range = [-180, 180];
+      shown = [-180, 180];
       unit = 'phase / degrees';
       colours = cycliccolours ();
     otherwise
@@ -202,6 +207,14 @@ end
 %!error <evenly spaced axes> pistonplot (1, 0, 1, 1)
 %!error <a value for each point> pistonplot ([1, 2], 0, [1, 2], 1)
 %!error <quantity must be> pistonplot ([1, 2], 0, [1, 2], ones (2), "loud")
+%!test # any class of numbers, and values that are none
+%! drawn = shown (int8 ([-1, 0, 1]), single (0), sparse ([1, 2]), single (p), "linear", int8 ([0, 3]));
+%! assert (drawn.data, abs (p));
+%! assert (drawn.range, [0, 3]);
+%! assert (shown (x, 0, z, zeros (3, 2, "single")).range, [0, realmin]);
+%! assert (shown (x, 0, z, [1, 2; NaN, Inf; 3, -Inf]).range, [0, 3]);
+%!error <quantity must be> pistonplot ([1, 2], 0, [1, 2], ones (2), {"dB"})
+%!error <two ascending numbers> pistonplot ([1, 2], 0, [1, 2], ones (2), "dB", [-Inf, 0])
 %!error <two ascending numbers> pistonplot ([1, 2], 0, [1, 2], ones (2), "dB", [0, -40])
 %!demo
 %! x = linspace (-10e-3, 10e-3, 201);
