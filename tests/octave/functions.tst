@@ -1,0 +1,87 @@
+%!function values = wild () # by name, what no argument of these functions should be, and what some are
+%!  values = {"a", "", "abc", {}, {1}, struct(), struct("a", {1, 2}), @sin, @(x) x, containers.Map(), ...
+%!            true, NaN, Inf, -Inf, 0, -1, 1.5, 1e300, 513, 1i, [], zeros(3, 0), zeros(0, 2), [1, 2], [1; 2], ...
+%!            [1; 2; 3], eye(3), ones(2, 2, 2), ones(3, 3, 2), ones(600, 2), [NaN; 0; 1], ...
+%!            single(2), int8(3), uint64(7), int32([1, 2]), sparse(2), sparse([1, 2]), 1:3, complex(1, 0)};
+%!endfunction
+
+%!function complain (name, arguments, failure) # unless it says what is wrong in words of the user's
+%!  own = ['^(Call it as|There are too many|The only option|x, y and z must be|points must be|array[. ]|' ...
+%!         '[lsk] must be|nabscissas must be|quantity must be|limits must be|p must have|order must be|' ...
+%!         '[a-z]+: function called with too many inputs|x and w must be|tolerance must be|No order up to|' ...
+%!         'pistonfield_quiet: (Input must be|Points \(argument 1\)|The given grid))'];
+%!  if (isempty (regexp (failure.message, own)))
+%!    error ("%s (%s) says: %s", name, disp (arguments), failure.message);
+%!  endif
+%!endfunction
+
+%!function [fine, refused] = sweep (name, good)
+%!  fine = refused = 0;
+%!  for n = 1:numel (good) + 1   # one more than there can be, too
+%!    for value = wild ()
+%!      arguments = good;
+%!      arguments(n) = value;
+%!      try
+%!        result = feval (name, arguments{:});
+%!        ++fine;
+%!      catch failure
+%!        complain (name, arguments, failure);
+%!        ++refused;
+%!      end_try_catch
+%!    endfor
+%!    assert (! isempty (feval (name, good{:})));
+%!  endfor
+%!  for n = 0:numel (good) - 1
+%!    try
+%!      result = feval (name, good{1:n});
+%!    catch failure
+%!      complain (name, good(1:n), failure);
+%!    end_try_catch
+%!  endfor
+%!endfunction
+
+%!shared array
+%! array = struct ("l", 2, "s", 1, "positions", [0, 3; 0, 0; 0, 0]);
+%!test
+%! [fine, refused] = sweep ("pistongrid", {0, 0, [1, 2], 2, 1, 3, 10});
+%! assert (fine > 60 && refused > 150);
+%!test
+%! [fine, refused] = sweep ("pistonarray", {[0; 0; 1], array, 3, 10});
+%! assert (fine > 15 && refused > 130);
+%!test # every field
+%! for steering = {"steer", "focus"}
+%!   whole = array;
+%!   whole.rotations = eye (3);
+%!   whole.weights = [1, 1i];
+%!   whole.(steering{1}) = [0; 0; 1];
+%!   for field = fieldnames (whole)'
+%!     for value = wild ()
+%!       other = whole;
+%!       other.(field{1}) = value{1};
+%!       try
+%!         p = pistonarray ([0; 0; 1], other, 3);
+%!         assert (size (p), [1, 1]);
+%!       catch failure
+%!         assert (! isempty (regexp (failure.message, '^array\.[a-z]+(\(:,:,\d\))? must (be|have)')));
+%!       end_try_catch
+%!     endfor
+%!   endfor
+%! endfor
+%!test
+%! [fine, refused] = sweep ("pistonrule", {[-0.5, 0.5], [1, 1]});
+%! assert (refused > 90);
+%! [fine, refused] = sweep ("pistonrule", {10});
+%! assert (fine > 3 && refused > 60);
+%!test
+%! [fine, refused] = sweep ("pistonorder", {[0; 0; 1], 1, 1, 1, 1e-3});
+%! assert (fine > 25 && refused > 120);
+%!test
+%! warning ("off", "Octave:gnuplot-graphics", "local");
+%! graphics_toolkit ("gnuplot");
+%! f = figure ("visible", "off");
+%! unwind_protect
+%!   [fine, refused] = sweep ("pistonplot", {[1, 2], 0, [1, 2], ones(2), "linear", [0, 1]});
+%! unwind_protect_cleanup
+%!   close (f);
+%! end_unwind_protect
+%! assert (fine > 10 && refused > 200);
