@@ -102,3 +102,18 @@ function p = pistonfield (varargin)
          mexext (), fileparts (mfilename ('fullpath')));
 
 end
+
+%!test # the integral itself, on the axis and over an edge
+%! points = [0, 0.0025; 0, 0.0025; 0.005, 0.005];
+%! exact = [-1.4349405557124149 + 0.7410821519076099i; -0.5981275020931498 + 0.3537894630605613i];
+%! p = pistonfield (points, 0, 0.01, 0.005, 4188.79, "cuda", 64);
+%! kR = 4188.79 * sqrt ((points(1,:) + 0.0025) .^ 2 + (points(2,:) + 0.005) .^ 2 + points(3,:) .^ 2);
+%! assert (all (abs (p - exact).' <= 3 * 2^-24 * (1 + kR)));
+%!error <Points .argument 1. must have dimension of three> p = pistonfield (ones (2, 4), 0, 1, 1, 1)
+%!demo
+%! lambda = 1500 / 1e6;
+%! z = linspace (lambda, 40 * lambda, 200);
+%! p = pistonfield ([zeros(2, 200); z], 0, 7.5 * lambda, 5 * lambda, 2 * pi / lambda);
+%! plot (z * 1e3, abs (p));
+%! xlabel ("z / mm");
+%! ylabel ("|p|, plane wave = 1");
