@@ -25,3 +25,4 @@ target_compile_definitions(pistonfield_quiet_matlab PRIVATE PISTONFIELD_QUIET)
 pistonfield_add_matlab_module(pistonfield_about ${PROJECT_SOURCE_DIR}/src/matlab/about.cpp)
 
 pistonfield_copy_functions(${CMAKE_BINARY_DIR}/matlab)
+add_custom_target(matlab DEPENDS pistonfield_matlab pistonfield_quiet_matlab pistonfield_about_matlab)

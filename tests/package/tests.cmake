@@ -6,3 +6,10 @@ endif()
 
 set(folder ${CMAKE_CURRENT_LIST_DIR})
 add_test(NAME package.revision COMMAND ${folder}/revision.sh ${PROJECT_SOURCE_DIR} ${CMAKE_COMMAND})
+
+if(NOT TARGET pistonfield_octave)
+  return()
+endif()
+add_test(NAME package.octave COMMAND ${folder}/octave.sh ${OCTAVE} ${CMAKE_BINARY_DIR}/octave)
+add_test(NAME package.matlab COMMAND ${folder}/matlab.sh ${OCTAVE} ${CMAKE_BINARY_DIR})
+set_tests_properties(package.octave package.matlab PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)

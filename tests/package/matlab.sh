@@ -1,0 +1,78 @@
+#!/usr/bin/env bash
+# matlab.sh <octave-cli> <build folder>
+#
+# The archive for MATLAB, of which Octave runs setup: with modules to choose from, with none, and where
+# one cannot be built.
+set -euo pipefail
+octave=$1 build=$2
+cd "$(dirname "$0")/../.."
+[[ -e .git ]] || { echo "SKIPPED: archives are made of a commit, and this is no repository"; exit 77; }
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+scripts/package --into "$work" "$build" >/dev/null
+scripts/package --into "$work/again" "$build" >/dev/null
+archive=$(echo "$work"/*-matlab.zip)
+cmp "$archive" "$work/again/${archive##*/}"
+(cd "$work" && cmake -E tar xf "$archive")
+folder=${archive%-matlab.zip}
+version=${folder##*-}
+
+run() { "$octave" --no-history --norc --quiet "$@" >"$work/said" 2>&1; }
+setup_takes() { # <folder of the module>
+  run tests/package/matlab.m "$folder" "$build/octave" "$1" || { cat "$work/said"; exit 1; }
+}
+says() { grep -qF -- "$1" "$work/said" || { echo "not said: $1"; cat "$work/said"; exit 1; }; }
+setup_fails() { # <text> [<variable> <value>]
+  if run --eval "setenv ('${2-NONE}', '${3-}'); cd ('$folder'); setup"; then
+    echo "setup did not fail: $1"
+    exit 1
+  fi
+  says "error: $1"
+}
+
+# The table of contents: the version, and each function once, with a line of its help.
+[[ $(sed -n 2p "$folder/Contents.m") =~ ^'% Version '$version' '[0-3][0-9]-[A-Z][a-z][a-z]-20[0-9][0-9]$ ]]
+functions=("$folder"/p*.m "$folder"/modules/emulation/*.m "$folder/setup.m")
+((${#functions[@]} == $(grep -c '^%   .* - ' "$folder/Contents.m")))
+for file in "${functions[@]}"; do
+  name=$(basename "$file" .m)
+  line=$(head -n 1 "$file")
+  grep -qE "^%   $name +- ${line#*  }\$" "$folder/Contents.m"
+done
+
+# setup is in the language that both hosts share.
+run tests/octave/run_blocks.m "$folder" tests/octave/dialect.tst nothing || { cat "$work/said"; exit 1; }
+
+# The module that came along; one that finds no GPU; a file that is no module; one for a GPU that is there.
+setup_takes modules/emulation
+mkdir "$folder/modules/cuda"
+cp "$folder"/modules/emulation/*.m "$folder/modules/cuda"
+cat >"$work/no_gpu.c" <<'END'
+#include <mex.h>
+void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
+  mexErrMsgTxt("no CUDA-capable device is detected");
+}
+END
+for module in pistonfield pistonfield_quiet pistonfield_about; do
+  mkoctfile --mex -o "$folder/modules/cuda/$module.mex" "$work/no_gpu.c"
+done
+setup_takes modules/emulation
+says "no CUDA-capable device is detected"
+for module in "$folder"/modules/cuda/*.mex; do echo "no module" >"$module"; done
+setup_takes modules/emulation
+says "Not usable here: $folder/modules/cuda"
+cp "$folder"/modules/emulation/*.mex "$folder/modules/cuda"
+setup_takes modules/cuda
+
+# Without modules and what building takes, and with it.
+rm -r "$folder/modules"
+setup_fails "CMake was not found" PATH /nowhere
+setup_fails "No C++ compiler was found" CXX /nowhere/c++
+mv "$folder/source/src" "$folder/source/away"
+setup_fails "The module could not be built"
+mv "$folder/source/away" "$folder/source/src"
+setup_takes build/octave
+says "Building one"
+setup_takes build/octave
+if grep -qF "Building one" "$work/said"; then echo "built twice"; exit 1; fi

@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# octave.sh <octave-cli> <folder of the modules>
+#
+# Makes the Octave package, twice the same; installs, uses and uninstalls it in an empty home.
+set -euo pipefail
+octave=$1 modules=$2
+cd "$(dirname "$0")/../.."
+[[ -e .git ]] || { echo "SKIPPED: packages are made of a commit, and this is no repository"; exit 77; }
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+mkdir "$work"/{home,prefix,pictures,once,again}
+scripts/package --into "$work/once" >/dev/null
+scripts/package --into "$work/again" >/dev/null
+tarball=$(echo "$work"/once/*.tar.gz)
+cmp "$tarball" "$work/again/${tarball##*/}"
+
+revision=$(tar -xOf "$tarball" --wildcards '*/src/pistonfield/revision' | head -n 1)
+[[ $revision == "$(git log -1 --format=%h)"* ]]
+HOME=$work/home XDG_DATA_HOME='' "$octave" --no-history --norc --quiet tests/package/octave.m \
+  "$tarball" "$work/prefix" "$revision" "$modules" "$work/pictures" >"$work/log" 2>&1 ||
+  { tail -n 40 "$work/log"; exit 1; }
