@@ -1,0 +1,134 @@
+"""reference.py <repository> <folder>: writes the pages of the reference.
+
+The help text of every function that users call, and every header that the C++ library installs, as
+they stand in the sources.
+"""
+
+import re
+import sys
+from pathlib import Path
+
+INTERNAL = {"pistonfield_quiet"}
+
+
+def help_text(source):
+    """The lines of the first block of comments, without their marks."""
+    lines = []
+    for line in source.splitlines():
+        if not line.startswith("%"):
+            break
+        lines.append(re.sub("^% ?", "", line))
+    return lines
+
+
+def escaped(text):
+    return re.sub(r"([\\`*_\[\]<>$#])", r"\\\1", text)
+
+
+def linked(line, names):
+    return re.sub(r"\bpiston\w+", lambda name: f"[`{name[0]}`]({name[0]}.md)"
+                  if name[0] in names else name[0], line)
+
+
+def paragraph(lines, names):
+    if lines[0].startswith("See also:"):
+        return [linked(line, names) for line in lines]
+    return [escaped(line) for line in lines]
+
+
+def block(lines, language):
+    shift = min(len(line) - len(line.lstrip()) for line in lines if line.strip())
+    return [f"```{language}", *[line[shift:] for line in lines], "```"]
+
+
+def grouped(lines):
+    """Runs of lines that are all indented, or all not; empty lines stay within the indented."""
+    runs = []
+    for line in lines:
+        indented = line.startswith(" ") or (not line and bool(runs) and runs[-1][0])
+        if not line and not indented:
+            runs.append((False, []))
+        elif runs and runs[-1][0] == indented and (indented or runs[-1][1]):
+            runs[-1][1].append(line)
+        else:
+            runs.append((indented, [line]))
+    for indented, run in runs:
+        while run and not run[-1]:
+            run.pop()
+        if run:
+            yield indented, run
+
+
+def function_page(lines, names):
+    name, summary = lines[0].split(None, 1)
+    page = [f"# {name.lower()}", "", summary, ""]
+    language = "octave"  # the ways to call it come first
+    for indented, run in grouped(lines[1:]):
+        if indented:
+            page += block(run, language)
+            language = "text"
+        elif match := re.match(r"(Arguments|Result|Example|Errors)\b(?:: | \((.*)\)$)?(.*)", run[0]):
+            said = (match[2] or "") + match[3]
+            page += [f"## {match[1]}", ""]
+            if said:
+                said = said[0].upper() + said[1:] + ("" if said[-1] in ".," or run[1:] else ".")
+                page += paragraph([said, *run[1:]], names)
+            language = "octave" if match[1] == "Example" else "text"
+        else:
+            page += paragraph(run, names)
+            language = "text"
+        page += [""]
+    return "\n".join(page), summary
+
+
+def header_summary(text):
+    """The first sentence of the comment on the first class, or of the first comment."""
+    comment = r"^((?:///?(?: .*)?\n)+)"
+    found = re.search(comment + r"(?:template <.*>\n)?class ", text, re.M) or re.search(comment, text, re.M)
+    if not found:
+        return ""
+    words = re.sub(r"^///? ?", "", found[1], flags=re.M).strip().replace("\n", " ")
+    return re.match(r".*?(?=[.:;](?: |$))|.*", words)[0].strip().replace("`", "") + "."
+
+
+def public_headers(repository):
+    lists = (repository / "src/CMakeLists.txt").read_text()
+    files = re.search(r"FILE_SET HEADERS.*?FILES\s+(.*?)\)", lists, re.S)[1].split()
+    return sorted(files, key=lambda file: (not file.startswith("Fast"), file.lower()))
+
+
+def contents(pages):
+    return ["", "```{toctree}", ":hidden:", "", *pages, "```", ""]
+
+
+def write(path, text):
+    path.parent.mkdir(parents=True, exist_ok=True)
+    path.write_text(text, encoding="utf-8")
+
+
+def main(repository, folder):
+    sources = [repository / "src/matlab/pistonfield.m",
+               *sorted((repository / "src/matlab/functions").glob("*.m"))]
+    sources = {file.stem: help_text(file.read_text(encoding="utf-8")) for file in sources
+               if file.stem not in INTERNAL}
+    index = ["# Functions", "",
+             "What users call in Octave and MATLAB. `help pistonfield` and so on show the same texts.",
+             "", "| | |", "| --- | --- |"]
+    for name, lines in sources.items():
+        page, summary = function_page(lines, sources)
+        write(folder / f"{name}.md", page)
+        index.append(f"| [`{name}`]({name}.md) | {escaped(summary)} |")
+    write(folder / "functions.md", "\n".join([*index, *contents(sources)]))
+
+    headers = public_headers(repository)
+    index = ["# C++ headers", "",
+             "Of the library that `find_package(pistonfield)` gives, as they stand.", "",
+             "| | |", "| --- | --- |"]
+    for header in headers:
+        text = (repository / "src" / header).read_text(encoding="utf-8")
+        write(folder / f"{header}.md", f"# {header}\n\n````cpp\n{text}````\n")
+        index.append(f"| [`{header}`]({header}.md) | {escaped(header_summary(text))} |")
+    write(folder / "headers.md", "\n".join([*index, *contents(headers)]))
+
+
+main(Path(sys.argv[1]), Path(sys.argv[2]))

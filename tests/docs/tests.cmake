@@ -1,0 +1,25 @@
+# What the documentation says: links, messages and code that are there and run, and the site.
+
+if(PISTONFIELD_USE_CUDA OR PISTONFIELD_SANITIZE)
+  return()
+endif()
+
+set(docs_folder ${CMAKE_CURRENT_LIST_DIR})
+add_test(NAME docs.site COMMAND ${docs_folder}/site.sh)
+set_tests_properties(docs.site PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)
+
+find_package(Python3 COMPONENTS Interpreter)
+if(Python3_Interpreter_FOUND)
+  foreach(name links messages)
+    add_test(NAME docs.${name} COMMAND ${Python3_EXECUTABLE} ${docs_folder}/${name}.py ${PROJECT_SOURCE_DIR})
+  endforeach()
+else()
+  message(STATUS "Tests: docs.links and docs.messages are left out for lack of Python 3")
+endif()
+
+if(TARGET pistonfield_octave)
+  file(GLOB docs_pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
+  add_test(NAME docs.code COMMAND ${docs_folder}/code.sh ${OCTAVE} ${CMAKE_BINARY_DIR}/octave
+                                  ${CMAKE_CURRENT_BINARY_DIR}/docs ${PROJECT_SOURCE_DIR}/README.md ${docs_pages})
+  set_tests_properties(docs.code PROPERTIES TIMEOUT 600)
+endif()
