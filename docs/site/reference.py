@@ -126,7 +126,8 @@ def main(repository, folder):
              "| | |", "| --- | --- |"]
     for header in headers:
         text = (repository / "src" / header).read_text(encoding="utf-8")
-        write(folder / f"{header}.md", f"# {header}\n\n````cpp\n{text}````\n")
+        page = f"# {Path(header).name}\n\n`#include <{header}>`\n\n````cpp\n{text}````\n"
+        write(folder / f"{header}.md", page)
         index.append(f"| [`{header}`]({header}.md) | {escaped(header_summary(text))} |")
     write(folder / "headers.md", "\n".join([*index, *contents(headers)]))
 
