@@ -84,10 +84,12 @@ class Messages:
             if re.search(r"[A-Za-z]{2}", line.replace(VARIES, "")):
                 self.lines.setdefault(line.strip(), place)
 
-    def calls(self, source, name, function, place):
+    @staticmethod
+    def calls(source, function, place):
+        """The arguments of every call of a function, and where it stands."""
         for call in re.finditer(r"(?<![\w>.])(?:pistonfield::|std::)?" + function + r"\(", source):
             inside = source[call.end():closed(source, call.end())]
-            if not re.match(r"\s*(?:const char|cudaError_t|SourceLocation)", inside):  # not a declaration
+            if not re.match(r"\s*(?:const char|cudaError_t)", inside):  # no declaration
                 yield split(inside, ","), f"{place}:{source.count(chr(10), 0, call.start()) + 1}"
 
     def cpp(self, source, place):
@@ -103,16 +105,15 @@ class Messages:
             elif (place, argument) not in FORWARDERS:
                 self.unreadable.append(f"{where}: {argument}")
 
-        for arguments, where in self.calls(source, place, "mexErrMsgTxt", place):
-            read(arguments[0], where, lambda text: text)
+        for function in ("mexErrMsgTxt", "mexWarnMsgTxt", "stageCheck"):
+            for arguments, where in self.calls(source, function, place):
+                read(arguments[0], where, lambda text: text)
         for function in ("fail", "failPlainAssertion"):
-            for arguments, where in self.calls(source, place, function, place):
+            for arguments, where in self.calls(source, function, place):
                 read(arguments[0], where, lambda text: f"condition failed: ({text}).")
-        for arguments, where in self.calls(source, place, "stageCheck", place):
-            read(arguments[0], where, lambda text: text)
-        for arguments, where in self.calls(source, place, "callCheck", place):
+        for arguments, where in self.calls(source, "callCheck", place):
             read(arguments[1], where, lambda text: text)
-        for arguments, where in self.calls(source, place, "fprintf", place):
+        for arguments, where in self.calls(source, "fprintf", place):
             if arguments[0] == "stderr":
                 read(arguments[1], where, formatted)
         streams = r"std::cerr|progress\(\)"
@@ -133,7 +134,7 @@ class Messages:
 
     def octave(self, source, place):
         source = re.sub(r"^\s*%.*$", "", source, flags=re.M).replace("...\n", "\n")
-        for call in re.finditer(r"\b(error|fail) \(", source):
+        for call in re.finditer(r"\b(error|warning|fail) \(", source):
             inside = source[call.end():self.end_of_call(source, call.end())]
             if inside.startswith("text,") or "blank, text" in inside:
                 continue  # readarray's own fail, and what it hands on
@@ -141,7 +142,8 @@ class Messages:
                 parts = strings(inside)
                 parts[0] = "array" + ("" if parts[0].startswith(".") else " ") + parts[0]
             else:
-                text = re.match(r"(?:'[^']*'|\[[^\]]*\]),\s*((?:\[.*?\]|'(?:[^'\n]|'')*'))(?=$|,)", inside, re.S)
+                text = re.match(r"(?:'[^']*'|\[[^\]]*\]),\s*((?:\[.*?\]|'(?:[^'\n]|'')*'))(?=$|,)",
+                                inside, re.S)
                 parts = strings(text[1]) if text else []
             if not parts:
                 self.unreadable.append(f"{place}: {inside}")
@@ -157,10 +159,9 @@ class Messages:
         raise ValueError("unbalanced")
 
     def cmake(self, source, place):
-        for text in re.findall(r'message\((?:STATUS|FATAL_ERROR|WARNING) "((?:[^"\\]|\\.)*)"\)', source):
-            self.add(re.sub(r"\$\{\w+\}", VARIES, unescaped(text)), place)
-        for text in re.findall(r'set\(device_reason "((?:[^"\\]|\\.)*)"\)', source):
-            self.add(re.sub(r"\$\{\w+\}", VARIES, text), place)
+        saying = r"(?:message\((?:STATUS|FATAL_ERROR|WARNING)|set\(device_reason)"
+        for text in re.findall(rf"{saying} ({LITERAL})\)", source):
+            self.add(re.sub(r"\$\{\w+\}", VARIES, unescaped(text[1:-1])), place)
 
 
 def messages_of(repository):
