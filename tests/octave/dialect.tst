@@ -2,6 +2,9 @@
 %! folder = fileparts (which ("pistongrid"));
 %! files = [glob(fullfile (folder, "*.m")); glob(fullfile (folder, "private", "*.m"))];
 %! assert (numel (files) >= 9);
+%! examples = fullfile (fileparts (which ("run_blocks")), "..", "..", "examples");
+%! files = [files; glob(fullfile (examples, "*.m")); glob(fullfile (examples, "*", "*.m"))];
+%! assert (numel (files) >= 20);
 %! name = [tempname(), ".m"];
 %! for file = files'
 %!   code = regexprep (fileread (file{1}), '(?<=^|\n)%[^\n]*', '');   # without comments and tests

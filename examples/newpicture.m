@@ -1,0 +1,16 @@
+% picture = newpicture (width, height): an empty figure of that many pixels, which is not shown.
+
+function picture = newpicture (width, height)
+
+  if (exist ('OCTAVE_VERSION', 'builtin'))
+    warning ('off', 'Octave:gnuplot-graphics', 'local');
+    before = graphics_toolkit ();
+    graphics_toolkit ('gnuplot');           % the one that draws without a display
+    picture = figure ('visible', 'off', 'position', [0, 0, width, height]);
+    graphics_toolkit (before);
+  else
+    picture = figure ('Visible', 'off', 'Position', [0, 0, width, height]);
+  end
+  set (picture, 'defaultaxesfontsize', 11, 'defaulttextfontsize', 11, 'defaultlinelinewidth', 1.5);
+
+end

@@ -1,0 +1,42 @@
+% writevtk (file, title, x, y, z, name, values, name, values ...)
+%
+% Writes real fields on an evenly spaced grid for ParaView and others: a legacy VTK file, structured
+% points, binary (big-endian, single precision).  values has the shape of pistongrid's result,
+% numel (x) by numel (y) by numel (z); x, y and z are the grid's axes.
+
+function writevtk (file, title_, x, y, z, varargin)
+
+  axes_ = {x, y, z};
+  sizes = cellfun (@numel, axes_);
+  origin = cellfun (@(a) a(1), axes_);
+  spacing = ones (1, 3);                    % where an axis has one value only
+  for d = find (sizes > 1)
+    spacing(d) = (axes_{d}(end) - axes_{d}(1)) / (sizes(d) - 1);
+    if (any (abs (diff (axes_{d}) - spacing(d)) > 1e-6 * abs (spacing(d))))
+      error ('writevtk:axes', 'x, y and z must be evenly spaced.');
+    end
+  end
+
+  [id, message] = fopen (file, 'w', 'ieee-be');
+  if (id < 0)
+    error ('writevtk:file', '%s: %s', file, message);
+  end
+  closed = onCleanup (@() fclose (id));
+  fprintf (id, '# vtk DataFile Version 3.0\n%s\nBINARY\nDATASET STRUCTURED_POINTS\n', title_);
+  fprintf (id, 'DIMENSIONS %d %d %d\n', sizes);
+  fprintf (id, 'ORIGIN %.9g %.9g %.9g\n', origin);
+  fprintf (id, 'SPACING %.9g %.9g %.9g\n', spacing);
+  fprintf (id, 'POINT_DATA %d\n', prod (sizes));
+  for n = 1:2:numel (varargin)
+    values = varargin{n+1};
+    if (~ isreal (values) || numel (values) ~= prod (sizes))
+      error ('writevtk:values', '%s must have a real value for each point.', varargin{n});
+    end
+    fprintf (id, 'SCALARS %s float 1\nLOOKUP_TABLE default\n', varargin{n});
+    if (fwrite (id, values(:), 'float32') ~= numel (values))
+      error ('writevtk:write', '%s could not be written.', file);
+    end
+    fprintf (id, '\n');
+  end
+
+end

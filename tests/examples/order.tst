@@ -1,0 +1,19 @@
+%!shared e
+%! e = run_example ("order");
+%!test # the errors fall from order to order, to what single precision leaves
+%! assert (all (e.errors(:,1) > 0.1) && all (e.errors(:,end) < 1e-6));
+%! assert (all (e.errors(1:2,e.orders == 14) < 1e-6) && e.errors(3,e.orders == 14) > 0.1);
+%!test # pistonorder takes the first order within the tolerance
+%! for c = 1:3
+%!   first = e.orders(find (e.errors(c,:) < e.tolerance, 1));
+%!   assert (e.enough(c), first);
+%! endfor
+%!test # the errors are those against the formula in double precision, of twice the highest order
+%! [x, w] = gauss_legendre_half (128);
+%! p = literal_pressure (e.points, e.l(3), e.s(3), e.k, x, w, 128);
+%! for n = [e.enough(3), e.enough(3) - 1, 20]
+%!   q = pistonfield_quiet (e.points, 0, e.l(3), e.s(3), e.k, "cuda", n);
+%!   off = max (abs (q - p)) / max (abs (p));
+%!   assert (off, e.errors(3,e.orders == n), 2e-6);
+%!   assert ((off < e.tolerance) == (n >= e.enough(3)));
+%! endfor

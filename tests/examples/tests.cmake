@@ -1,0 +1,21 @@
+# The examples, run as users run them, and what they claim.
+
+if(NOT TARGET pistonfield_octave OR PISTONFIELD_USE_CUDA)
+  return()
+endif()
+
+# add_example_test(<name> [<program to run first>])
+function(add_example_test name)
+  add_test(NAME examples.${name}
+           COMMAND ${CMAKE_CURRENT_LIST_DIR}/example.sh ${OCTAVE} ${CMAKE_BINARY_DIR}/octave
+                   ${CMAKE_CURRENT_LIST_DIR}/${name}.tst ${ARGN})
+  set_tests_properties(examples.${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)
+endfunction()
+
+foreach(name nearfield order phasedarray volume design)
+  add_example_test(${name})
+endforeach()
+
+add_executable(example_field ${PROJECT_SOURCE_DIR}/examples/cpp/field.cpp)
+target_link_libraries(example_field PRIVATE pistonfield)
+add_example_test(cppfield $<TARGET_FILE:example_field>)
