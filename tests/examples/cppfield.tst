@@ -1,5 +1,5 @@
 %!shared e
-%! e = run_example ("cppfield");
+%! e = run_example ("cppfield", 200);
 %!test # both are the field of the piston
 %! assert (e.difference < 1e-5);
 %! at = [700, 12345, 24000];

@@ -1,5 +1,5 @@
 %!shared e, onaxis
-%! e = run_example ("nearfield");
+%! e = run_example ("nearfield", 200);
 %! onaxis = @(z) abs (rayleigh_sum ([zeros(2, numel (z)); z], e.a, e.a, e.k, 200));
 %!test # the last maximum stands where Fresnel's integral has it, to the next order of (a/z)^2
 %! assert (e.z(e.last) / (e.a ^ 2 / e.lambda), 0.34186, -0.015);

@@ -1,5 +1,5 @@
 %!shared e
-%! e = run_example ("order");
+%! e = run_example ("order", 20);
 %!test # the errors fall from order to order, to what single precision leaves
 %! assert (all (e.errors(:,1) > 0.1) && all (e.errors(:,end) < 1e-6));
 %! assert (all (e.errors(1:2,e.orders == 14) < 1e-6) && e.errors(3,e.orders == 14) > 0.1);

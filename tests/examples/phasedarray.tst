@@ -5,7 +5,7 @@
 %!  endfor
 %!endfunction
 %!shared e
-%! e = run_example ("phasedarray");
+%! e = run_example ("phasedarray", 200);
 %!test # a sum over the elements, steered by phases of its own, is loudest at the same angle
 %! u = [sind(25); 0; cosd(25)];
 %! angles = 24:0.05:26;
