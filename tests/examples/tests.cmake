@@ -19,3 +19,10 @@ endforeach()
 add_executable(example_field ${PROJECT_SOURCE_DIR}/examples/cpp/field.cpp)
 target_link_libraries(example_field PRIVATE pistonfield)
 add_example_test(cppfield $<TARGET_FILE:example_field>)
+
+# One field in several processes, and the script that others copy for it.
+add_test(NAME examples.mpi
+         COMMAND ${CMAKE_CURRENT_LIST_DIR}/mpi.sh ${OCTAVE} ${CMAKE_BINARY_DIR}/octave)
+add_test(NAME examples.shellcheck
+         COMMAND ${CMAKE_CURRENT_LIST_DIR}/shellcheck.sh ${PROJECT_SOURCE_DIR}/examples/cluster/slurm.sh)
+set_tests_properties(examples.mpi examples.shellcheck PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)

@@ -1,0 +1,47 @@
+% computepart (folder)
+% computepart (folder, field)
+%
+% Computes this process's part of the points of a field, that of clusterfield or one like it, and writes
+% it to folder, which must be there and which all processes see: part-0001-of-0002.mat of two. When all
+% are done, joinparts puts them together. A value depends on its own point only, so that it is the same
+% in whatever number of parts.
+%
+%   mpirun -n 2 octave-cli --eval "addpath build/auto/octave examples/cluster; computepart ('/shared')"
+
+function computepart (folder, field)
+
+  if (nargin < 2)
+    field = clusterfield ();
+  end
+  [rank, size_] = rankandsize ();
+  sizes = [numel(field.x), numel(field.y), numel(field.z)];
+  first = floor (rank * prod (sizes) / size_) + 1;
+  last = floor ((rank + 1) * prod (sizes) / size_);
+
+  if (last - first >= 2 ^ 27 - 2 ^ 10)
+    error ('computepart:size', ['A part can have 134 million points, as many as a variable of a MAT ' ...
+                                'file: start more processes.']);
+  end
+
+  p = complex (zeros (last - first + 1, 1));
+  for n = first:2 ^ 20:last                 % in pieces, for the memory that the points take
+    piece = n:min (n + 2 ^ 20 - 1, last);
+    [i, j, m] = ind2sub (sizes, piece);
+    points = [field.x(i); field.y(j); field.z(m)];
+    p(piece - first + 1) = pistonfield_quiet (points, 0, field.l, field.s, field.k, 'cuda', field.order);
+  end
+
+  % Under its own name only when it is complete: a process that is killed leaves no part.
+  info = pistoninfo ();
+  part = struct ('field', field, 'first', first, 'last', last, 'p', p, 'version', info.version, ...
+                 'device', info.device);
+  name = sprintf ('part-%04d-of-%04d.mat', rank + 1, size_);
+  temporary = [tempname(folder), '.tmp'];
+  save (temporary, '-struct', 'part', '-v6');  % not compressed: that takes longer than the computing
+  [done, message] = movefile (temporary, fullfile (folder, name), 'f');
+  if (~ done)
+    error ('computepart:write', '%s: %s', fullfile (folder, name), message);
+  end
+  fprintf ('%s: points %d to %d, on %s, %s\n', name, first, last, info.device, info.instructions);
+
+end

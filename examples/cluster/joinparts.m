@@ -1,0 +1,73 @@
+% joinparts (folder)
+% p = joinparts (folder)
+%
+% Puts the parts that computepart wrote to folder together: p has a value for each point of the grid, as
+% pistongrid's. Without a result it writes field.mat there, with p and the field's description. Waits for
+% nothing: call it when all processes are done. Parts that are missing, of another field or of other
+% numbers of processes are errors.
+
+function result = joinparts (folder)
+
+  found = dir (fullfile (folder, 'part-*-of-*.mat'));
+  names = {found.name};
+  numbers = zeros (numel (names), 2);
+  for n = 1:numel (names)
+    numbers(n,:) = sscanf (names{n}, 'part-%d-of-%d.mat');
+  end
+  if (isempty (names))
+    error ('joinparts:none', 'There are no parts in %s.', folder);
+  end
+  count = numbers(1,2);
+  if (any (numbers(:,2) ~= count))
+    error ('joinparts:mixed', 'There are parts of %d and of %d in %s: remove those of one.', ...
+           min (numbers(:,2)), max (numbers(:,2)), folder);
+  end
+  missing = setdiff (1:count, numbers(:,1));
+  if (~ isempty (missing))
+    error ('joinparts:missing', 'Of %d parts in %s these are missing:%s.', count, folder, ...
+           sprintf (' %d', missing));
+  end
+
+  for n = 1:count
+    name = fullfile (folder, sprintf ('part-%04d-of-%04d.mat', n, count));
+    part = load (name);
+    if (n == 1)
+      field = part.field;
+      version_ = part.version;
+      sizes = [numel(field.x), numel(field.y), numel(field.z)];
+      if (nargout == 0 && prod (sizes) >= 2 ^ 27 - 2 ^ 10)
+        error ('joinparts:size', ['field.mat can have 134 million points, as many as a variable of a ' ...
+                                  'MAT file: write p = joinparts (folder).']);
+      end
+      p = complex (zeros (sizes));
+      expected = 1;
+    end
+    if (~ isequal (part.field, field))
+      error ('joinparts:field', '%s is of another field than the first part.', name);
+    end
+    if (~ strcmp (part.version, version_))
+      error ('joinparts:version', '%s was computed by %s, the first part by %s.', name, part.version, ...
+             version_);
+    end
+    if (part.first ~= expected || numel (part.p) ~= part.last - part.first + 1)
+      error ('joinparts:range', '%s has other points than it should.', name);
+    end
+    p(part.first:part.last) = part.p;
+    expected = part.last + 1;
+  end
+  if (expected ~= numel (p) + 1)
+    error ('joinparts:range', 'The last part does not end with the last point.');
+  end
+
+  if (nargout > 0)
+    result = p;
+  else
+    temporary = [tempname(folder), '.tmp'];
+    save (temporary, 'field', 'p', '-v6');
+    [done, message] = movefile (temporary, fullfile (folder, 'field.mat'), 'f');
+    if (~ done)
+      error ('joinparts:write', '%s: %s', fullfile (folder, 'field.mat'), message);
+    end
+  end
+
+end
