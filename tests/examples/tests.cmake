@@ -24,5 +24,5 @@ add_example_test(cppfield $<TARGET_FILE:example_field>)
 add_test(NAME examples.mpi
          COMMAND ${CMAKE_CURRENT_LIST_DIR}/mpi.sh ${OCTAVE} ${CMAKE_BINARY_DIR}/octave)
 add_test(NAME examples.shellcheck
-         COMMAND ${CMAKE_CURRENT_LIST_DIR}/shellcheck.sh ${PROJECT_SOURCE_DIR}/examples/cluster/slurm.sh)
+         COMMAND ${CMAKE_CURRENT_LIST_DIR}/clean_shell.sh ${PROJECT_SOURCE_DIR}/examples/cluster/slurm.sh)
 set_tests_properties(examples.mpi examples.shellcheck PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# shellcheck.sh <script>... : the scripts are clean.
+# clean_shell.sh <script>... : shellcheck finds nothing in the scripts.
 set -euo pipefail
 command -v shellcheck >/dev/null || { echo "SKIPPED: needs shellcheck"; exit 77; }
 shellcheck "$@"
