@@ -93,6 +93,17 @@ end
 %! assert (pistonrule (1), [0, 2]);
 %!test # in any order, of any shape
 %! assert (pistonrule ([0.5; -0.5; 0], [0.75, 0.75, 0.5]), pistonrule ([-0.5, 0, 0.5], [0.75, 0.5, 0.75]));
+%!test # rules of single precision, and none that is lopsided by more
+%! for order = [3, 10, 512]
+%!   table = pistonrule (order);
+%!   half = floor (order / 2);
+%!   x = single ([table(1:2:2*half), zeros(1, mod (order, 2)), -fliplr(table(1:2:2*half))]);
+%!   w = single ([table(2:2:order+1), fliplr(table(2:2:2*half))]);
+%!   assert (pistonrule (x, w), table, 1e-6);
+%!   w(1) += 1e-5;
+%!   w(end) -= 1e-5;
+%!   fail ("pistonrule (x, w)", "symmetric rule");
+%! endfor
 %!test # the rules of every order integrate what they should
 %! for order = [2:20, 63, 64, 511, 512]
 %!   table = pistonrule (order);
