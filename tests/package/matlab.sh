@@ -32,13 +32,15 @@ setup_fails() { # <text> [<variable> <value>]
 }
 
 # The table of contents: the version, and each function once, with a line of its help.
-[[ $(sed -n 2p "$folder/Contents.m") =~ ^'% Version '$version' '[0-3][0-9]-[A-Z][a-z][a-z]-20[0-9][0-9]$ ]]
+contents=$(<"$folder/Contents.m")
+[[ $contents =~ ^'% pistonfield'$'\n''% Version '$version' '[0-3][0-9]-[A-Z][a-z][a-z]-20[0-9][0-9]$'\n' ]] ||
+  { echo "not a version: $contents"; exit 1; }
 functions=("$folder"/p*.m "$folder"/modules/emulation/*.m "$folder/setup.m")
-((${#functions[@]} == $(grep -c '^%   .* - ' "$folder/Contents.m")))
+((${#functions[@]} == $(grep -c '^%   .* - ' <<<"$contents"))) || { echo "not each once: $contents"; exit 1; }
 for file in "${functions[@]}"; do
   name=$(basename "$file" .m)
   line=$(head -n 1 "$file")
-  grep -qE "^%   $name +- ${line#*  }\$" "$folder/Contents.m"
+  grep -qE "^%   $name +- ${line#*  }\$" <<<"$contents" || { echo "not of $name: $contents"; exit 1; }
 done
 
 # setup is in the language that both hosts share.

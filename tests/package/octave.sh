@@ -16,7 +16,23 @@ tarball=$(echo "$work"/once/*.tar.gz)
 cmp "$tarball" "$work/again/${tarball##*/}"
 
 revision=$(tar -xOf "$tarball" --wildcards '*/src/pistonfield/revision' | head -n 1)
-[[ $revision == "$(git log -1 --format=%h)"* ]]
+commit=$(git log -1 --format=%h)
+[[ $revision == "$commit"* ]] || { echo "the package is of $revision, not of $commit"; exit 1; }
 HOME=$work/home XDG_DATA_HOME='' "$octave" --no-history --norc --quiet tests/package/octave.m \
   "$tarball" "$work/prefix" "$revision" "$modules" "$work/pictures" >"$work/log" 2>&1 ||
   { tail -n 40 "$work/log"; exit 1; }
+
+# Where nothing may be installed, what is missing is named.
+mkdir "$work/bin"
+ln -s "$(command -v bash)" "$work/bin"
+tar -xf "$tarball" -C "$work"
+if "$octave" --no-history --norc --quiet --eval "
+    cd ('$work/$(basename "$tarball" .tar.gz)');
+    setenv ('PATH', '$work/bin');
+    pre_install (struct ('name', 'pistonfield', 'version', '1'));" >"$work/log" 2>&1 ||
+  ! grep -qF "error: pistonfield 1 could not be installed" "$work/log" ||
+  ! grep -qF "apt-get install g++ cmake make octave-dev" "$work/log"; then
+  echo "not said, what is missing:"
+  cat "$work/log"
+  exit 1
+fi
