@@ -7,6 +7,7 @@
 #include "core/FastestDevice.h"
 #include "core/InstructionSet.h"
 #include "core/Progress.h"
+#include "device.h"
 #include "version.h"
 
 // about = pistonfield_about(): what stands behind pistonfield here, as a struct of texts.
