@@ -31,17 +31,11 @@ function computepart (folder, field)
     p(piece - first + 1) = pistonfield_quiet (points, 0, field.l, field.s, field.k, 'cuda', field.order);
   end
 
-  % Under its own name only when it is complete: a process that is killed leaves no part.
   info = pistoninfo ();
   part = struct ('field', field, 'first', first, 'last', last, 'p', p, 'version', info.version, ...
                  'device', info.device);
   name = sprintf ('part-%04d-of-%04d.mat', rank + 1, size_);
-  temporary = [tempname(folder), '.tmp'];
-  save (temporary, '-struct', 'part', '-v6');  % not compressed: that takes longer than the computing
-  [done, message] = movefile (temporary, fullfile (folder, name), 'f');
-  if (~ done)
-    error ('computepart:write', '%s: %s', fullfile (folder, name), message);
-  end
+  writewhole (fullfile (folder, name), part);
   fprintf ('%s: points %d to %d, on %s, %s\n', name, first, last, info.device, info.instructions);
 
 end

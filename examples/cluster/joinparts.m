@@ -62,12 +62,7 @@ function result = joinparts (folder)
   if (nargout > 0)
     result = p;
   else
-    temporary = [tempname(folder), '.tmp'];
-    save (temporary, 'field', 'p', '-v6');
-    [done, message] = movefile (temporary, fullfile (folder, 'field.mat'), 'f');
-    if (~ done)
-      error ('joinparts:write', '%s: %s', fullfile (folder, 'field.mat'), message);
-    end
+    writewhole (fullfile (folder, 'field.mat'), struct ('field', field, 'p', p));
   end
 
 end

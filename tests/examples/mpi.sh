@@ -81,6 +81,15 @@ for change in "part.field.k *= 2;is of another field" "part.version = 'x';was co
 done
 [[ ! -e $work/refused/field.mat ]]
 
+# A full disk, which is told like a file that may not grow.
+mkdir "$work/full"
+for whole in part join; do
+  limited() { (trap '' XFSZ; ulimit -f 1000; "$whole" "$work/full"); }
+  fails "could not be written: is the disk full?" limited
+  [[ $(ls "$work/full") == "$([[ $whole == part ]] || echo part-0001-of-0001.mat)" ]]
+  part "$work/full"
+done
+
 # More points than a MAT file holds; launchers that say nonsense; no folder.
 large="f = clusterfield (); f.x = f.y = zeros (1, 2 ^ 14);"
 fails "start more processes" "${run[@]}" "$large computepart ('$work/refused', f);"
