@@ -18,13 +18,15 @@ orders = 2:64;
 errors = zeros (3, numel (orders));
 enough = zeros (1, 3);
 for c = 1:3
-  [X, Z] = ndgrid (linspace (0, reach(c), 25), linspace (depth(c) / 60, depth(c), 40));
-  points = [X(:).'; zeros(1, numel (X)); Z(:).'];
-  pressure = @(order) pistonfield_quiet (points, 0, l(c), s(c), k, 'cuda', order);
+  x = linspace (0, reach(c), 25);
+  z = linspace (depth(c) / 60, depth(c), 40);
+  pressure = @(order) reshape (pistongrid (x, 0, z, l(c), s(c), k, order), [], 1);
   best = pressure (512);
   for n = 1:numel (orders)
     errors(c,n) = max (abs (pressure (orders(n)) - best)) / max (abs (best));
   end
+  [X, Z] = ndgrid (x, z);
+  points = [X(:).'; zeros(1, numel (X)); Z(:).'];
   enough(c) = pistonorder (points, l(c), s(c), k, tolerance);
   fprintf ('%-22s order %2d for an error below %g\n', names{c}, enough(c), tolerance);
 end
