@@ -46,5 +46,5 @@ title (sprintf ('Square piston, 1 MHz in water, at a depth of %g mm', depth * 1e
 text (21.5, 24, 'beam width', 'color', 'b');
 text (22, 5, 'far field, 1.207 \lambda z / a', 'color', 'r');
 text (23, 13.2, sprintf ('goal, %g mm', goal * 1e3), 'color', 'k');
-text (13, 17, sprintf ('smallest side, %.2f mm', side * 1e3), 'color', 'b');
+text (11.5, 18, sprintf ('smallest side, %.2f mm', side * 1e3), 'color', 'b');
 savepicture (picture, 'design.png');
