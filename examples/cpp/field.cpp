@@ -2,6 +2,7 @@
 #include <FastNearfield/RectangularPiston2.h>
 #include <core/cudahelper.h>
 
+#include <cstddef>
 #include <fstream>
 #include <vector>
 
@@ -13,7 +14,7 @@ int main() {
   const pistonfield::RectangularPistonCuda2 piston(7.5, 5, 2 * 3.14159265358979);
   const pistonfield::Grid3DR<double> grid(
       121, 1, 201, {0.125, 0, 0, -7.5, 0, 1, 0, 0, 0, 0, 0.125, 0.25, 0, 0, 0, 1});
-  std::vector<float> p(2 * grid.nbPositions());
+  std::vector<float> p(std::size_t{2} * grid.nbPositions());
   piston.compute(p.data(), grid);
   std::ofstream file("field.txt");
   for (std::size_t i = 0; i < p.size(); i += 2) file << p[i] << " " << p[i + 1] << "\n";
