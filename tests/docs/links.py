@@ -57,7 +57,7 @@ def commands(_page, text, repository):
                json.loads((repository / "CMakePresets.json").read_text())["configurePresets"]}
     for preset in set(re.findall(r"--preset (\w+)", text)) - presets:
         yield f"there is no preset {preset}"
-    for program in set(re.findall(r"^ {4}(?:python3|octave-cli|bash) ([\w/.-]+)", text, re.M)):
+    for program in set(re.findall(r"^ {4}(?:python3|octave-cli|bash) (\w[\w/.-]*)", text, re.M)):
         if not (repository / program).exists():
             yield f"there is no {program}"
 
