@@ -6,13 +6,13 @@
 #
 # One part of a field in each job of an array, from the root of the sources:
 #
-#   mkdir /shared/me/field
-#   sbatch examples/cluster/slurm.sh build/auto/octave /shared/me/field
-#   octave-cli --eval "addpath examples/cluster; joinparts ('/shared/me/field');"      when all are done
+#   mkdir /scratch/me/field
+#   sbatch examples/cluster/slurm.sh build/auto/octave /scratch/me/field
+#   octave-cli --eval "addpath examples/cluster; joinparts ('/scratch/me/field');"      when all are done
 #
 # Parts that are missing, the fourth of eight say (counted from 0, as arrays are):
 #
-#   PARTS=8 sbatch --array=3 examples/cluster/slurm.sh build/auto/octave /shared/me/field
+#   PARTS=8 sbatch --array=3 examples/cluster/slurm.sh build/auto/octave /scratch/me/field
 #
 # A module for GPUs takes the first that it sees. With "#SBATCH --gpus-per-task=1" Slurm shows each job
 # one; where processes share a node without that, show each its own before it starts:
