@@ -6,7 +6,7 @@
 % are done, joinparts puts them together. A value depends on its own point only, so that it is the same
 % in whatever number of parts.
 %
-%   mpirun -n 2 octave-cli --eval "addpath build/auto/octave examples/cluster; computepart ('/shared')"
+%   mpirun -n 2 octave-cli --eval "addpath build/auto/octave examples/cluster; computepart ('/scratch/field')"
 
 function computepart (folder, field)
 
