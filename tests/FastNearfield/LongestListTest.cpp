@@ -68,6 +68,9 @@ class Repeated {
 class LongestListTest : public launchers::Test {};
 
 TEST_F(LongestListTest, EveryPieceOfItIsEvaluated) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "would take many minutes, and its memory is mapped, not the sanitizer's";
+#endif
   if (!std::getenv("PISTONFIELD_LONG"))
     GTEST_SKIP() << "takes half a minute and more: runs where PISTONFIELD_LONG is set";
   constexpr std::size_t piece = std::size_t{1} << 20, pieces = std::size_t{1} << 11;
