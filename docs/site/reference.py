@@ -8,7 +8,7 @@ import re
 import sys
 from pathlib import Path
 
-INTERNAL = {"pistonfield_quiet"}
+INTERNAL = {"pistonfield_quiet", "pistonfield_about"}
 
 
 def help_text(source):

@@ -26,7 +26,8 @@
 %   k           wave number, 2 pi / wavelength.
 %   mode        'cuda' (as when left out) or 'cudadp', which is the same.  The
 %               modes 'cpu', 'cpusp' and 'cpudp' end with an error.
-%   nabscissas  order of the quadrature rule, 1 ... 512 (10 when left out; a
+%   nabscissas  order of the quadrature rule, 1 ... 512 (10 when left out, which
+%               is too few for sides of some 7 wavelengths: see pistonorder; a
 %               fraction is cut off), or a table of M rows and 2 columns, M the
 %               order.  CAUTION: a table is NOT READ AS [x, w], which gives wrong
 %               numbers without a word: pistonrule (x, w) PACKS THE TABLE.  Its

@@ -23,12 +23,13 @@
 %     rotations   3 x 3, or 3 x 3 x M: columns are the directions of the piston's own x,
 %                 y and z.  Not turned when left out.
 %     weights     M complex numbers, the velocity of each piston: 1 when left out.
-%     steer       3 numbers, a direction: weights get the phases that send a plane wave
+%     steer       3 numbers, a direction, [sind(a); 0; cosd(a)] say: weights get the phases that send a plane wave
 %                 there.
 %     focus       3 numbers, a point: weights get the phases with which the waves of the
 %                 pistons' centres arrive there together.  Not beside steer.
 %   k           wave number, 2 pi / wavelength.
-%   nabscissas  order of the quadrature rule, 1 ... 512 (10 when left out), or a table
+%   nabscissas  order of the quadrature rule, 1 ... 512 (10 when left out, which is too
+%               few for sides of some 7 wavelengths: see pistonorder), or a table
 %               made by pistonrule.
 %   'quiet'     shows no progress bar, which work of more than half a second has.
 %
@@ -64,10 +65,7 @@ function [p, weights] = pistonarray (points, array, k, varargin)
   if (nargin < 3)
     error ('pistonarray:arguments', 'Call it as p = pistonarray (points, array, k).');
   end
-  if (~ isa (points, 'double') || ~ isreal (points) || issparse (points) || size (points, 1) ~= 3 ...
-      || ndims (points) > 2 || isempty (points))
-    error ('pistonarray:points', 'points must be a full real matrix of doubles, of three rows.');
-  end
+  checkpoints ('pistonarray', points);
   k = readnumber ('pistonarray', 'k', k);
   [nabscissas, quiet] = readoptions ('pistonarray', varargin);
   array = readarray (array, k);

@@ -8,12 +8,13 @@
 % abs (p(:,:,1)) is a picture of the plane z(1), and pistonplot (x, y, z, p) draws a
 % plane.  The piston, the units and the scale of p are those of pistonfield.
 %
-% Arguments
+% Arguments (all lengths, and 1/k, in one unit; pistonplot takes metres)
 %
 %   x, y, z     the axes of the grid: real vectors, of one value or more.
 %   l, s        sides of the piston along y and along x, full lengths.
 %   k           wave number, 2 pi / wavelength.
-%   nabscissas  order of the quadrature rule, 1 ... 512 (10 when left out), or a table
+%   nabscissas  order of the quadrature rule, 1 ... 512 (10 when left out, which is too
+%               few for sides of some 7 wavelengths: see pistonorder), or a table
 %               made by pistonrule.
 %   'quiet'     shows no progress bar, which work of more than half a second has.
 %

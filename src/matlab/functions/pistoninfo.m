@@ -18,9 +18,6 @@
 
 function info = pistoninfo ()
 
-  if (exist ('pistonfield_about') ~= 3)
-    pistonfield ();                         % which says so
-  end
   about = pistonfield_about ();
   if (~ isempty (about.workers))
     about.device = [about.device, ', ', about.workers];

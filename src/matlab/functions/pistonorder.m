@@ -11,8 +11,9 @@
 % Arguments
 %
 %   points      3 x N real double, as for pistonfield.  Of more than 1000, 1000 are taken,
-%               spread over the list; of a grid take those where the field is hardest,
-%               near the piston and far beside it, if you know them.
+%               spread over the list: leave a margin below your own tolerance.  For an
+%               array, the points as its outermost pistons see them: points less a column
+%               of positions.
 %   l, s, k     sides and wave number, as for pistonfield.
 %   tolerance   largest error over the peak pressure, 1e-6 at least: single precision has
 %               no more digits.
@@ -22,12 +23,14 @@
 %   order       for pistonfield, pistongrid and pistonarray.
 %   error       its largest error in the sample, over the peak pressure.
 %
-% Example
+% Example: for a grid
 %
-%   order = pistonorder ([0, 0, 20; 0, 0, 0; 1, 10, 40], 7.5, 5, 2 * pi, 1e-4)
+%   [X, Y, Z] = ndgrid (-10:10, 0, 1:40);
+%   order = pistonorder ([X(:)'; Y(:)'; Z(:)'], 7.5, 5, 2 * pi, 1e-4)
 %
-% Errors: those of pistonfield; "l must be a finite real number.", and so for s and k; "tolerance must be a number, 1e-6 at least." and "No order
-% up to 256 has an error below the tolerance."
+% Errors: "points must be ...", "l must be a finite real number.", and so for s and k;
+% "tolerance must be a number, 1e-6 at least." and "No order up to 256 has an error below
+% the tolerance. ..."
 %
 % See also: pistonfield, pistonrule.
 
@@ -37,13 +40,14 @@ function [order, largest] = pistonorder (points, l, s, k, tolerance)
     error ('pistonorder:arguments', ...
            'Call it as order = pistonorder (points, l, s, k, tolerance).');
   end
+  checkpoints ('pistonorder', points);
   l = readnumber ('pistonorder', 'l', l);
   s = readnumber ('pistonorder', 's', s);
   k = readnumber ('pistonorder', 'k', k);
   if (~ isnumeric (tolerance) || ~ isreal (tolerance) || numel (tolerance) ~= 1 || ~ (tolerance >= 1e-6))
     error ('pistonorder:tolerance', 'tolerance must be a number, 1e-6 at least.');
   end
-  if (ndims (points) == 2 && size (points, 2) > 1000)
+  if (size (points, 2) > 1000)
     points = points(:,round (linspace (1, size (points, 2), 1000)));
   end
 
@@ -54,7 +58,9 @@ function [order, largest] = pistonorder (points, l, s, k, tolerance)
 
   order = 256;
   if (~ (errorof (order) < tolerance))
-    error ('pistonorder:none', 'No order up to 256 has an error below the tolerance.');
+    error ('pistonorder:none', ...
+           ['No order up to 256 has an error below the tolerance. Are points, sides and k in one ' ...
+            'unit, k = 2 pi / wavelength?']);
   end
   while (order > 1 && errorof (order / 2) < tolerance)
     order = order / 2;

@@ -12,7 +12,8 @@
 %
 %   x, y, z     the axes of the plane in metres, evenly spaced; one of the three has one
 %               value.  The z axis is drawn to the right, or else the x axis.
-%   p           the pressures: pistongrid's for these axes, or a list in the same order.
+%   p           the pressures: pistongrid's for these axes, or a list in the same order,
+%               that of ndgrid; an array of meshgrid's shape is to be transposed.
 %   quantity    'linear'  magnitude, where a plane wave has 1 (when left out)
 %               'dB'      magnitude in decibels below the largest that is drawn
 %               'phase'   phase in degrees, in colours that end where they begin
@@ -54,6 +55,14 @@ function handle = pistonplot (x, y, z, p, quantity, limits)
     error ('pistonplot:p', 'p must have a value for each point.');
   end
 
+  if (~ isvector (p))
+    lengths = cellfun (@numel, sides(~ point));
+    shape = size (p);
+    if (~ isequal (shape(shape > 1), lengths(lengths > 1)))
+      error ('pistonplot:shape', ['p must have the shape of pistongrid''s for these axes; an array of ' ...
+                                  'meshgrid''s shape is to be transposed.']);
+    end
+  end
   p = full (double (p));
   sides = cellfun (@(values) full (double (values(:))), sides, 'UniformOutput', false);
 
@@ -110,12 +119,12 @@ function [values, shown, unit, colours] = coloured (p, quantity)
   if (~ ischar (quantity) && ~ isa (quantity, 'string'))
     quantity = '';
   end
-  switch (char (quantity))
+  switch (lower (char (quantity)))
     case 'linear'
       values = abs (p);
       shown = [0, largest];
       unit = '|p|, plane wave = 1';
-    case 'dB'
+    case 'db'
       values = 20 * log10 (abs (p) / largest);
       shown = [-40, 0];
       unit = '|p| / dB, largest = 0';
@@ -198,6 +207,10 @@ end
 %! linear = ((drawn.colours + 0.055) / 1.055) .^ 2.4;
 %! assert (range (linear * [0.2126; 0.7152; 0.0722]) < 1e-3);
 %! assert (all (drawn.colours(:) > 0.05 & drawn.colours(:) < 0.99)); # none was cut off
+%!test # pistongrid's shape is drawn, and meshgrid's is none
+%! drawn = shown (x, 0, z, reshape (p, 3, 1, 2));
+%! assert (drawn.data, abs (p));
+%!error <meshgrid> pistonplot (x, 0, z, p.')
 %!test # nothing but zeros can be drawn
 %! drawn = shown (x, 0, z, zeros (3, 2), "dB");
 %! assert (all (drawn.data(:) == -40));

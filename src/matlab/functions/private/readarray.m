@@ -10,7 +10,8 @@ function array = readarray (array, k)
   known = {'l', 's', 'positions', 'rotations', 'weights', 'steer', 'focus'};
   unknown = setdiff (fieldnames (array), known);
   if (~ isempty (unknown))
-    fail ('has an unknown field: %s.', unknown{1});
+    fail (['has an unknown field: %s. It can have l, s, positions, rotations, weights, steer and ' ...
+           'focus.'], unknown{1});
   end
   for field = {'l', 's', 'positions'}
     if (~ isfield (array, field{1}))

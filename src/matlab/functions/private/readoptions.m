@@ -7,12 +7,12 @@ function [nabscissas, quiet] = readoptions (name, options)
   quiet = ~ isempty (options) && (ischar (options{end}) || isa (options{end}, 'string'));
   if (quiet)
     if (~ isequal (char (options{end}), 'quiet'))
-      error ([name, ':option'], 'The only option is ''quiet''.');
+      error ([name, ':option'], 'The only option is ''quiet'', which comes last.');
     end
     options(end) = [];
   end
   if (numel (options) > 1)
-    error ([name, ':arguments'], 'There are too many arguments.');
+    error ([name, ':arguments'], 'There are too many arguments: after k come the order and ''quiet''.');
   end
   if (~ isempty (options))
     nabscissas = options{1};
