@@ -7,7 +7,7 @@
 % Where none does, it builds one, which takes CMake (3.25 or later) and a C++17 compiler, and
 % for a GPU a CUDA toolkit.  The environment variables of CMake, CXX say, are heeded.
 %
-% The path is that of this session; savepath keeps it for later ones.
+% The path is set until the host ends; savepath keeps it for later.
 %
 % Errors
 %
