@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # fresh_machine.sh
 #
-# The Octave package on a bare Debian 12 with nothing but Octave: it installs what building takes.
+# The Octave package on a bare Debian 12 with nothing but Octave and what Octave takes to draw without a
+# display: it installs what building takes.
 set -euo pipefail
 [[ ${PISTONFIELD_LONG-} ]] || { echo "SKIPPED: takes minutes (PISTONFIELD_LONG=1)"; exit 77; }
 cd "$(dirname "$0")/../.."
@@ -14,7 +15,9 @@ trap 'rm -rf "$work"' EXIT
 scripts/package --into "$work" >/dev/null
 tarball=$(basename "$work"/*.tar.gz)
 revision=$(tar -xOf "$work/$tarball" --wildcards '*/src/pistonfield/revision' | head -n 1)
-scripts/fresh-machine --with octave --only "$work/$tarball" --only tests/package/octave.m \
+. scripts/setup
+scripts/fresh-machine --with "octave ${picture_tools[*]#*=}" \
+  --only "$work/$tarball" --only tests/package/octave.m \
   "! command -v c++ && ! command -v cmake && ! command -v make && ! command -v mkoctfile &&
-   octave-cli --no-history --norc --quiet octave.m $tarball '' $revision '' ''" 2>&1 | tee "$work/log"
+   octave-cli --no-history --norc --quiet octave.m $tarball '' $revision '' ." 2>&1 | tee "$work/log"
 grep -qF "Installing g++ cmake make octave-dev" "$work/log"
