@@ -233,5 +233,6 @@ end
 %! x = linspace (-10e-3, 10e-3, 201);
 %! z = linspace (0.2e-3, 40e-3, 400);
 %! p = pistongrid (x, 0, z, 11e-3, 7.5e-3, 2 * pi / 1.5e-3, 20);
-%! subplot (2, 1, 1);  pistonplot (x, 0, z, p, 'dB');
-%! subplot (2, 1, 2);  pistonplot (x, 0, z, p, 'phase');
+%! pistonplot (x, 0, z, p, 'dB');
+%! figure ();
+%! pistonplot (x, 0, z, p, 'phase');
