@@ -34,14 +34,19 @@ class GridUnstructured final : public Grid<T> {
   explicit GridUnstructured(unsigned nbPositions) : Grid<T>(nbPositions), positions(nbPositions) {}
 
   /// The same, written with the x, y, z that stand one after the other at `components`.
-  GridUnstructured(unsigned nbPositions, const T* components) : Grid<T>(nbPositions) {
-    positions.reserve(nbPositions);
-    for (std::size_t i = 0; i < nbPositions; ++i) positions.emplace_back(components + 3 * i);
-  }
+  GridUnstructured(unsigned nbPositions, const T* components)
+      : Grid<T>(nbPositions), positions(first(components), first(components) + nbPositions) {}
 
   MVector<T, 3> getPosition(int i) const override { return positions[static_cast<std::size_t>(i)]; }
 
   std::vector<MVector<T, 3>> positions;
+
+ private:
+  /// Vectors are their components alone, so that a list of them is copied in one go.
+  static const MVector<T, 3>* first(const T* components) {
+    static_assert(sizeof(MVector<T, 3>) == 3 * sizeof(T));
+    return reinterpret_cast<const MVector<T, 3>*>(components);
+  }
 };
 
 }  // namespace pistonfield

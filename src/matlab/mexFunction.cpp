@@ -69,13 +69,10 @@ void loadOrder(int order) {
 
 /// x, y, z of every point of the grid.
 std::unique_ptr<float[]> narrowed(const GridUnstructured<double>& grid) {
-  const std::size_t count = grid.nbPositions();
-  std::unique_ptr<float[]> positions(new float[3 * count]);
+  std::unique_ptr<float[]> positions(new float[3 * grid.positions.size()]);
   float* component = positions.get();
-  for (std::size_t i = 0; i < count; ++i) {
-    const MVector<double, 3> position = grid.getPosition(static_cast<int>(i));
+  for (const MVector<double, 3>& position : grid.positions)
     for (int axis = 0; axis < 3; ++axis) *component++ = static_cast<float>(position[axis]);
-  }
   return positions;
 }
 
