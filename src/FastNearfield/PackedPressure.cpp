@@ -5,10 +5,10 @@
 namespace pistonfield {
 
 #if defined(__x86_64__)
-PackedPressure* packedPressure(InstructionSet set) {
+PackedPressure* packedPressure(InstructionSet set, bool slowDivision) {
   switch (set) {
     case InstructionSet::AVX512:
-      return packedAvx512;
+      return slowDivision ? packedAvx512SlowDivision : packedAvx512;
     case InstructionSet::AVX2:
       return packedAvx2;
     default:
@@ -16,7 +16,7 @@ PackedPressure* packedPressure(InstructionSet set) {
   }
 }
 #else
-PackedPressure* packedPressure(InstructionSet /*set*/) { return packedNeon; }
+PackedPressure* packedPressure(InstructionSet /*set*/, bool /*slowDivision*/) { return packedNeon; }
 #endif
 
 }  // namespace pistonfield

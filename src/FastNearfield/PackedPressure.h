@@ -11,7 +11,8 @@ namespace pistonfield {
 using PackedPressure = void(const float* positions, Complex* pressures, int count, float a, float b,
                             float k, const SymmetricRule<float>& rule);
 
-/// The one for an instruction set, which this machine must have.
-PackedPressure* packedPressure(InstructionSet set);
+/// The one for an instruction set, which this machine must have. With AVX-512 there is another one,
+/// with the same results, for machines that divide slowly.
+PackedPressure* packedPressure(InstructionSet set, bool slowDivision = dividesSlowly());
 
 }  // namespace pistonfield

@@ -55,7 +55,7 @@ class HalfAngleIntegrand {
 
   __host__ __device__ ComplexPair<Lane> at(Lane D, Lane path) const {
     const auto [sine, cosine] = half_(path);
-    const Lane scale = quotient(sine, D);
+    const Lane scale = secondQuotient(sine, D);
     return {scale * sine, scale * cosine};
   }
 

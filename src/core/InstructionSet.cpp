@@ -34,4 +34,12 @@ InstructionSet instructionSet() {
   return InstructionSet::OLDEST;
 }
 
+bool dividesSlowly() {
+#if defined(__x86_64__)
+  return __builtin_cpu_is("intel");
+#else
+  return false;
+#endif
+}
+
 }  // namespace pistonfield

@@ -106,6 +106,10 @@ Lanes<Set> quotient(Lanes<Set> x, Lanes<Set> y) {
   return Lanes<Set>::of(x.value / y.value);
 }
 template <class Set>
+Lanes<Set> secondQuotient(Lanes<Set> x, Lanes<Set> y) {
+  return Lanes<Set>::of(Set::secondQuotient(x.value, y.value));
+}
+template <class Set>
 Lanes<Set> multiplyAdd(Lanes<Set> x, Lanes<Set> y, Lanes<Set> z) {
   return Lanes<Set>::of(Set::multiplyAdd(x.value, y.value, z.value));
 }

@@ -12,9 +12,9 @@ for object in "$@"; do
   set_name=$(basename "$object")
   set_name=${set_name%%.*}
   symbols=$(nm -C --defined-only --extern-only "$object")
-  own="pistonfield::(packed|nodes)$set_name\("
+  own="pistonfield::(packed|nodes)$set_name\w*\("
   grep -qE "T $own" <<<"$symbols" || { echo "$object lacks its own function"; status=1; }
-  if shared=$(grep -vE "emulation::$set_name\b|$own" <<<"$symbols"); then
+  if shared=$(grep -vE "emulation::$set_name|$own" <<<"$symbols"); then
     echo "$object shares with other files:"
     echo "$shared"
     status=1

@@ -10,4 +10,10 @@ void packedAvx512(const float* positions, Complex* pressures, int count, float a
   evaluatePacks<emulation::Avx512>(positions, pressures, count, a, b, k, rule);
 }
 
+void packedAvx512SlowDivision(const float* positions, Complex* pressures, int count, float a,
+                              float b, float k, const SymmetricRule<float>& rule) {
+  evaluatePacks<emulation::Avx512, emulation::Avx512SlowDivision>(positions, pressures, count, a, b,
+                                                                  k, rule);
+}
+
 }  // namespace pistonfield

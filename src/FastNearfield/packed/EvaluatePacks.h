@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <type_traits>
 
 #include "FastNearfield/PointPressure.h"
 #include "emulation/Lanes.h"
@@ -16,7 +17,9 @@
 
 namespace pistonfield {
 
-template <class Set>
+/// `ModerateSet` evaluates packs of points whose numbers are moderate: as `secondQuotient` wants
+/// them.
+template <class Set, class ModerateSet>
 class PackEvaluation {
  public:
   /// As many points as are looked at together.
@@ -30,7 +33,8 @@ class PackEvaluation {
         a_(a),
         b_(b),
         k_(k),
-        rule_(rule) {}
+        rule_(rule),
+        moderateReach_(moderateReach(a, b, k, rule)) {}
 
   void run() {
     int first = 0;
@@ -102,9 +106,42 @@ class PackEvaluation {
   }
 
   void evaluate(const Points& points, Complex* pressures) const {
-    const ComplexPair<Pack> p =
-        pointPressure<HalfAngleIntegrand>(points.x, points.y, points.z, a_, b_, k_, rule_);
+    if constexpr (!std::is_same_v<Set, ModerateSet>)
+      if (moderate(points)) return evaluateWith<emulation::Lanes<ModerateSet>>(points, pressures);
+    evaluateWith<Pack>(points, pressures);
+  }
+
+  template <class Lane>
+  void evaluateWith(const Points& points, Complex* pressures) const {
+    const ComplexPair<Lane> p =
+        pointPressure<HalfAngleIntegrand>(Lane::of(points.x.value), Lane::of(points.y.value),
+                                          Lane::of(points.z.value), a_, b_, k_, rule_);
     Set::storePairs(&pressures->re, p.re.value, p.im.value);
+  }
+
+  // Points are moderate that lie beside the planes through the edges, and not too far from the
+  // piston for its phase, in a unit in which the piston is moderate itself. Then a node's D is at
+  // least the square of `besidePlanes`, R − z at least 2^-61, and the sine of half its phase 0 or
+  // at least 2^-72.
+
+  static constexpr float besidePlanes = 0x1p-20f;
+
+  bool moderate(const Points& points) const {
+    const Pack u = absolute(points.x), v = absolute(points.y), z = absolute(points.z);
+    const auto lanes = (Pack(besidePlanes) <= absolute(u - absolute(Pack(a_)))) &
+                       (Pack(besidePlanes) <= absolute(v - absolute(Pack(b_)))) &
+                       (u + v + (z + z) <= Pack(moderateReach_));
+    return lanes.bits() == allLanes;
+  }
+
+  /// How far |x| + |y| + 2·|z| may go: less than 0 for a piston or a rule of no moderate numbers.
+  static float moderateReach(float a, float b, float k, const SymmetricRule<float>& rule) {
+    for (int i = 0; i < rule.N / 2; ++i)
+      if (!(-1 <= rule.x[i] && rule.x[i] <= 1)) return -1;
+    const float wavenumber = k < 0 ? -k : k, sides = (a < 0 ? -a : a) + (b < 0 ? -b : b);
+    if (!(wavenumber >= 0x1p-10f)) return -1;
+    const float reach = 0x1p21f / wavenumber;
+    return (reach < 0x1p20f ? reach : 0x1p20f) - sides;
   }
 
   /// Collects points that stand at `first` and after.
@@ -154,16 +191,17 @@ class PackEvaluation {
   const int count_;
   const float a_, b_, k_;
   const SymmetricRule<float>& rule_;
+  const float moderateReach_;
   Collected<capacity> collected_[4];
 };
 
-template <class Set>
+template <class Set, class ModerateSet = Set>
 void evaluatePacks(const float* positions, Complex* pressures, int count, float a, float b, float k,
                    const SymmetricRule<float>& rule) {
-  constexpr std::ptrdiff_t most = PackEvaluation<Set>::capacity;
+  using Evaluation = PackEvaluation<Set, ModerateSet>;
+  constexpr std::ptrdiff_t most = Evaluation::capacity;
   for (; count > 0; positions += 3 * most, pressures += most, count -= int{most})
-    PackEvaluation<Set>(positions, pressures, count < most ? count : int{most}, a, b, k, rule)
-        .run();
+    Evaluation(positions, pressures, count < most ? count : int{most}, a, b, k, rule).run();
 }
 
 }  // namespace pistonfield

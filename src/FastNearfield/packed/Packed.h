@@ -6,6 +6,6 @@
 
 namespace pistonfield {
 
-PackedPressure packedSse2, packedAvx2, packedAvx512, packedNeon;
+PackedPressure packedSse2, packedAvx2, packedAvx512, packedAvx512SlowDivision, packedNeon;
 
 }  // namespace pistonfield

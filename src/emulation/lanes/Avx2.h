@@ -51,6 +51,7 @@ struct Avx2 {
 
   static Register absolute(Register x) { return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), x); }
   static Register squareRoot(Register x) { return _mm256_sqrt_ps(x); }
+  static Register secondQuotient(Register x, Register y) { return x / y; }
   static Register multiplyAdd(Register x, Register y, Register z) {
     return _mm256_fmadd_ps(x, y, z);
   }

@@ -49,8 +49,28 @@ struct Avx512 {
 
   static Register absolute(Register x) { return _mm512_abs_ps(x); }
   static Register squareRoot(Register x) { return _mm512_sqrt_ps(x); }
+  static Register secondQuotient(Register x, Register y) { return x / y; }
   static Register multiplyAdd(Register x, Register y, Register z) {
     return _mm512_fmadd_ps(x, y, z);
+  }
+};
+
+/// For machines that take longer for a root and two divisions than for all else in a node: of the
+/// two quotients one is made of products.
+struct Avx512SlowDivision : Avx512 {
+  /// The quotient that a division rounds to: what x/y leaves as its rest is exact. 1/y comes of an
+  /// estimate, right to 2^-14, and the next two terms of its series.
+  static Register secondQuotient(Register x, Register y) {
+    const Register estimate = _mm512_rcp14_ps(y);
+    const Register error = _mm512_fnmadd_ps(y, estimate, _mm512_set1_ps(1));
+    // Upwards, for the one y whose inverse lies so little above the middle between two floats that
+    // it would be taken for the lower one: the largest below a power of two.
+    const Register series =
+        _mm512_fmadd_round_ps(error, error, error, _MM_FROUND_TO_POS_INF | _MM_FROUND_NO_EXC);
+    const Register inverse = multiplyAdd(estimate, series, estimate);
+    const Register quotient = x * inverse;
+    const Register rest = _mm512_fnmadd_ps(y, quotient, x);
+    return multiplyAdd(rest, inverse, quotient);
   }
 };
 

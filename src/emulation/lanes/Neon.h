@@ -42,6 +42,7 @@ struct Neon {
 
   static Register absolute(Register x) { return vabsq_f32(x); }
   static Register squareRoot(Register x) { return vsqrtq_f32(x); }
+  static Register secondQuotient(Register x, Register y) { return x / y; }
   static Register multiplyAdd(Register x, Register y, Register z) { return vfmaq_f32(z, x, y); }
 };
 

@@ -45,6 +45,7 @@ struct Sse2 {
 
   /// Through double precision, which holds every product of two floats. The sum is rounded there
   /// first, which one time in hundreds of millions shows.
+  static Register secondQuotient(Register x, Register y) { return x / y; }
   static Register multiplyAdd(Register x, Register y, Register z) {
     const __m128d low = _mm_cvtps_pd(x) * _mm_cvtps_pd(y) + _mm_cvtps_pd(z);
     const __m128d high = _mm_cvtps_pd(upper(x)) * _mm_cvtps_pd(upper(y)) + _mm_cvtps_pd(upper(z));
