@@ -3,11 +3,24 @@
 #include <limits>
 
 #include "emulation/Call.h"
+#include "emulation/Spread.h"
 
 using emulation::Allocation;
 using emulation::memoryAlignment;
 using emulation::performOnDevice;
 using emulation::State;
+
+namespace {
+
+/// One core alone does not fill the way to the memory.
+void copy(std::byte* destination, const std::byte* source, std::size_t size) {
+  constexpr std::size_t length = 1 << 18;
+  emulation::spread(size, length, [&](std::size_t first, std::size_t last) {
+    std::memcpy(destination + first, source + first, last - first);
+  });
+}
+
+}  // namespace
 
 cudaError_t cudaMalloc(void** pointer, std::size_t size) {
   return performOnDevice({"cudaMalloc", size}, [&](State& state) {
@@ -42,7 +55,7 @@ cudaError_t cudaMemcpy(void* destination, const void* source, std::size_t size,
     const void* const onDevice = kind == cudaMemcpyHostToDevice ? destination : source;
     const void* const onHost = kind == cudaMemcpyHostToDevice ? source : destination;
     if (!onHost || !state.owns(onDevice, size)) return cudaErrorInvalidValue;
-    std::memcpy(destination, source, size);
+    copy(static_cast<std::byte*>(destination), static_cast<const std::byte*>(source), size);
     return cudaSuccess;
   });
 }

@@ -1,6 +1,8 @@
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <numeric>
 #include <vector>
 
 #include "core/CudaToday.h"
@@ -67,6 +69,23 @@ TEST_F(EmulatedMemoryTest, CopiesMustStayInsideAnAllocation) {
   EXPECT_EQ(cudaMemcpy(nullptr, nullptr, 0, cudaMemcpyHostToDevice), cudaSuccess);
   EXPECT_EQ(cudaMemcpy(memory, host, 4, static_cast<cudaMemcpyKind>(3)),
             cudaErrorInvalidMemcpyDirection);
+}
+
+TEST_F(EmulatedMemoryTest, LongCopiesArriveWhole) {
+  for (const std::size_t size : {(1u << 18) - 1, 1u << 18, (1u << 18) + 1, 5'000'001u}) {
+    std::vector<unsigned> host(size / sizeof(unsigned) + 1);
+    std::iota(host.begin(), host.end(), 1u);
+    void* const memory = allocate(size);
+    ASSERT_EQ(cudaMemcpy(memory, host.data(), size, cudaMemcpyHostToDevice), cudaSuccess);
+    std::vector<unsigned> back(host.size());
+    ASSERT_EQ(cudaMemcpy(back.data(), memory, size, cudaMemcpyDeviceToHost), cudaSuccess);
+    EXPECT_EQ(std::memcmp(back.data(), host.data(), size), 0) << size;
+    // and not a byte more
+    const auto* const end = reinterpret_cast<const unsigned char*>(back.data());
+    EXPECT_TRUE(std::all_of(end + size, end + back.size() * sizeof(unsigned),
+                            [](unsigned char byte) { return byte == 0; }))
+        << size;
+  }
 }
 
 TEST_F(EmulatedMemoryTest, CopiesToASymbolMustFitIt) {

@@ -1,0 +1,92 @@
+#include "emulation/Spread.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <exception>
+#include <mutex>
+#include <new>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "emulation/Cores.h"
+
+namespace emulation {
+namespace {
+
+/// Work that ends within this time never starts a thread, which costs about as much.
+constexpr std::chrono::microseconds aloneTime{100};
+
+using Body = std::function<void(std::uint64_t, std::uint64_t)>;
+
+/// Hands ranges out, one by one, to whoever asks, until none is left or one has thrown.
+class Ranges {
+ public:
+  Ranges(std::uint64_t count, std::uint64_t length, const Body& body)
+      : count_(count), length_(length), body_(body) {}
+
+  /// How many ranges nobody has taken yet.
+  std::uint64_t left() const {
+    const std::uint64_t next = next_;
+    return next < count_ ? (count_ - next - 1) / length_ + 1 : 0;
+  }
+
+  void runAll() {
+    while (runOne()) {
+    }
+  }
+
+  void runFor(std::chrono::microseconds duration) {
+    const auto end = std::chrono::steady_clock::now() + duration;
+    while (runOne() && std::chrono::steady_clock::now() < end) {
+    }
+  }
+
+  /// The first exception that a body threw, in the caller's hands.
+  void rethrow() const {
+    if (failure_) std::rethrow_exception(failure_);
+  }
+
+ private:
+  bool runOne() {
+    const std::uint64_t first = next_.fetch_add(length_);
+    if (first >= count_) return false;
+    try {
+      body_(first, std::min(first + length_, count_));
+    } catch (...) {
+      next_ = count_;
+      const std::lock_guard lock(failureMutex_);
+      if (!failure_) failure_ = std::current_exception();
+    }
+    return true;
+  }
+
+  const std::uint64_t count_, length_;
+  const Body& body_;
+  std::atomic<std::uint64_t> next_{0};
+  std::mutex failureMutex_;
+  std::exception_ptr failure_;
+};
+
+}  // namespace
+
+void spread(std::uint64_t count, std::uint64_t length, const Body& body) {
+  Ranges ranges(count, length, body);
+  ranges.runFor(aloneTime);
+
+  const std::uint64_t wanted = std::min<std::uint64_t>(cores() - 1, ranges.left());
+  std::vector<std::thread> helpers;
+  try {
+    helpers.reserve(wanted);
+    while (helpers.size() < wanted) helpers.emplace_back([&] { ranges.runAll(); });
+  } catch (const std::system_error&) {
+    // The machine gives no more: the threads that run suffice.
+  } catch (const std::bad_alloc&) {
+  }
+  ranges.runAll();
+  for (std::thread& helper : helpers) helper.join();
+  ranges.rethrow();
+}
+
+}  // namespace emulation

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+namespace emulation {
+
+/// Calls body(first, last) for ranges of at most `length` that make up 0 … count, on every core
+/// that the process may use, and returns when all have returned. If one throws, hands out no more
+/// of them and throws the first exception.
+void spread(std::uint64_t count, std::uint64_t length,
+            const std::function<void(std::uint64_t first, std::uint64_t last)>& body);
+
+}  // namespace emulation
