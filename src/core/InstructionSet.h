@@ -13,8 +13,8 @@ bool has(InstructionSet set);
 /// "oldest", "avx2" and "avx512", sets a limit, to see what another machine computes.
 InstructionSet instructionSet();
 
-/// Whether this machine takes longer for the divisions of a node than for all else in it. With
-/// AVX-512 Intel's processors do, and AMD's do not.
+/// Whether this machine, with AVX-512, takes longer for the divisions of a node than for all else
+/// in it. Intel's processors do, AMD's do not.
 bool dividesSlowly();
 
 }  // namespace pistonfield

@@ -43,8 +43,8 @@ __host__ __device__ inline float quotient(float x, float y) {
 }
 
 /// The same, for the second of two quotients that are wanted side by side, in moderate numbers:
-/// 2^-40 ≤ y ≤ 2^42 and 2^-75 ≤ |x| ≤ 1, or x = 0 whose sign does not matter. Some machines take
-/// long to divide, and make this one of products meanwhile.
+/// 2^-40 ≤ y ≤ 2^42 and 2^-75 ≤ |x| < 2, or x = 0 whose sign does not matter. Some machines take
+/// long to divide, and compute this one by multiplications meanwhile.
 __host__ __device__ inline float secondQuotient(float x, float y) { return quotient(x, y); }
 
 /// x·y + z, rounded once.

@@ -10,8 +10,10 @@ bool fits(dim3 grid, dim3 block) {
   const auto within = [](dim3 size, unsigned x, unsigned y, unsigned z) {
     return 0 < size.x && size.x <= x && 0 < size.y && size.y <= y && 0 < size.z && size.z <= z;
   };
+  constexpr std::uint64_t mostBlocks = std::uint64_t{1} << 53;  // so that threads can be counted
   return within(grid, 2147483647, 65535, 65535) && within(block, 1024, 1024, 64) &&
-         std::uint64_t{block.x} * block.y * block.z <= 1024;
+         std::uint64_t{block.x} * block.y * block.z <= 1024 &&
+         std::uint64_t{grid.x} * grid.y * grid.z <= mostBlocks;
 }
 
 /// How many threads a kernel's call stands for: enough to fill lanes and to be worth handing out,

@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "emulation/Call.h"
+#include "emulation/Cores.h"
 #include "emulation/Spread.h"
 
 using emulation::Allocation;
@@ -12,9 +13,10 @@ using emulation::State;
 
 namespace {
 
-/// One core alone does not fill the way to the memory.
+/// One core alone does not fill the way to the memory; where there is but one, a copy in one piece
+/// is the fastest.
 void copy(std::byte* destination, const std::byte* source, std::size_t size) {
-  constexpr std::size_t length = 1 << 18;
+  const std::size_t length = emulation::cores() > 1 ? std::size_t{1} << 18 : size;
   emulation::spread(size, length, [&](std::size_t first, std::size_t last) {
     std::memcpy(destination + first, source + first, last - first);
   });

@@ -5,7 +5,7 @@
 
 namespace emulation {
 
-/// Calls body(first, last) for ranges of at most `length` that make up 0 … count, on every core
+/// Calls body(first, last) for ranges of at most `length` > 0 that make up 0 … count, on every core
 /// that the process may use, and returns when all have returned. If one throws, hands out no more
 /// of them and throws the first exception.
 void spread(std::uint64_t count, std::uint64_t length,

@@ -101,6 +101,7 @@ TEST_F(EmulatedLaunchTest, RefusesShapesThatNoDeviceLaunches) {
   EXPECT_TRUE(refused(dim3(2147483648u), dim3(1)));
   EXPECT_TRUE(refused(dim3(1, 65536), dim3(1)));
   EXPECT_TRUE(refused(dim3(1, 1, 65536), dim3(1)));
+  EXPECT_TRUE(refused(dim3(1u << 30, 1u << 15, 1u << 15), dim3(16)));  // 2^64 threads
   EXPECT_TRUE(refused(dim3(1), dim3(1025)));
   EXPECT_TRUE(refused(dim3(1), dim3(1, 1, 65)));
   EXPECT_TRUE(refused(dim3(1), dim3(32, 33)));

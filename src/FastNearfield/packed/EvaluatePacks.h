@@ -119,10 +119,12 @@ class PackEvaluation {
     Set::storePairs(&pressures->re, p.re.value, p.im.value);
   }
 
-  // Points are moderate that lie beside the planes through the edges, and not too far from the
-  // piston for its phase, in a unit in which the piston is moderate itself. Then a node's D is at
-  // least the square of `besidePlanes`, R − z at least 2^-61, and the sine of half its phase 0 or
-  // at least 2^-72.
+  // Points are moderate that lie neither in the planes through the edges nor too far from the
+  // piston for its phase, in a unit in which |k| is at least 2^-10 and lengths go up to 2^20:
+  // metres or millimetres, say. Then a node's D is at least the square of `besidePlanes`, and R − z
+  // at least 2^-61. The sine of half its phase is 0 or at least 2^-72: below half a turn since R −
+  // z is so long, and above since no product of two floats up to 2^22 half turns is so near to a
+  // whole one.
 
   static constexpr float besidePlanes = 0x1p-20f;
 

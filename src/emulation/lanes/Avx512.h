@@ -55,11 +55,11 @@ struct Avx512 {
   }
 };
 
-/// For machines that take longer for a root and two divisions than for all else in a node: of the
-/// two quotients one is made of products.
+/// For machines that take longer for a root and two divisions than for all else in a node: one of
+/// the two quotients is computed by multiplications.
 struct Avx512SlowDivision : Avx512 {
-  /// The quotient that a division rounds to: what x/y leaves as its rest is exact. 1/y comes of an
-  /// estimate, right to 2^-14, and the next two terms of its series.
+  /// x/y by way of 1/y, which comes of an estimate, right to 2^-14, and the next two terms of its
+  /// series; then what that leaves of x corrects it, to the quotient that a division rounds to.
   static Register secondQuotient(Register x, Register y) {
     const Register estimate = _mm512_rcp14_ps(y);
     const Register error = _mm512_fnmadd_ps(y, estimate, _mm512_set1_ps(1));
