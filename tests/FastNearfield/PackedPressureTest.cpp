@@ -356,9 +356,9 @@ TEST_P(PackedPressureTest, MeetsTheScalar) {
 }
 
 TEST_P(PackedPressureTest, AbscissasFarOutsideMeetTheScalar) {
-  if (roundsTwice(way)) GTEST_SKIP() << "sums of such numbers are nowhere near";
   HalfRule<float> rule(10);
   for (const float x : {-2.0f, -1e10f, -1e18f, -8e18f, 1e18f, -inf}) {
+    if (roundsTwice(way) && x != -2) break;  // sums so large that one more rounding shows
     rule.x[0] = x;
     EXPECT_TRUE(meetsScalar(way, Points(piston, 9).list(500, false), rule, piston)) << x;
   }
