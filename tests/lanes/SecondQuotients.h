@@ -2,7 +2,7 @@
 
 namespace lanes {
 
-/// q = x/y by products, for each of `count` pairs, a multiple of 16. Needs AVX-512.
+/// q = x/y by multiplications, for each of `count` pairs, a multiple of 16. Needs AVX-512.
 void secondQuotients(const float* x, const float* y, float* q, int count);
 
 }  // namespace lanes
