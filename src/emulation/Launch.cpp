@@ -16,8 +16,8 @@ bool fits(dim3 grid, dim3 block) {
          std::uint64_t{grid.x} * grid.y * grid.z <= mostBlocks;
 }
 
-/// How many threads a kernel's call stands for: enough to fill lanes and to be worth handing out,
-/// few enough to share a launch out evenly.
+/// How many threads a kernel's call stands for in the end: enough to fill lanes and to be worth
+/// handing out, few enough to share a launch out evenly.
 constexpr std::uint64_t runLength = 2048;
 
 }  // namespace

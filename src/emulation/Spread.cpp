@@ -26,20 +26,21 @@ class Ranges {
   Ranges(std::uint64_t count, std::uint64_t length, const Body& body)
       : count_(count), length_(length), body_(body) {}
 
-  /// How many ranges nobody has taken yet.
+  /// How many ranges nobody has taken yet, at most.
   std::uint64_t left() const {
     const std::uint64_t next = next_;
     return next < count_ ? (count_ - next - 1) / length_ + 1 : 0;
   }
 
-  void runAll() {
-    while (runOne()) {
+  /// In one of so many threads.
+  void runAll(std::uint64_t threads) {
+    while (runOne(threads, 8 * length_)) {
     }
   }
 
   void runFor(std::chrono::microseconds duration) {
     const auto end = std::chrono::steady_clock::now() + duration;
-    while (runOne() && std::chrono::steady_clock::now() < end) {
+    while (runOne(1, length_) && std::chrono::steady_clock::now() < end) {
     }
   }
 
@@ -49,11 +50,16 @@ class Ranges {
   }
 
  private:
-  bool runOne() {
-    const std::uint64_t first = next_.fetch_add(length_);
-    if (first >= count_) return false;
+  /// A quarter of a thread's share of what is left, so that all have work to the end.
+  bool runOne(std::uint64_t threads, std::uint64_t longest) {
+    std::uint64_t first = next_, last = 0;
+    do {
+      if (first >= count_) return false;
+      const std::uint64_t share = (count_ - first) / threads;
+      last = std::min(first + std::clamp(share / 4, length_, longest), count_);
+    } while (!next_.compare_exchange_weak(first, last));
     try {
-      body_(first, std::min(first + length_, count_));
+      body_(first, last);
     } catch (...) {
       next_ = count_;
       const std::lock_guard lock(failureMutex_);
@@ -79,12 +85,12 @@ void spread(std::uint64_t count, std::uint64_t length, const Body& body) {
   std::vector<std::thread> helpers;
   try {
     helpers.reserve(wanted);
-    while (helpers.size() < wanted) helpers.emplace_back([&] { ranges.runAll(); });
+    while (helpers.size() < wanted) helpers.emplace_back([&] { ranges.runAll(wanted + 1); });
   } catch (const std::system_error&) {
     // The machine gives no more: the threads that run suffice.
   } catch (const std::bad_alloc&) {
   }
-  ranges.runAll();
+  ranges.runAll(wanted + 1);
   for (std::thread& helper : helpers) helper.join();
   ranges.rethrow();
 }
