@@ -12,11 +12,11 @@ __host__ __device__ inline pistonfield::ComplexPair<Lane> integrandSum(Lane z, L
                                                                        int rounds, bool ahead) {
   using pistonfield::ComplexPair;
   using pistonfield::Nodes;
-  const pistonfield::HalfAngleIntegrand<Lane> f(z, 7.0f);
+  const pistonfield::HalfAngleIntegrand<Lane> f(z, pistonfield::HalfPhase<Lane>(7.0f));
   const Lane dd1(0.25f), dd2(1.5f), step(1e-3f);
   ComplexPair<Lane> sums[2] = {{Lane(0.0f), Lane(0.0f)}, {Lane(0.0f), Lane(0.0f)}};
   Lane plus = sigma, minus = dd2 - sigma;
-  const auto following = [&] {
+  const auto following = [&]() __attribute__((always_inline)) {
     plus = plus + step;
     minus = minus - step;
     const Lane plus2 = plus * plus, minus2 = minus * minus;
@@ -27,8 +27,10 @@ __host__ __device__ inline pistonfield::ComplexPair<Lane> integrandSum(Lane z, L
     nodes.D[3] = dd2 + minus2;
     return nodes;
   };
-  const auto start = [&](Nodes<Lane>& nodes, int n) { nodes.path[n] = f.path(nodes.D[n]); };
-  const auto add = [&](const Nodes<Lane>& nodes, int n) {
+  const auto start = [&](Nodes<Lane> & nodes, int n) __attribute__((always_inline)) {
+    nodes.path[n] = f.path(nodes.D[n]);
+  };
+  const auto add = [&](const Nodes<Lane>& nodes, int n) __attribute__((always_inline)) {
     sums[n / 2] = sums[n / 2] + f.at(nodes.D[n], nodes.path[n]);
   };
   if (ahead) {

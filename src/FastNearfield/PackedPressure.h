@@ -5,6 +5,9 @@
 
 namespace pistonfield {
 
+/// A rule must not have more nodes than this: constant memory holds no more either.
+constexpr int mostPackedNodes = 512;
+
 /// The pressure at many points at once: `positions` holds x, y, z of each of the `count` points. A
 /// value depends on its own point only: it is that of `pointPressure` for one lane, bit for bit
 /// where the instruction set has a fused multiply-add.

@@ -25,13 +25,20 @@ struct SymmetricRule {
   const Real* x;
   const Real* w;
   int N;
+
+  /// How far the pair i lies from the ends of [−1, 1].
+  __host__ __device__ Real fromEnd(int i) const { return Real(1) + x[i]; }
 };
 
-// An integrand gives (exp(−ikR) − exp(−ikz))/D at D = d² + σ² up to a factor that all nodes share,
-// which `complete` multiplies into the sum, in two steps: `path(D)`, with the roots and quotients
-// that take long, and `at(D, path)`. It gives the distance of a coordinate from 0; and `ifTold`
-// puts 0 for the pressures of points whose phase is lost, given how far the piston reaches from
-// them.
+// All functions of a point are inlined always: as functions they would hand registers
+// over through memory, for a tenth of the time at low orders.
+#define PISTONFIELD_INLINED __host__ __device__ __attribute__((always_inline)) inline
+
+// An integrand is made of z and of what it wants of k, a `Wave`. It gives (exp(−ikR) − exp(−ikz))/D
+// at D = d² + σ² up to a factor that all nodes share, which `complete` multiplies into the sum
+// together with −i/(2π), in two steps: `path(D)`, with the roots and quotients that take long, and
+// `at(D, path)`. It gives the distance of a coordinate from 0; and `ifTold` puts 0 for the
+// pressures of points whose phase is lost, given how far the piston reaches from them.
 
 /// In single precision, in the half-angle form
 ///
@@ -42,45 +49,68 @@ struct SymmetricRule {
 template <class Lane>
 class HalfAngleIntegrand {
  public:
-  __host__ __device__ HalfAngleIntegrand(Lane z, float k)
-      : z_(z), zz_(z * z), absZ_(absolute(z)), half_(k), shared_(minusTwoE0(half_.ofAny(z))) {}
+  using Wave = HalfPhase<Lane>;
 
-  __host__ __device__ static Lane distance(Lane x) { return absolute(x); }
+  PISTONFIELD_INLINED HalfAngleIntegrand(Lane z, Wave half)
+      : HalfAngleIntegrand(z, half, half.ofAny(z)) {}
+
+  PISTONFIELD_INLINED static Lane distance(Lane x) { return absolute(x); }
 
   /// R − z.
-  __host__ __device__ Lane path(Lane D) const {
+  PISTONFIELD_INLINED Lane path(Lane D) const {
     const Lane sum = squareRoot(zz_ + D) + absZ_;
     return select(z_ < Lane(0.0f), sum, quotient(D, sum));
   }
 
-  __host__ __device__ ComplexPair<Lane> at(Lane D, Lane path) const {
+  PISTONFIELD_INLINED ComplexPair<Lane> at(Lane D, Lane path) const {
     const auto [sine, cosine] = half_(path);
     const Lane scale = secondQuotient(sine, D);
     return {scale * sine, scale * cosine};
   }
 
-  __host__ __device__ ComplexPair<Lane> complete(ComplexPair<Lane> sum) const {
-    return {shared_.re * sum.re - shared_.im * sum.im, shared_.re * sum.im + shared_.im * sum.re};
+  PISTONFIELD_INLINED ComplexPair<Lane> complete(ComplexPair<Lane> sum) const {
+    return {multiplyAdd(shared_.re, sum.re, -(shared_.im * sum.im)),
+            multiplyAdd(shared_.re, sum.im, shared_.im * sum.re)};
   }
 
   /// Where R − z can have more turns than floats count, a point has no phase.
-  __host__ __device__ ComplexPair<Lane> ifTold(ComplexPair<Lane> p, Lane across, Lane along) const {
+  PISTONFIELD_INLINED ComplexPair<Lane> ifTold(ComplexPair<Lane> p, Lane across, Lane along) const {
     if (!any(half_.mayBeLost(across + along + Lane(2.0f) * absZ_))) return p;
     const auto lost = half_.lost(path(across * across + along * along));
     return {select(lost, Lane(0.0f), p.re), select(lost, Lane(0.0f), p.im)};
   }
 
- private:
-  using SineCosine = typename HalfPhase<Lane>::SineCosine;
+ protected:
+  using SineCosine = typename Wave::SineCosine;
 
-  __host__ __device__ static ComplexPair<Lane> minusTwoE0(SineCosine halfKz) {
+  PISTONFIELD_INLINED HalfAngleIntegrand(Lane z, Wave half, SineCosine halfKz)
+      : z_(z), zz_(z * z), absZ_(absolute(z)), half_(half), shared_(shared(halfKz)) {}
+
+ private:
+  /// −i/(2π)·(−2·E0)
+  PISTONFIELD_INLINED static ComplexPair<Lane> shared(SineCosine halfKz) {
+    constexpr float inversePi = 0.31830987f;
     const auto [sine, cosine] = halfKz;
-    return {Lane(2.0f) * multiplyAdd(sine, sine, -(cosine * cosine)), Lane(4.0f) * (sine * cosine)};
+    return {Lane(2 * inversePi) * (sine * cosine),
+            Lane(inversePi) * multiplyAdd(cosine, cosine, -(sine * sine))};
   }
 
   Lane z_, zz_, absZ_;
-  HalfPhase<Lane> half_;
+  Wave half_;
   ComplexPair<Lane> shared_;
+};
+
+/// The same for points so near that their phase cannot be lost.
+template <class Lane>
+class NearHalfAngleIntegrand : public HalfAngleIntegrand<Lane> {
+ public:
+  PISTONFIELD_INLINED NearHalfAngleIntegrand(Lane z, HalfPhase<Lane> half)
+      : HalfAngleIntegrand<Lane>(z, half, half(z)) {}
+
+  PISTONFIELD_INLINED static ComplexPair<Lane> ifTold(ComplexPair<Lane> p, Lane /*across*/,
+                                                      Lane /*along*/) {
+    return p;
+  }
 };
 
 /// The same in double precision as it is written, but with the magnitude of a coordinate, the
@@ -89,30 +119,35 @@ class HalfAngleIntegrand {
 template <class Lane>
 class SingleRootIntegrand {
  public:
-  __host__ __device__ SingleRootIntegrand(Lane z, Lane k)
+  using Wave = Lane;
+
+  PISTONFIELD_INLINED SingleRootIntegrand(Lane z, Wave k)
       : k_(k), zz_(z * z), E0_(turn(-(k * z))) {}
 
-  __host__ __device__ static Lane distance(Lane x) { return absolute(static_cast<float>(x)); }
+  PISTONFIELD_INLINED static Lane distance(Lane x) { return absolute(static_cast<float>(x)); }
 
   /// R.
-  __host__ __device__ Lane path(Lane D) const { return std::sqrt(static_cast<float>(zz_ + D)); }
+  PISTONFIELD_INLINED Lane path(Lane D) const { return std::sqrt(static_cast<float>(zz_ + D)); }
 
-  __host__ __device__ ComplexPair<Lane> at(Lane D, Lane path) const {
+  PISTONFIELD_INLINED ComplexPair<Lane> at(Lane D, Lane path) const {
     const ComplexPair<Lane> e = turn(-(k_ * path));
     const Lane inverse = Lane(1) / D;
     return {(e.re - E0_.re) * inverse, (e.im - E0_.im) * inverse};
   }
 
-  __host__ __device__ static ComplexPair<Lane> complete(ComplexPair<Lane> sum) { return sum; }
+  PISTONFIELD_INLINED static ComplexPair<Lane> complete(ComplexPair<Lane> sum) {
+    constexpr Lane inverse2Pi = 0.15915494309189535;
+    return {sum.im * inverse2Pi, -sum.re * inverse2Pi};
+  }
 
-  __host__ __device__ static ComplexPair<Lane> ifTold(ComplexPair<Lane> p, Lane /*across*/,
+  PISTONFIELD_INLINED static ComplexPair<Lane> ifTold(ComplexPair<Lane> p, Lane /*across*/,
                                                       Lane /*along*/) {
     return p;
   }
 
  private:
   /// exp(iθ).
-  __host__ __device__ static ComplexPair<Lane> turn(Lane theta) {
+  PISTONFIELD_INLINED static ComplexPair<Lane> turn(Lane theta) {
     const auto angle = static_cast<float>(theta);
 #ifdef __CUDA_ARCH__
     float sine, cosine;
@@ -128,20 +163,20 @@ class SingleRootIntegrand {
 };
 
 template <class Lane>
-__host__ __device__ inline ComplexPair<Lane> operator+(ComplexPair<Lane> p, ComplexPair<Lane> q) {
+PISTONFIELD_INLINED ComplexPair<Lane> operator+(ComplexPair<Lane> p, ComplexPair<Lane> q) {
   return {p.re + q.re, p.im + q.im};
 }
 
 /// c·p + q
 template <class Lane>
-__host__ __device__ inline ComplexPair<Lane> multiplyAdd(Lane c, ComplexPair<Lane> p,
-                                                         ComplexPair<Lane> q) {
+PISTONFIELD_INLINED ComplexPair<Lane> multiplyAdd(Lane c, ComplexPair<Lane> p,
+                                                  ComplexPair<Lane> q) {
   return {multiplyAdd(c, p.re, q.re), multiplyAdd(c, p.im, q.im)};
 }
 
 template <class Mask, class Lane>
-__host__ __device__ inline ComplexPair<Lane> select(Mask mask, ComplexPair<Lane> yes,
-                                                    ComplexPair<Lane> no) {
+PISTONFIELD_INLINED ComplexPair<Lane> select(Mask mask, ComplexPair<Lane> yes,
+                                             ComplexPair<Lane> no) {
   return {select(mask, yes.re, no.re), select(mask, yes.im, no.im)};
 }
 
@@ -157,7 +192,7 @@ template <class Lane, class Real>
 class EdgePair {
  public:
   /// Over [lo, hi], along the edges at the signed distances d1 and d2.
-  __host__ __device__ EdgePair(Lane d1, Lane d2, Lane lo, Lane hi)
+  PISTONFIELD_INLINED EdgePair(Lane d1, Lane d2, Lane lo, Lane hi)
       : d1_(d1),
         d2_(d2),
         dd1_(d1 * d1),
@@ -166,13 +201,13 @@ class EdgePair {
         hi_(hi),
         h_((hi - lo) * Lane(static_cast<Real>(0.5))) {}
 
-  /// The nodes of the abscissas ±x; their integrand is not started.
-  __host__ __device__ Nodes<Lane> nodes(Real x) const {
-    // c ± x·h, counted from the ends: next to the foot of the perpendicular, which is one of the
-    // ends, c + x·h would lose most of its digits.
-    const Lane fromEnd = Lane(Real(1)) + Lane(x);
-    const Lane plus = multiplyAdd(fromEnd, h_, lo_);
-    const Lane minus = multiplyAdd(fromEnd, -h_, hi_);
+  /// The pair of nodes so far from the ends of the rule; their integrand is not started.
+  PISTONFIELD_INLINED Nodes<Lane> nodes(Real fromEnd) const {
+    // Next to the foot of the perpendicular, which is one of the ends, nodes counted from the
+    // middle would lose most of their digits.
+    const Lane part(fromEnd);
+    const Lane plus = multiplyAdd(part, h_, lo_);
+    const Lane minus = multiplyAdd(part, -h_, hi_);
     const Lane plus2 = plus * plus, minus2 = minus * minus;
     Nodes<Lane> nodes;
     nodes.D[0] = dd1_ + plus2;
@@ -184,7 +219,7 @@ class EdgePair {
 
   /// Adds the integrand at nodes of weight w. Between them it calls meanwhile(0) … meanwhile(3).
   template <class Integrand, class Meanwhile>
-  __host__ __device__ void add(const Integrand& f, Real w, const Nodes<Lane>& at,
+  PISTONFIELD_INLINED void add(const Integrand& f, Real w, const Nodes<Lane>& at,
                                const Meanwhile& meanwhile) {
     const Lane weight(w);
     meanwhile(0);
@@ -201,7 +236,7 @@ class EdgePair {
 
   /// Adds the integrand at the node 0, of weight w.
   template <class Integrand>
-  __host__ __device__ void addMiddle(const Integrand& f, Real w) {
+  PISTONFIELD_INLINED void addMiddle(const Integrand& f, Real w) {
     const Lane weight(w);
     const Lane c = (lo_ + hi_) * Lane(static_cast<Real>(0.5));
     const Lane D1 = dd1_ + c * c, D2 = dd2_ + c * c;
@@ -211,14 +246,22 @@ class EdgePair {
 
   /// d1·F(d1) − d2·F(d2). An empty interval gives 0, also where the integrand has no value: above a
   /// corner.
-  __host__ __device__ ComplexPair<Lane> difference() const {
-    const Lane zero(Real(0));
-    const auto empty = lo_ == hi_;
-    return {select(empty, zero, h_ * (d1_ * F1_.re - d2_ * F2_.re)),
-            select(empty, zero, h_ * (d1_ * F1_.im - d2_ * F2_.im))};
+  PISTONFIELD_INLINED ComplexPair<Lane> difference() const { return difference(h_); }
+
+  /// The same, twice where `once` does not hold.
+  template <class Mask>
+  PISTONFIELD_INLINED ComplexPair<Lane> difference(Mask once) const {
+    return difference(select(once, h_, h_ + h_));
   }
 
  private:
+  PISTONFIELD_INLINED ComplexPair<Lane> difference(Lane h) const {
+    const Lane zero(Real(0));
+    const auto empty = lo_ == hi_;
+    return {select(empty, zero, h * multiplyAdd(d1_, F1_.re, -(d2_ * F2_.re))),
+            select(empty, zero, h * multiplyAdd(d1_, F1_.im, -(d2_ * F2_.im)))};
+  }
+
   Lane d1_, d2_, dd1_, dd2_, lo_, hi_, h_;
   // over h
   ComplexPair<Lane> F1_{Lane(Real(0)), Lane(Real(0))}, F2_ = F1_;
@@ -226,30 +269,43 @@ class EdgePair {
 
 /// Adds a rule's nodes to integrals, always with the roots of the next nodes on their way while the
 /// present ones are summed: a processor does both at once.
-template <class Integrand, class Lane, class Real>
+template <class Integrand, class Lane, class Real, class Rule>
 class Quadrature {
  public:
   using Edges = EdgePair<Lane, Real>;
 
-  __host__ __device__ Quadrature(const Integrand& f, const SymmetricRule<Real>& rule)
+  PISTONFIELD_INLINED Quadrature(const Integrand& f, const Rule& rule)
       : f_(f), rule_(rule), pairs_(rule.N / 2) {}
 
-  // Inlined always: as functions they would hand registers over through memory, for a tenth of the
-  // time at low orders.
+  /// The first pair of nodes of the edges that are integrated next. Where a rule has none, what is
+  /// started is not added.
+  PISTONFIELD_INLINED void start(const Edges& edges) {
+    nodes_ = edges.nodes(pairs_ > 0 ? rule_.fromEnd(0) : Real(0));
+    for (int n = 0; n < 4; ++n) nodes_.path[n] = f_.path(nodes_.D[n]);
+  }
 
-  __host__ __device__ __attribute__((always_inline)) void integrate(Edges& edges) {
+  /// Edges that have been started; starts the next ones.
+  PISTONFIELD_INLINED void integrate(Edges& edges, const Edges& next) {
     if (pairs_ > 0) {
-      start(edges);
-      for (int i = 1; i < pairs_; ++i) add(edges, i - 1, edges, i);
+      addAllButLast(edges);
+      add(edges, pairs_ - 1, next, 0);
+    }
+    addMiddle(edges);
+  }
+
+  /// Edges that have not been started, and starts none.
+  PISTONFIELD_INLINED void integrate(Edges& edges) {
+    start(edges);
+    if (pairs_ > 0) {
+      addAllButLast(edges);
       addLast(edges);
     }
     addMiddle(edges);
   }
 
-  /// Both in turns, for half as many starts.
-  __host__ __device__ __attribute__((always_inline)) void integrate(Edges& one, Edges& other) {
+  /// The last two, in turns. The first has been started.
+  PISTONFIELD_INLINED void integrateLast(Edges& one, Edges& other) {
     if (pairs_ > 0) {
-      start(one);
       for (int i = 1; i < pairs_; ++i) {
         add(one, i - 1, other, i - 1);
         add(other, i - 1, one, i);
@@ -262,28 +318,30 @@ class Quadrature {
   }
 
  private:
-  __host__ __device__ void start(const Edges& edges) {
-    nodes_ = edges.nodes(rule_.x[0]);
-    for (int n = 0; n < 4; ++n) nodes_.path[n] = f_.path(nodes_.D[n]);
-  }
-
   /// Adds the pair i, and starts the pair j of `next`.
-  __host__ __device__ void add(Edges& edges, int i, const Edges& next, int j) {
-    Nodes<Lane> following = next.nodes(rule_.x[j]);
-    edges.add(f_, rule_.w[i], nodes_, [&](int n) { following.path[n] = f_.path(following.D[n]); });
+  PISTONFIELD_INLINED void add(Edges& edges, int i, const Edges& next, int j) {
+    Nodes<Lane> following = next.nodes(rule_.fromEnd(j));
+    edges.add(
+        f_, rule_.w[i], nodes_, [&](int n) __attribute__((always_inline)) {
+          following.path[n] = f_.path(following.D[n]);
+        });
     nodes_ = following;
   }
 
-  __host__ __device__ void addLast(Edges& edges) {
-    edges.add(f_, rule_.w[pairs_ - 1], nodes_, [](int) {});
+  PISTONFIELD_INLINED void addAllButLast(Edges& edges) {
+    for (int i = 1; i < pairs_; ++i) add(edges, i - 1, edges, i);
   }
 
-  __host__ __device__ void addMiddle(Edges& edges) {
+  PISTONFIELD_INLINED void addLast(Edges& edges) {
+    edges.add(f_, rule_.w[pairs_ - 1], nodes_, [](int) __attribute__((always_inline)){});
+  }
+
+  PISTONFIELD_INLINED void addMiddle(Edges& edges) {
     if (rule_.N > 2 * pairs_) edges.addMiddle(f_, rule_.w[pairs_]);
   }
 
   const Integrand& f_;
-  const SymmetricRule<Real>& rule_;
+  const Rule& rule_;
   const int pairs_;
   Nodes<Lane> nodes_;
 };
@@ -291,53 +349,84 @@ class Quadrature {
 /// Whether the foot of the perpendicular lies between the ends of a pair of edges, and not in their
 /// middle.
 template <class Real, class Lane>
-__host__ __device__ inline auto footSplits(Lane offset, Lane half) {
+PISTONFIELD_INLINED auto footSplits(Lane offset, Lane half) {
   return (offset > Lane(static_cast<Real>(1e-7))) & (offset <= half);
 }
 
-/// The complex pressure at (x, y, z) of the piston of half-width a along x and half-height b along
-/// y, in the plane z = 0, with the time factor exp(+iωt). z keeps its sign: the field is that of
-/// the formula, which no mirror symmetry in z holds for. 0 where single precision has lost the
-/// phase altogether: farther than some 4·10⁶ wavelengths to the side or behind.
-template <template <class> class IntegrandOf, class Lane, class Real>
-__host__ __device__ inline ComplexPair<Lane> pointPressure(Lane x, Lane y, Lane z, Real a, Real b,
-                                                           Real k,
-                                                           const SymmetricRule<Real>& rule) {
-  const IntegrandOf<Lane> f(z, k);
+/// A point mirrored to where x = u ≥ 0 and y = v ≥ 0, and whether the feet of its perpendiculars
+/// split the edges along x and along y: as `footSplits` says, or one of the conditions that are
+/// known before.
+template <class Lane, class SplitX, class SplitY>
+struct MirroredPoint {
+  Lane u, v, z;
+  SplitX splitX;
+  SplitY splitY;
+};
+
+/// The complex pressure at a point of the piston of half-width a along x and half-height b along y,
+/// in the plane z = 0, with the time factor exp(+iωt). z keeps its sign: the field is that of the
+/// formula, which no mirror symmetry in z holds for. 0 where single precision has lost the phase
+/// altogether: farther than some 4·10⁶ wavelengths to the side or behind. `Rule` has a
+/// SymmetricRule's w, N and fromEnd.
+template <template <class> class IntegrandOf, class Lane, class SplitX, class SplitY, class Real,
+          class Rule>
+PISTONFIELD_INLINED ComplexPair<Lane> pointPressure(
+    const MirroredPoint<Lane, SplitX, SplitY>& point, Real a, Real b,
+    typename IntegrandOf<Lane>::Wave wave, const Rule& rule) {
+  const auto [u, v, z, splitX, splitY] = point;
+  const IntegrandOf<Lane> f(z, wave);
   const Lane none(Real(0)), A(a), B(b);
-  const Lane u = IntegrandOf<Lane>::distance(x), v = IntegrandOf<Lane>::distance(y);
   const Lane nearX = u - A, farX = u + A, nearY = v - B, farY = v + B;
   // Three cases for the edges of a direction: beyond their ends one interval; between them two,
   // split at the foot of the perpendicular, where the integrand is sharpest; in the middle two
   // equal ones, so one is doubled.
   const auto outsideX = u > A, outsideY = v > B;
-  const auto splitX = footSplits<Real>(u, A), splitY = footSplits<Real>(v, B);
 
   using Edges = EdgePair<Lane, Real>;
-  Quadrature<IntegrandOf<Lane>, Lane, Real> quadrature(f, rule);
-  Edges edgesAlongY(nearX, farX, select(outsideY, nearY, none), farY);
-  Edges edgesAlongX(nearY, farY, select(outsideX, nearX, none), farX);
-  quadrature.integrate(edgesAlongY, edgesAlongX);
-  ComplexPair<Lane> alongY = edgesAlongY.difference(), alongX = edgesAlongX.difference();
+  Edges alongY(nearX, farX, select(outsideY, nearY, none), farY);
+  Edges alongX(nearY, farY, select(outsideX, nearX, none), farX);
+  Edges restAlongY(nearX, farX, select(splitY, nearY, none), none);
+  Edges restAlongX(nearY, farY, select(splitX, nearX, none), none);
+
+  Quadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f, rule);
+  constexpr bool known = IsKnown<SplitX>::value && IsKnown<SplitY>::value;
+  if constexpr (known) {
+    const Edges afterY = any(splitX) ? restAlongX : alongY;
+    quadrature.start(any(splitY) ? restAlongY : afterY);
+    if (any(splitY)) quadrature.integrate(restAlongY, afterY);
+    if (any(splitX)) quadrature.integrate(restAlongX, alongY);
+  } else {
+    quadrature.start(alongY);
+  }
+  quadrature.integrateLast(alongY, alongX);
+  ComplexPair<Lane> sumY = alongY.difference(outsideY | splitY);
+  ComplexPair<Lane> sumX = alongX.difference(outsideX | splitX);
   if (any(splitY)) {
-    Edges rest(nearX, farX, select(splitY, nearY, none), none);
-    quadrature.integrate(rest);
-    alongY = select(splitY, alongY + rest.difference(), alongY);
+    if constexpr (!known) quadrature.integrate(restAlongY);
+    sumY = select(splitY, sumY + restAlongY.difference(), sumY);
   }
   if (any(splitX)) {
-    Edges rest(nearY, farY, select(splitX, nearX, none), none);
-    quadrature.integrate(rest);
-    alongX = select(splitX, alongX + rest.difference(), alongX);
+    if constexpr (!known) quadrature.integrate(restAlongX);
+    sumX = select(splitX, sumX + restAlongX.difference(), sumX);
   }
-  alongY = select(outsideY | splitY, alongY, alongY + alongY);
-  alongX = select(outsideX | splitX, alongX, alongX + alongX);
 
-  const ComplexPair<Lane> S = f.complete(alongY + alongX);
-  const Lane inverse2Pi(static_cast<Real>(0.15915494309189535));
   // Negative sides are as long as positive ones.
   const Lane across = u + IntegrandOf<Lane>::distance(A),
              along = v + IntegrandOf<Lane>::distance(B);
-  return f.ifTold({S.im * inverse2Pi, -S.re * inverse2Pi}, across, along);
+  return f.ifTold(f.complete(sumY + sumX), across, along);
 }
+
+/// The same at (x, y, z).
+template <template <class> class IntegrandOf, class Lane, class Real, class Rule>
+__host__ __device__ inline ComplexPair<Lane> pointPressure(Lane x, Lane y, Lane z, Real a, Real b,
+                                                           Real k, const Rule& rule) {
+  const Lane u = IntegrandOf<Lane>::distance(x), v = IntegrandOf<Lane>::distance(y);
+  const auto splitX = footSplits<Real>(u, Lane(a)), splitY = footSplits<Real>(v, Lane(b));
+  return pointPressure<IntegrandOf>(
+      MirroredPoint<Lane, decltype(splitX), decltype(splitY)>{u, v, z, splitX, splitY}, a, b,
+      typename IntegrandOf<Lane>::Wave(k), rule);
+}
+
+#undef PISTONFIELD_INLINED
 
 }  // namespace pistonfield

@@ -3,6 +3,7 @@
 #include <cuda_runtime.h>
 
 #include <cmath>
+#include <type_traits>
 
 // What kernels are written in: arithmetic over *lanes*. A lane type holds the same quantity of one
 // or more points; a `float` holds one, and stands for a thread of a GPU. Code over lanes has no
@@ -42,14 +43,52 @@ __host__ __device__ inline float quotient(float x, float y) {
 #endif
 }
 
-/// The same, for the second of two quotients that are wanted side by side, in moderate numbers:
-/// 2^-40 ≤ y ≤ 2^42 and 2^-75 ≤ |x| < 2, or x = 0 whose sign does not matter. Some machines take
-/// long to divide, and compute this one by multiplications meanwhile.
+/// The same, for the second of two quotients that are wanted side by side. Some machines take long
+/// to divide, and compute this one by multiplications meanwhile: where points are moderate, so that
+/// 2^-40 ≤ y ≤ 2^42 and 2^-75 ≤ |x| < 2, or x = 0 whose sign does not matter.
 __host__ __device__ inline float secondQuotient(float x, float y) { return quotient(x, y); }
 
 /// x·y + z, rounded once.
 __host__ __device__ inline float multiplyAdd(float x, float y, float z) {
   return std::fma(x, y, z);
+}
+
+/// Conditions that are known to hold for every lane, or for none, of a lane type.
+template <class Lane>
+struct AllLanes {};
+template <class Lane>
+struct NoLane {};
+
+template <class Condition>
+struct IsKnown : std::false_type {};
+template <class Lane>
+struct IsKnown<AllLanes<Lane>> : std::true_type {};
+template <class Lane>
+struct IsKnown<NoLane<Lane>> : std::true_type {};
+
+template <class Lane>
+__host__ __device__ constexpr bool any(AllLanes<Lane> /*condition*/) {
+  return true;
+}
+template <class Lane>
+__host__ __device__ constexpr bool any(NoLane<Lane> /*condition*/) {
+  return false;
+}
+template <class Lane>
+__host__ __device__ inline Lane select(AllLanes<Lane> /*condition*/, Lane yes, Lane /*no*/) {
+  return yes;
+}
+template <class Lane>
+__host__ __device__ inline Lane select(NoLane<Lane> /*condition*/, Lane /*yes*/, Lane no) {
+  return no;
+}
+template <class Mask, class Lane>
+__host__ __device__ inline AllLanes<Lane> operator|(Mask /*p*/, AllLanes<Lane> all) {
+  return all;
+}
+template <class Mask, class Lane>
+__host__ __device__ inline Mask operator|(Mask mask, NoLane<Lane> /*none*/) {
+  return mask;
 }
 
 // In double precision operations stand as they are written.

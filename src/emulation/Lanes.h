@@ -8,8 +8,9 @@
 //
 //     loadTriples  the first, second and third values of as many triples as there are lanes
 //     storePairs   a first and a second value of each lane, lane after lane
-//     storeChosen  the lanes whose bits are set, one after the other; up to a whole register is
-//                  written
+//     choice       the lanes whose bits are set, for
+//     storeChosen  these, one after the other; up to a whole register is written
+//     storePlaces  first + the number of each of these, likewise
 //
 // A file that includes this is compiled for one instruction set. All that it defines is tied to
 // that set by a template parameter, so that no other file can end up with its instructions.

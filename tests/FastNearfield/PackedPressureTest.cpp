@@ -178,7 +178,9 @@ testing::AssertionResult meetsScalar(const Way& way, const std::vector<Point>& p
 template <class Lane>
 class DoubleIntegrand {
  public:
-  DoubleIntegrand(Lane z, Lane k) : z_(z), k_(k) {}
+  using Wave = Lane;
+
+  DoubleIntegrand(Lane z, Wave k) : z_(z), k_(k) {}
 
   static Lane distance(Lane x) { return std::abs(x); }
   static ComplexPair<Lane> ifTold(ComplexPair<Lane> p, Lane /*across*/, Lane /*along*/) {
@@ -198,7 +200,8 @@ class DoubleIntegrand {
   ComplexPair<Lane> complete(ComplexPair<Lane> sum) const {
     const std::complex<Lane> S =
         Lane{-2} * std::polar(Lane{1}, -k_ * z_) * std::complex<Lane>(sum.re, sum.im);
-    return {S.real(), S.imag()};
+    const std::complex<Lane> p = std::complex<Lane>(0, -1) * S / (2 * M_PI);
+    return {p.real(), p.imag()};
   }
 
  private:

@@ -1,9 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <type_traits>
 
-#include "FastNearfield/PointPressure.h"
+#include "FastNearfield/PackedPressure.h"
 #include "emulation/Lanes.h"
 
 // Evaluates points in packs of lanes.
@@ -17,14 +16,11 @@
 
 namespace pistonfield {
 
-/// `ModerateSet` evaluates packs of points whose numbers are moderate: as `secondQuotient` wants
-/// them.
+/// `ModerateSet` evaluates packs of points of one case whose numbers are moderate: as
+/// `secondQuotient` wants them.
 template <class Set, class ModerateSet>
 class PackEvaluation {
  public:
-  /// As many points as are looked at together.
-  static constexpr int capacity = 2048;
-
   PackEvaluation(const float* positions, Complex* pressures, int count, float a, float b, float k,
                  const SymmetricRule<float>& rule)
       : positions_(positions),
@@ -33,29 +29,53 @@ class PackEvaluation {
         a_(a),
         b_(b),
         k_(k),
-        rule_(rule),
-        moderateReach_(moderateReach(a, b, k, rule)) {}
+        wave_(k),
+        moderateReach_(moderateReach(a, b, k, rule)),
+        rule_(rule) {}
 
   void run() {
-    int first = 0;
-    for (; first + Pack::count <= count_; first += Pack::count) {
-      const Points points = load(point(first));
-      const Cases cases = casesOf(points);
-      if (cases.alike())
-        evaluate(points, pressures_ + first);
-      else
-        collect(points, cases, first, allLanes);
+    const int packed = count_ - count_ % Pack::count;
+    for (int first = 0, last = 0; first < packed; first = last) {
+      last = packed - first < block ? packed : first + block;
+      for (int n = first; n < last; n += Pack::count) {
+        const Points points = load(point(n));
+        const Cases cases = casesOf(points);
+        if (cases.alike())
+          evaluate(cases.index(), points, pressures_ + n);
+        else
+          collect(points, cases, n, allLanes);
+      }
+      for (int index = 0; index < 4; ++index) evaluateCollected(index);
     }
-    if (first < count_) collectRest(first);
-    evaluateCollected();
+    if (packed < count_) collectRest(packed);
+    evaluateRests();
   }
 
  private:
   using Pack = emulation::Lanes<Set>;
+  using ModeratePack = emulation::Lanes<ModerateSet>;
+  using Mask = emulation::LaneMask<Set>;
   static constexpr unsigned allLanes = ~0u >> (32 - Pack::count);
 
+  /// After so many points those that were collected are evaluated, while they are in the cache.
+  static constexpr int block = 2048;
+
+  /// A SymmetricRule with its distances from the ends computed: a register is filled with a number
+  /// from memory at no cost, but not with a sum. Its own function for them is one that files share.
+  struct Rule {
+    explicit Rule(const SymmetricRule<float>& rule) : w(rule.w), N(rule.N) {
+      for (int i = 0; i < N / 2; ++i) fromEnds[i] = 1 + rule.x[i];
+    }
+    float fromEnd(int i) const { return fromEnds[i]; }
+
+    const float* w;
+    int N;
+    float fromEnds[mostPackedNodes / 2];
+  };
+
+  /// Points mirrored to where x and y are not negative.
   struct Points {
-    Pack x, y, z;
+    Pack u, v, z;
   };
 
   /// Points with the places of their pressures. Whole registers are written, so there is room for
@@ -64,75 +84,118 @@ class PackEvaluation {
   struct Collected {
     static constexpr int room = most + Pack::count;
 
-    Points pack(int n) const { return {Pack::load(x + n), Pack::load(y + n), Pack::load(z + n)}; }
+    Points pack(int n) const { return {Pack::load(u + n), Pack::load(v + n), Pack::load(z + n)}; }
 
-    void append(const Points& points, Pack from, unsigned lanes) {
-      Set::storeChosen(x + count, lanes, points.x.value);
-      Set::storeChosen(y + count, lanes, points.y.value);
-      Set::storeChosen(z + count, lanes, points.z.value);
-      Set::storeChosen(places + count, lanes, from.value);
+    /// Some lanes of points that stand at `first` and after.
+    void append(const Points& points, int first, unsigned lanes) {
+      const auto choice = Set::choice(lanes);
+      Set::storeChosen(u + count, choice, points.u.value);
+      Set::storeChosen(v + count, choice, points.v.value);
+      Set::storeChosen(z + count, choice, points.z.value);
+      Set::storePlaces(places + count, choice, first);
       count += __builtin_popcount(lanes);
+    }
+
+    template <int other>
+    void append(const Collected<other>& points) {
+      for (int n = 0; n < points.count; ++n, ++count) {
+        u[count] = points.u[n];
+        v[count] = points.v[n];
+        z[count] = points.z[n];
+        places[count] = points.places[n];
+      }
+    }
+
+    /// Leaves those from `first` on, a pack at most.
+    void dropBefore(int first) {
+      if (first == 0) return;
+      for (float* const values : {u, v, z})
+        __builtin_memcpy(values, values + first, sizeof(float) * Pack::count);
+      __builtin_memcpy(places, places + first, sizeof(int) * Pack::count);
+      count -= first;
     }
 
     /// The lanes of the last pack that have no point get the origin.
     void close() {
-      const Pack zero(0.0f);
-      zero.store(x + count);
-      zero.store(y + count);
-      zero.store(z + count);
+      for (float* const values : {u, v, z}) Pack(0.0f).store(values + count);
     }
 
-    float x[room], y[room], z[room], places[room];
+    float u[room], v[room], z[room];
+    int places[room];
     int count = 0;
   };
 
+  using CollectedOfCase = Collected<block + Pack::count>;
+
   /// The lanes that take two integrals, for the edges along each direction.
   struct Cases {
-    unsigned u, v;
-    bool alike() const { return (u == 0 || u == allLanes) && (v == 0 || v == allLanes); }
+    unsigned x, y;
+    bool alike() const { return (x == 0 || x == allLanes) && (y == 0 || y == allLanes); }
+    /// Of lanes that are alike.
+    int index() const { return static_cast<int>((x & 1) + 2 * (y & 1)); }
   };
-
-  static Points load(const float* positions) {
-    Points points;
-    Set::loadTriples(positions, points.x.value, points.y.value, points.z.value);
-    return points;
-  }
 
   const float* point(std::ptrdiff_t n) const { return positions_ + 3 * n; }
 
+  static Points load(const float* positions) {
+    Pack x, y, z;
+    Set::loadTriples(positions, x.value, y.value, z.value);
+    return {absolute(x), absolute(y), z};
+  }
+
+  Mask splitX(const Points& points) const { return footSplits<float>(points.u, Pack(a_)); }
+  Mask splitY(const Points& points) const { return footSplits<float>(points.v, Pack(b_)); }
   Cases casesOf(const Points& points) const {
-    return {footSplits<float>(absolute(points.x), Pack(a_)).bits(),
-            footSplits<float>(absolute(points.y), Pack(b_)).bits()};
+    return {splitX(points).bits(), splitY(points).bits()};
   }
 
-  void evaluate(const Points& points, Complex* pressures) const {
-    if constexpr (!std::is_same_v<Set, ModerateSet>)
-      if (moderate(points)) return evaluateWith<emulation::Lanes<ModerateSet>>(points, pressures);
-    evaluateWith<Pack>(points, pressures);
+  /// For packs of one case. What is known before needs no masks, and makes a branch less.
+  void evaluate(int index, const Points& points, Complex* pressures) const {
+    if (!moderate(points)) return evaluateAny(points, pressures);
+    using All = AllLanes<ModeratePack>;
+    using None = NoLane<ModeratePack>;
+    switch (index) {
+      case 0:
+        return evaluateAlike<None, None>(points, pressures);
+      case 1:
+        return evaluateAlike<All, None>(points, pressures);
+      case 2:
+        return evaluateAlike<None, All>(points, pressures);
+      default:
+        return evaluateAlike<All, All>(points, pressures);
+    }
   }
 
-  template <class Lane>
-  void evaluateWith(const Points& points, Complex* pressures) const {
-    const ComplexPair<Lane> p =
-        pointPressure<HalfAngleIntegrand>(Lane::of(points.x.value), Lane::of(points.y.value),
-                                          Lane::of(points.z.value), a_, b_, k_, rule_);
+  template <class SplitX, class SplitY>
+  __attribute__((noinline)) void evaluateAlike(const Points& points, Complex* pressures) const {
+    using Lane = ModeratePack;
+    const MirroredPoint<Lane, SplitX, SplitY> point{
+        Lane::of(points.u.value), Lane::of(points.v.value), Lane::of(points.z.value), {}, {}};
+    const ComplexPair<Lane> p = pointPressure<NearHalfAngleIntegrand>(point, a_, b_, wave_, rule_);
+    Set::storePairs(&pressures->re, p.re.value, p.im.value);
+  }
+
+  /// For any pack.
+  __attribute__((noinline)) void evaluateAny(const Points& points, Complex* pressures) const {
+    const MirroredPoint<Pack, Mask, Mask> point{points.u, points.v, points.z, splitX(points),
+                                                splitY(points)};
+    const ComplexPair<Pack> p =
+        pointPressure<HalfAngleIntegrand>(point, a_, b_, HalfPhase<Pack>(k_), rule_);
     Set::storePairs(&pressures->re, p.re.value, p.im.value);
   }
 
   // Points are moderate that lie neither in the planes through the edges nor too far from the
   // piston for its phase, in a unit in which |k| is at least 2^-10 and lengths go up to 2^20:
-  // metres or millimetres, say. Then a node's D is at least the square of `besidePlanes`, and R − z
-  // at least 2^-61. The sine of half its phase is 0 or at least 2^-72: below half a turn since R −
-  // z is so long, and above since no product of two floats up to 2^22 half turns is so near to a
-  // whole one.
-
-  static constexpr float besidePlanes = 0x1p-20f;
+  // metres or millimetres, say. Then a node's D is at least the square of the point's distance from
+  // those planes, and R − z at least 2^-61. The sine of half its phase is 0 or at least 2^-72:
+  // below half a turn since R − z is so long, and above since no phase of so few turns is so near
+  // to a whole number of half turns.
 
   bool moderate(const Points& points) const {
-    const Pack u = absolute(points.x), v = absolute(points.y), z = absolute(points.z);
-    const auto lanes = (Pack(besidePlanes) <= absolute(u - absolute(Pack(a_)))) &
-                       (Pack(besidePlanes) <= absolute(v - absolute(Pack(b_)))) &
-                       (u + v + (z + z) <= Pack(moderateReach_));
+    const Pack nearX = points.u - Pack(a_), nearY = points.v - Pack(b_), least(0x1p-40f);
+    const Pack length = multiplyAdd(Pack(2.0f), absolute(points.z), points.u + points.v);
+    const auto lanes =
+        (length <= Pack(moderateReach_)) & (least <= nearX * nearX) & (least <= nearY * nearY);
     return lanes.bits() == allLanes;
   }
 
@@ -140,20 +203,18 @@ class PackEvaluation {
   static float moderateReach(float a, float b, float k, const SymmetricRule<float>& rule) {
     for (int i = 0; i < rule.N / 2; ++i)
       if (!(-1 <= rule.x[i] && rule.x[i] <= 1)) return -1;
-    const float wavenumber = k < 0 ? -k : k, sides = (a < 0 ? -a : a) + (b < 0 ? -b : b);
-    if (!(wavenumber >= 0x1p-10f)) return -1;
+    const float wavenumber = k < 0 ? -k : k;
+    if (!(a >= 0 && b >= 0 && wavenumber >= 0x1p-10f)) return -1;
     const float reach = 0x1p21f / wavenumber;
-    return (reach < 0x1p20f ? reach : 0x1p20f) - sides;
+    return (reach < 0x1p20f ? reach : 0x1p20f) - (a + b);
   }
 
   /// Collects points that stand at `first` and after.
   void collect(const Points& points, Cases cases, int first, unsigned lanes) {
-    static constexpr float steps[16] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
-    const Pack places = Pack(static_cast<float>(first)) + Pack::load(steps);
-    collected_[0].append(points, places, ~cases.u & ~cases.v & lanes);
-    collected_[1].append(points, places, cases.u & ~cases.v & lanes);
-    collected_[2].append(points, places, ~cases.u & cases.v & lanes);
-    collected_[3].append(points, places, cases.u & cases.v & lanes);
+    collected_[0].append(points, first, ~cases.x & ~cases.y & lanes);
+    collected_[1].append(points, first, cases.x & ~cases.y & lanes);
+    collected_[2].append(points, first, ~cases.x & cases.y & lanes);
+    collected_[3].append(points, first, cases.x & cases.y & lanes);
   }
 
   /// The points that fill no pack.
@@ -165,45 +226,52 @@ class PackEvaluation {
     collect(points, casesOf(points), first, allLanes >> (Pack::count - count));
   }
 
-  void evaluateCollected() {
-    Collected<4 * Pack::count> rests;
-    for (auto& points : collected_) {
-      points.close();
-      const int rest = points.count % Pack::count, packed = points.count - rest;
-      evaluateCollected(points, packed);
-      rests.append(points.pack(packed), Pack::load(points.places + packed), (1u << rest) - 1);
+  /// All of a case but those that fill no pack yet.
+  void evaluateCollected(int index) {
+    auto& points = collected_[index];
+    int n = 0;
+    for (; n + Pack::count <= points.count; n += Pack::count) {
+      Complex pressures[Pack::count];
+      evaluate(index, points.pack(n), pressures);
+      scatter(pressures, points.places + n, Pack::count);
     }
-    rests.close();
-    evaluateCollected(rests, rests.count);
+    points.dropBefore(n);
   }
 
-  template <int most>
-  void evaluateCollected(const Collected<most>& points, int count) const {
-    for (int n = 0; n < count; n += Pack::count) {
-      Complex pressures[Pack::count];
-      evaluate(points.pack(n), pressures);
-      const int lanes = count - n < Pack::count ? count - n : Pack::count;
-      for (int lane = 0; lane < lanes; ++lane)
-        pressures_[static_cast<int>(points.places[n + lane])] = pressures[lane];
+  /// Those that fill no pack of their case.
+  void evaluateRests() {
+    Collected<4 * Pack::count> rests;
+    for (int index = 0; index < 4; ++index) {
+      evaluateCollected(index);
+      rests.append(collected_[index]);
     }
+    rests.close();
+    for (int n = 0; n < rests.count; n += Pack::count) {
+      Complex pressures[Pack::count];
+      evaluateAny(rests.pack(n), pressures);
+      const int left = rests.count - n;
+      scatter(pressures, rests.places + n, left < Pack::count ? left : Pack::count);
+    }
+  }
+
+  void scatter(const Complex* pressures, const int* places, int count) const {
+    for (int n = 0; n < count; ++n) pressures_[places[n]] = pressures[n];
   }
 
   const float* const positions_;
   Complex* const pressures_;
   const int count_;
   const float a_, b_, k_;
-  const SymmetricRule<float>& rule_;
+  const HalfPhase<ModeratePack> wave_;
   const float moderateReach_;
-  Collected<capacity> collected_[4];
+  const Rule rule_;
+  CollectedOfCase collected_[4];
 };
 
 template <class Set, class ModerateSet = Set>
 void evaluatePacks(const float* positions, Complex* pressures, int count, float a, float b, float k,
                    const SymmetricRule<float>& rule) {
-  using Evaluation = PackEvaluation<Set, ModerateSet>;
-  constexpr std::ptrdiff_t most = Evaluation::capacity;
-  for (; count > 0; positions += 3 * most, pressures += most, count -= int{most})
-    Evaluation(positions, pressures, count < most ? count : int{most}, a, b, k, rule).run();
+  PackEvaluation<Set, ModerateSet>(positions, pressures, count, a, b, k, rule).run();
 }
 
 }  // namespace pistonfield

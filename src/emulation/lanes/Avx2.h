@@ -34,9 +34,17 @@ struct Avx2 {
     store(to, _mm256_permute2f128_ps(low, high, 0x20));
     store(to + 8, _mm256_permute2f128_ps(low, high, 0x31));
   }
-  static void storeChosen(float* to, unsigned lanes, Register x) {
-    const auto* const places = reinterpret_cast<const __m256i*>(lanePlaces<Avx2>.of[lanes]);
-    store(to, _mm256_permutevar8x32_ps(x, _mm256_load_si256(places)));
+
+  using Choice = __m256i;
+  static Choice choice(unsigned lanes) {
+    return _mm256_load_si256(reinterpret_cast<const __m256i*>(lanePlaces<Avx2>.of[lanes]));
+  }
+  static void storeChosen(float* to, Choice lanes, Register x) {
+    store(to, _mm256_permutevar8x32_ps(x, lanes));
+  }
+  static void storePlaces(int* to, Choice lanes, int first) {
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(to),
+                        _mm256_add_epi32(lanes, _mm256_set1_epi32(first)));
   }
 
   static Mask less(Register x, Register y) { return _mm256_cmp_ps(x, y, _CMP_LT_OQ); }

@@ -33,8 +33,17 @@ struct Avx512 {
     store(to, _mm512_permutex2var_ps(first, low, second));
     store(to + 16, _mm512_permutex2var_ps(first, high, second));
   }
-  static void storeChosen(float* to, unsigned lanes, Register x) {
-    store(to, _mm512_maskz_compress_ps(static_cast<Mask>(lanes), x));
+
+  using Choice = __m512i;
+  static Choice choice(unsigned lanes) {
+    const __m512i all = _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+    return _mm512_maskz_compress_epi32(static_cast<Mask>(lanes), all);
+  }
+  static void storeChosen(float* to, Choice lanes, Register x) {
+    store(to, _mm512_permutexvar_ps(lanes, x));
+  }
+  static void storePlaces(int* to, Choice lanes, int first) {
+    _mm512_storeu_si512(to, _mm512_add_epi32(lanes, _mm512_set1_epi32(first)));
   }
 
   static Mask less(Register x, Register y) { return _mm512_cmp_ps_mask(x, y, _CMP_LT_OQ); }

@@ -25,8 +25,14 @@ struct Neon {
   static void storePairs(float* to, Register first, Register second) {
     vst2q_f32(to, {first, second});
   }
-  static void storeChosen(float* to, unsigned lanes, Register x) {
+
+  using Choice = unsigned;
+  static Choice choice(unsigned lanes) { return lanes; }
+  static void storeChosen(float* to, Choice lanes, Register x) {
     storeOneByOne<Neon>(to, lanes, x);
+  }
+  static void storePlaces(int* to, Choice lanes, int first) {
+    storePlacesOneByOne<Neon>(to, lanes, first);
   }
 
   static Mask less(Register x, Register y) { return vcltq_f32(x, y); }

@@ -13,4 +13,13 @@ void storeOneByOne(float* to, unsigned lanes, typename Set::Register x) {
   }
 }
 
+/// Stores first + the number of each lane, likewise.
+template <class Set>
+void storePlacesOneByOne(int* to, unsigned lanes, int first) {
+  for (int lane = 0; lane < Set::width; ++lane) {
+    *to = first + lane;
+    to += lanes >> lane & 1;
+  }
+}
+
 }  // namespace emulation

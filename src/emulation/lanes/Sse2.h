@@ -26,8 +26,14 @@ struct Sse2 {
     store(to, _mm_unpacklo_ps(first, second));
     store(to + 4, _mm_unpackhi_ps(first, second));
   }
-  static void storeChosen(float* to, unsigned lanes, Register x) {
+
+  using Choice = unsigned;
+  static Choice choice(unsigned lanes) { return lanes; }
+  static void storeChosen(float* to, Choice lanes, Register x) {
     storeOneByOne<Sse2>(to, lanes, x);
+  }
+  static void storePlaces(int* to, Choice lanes, int first) {
+    storePlacesOneByOne<Sse2>(to, lanes, first);
   }
 
   static Mask less(Register x, Register y) { return _mm_cmplt_ps(x, y); }
