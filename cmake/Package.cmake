@@ -9,7 +9,7 @@ set(header_dir ${CMAKE_INSTALL_INCLUDEDIR}/pistonfield)
 
 set(libraries pistonfield)
 if(NOT PISTONFIELD_USE_CUDA)
-  list(APPEND libraries pistonfield_emulation)
+  list(APPEND libraries pistonfield_emulation pistonfield_parallel)
 endif()
 install(TARGETS ${libraries} EXPORT pistonfieldTargets FILE_SET HEADERS DESTINATION ${header_dir})
 install(EXPORT pistonfieldTargets NAMESPACE pistonfield:: DESTINATION ${package_dir})

@@ -1,7 +1,7 @@
 #include <cstdint>
 
 #include "emulation/Call.h"
-#include "emulation/Spread.h"
+#include "parallel/Spread.h"
 
 namespace emulation {
 namespace {
@@ -30,7 +30,7 @@ cudaError_t launch(dim3 grid, dim3 block, std::size_t sharedMemory,
     if (sharedMemory > 49152) return cudaErrorInvalidValue;
     const std::uint64_t threads =
         std::uint64_t{grid.x} * grid.y * grid.z * block.x * block.y * block.z;
-    spread(threads, runLength, [&](std::uint64_t first, std::uint64_t last) {
+    parallel::spread(threads, runLength, [&](std::uint64_t first, std::uint64_t last) {
       threadRun = {first, last};
       kernel();
     });

@@ -3,8 +3,8 @@
 #include <limits>
 
 #include "emulation/Call.h"
-#include "emulation/Cores.h"
-#include "emulation/Spread.h"
+#include "parallel/Cores.h"
+#include "parallel/Spread.h"
 
 using emulation::Allocation;
 using emulation::memoryAlignment;
@@ -16,8 +16,8 @@ namespace {
 /// One core alone does not fill the way to the memory; where there is but one, a copy in one piece
 /// is the fastest.
 void copy(std::byte* destination, const std::byte* source, std::size_t size) {
-  const std::size_t length = emulation::cores() > 1 ? std::size_t{1} << 18 : size;
-  emulation::spread(size, length, [&](std::size_t first, std::size_t last) {
+  const std::size_t length = parallel::cores() > 1 ? std::size_t{1} << 18 : size;
+  parallel::spread(size, length, [&](std::size_t first, std::size_t last) {
     std::memcpy(destination + first, source + first, last - first);
   });
 }

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <iterator>
 
-#include "emulation/Cores.h"
+#include "parallel/Cores.h"
 
 namespace emulation {
 namespace {
@@ -13,7 +13,7 @@ std::vector<Device> ownDevices() {
   std::strncpy(device.properties.name, "Device Emulation (CPU)", sizeof device.properties.name - 1);
   device.properties.major = 9999;
   device.properties.minor = 9999;
-  device.properties.multiProcessorCount = static_cast<int>(cores());
+  device.properties.multiProcessorCount = static_cast<int>(parallel::cores());
   device.clockRate = 1000000;  // nominal: whoever ranks devices by it wants a positive number
   return {device};
 }

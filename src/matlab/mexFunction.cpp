@@ -1,5 +1,7 @@
 #include <mex.h>
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -14,6 +16,7 @@
 #include "matlab/Arguments.h"
 #include "matlab/MatlabErrorHandler.h"
 #include "matlab/hosts/Interruption.h"
+#include "parallel/Spread.h"
 #include "version.h"
 
 // p = pistonfield(points, ignored, l, s, k, mode, nabscissas)
@@ -67,12 +70,18 @@ void loadOrder(int order) {
   setCudaIntegratorParameters(model, order);
 }
 
+// Numbers are converted by all cores, each at least so many points at once.
+constexpr std::uint64_t pointsAtOnce = 1 << 14;
+
 /// x, y, z of every point of the grid.
 std::unique_ptr<float[]> narrowed(const GridUnstructured<double>& grid) {
   std::unique_ptr<float[]> positions(new float[3 * grid.positions.size()]);
-  float* component = positions.get();
-  for (const MVector<double, 3>& position : grid.positions)
-    for (int axis = 0; axis < 3; ++axis) *component++ = static_cast<float>(position[axis]);
+  parallel::spread(grid.positions.size(), pointsAtOnce, [&](std::size_t first, std::size_t last) {
+    float* component = &positions[3 * first];
+    for (std::size_t i = first; i < last; ++i)
+      for (int axis = 0; axis < 3; ++axis)
+        *component++ = static_cast<float>(grid.positions[i][axis]);
+  });
   return positions;
 }
 
@@ -89,10 +98,12 @@ std::unique_ptr<Complex[]> evaluate(const RectangularPistonCuda2& piston,
 }
 
 void widen(const Complex* pressures, std::size_t count, double* re, double* im) {
-  for (std::size_t i = 0; i < count; ++i) {
-    re[i] = pressures[i].re;
-    im[i] = pressures[i].im;
-  }
+  parallel::spread(count, pointsAtOnce, [&](std::size_t first, std::size_t last) {
+    for (std::size_t i = first; i < last; ++i) {
+      re[i] = pressures[i].re;
+      im[i] = pressures[i].im;
+    }
+  });
 }
 
 void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {

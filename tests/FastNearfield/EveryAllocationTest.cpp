@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "FastNearfield/Ways.h"
-#include "emulation/Cores.h"
+#include "parallel/Cores.h"
 #include "support/FailingAllocation.h"
 #include "support/OneCore.h"
 #include "support/Threads.h"
@@ -132,7 +132,7 @@ class EveryAllocationTest : public launchers::Test, public testing::WithParamInt
 TEST_P(EveryAllocationTest, FailsAsAnErrorAndLeavesNothing) {
   const Count once = failEach(false);
   EXPECT_GT(once.failed, 0u);
-  const bool wantsThreads = GetParam().call == longWork && emulation::cores() > 1;
+  const bool wantsThreads = GetParam().call == longWork && parallel::cores() > 1;
   EXPECT_TRUE(once.survived > 0 || !wantsThreads) << "no thread was wanted";
   EXPECT_GT(failEach(true).failed, 0u);
 }

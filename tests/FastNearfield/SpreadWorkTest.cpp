@@ -5,7 +5,7 @@
 
 #include "FastNearfield/IntegratorCuda.h"
 #include "FastNearfield/RectangularPistonCuda.h"
-#include "emulation/Cores.h"
+#include "parallel/Cores.h"
 #include "support/DeviceTest.h"
 #include "support/SameBits.h"
 
@@ -55,7 +55,7 @@ class SpreadWorkTest : public support::DeviceTest {
 TEST_F(SpreadWorkTest, ManyPointsGiveWhatFewGive) {
   const double before = othersTime();
   const std::vector<Complex> together = pressures(0, count);
-  if (emulation::cores() > 1) {
+  if (parallel::cores() > 1) {
     EXPECT_GT(othersTime() - before, 0.001);
   }
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "core/CudaToday.h"
-#include "emulation/Cores.h"
+#include "parallel/Cores.h"
 #include "support/DeviceTest.h"
 
 using pistonfield::launch;
@@ -63,8 +63,8 @@ TEST_F(EmulatedLaunchTest, LongWorkIsSpreadOverAllCores) {
   EXPECT_EQ(launch(sleepAwhile, dim3(64), dim3(1024), &ids, &mutex), cudaSuccess);
   EXPECT_GT(ids.size(), 4u);
   const std::set<std::thread::id> distinct(ids.begin(), ids.end());
-  EXPECT_LE(distinct.size(), emulation::cores());
-  if (emulation::cores() > 1) {
+  EXPECT_LE(distinct.size(), parallel::cores());
+  if (parallel::cores() > 1) {
     EXPECT_GT(distinct.size(), 1u);
   }
 }

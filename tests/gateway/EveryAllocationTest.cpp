@@ -2,8 +2,8 @@
 #include <string>
 #include <vector>
 
-#include "emulation/Cores.h"
 #include "gateway/EmulatedGatewayTest.h"
+#include "parallel/Cores.h"
 #include "support/FailingAllocation.h"
 #include "support/OneCore.h"
 #include "support/Threads.h"
@@ -101,7 +101,7 @@ TEST_F(GatewayEveryAllocationTest, FailsAsOneErrorUnlessAThreadCanBeDoneWithout)
   inputs = arguments.first(7);
   const Count once = failEach(false, leaveAlone);
   EXPECT_GT(once.failed, 10u);
-  EXPECT_TRUE(once.survived > 0 || emulation::cores() == 1) << "no thread was wanted";
+  EXPECT_TRUE(once.survived > 0 || parallel::cores() == 1) << "no thread was wanted";
 }
 
 TEST_F(GatewayEveryAllocationTest, FailsAsOneErrorInACallWithAnOrder) {

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <cstddef>
 
 #include "gateway/GatewayTest.h"
 #include "support/ReferenceField.h"
@@ -135,6 +136,23 @@ TEST_F(PressureTest, PointsKeepTheirOrder) {
   EXPECT_EQ(p[0], q[1]);
   EXPECT_EQ(p[1], q[0]);
   EXPECT_NE(p[0], p[1]);
+}
+
+TEST_F(PressureTest, ManyPointsGiveWhatFewGive) {
+  // So many that their numbers are converted by all cores.
+  constexpr std::size_t count = 300000, few = 5000;
+  std::vector<double> x(3 * count);
+  for (std::size_t i = 0; i < x.size(); ++i) x[i] = 0.02 * std::sin(static_cast<double>(i));
+  Arguments arguments;
+  arguments.points = host::matrix(3, count, x);
+  const Pressures together = pressures(arguments);
+  ASSERT_EQ(together.size(), count);
+  for (std::size_t first = 0; first < count; first += few) {
+    const auto begin = x.begin() + static_cast<std::ptrdiff_t>(3 * first);
+    arguments.points = host::matrix(3, few, {begin, begin + 3 * few});
+    const auto part = together.begin() + static_cast<std::ptrdiff_t>(first);
+    ASSERT_EQ(pressures(arguments), Pressures(part, part + few)) << first;
+  }
 }
 
 TEST_F(PressureTest, SidesLieAlongTheirAxes) {

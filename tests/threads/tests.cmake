@@ -9,5 +9,7 @@ add_executable(thread_tests EXCLUDE_FROM_ALL
   emulation/LaunchTest.cpp
   emulation/MemoryTest.cpp
   FastNearfield/LaunchersAgreeTest.cpp
-  FastNearfield/SpreadWorkTest.cpp)
-target_link_libraries(thread_tests PRIVATE pistonfield test_support GTest::gtest_main)
+  FastNearfield/SpreadWorkTest.cpp
+  parallel/SpreadTest.cpp)
+target_link_libraries(thread_tests PRIVATE pistonfield pistonfield_parallel test_support
+                                           GTest::gtest_main)

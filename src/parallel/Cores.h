@@ -6,7 +6,7 @@
 
 #include <thread>
 
-namespace emulation {
+namespace parallel {
 
 /// The CPU cores that this process may use, at least 1. A batch system, or a user with taskset, may
 /// leave it fewer than the machine has.
@@ -20,4 +20,4 @@ inline unsigned cores() {
   return count > 0 ? count : 1;
 }
 
-}  // namespace emulation
+}  // namespace parallel

@@ -1,4 +1,4 @@
-#include "emulation/Spread.h"
+#include "parallel/Spread.h"
 
 #include <algorithm>
 #include <atomic>
@@ -10,9 +10,9 @@
 #include <thread>
 #include <vector>
 
-#include "emulation/Cores.h"
+#include "parallel/Cores.h"
 
-namespace emulation {
+namespace parallel {
 namespace {
 
 /// Work that ends within this time never starts a thread, which costs about as much.
@@ -50,13 +50,14 @@ class Ranges {
   }
 
  private:
-  /// A quarter of a thread's share of what is left, so that all have work to the end.
+  /// At most a quarter of a thread's share of what is left, so that all have work to the end.
   bool runOne(std::uint64_t threads, std::uint64_t longest) {
     std::uint64_t first = next_, last = 0;
     do {
       if (first >= count_) return false;
-      const std::uint64_t share = (count_ - first) / threads;
-      last = std::min(first + std::clamp(share / 4, length_, longest), count_);
+      const std::uint64_t left = count_ - first;
+      const std::uint64_t some = left / threads / 4 / length_ * length_;
+      last = first + std::min(std::clamp(some, length_, longest), left);
     } while (!next_.compare_exchange_weak(first, last));
     try {
       body_(first, last);
@@ -95,4 +96,4 @@ void spread(std::uint64_t count, std::uint64_t length, const Body& body) {
   ranges.rethrow();
 }
 
-}  // namespace emulation
+}  // namespace parallel
