@@ -388,6 +388,7 @@ PISTONFIELD_INLINED ComplexPair<Lane> pointPressure(
   Edges restAlongY(nearX, farX, select(splitY, nearY, none), none);
   Edges restAlongX(nearY, farY, select(splitX, nearX, none), none);
 
+  // Where it is known before which intervals there are, each starts in the last nodes of another.
   Quadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f, rule);
   constexpr bool known = IsKnown<SplitX>::value && IsKnown<SplitY>::value;
   if constexpr (known) {
