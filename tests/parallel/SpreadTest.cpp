@@ -29,8 +29,8 @@ std::vector<Range> ranges(std::uint64_t count, std::uint64_t length) {
 }
 
 TEST(SpreadTest, RangesMakeUpTheWhole) {
-  for (const std::uint64_t count : {0, 1, 9, 10, 11, 79, 80, 81, 1000, 12345})
-    for (const std::uint64_t length : {1, 10, 4096}) {
+  for (const std::uint64_t count : {0u, 1u, 9u, 10u, 11u, 79u, 80u, 81u, 1000u, 12345u})
+    for (const std::uint64_t length : {1u, 10u, 4096u}) {
       std::uint64_t end = 0;
       for (const auto& [first, last] : ranges(count, length)) {
         ASSERT_EQ(first, end) << count << ", " << length;
