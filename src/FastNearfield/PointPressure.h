@@ -30,8 +30,8 @@ struct SymmetricRule {
   __host__ __device__ Real fromEnd(int i) const { return Real(1) + x[i]; }
 };
 
-// All functions of a point are inlined always: as functions they would hand registers
-// over through memory, for a tenth of the time at low orders.
+// All that a point takes is inlined, always: called, it would hand registers over through memory,
+// for a tenth of the time at low orders.
 #define PISTONFIELD_INLINED __host__ __device__ __attribute__((always_inline)) inline
 
 // An integrand is made of z and of what it wants of k, a `Wave`. It gives (exp(−ikR) − exp(−ikz))/D
