@@ -106,11 +106,6 @@ class NearHalfAngleIntegrand : public HalfAngleIntegrand<Lane> {
  public:
   PISTONFIELD_INLINED NearHalfAngleIntegrand(Lane z, HalfPhase<Lane> half)
       : HalfAngleIntegrand<Lane>(z, half, half(z)) {}
-
-  PISTONFIELD_INLINED static ComplexPair<Lane> ifTold(ComplexPair<Lane> p, Lane /*across*/,
-                                                      Lane /*along*/) {
-    return p;
-  }
 };
 
 /// The same in double precision as it is written, but with the magnitude of a coordinate, the
@@ -244,8 +239,7 @@ class EdgePair {
     F2_ = multiplyAdd(weight, f.at(D2, f.path(D2)), F2_);
   }
 
-  /// d1·F(d1) − d2·F(d2). An empty interval gives 0, also where the integrand has no value: above a
-  /// corner.
+  /// d1·F(d1) − d2·F(d2).
   PISTONFIELD_INLINED ComplexPair<Lane> difference() const { return difference(h_); }
 
   /// The same, twice where `once` does not hold.
@@ -254,12 +248,17 @@ class EdgePair {
     return difference(select(once, h_, h_ + h_));
   }
 
+  /// The difference, or 0 for an empty interval: also where the integrand has no value, above a
+  /// corner.
+  PISTONFIELD_INLINED ComplexPair<Lane> unlessEmpty(ComplexPair<Lane> difference) const {
+    const Lane none(Real(0));
+    return select(lo_ == hi_, ComplexPair<Lane>{none, none}, difference);
+  }
+
  private:
   PISTONFIELD_INLINED ComplexPair<Lane> difference(Lane h) const {
-    const Lane zero(Real(0));
-    const auto empty = lo_ == hi_;
-    return {select(empty, zero, h * multiplyAdd(d1_, F1_.re, -(d2_ * F2_.re))),
-            select(empty, zero, h * multiplyAdd(d1_, F1_.im, -(d2_ * F2_.im)))};
+    return {h * multiplyAdd(d1_, F1_.re, -(d2_ * F2_.re)),
+            h * multiplyAdd(d1_, F1_.im, -(d2_ * F2_.im))};
   }
 
   Lane d1_, d2_, dd1_, dd2_, lo_, hi_, h_;
@@ -277,20 +276,15 @@ class Quadrature {
   PISTONFIELD_INLINED Quadrature(const Integrand& f, const Rule& rule)
       : f_(f), rule_(rule), pairs_(rule.N / 2) {}
 
-  /// The first pair of nodes of the edges that are integrated next. Where a rule has none, what is
+  /// With the first nodes of a pair of edges started elsewhere.
+  PISTONFIELD_INLINED Quadrature(const Integrand& f, const Rule& rule, const Nodes<Lane>& started)
+      : f_(f), rule_(rule), pairs_(rule.N / 2), nodes_(started) {}
+
+  /// The first nodes of the edges that are integrated next. Where a rule has no pair, what is
   /// started is not added.
   PISTONFIELD_INLINED void start(const Edges& edges) {
     nodes_ = edges.nodes(pairs_ > 0 ? rule_.fromEnd(0) : Real(0));
     for (int n = 0; n < 4; ++n) nodes_.path[n] = f_.path(nodes_.D[n]);
-  }
-
-  /// Edges that have been started; starts the next ones.
-  PISTONFIELD_INLINED void integrate(Edges& edges, const Edges& next) {
-    if (pairs_ > 0) {
-      addAllButLast(edges);
-      add(edges, pairs_ - 1, next, 0);
-    }
-    addMiddle(edges);
   }
 
   /// Edges that have not been started, and starts none.
@@ -298,23 +292,42 @@ class Quadrature {
     start(edges);
     if (pairs_ > 0) {
       addAllButLast(edges);
-      addLast(edges);
+      addLast(edges, [](int) __attribute__((always_inline)){});
     }
     addMiddle(edges);
   }
 
-  /// The last two, in turns. The first has been started.
-  PISTONFIELD_INLINED void integrateLast(Edges& one, Edges& other) {
+  /// Two in turns, the first of which has been started; starts none.
+  PISTONFIELD_INLINED void integrate(Edges& one, Edges& other) {
     if (pairs_ > 0) {
-      for (int i = 1; i < pairs_; ++i) {
-        add(one, i - 1, other, i - 1);
-        add(other, i - 1, one, i);
-      }
-      add(one, pairs_ - 1, other, pairs_ - 1);
-      addLast(other);
+      addInTurns(one, other);
+      addLast(other, [](int) __attribute__((always_inline)){});
     }
     addMiddle(one);
     addMiddle(other);
+  }
+
+  // With a rule of at least one pair, the last nodes can start others.
+
+  /// Edges that have been started; starts the next ones.
+  PISTONFIELD_INLINED void integrateBefore(const Edges& next, Edges& edges) {
+    addAllButLast(edges);
+    add(edges, pairs_ - 1, next, 0);
+    addMiddle(edges);
+  }
+
+  /// Two in turns, the first of which has been started. Returns the first nodes, started, of the
+  /// PointIntegrals that `next` returns.
+  template <class Next>
+  PISTONFIELD_INLINED Nodes<Lane> integrateBefore(const Next& next, Edges& one, Edges& other) {
+    addInTurns(one, other);
+    const auto follower = next();
+    Nodes<Lane> following = follower.firstNodes(rule_);
+    addLast(
+        other, [&](int n) __attribute__((always_inline)) { follower.start(following, n); });
+    addMiddle(one);
+    addMiddle(other);
+    return following;
   }
 
  private:
@@ -332,8 +345,18 @@ class Quadrature {
     for (int i = 1; i < pairs_; ++i) add(edges, i - 1, edges, i);
   }
 
-  PISTONFIELD_INLINED void addLast(Edges& edges) {
-    edges.add(f_, rule_.w[pairs_ - 1], nodes_, [](int) __attribute__((always_inline)){});
+  /// All but the last of the other one.
+  PISTONFIELD_INLINED void addInTurns(Edges& one, Edges& other) {
+    for (int i = 1; i < pairs_; ++i) {
+      add(one, i - 1, other, i - 1);
+      add(other, i - 1, one, i);
+    }
+    add(one, pairs_ - 1, other, pairs_ - 1);
+  }
+
+  template <class Meanwhile>
+  PISTONFIELD_INLINED void addLast(Edges& edges, const Meanwhile& meanwhile) {
+    edges.add(f_, rule_.w[pairs_ - 1], nodes_, meanwhile);
   }
 
   PISTONFIELD_INLINED void addMiddle(Edges& edges) {
@@ -353,6 +376,18 @@ PISTONFIELD_INLINED auto footSplits(Lane offset, Lane half) {
   return (offset > Lane(static_cast<Real>(1e-7))) & (offset <= half);
 }
 
+/// Whether a point lies beyond the ends of a pair of edges, where it is not known that its foot
+/// splits them.
+template <class Split, class Lane>
+PISTONFIELD_INLINED auto liesBeyond(Split /*splits*/, Lane offset, Lane half) {
+  return offset > half;
+}
+template <class Lane>
+PISTONFIELD_INLINED NoLane<Lane> liesBeyond(AllLanes<Lane> /*splits*/, Lane /*offset*/,
+                                            Lane /*half*/) {
+  return {};
+}
+
 /// A point mirrored to where x = u ≥ 0 and y = v ≥ 0, and whether the feet of its perpendiculars
 /// split the edges along x and along y: as `footSplits` says, or one of the conditions that are
 /// known before.
@@ -363,69 +398,139 @@ struct MirroredPoint {
   SplitY splitY;
 };
 
-/// The complex pressure at a point of the piston of half-width a along x and half-height b along y,
-/// in the plane z = 0, with the time factor exp(+iωt). z keeps its sign: the field is that of the
-/// formula, which no mirror symmetry in z holds for. 0 where single precision has lost the phase
-/// altogether: farther than some 4·10⁶ wavelengths to the side or behind. `Rule` has a
-/// SymmetricRule's w, N and fromEnd.
-template <template <class> class IntegrandOf, class Lane, class SplitX, class SplitY, class Real,
-          class Rule>
-PISTONFIELD_INLINED ComplexPair<Lane> pointPressure(
-    const MirroredPoint<Lane, SplitX, SplitY>& point, Real a, Real b,
-    typename IntegrandOf<Lane>::Wave wave, const Rule& rule) {
-  const auto [u, v, z, splitX, splitY] = point;
-  const IntegrandOf<Lane> f(z, wave);
-  const Lane none(Real(0)), A(a), B(b);
-  const Lane nearX = u - A, farX = u + A, nearY = v - B, farY = v + B;
+/// The integrals of a point, for a piston of half-width a along x and half-height b along y. `Rule`
+/// has a SymmetricRule's w, N and fromEnd.
+template <template <class> class IntegrandOf, class Lane, class SplitX, class SplitY, class Real>
+class PointIntegrals {
+ public:
+  using Wave = typename IntegrandOf<Lane>::Wave;
+
+  PISTONFIELD_INLINED PointIntegrals(const MirroredPoint<Lane, SplitX, SplitY>& point, Real a,
+                                     Real b, Wave wave)
+      : PointIntegrals(point, Lane(a), Lane(b), Lane(Real(0)), wave) {}
+
+  /// The pressure of any point.
+  template <class Rule>
+  PISTONFIELD_INLINED ComplexPair<Lane> pressure(const Rule& rule) {
+    Quadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f_, rule);
+    quadrature.start(alongY_);
+    quadrature.integrate(alongY_, alongX_);
+    const auto onceY = outsideY_ | point_.splitY, onceX = outsideX_ | point_.splitX;
+    ComplexPair<Lane> sumY = alongY_.unlessEmpty(alongY_.difference(onceY));
+    ComplexPair<Lane> sumX = alongX_.unlessEmpty(alongX_.difference(onceX));
+    if (any(point_.splitY)) {
+      quadrature.integrate(restAlongY_);
+      const ComplexPair<Lane> rest = restAlongY_.unlessEmpty(restAlongY_.difference());
+      sumY = select(point_.splitY, sumY + rest, sumY);
+    }
+    if (any(point_.splitX)) {
+      quadrature.integrate(restAlongX_);
+      const ComplexPair<Lane> rest = restAlongX_.unlessEmpty(restAlongX_.difference());
+      sumX = select(point_.splitX, sumX + rest, sumX);
+    }
+    // Negative sides are as long as positive ones.
+    const Lane across = point_.u + IntegrandOf<Lane>::distance(a_),
+               along = point_.v + IntegrandOf<Lane>::distance(b_);
+    return f_.ifTold(f_.complete(sumY + sumX), across, along);
+  }
+
+  // Where it is known before which intervals there are, each is started in the last nodes of
+  // another one. For points of which no interval is empty and no phase can be lost, and rules of at
+  // least one pair of nodes.
+
+  template <class Rule>
+  PISTONFIELD_INLINED ComplexPair<Lane> pressureOfKnown(const Rule& rule) {
+    Quadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f_, rule);
+    quadrature.start(first());
+    integrateRests(quadrature);
+    quadrature.integrate(alongY_, alongX_);
+    return sumOfKnown();
+  }
+
+  /// Of points that follow one another. `nodes` are the first ones, started; and then those of the
+  /// PointIntegrals that `next` returns.
+  template <class Rule, class Next>
+  PISTONFIELD_INLINED ComplexPair<Lane> pressureOfKnown(const Rule& rule, Nodes<Lane>& nodes,
+                                                        const Next& next) {
+    Quadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f_, rule, nodes);
+    integrateRests(quadrature);
+    nodes = quadrature.integrateBefore(next, alongY_, alongX_);
+    return sumOfKnown();
+  }
+
+  template <class Rule>
+  PISTONFIELD_INLINED Nodes<Lane> firstNodes(const Rule& rule) const {
+    return first().nodes(rule.fromEnd(0));
+  }
+
+  /// Starts the n-th of the first nodes.
+  PISTONFIELD_INLINED void start(Nodes<Lane>& nodes, int n) const {
+    nodes.path[n] = f_.path(nodes.D[n]);
+  }
+
+ private:
+  using Edges = EdgePair<Lane, Real>;
+  template <class Split>
+  using Beyond = decltype(liesBeyond(Split(), Lane(), Lane()));
+
   // Three cases for the edges of a direction: beyond their ends one interval; between them two,
   // split at the foot of the perpendicular, where the integrand is sharpest; in the middle two
   // equal ones, so one is doubled.
-  const auto outsideX = u > A, outsideY = v > B;
+  PISTONFIELD_INLINED PointIntegrals(const MirroredPoint<Lane, SplitX, SplitY>& point, Lane a,
+                                     Lane b, Lane none, Wave wave)
+      : point_(point),
+        a_(a),
+        b_(b),
+        f_(point.z, wave),
+        outsideX_(liesBeyond(point.splitX, point.u, a)),
+        outsideY_(liesBeyond(point.splitY, point.v, b)),
+        alongY_(point.u - a, point.u + a, select(outsideY_, point.v - b, none), point.v + b),
+        alongX_(point.v - b, point.v + b, select(outsideX_, point.u - a, none), point.u + a),
+        restAlongY_(point.u - a, point.u + a, select(point.splitY, point.v - b, none), none),
+        restAlongX_(point.v - b, point.v + b, select(point.splitX, point.u - a, none), none) {}
 
-  using Edges = EdgePair<Lane, Real>;
-  Edges alongY(nearX, farX, select(outsideY, nearY, none), farY);
-  Edges alongX(nearY, farY, select(outsideX, nearX, none), farX);
-  Edges restAlongY(nearX, farX, select(splitY, nearY, none), none);
-  Edges restAlongX(nearY, farY, select(splitX, nearX, none), none);
-
-  // Where it is known before which intervals there are, each starts in the last nodes of another.
-  Quadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f, rule);
-  constexpr bool known = IsKnown<SplitX>::value && IsKnown<SplitY>::value;
-  if constexpr (known) {
-    const Edges afterY = any(splitX) ? restAlongX : alongY;
-    quadrature.start(any(splitY) ? restAlongY : afterY);
-    if (any(splitY)) quadrature.integrate(restAlongY, afterY);
-    if (any(splitX)) quadrature.integrate(restAlongX, alongY);
-  } else {
-    quadrature.start(alongY);
+  PISTONFIELD_INLINED const Edges& first() const {
+    return any(point_.splitY) ? restAlongY_ : afterRestAlongY();
   }
-  quadrature.integrateLast(alongY, alongX);
-  ComplexPair<Lane> sumY = alongY.difference(outsideY | splitY);
-  ComplexPair<Lane> sumX = alongX.difference(outsideX | splitX);
-  if (any(splitY)) {
-    if constexpr (!known) quadrature.integrate(restAlongY);
-    sumY = select(splitY, sumY + restAlongY.difference(), sumY);
-  }
-  if (any(splitX)) {
-    if constexpr (!known) quadrature.integrate(restAlongX);
-    sumX = select(splitX, sumX + restAlongX.difference(), sumX);
+  PISTONFIELD_INLINED const Edges& afterRestAlongY() const {
+    return any(point_.splitX) ? restAlongX_ : alongY_;
   }
 
-  // Negative sides are as long as positive ones.
-  const Lane across = u + IntegrandOf<Lane>::distance(A),
-             along = v + IntegrandOf<Lane>::distance(B);
-  return f.ifTold(f.complete(sumY + sumX), across, along);
-}
+  template <class Quadrature>
+  PISTONFIELD_INLINED void integrateRests(Quadrature& quadrature) {
+    if (any(point_.splitY)) quadrature.integrateBefore(afterRestAlongY(), restAlongY_);
+    if (any(point_.splitX)) quadrature.integrateBefore(alongY_, restAlongX_);
+  }
 
-/// The same at (x, y, z).
+  PISTONFIELD_INLINED ComplexPair<Lane> sumOfKnown() const {
+    ComplexPair<Lane> sumY = alongY_.difference(outsideY_ | point_.splitY);
+    ComplexPair<Lane> sumX = alongX_.difference(outsideX_ | point_.splitX);
+    if (any(point_.splitY)) sumY = sumY + restAlongY_.difference();
+    if (any(point_.splitX)) sumX = sumX + restAlongX_.difference();
+    return f_.complete(sumY + sumX);
+  }
+
+  MirroredPoint<Lane, SplitX, SplitY> point_;
+  Lane a_, b_;
+  IntegrandOf<Lane> f_;
+  Beyond<SplitX> outsideX_;
+  Beyond<SplitY> outsideY_;
+  Edges alongY_, alongX_, restAlongY_, restAlongX_;
+};
+
+/// The complex pressure at (x, y, z) of the piston in the plane z = 0, with the time factor
+/// exp(+iωt). z keeps its sign: the field is that of the formula, which no mirror symmetry in z
+/// holds for. 0 where single precision has lost the phase altogether: farther than some 4·10⁶
+/// wavelengths to the side or behind.
 template <template <class> class IntegrandOf, class Lane, class Real, class Rule>
 __host__ __device__ inline ComplexPair<Lane> pointPressure(Lane x, Lane y, Lane z, Real a, Real b,
                                                            Real k, const Rule& rule) {
   const Lane u = IntegrandOf<Lane>::distance(x), v = IntegrandOf<Lane>::distance(y);
   const auto splitX = footSplits<Real>(u, Lane(a)), splitY = footSplits<Real>(v, Lane(b));
-  return pointPressure<IntegrandOf>(
-      MirroredPoint<Lane, decltype(splitX), decltype(splitY)>{u, v, z, splitX, splitY}, a, b,
-      typename IntegrandOf<Lane>::Wave(k), rule);
+  using Split = decltype(splitX);
+  return PointIntegrals<IntegrandOf, Lane, Split, Split, Real>({u, v, z, splitX, splitY}, a, b,
+                                                               typename IntegrandOf<Lane>::Wave(k))
+      .pressure(rule);
 }
 
 #undef PISTONFIELD_INLINED

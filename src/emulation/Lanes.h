@@ -6,11 +6,12 @@
 // `Set` is one of the instruction sets below lanes/, each a struct of a register type, a mask type
 // and the operations on them. Beside those on every lane, and load and store:
 //
-//     loadTriples  the first, second and third values of as many triples as there are lanes
-//     storePairs   a first and a second value of each lane, lane after lane
-//     choice       the lanes whose bits are set, for
-//     storeChosen  these, one after the other; up to a whole register is written
-//     storePlaces  first + the number of each of these, likewise
+//     loadTriples    the first, second and third values of as many triples as there are lanes
+//     gatherTriples  the same, of the triples that stand at given places; the number after each may
+//                    be read too
+//     storePairs     a first and a second value of each lane, lane after lane
+//     storePlaces    first + the number of each lane whose bit is set, one after the other; up to a
+//                    whole register is written
 //
 // A file that includes this is compiled for one instruction set. All that it defines is tied to
 // that set by a template parameter, so that no other file can end up with its instructions.

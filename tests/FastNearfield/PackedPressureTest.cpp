@@ -60,6 +60,7 @@ const Piston pistons[] = {
     piston,
     {0.005f, 0.01f, 4188.79f},
     {1e-6f, 3e-7f, 2e6f},  // of the size of the strip that counts as the middle
+    {1e-6f, 3e-7f, 1},     // lost in the distance of points that are near for its phase
     {0.75f, 0.0f, 12.5f},
     {0.75f, 0.5f, 0.0f},
     {0.75f, 0.5f, -12.5f},

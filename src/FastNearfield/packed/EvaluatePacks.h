@@ -9,15 +9,15 @@
 //
 // For a pair of edges a point takes one integral beyond their ends and two between them, and a pack
 // takes two as soon as one of its lanes does. Neighbours are mostly alike, and are evaluated where
-// they stand; points of packs whose lanes differ are first collected by their case.
+// they stand; points of packs whose lanes differ are first sorted by their case, and then evaluated
+// case by case, each pack started in the last nodes of the one before.
 //
 // Nothing here may be a function that other files share: theirs could become this file's, with
 // instructions that not every machine has.
 
 namespace pistonfield {
 
-/// `ModerateSet` evaluates packs of points of one case whose numbers are moderate: as
-/// `secondQuotient` wants them.
+/// `ModerateSet` evaluates points whose numbers are moderate: as `secondQuotient` wants them.
 template <class Set, class ModerateSet>
 class PackEvaluation {
  public:
@@ -34,21 +34,17 @@ class PackEvaluation {
         rule_(rule) {}
 
   void run() {
-    const int packed = count_ - count_ % Pack::count;
-    for (int first = 0, last = 0; first < packed; first = last) {
-      last = packed - first < block ? packed : first + block;
-      for (int n = first; n < last; n += Pack::count) {
-        const Points points = load(point(n));
-        const Cases cases = casesOf(points);
-        if (cases.alike())
-          evaluate(cases.index(), points, pressures_ + n);
-        else
-          collect(points, cases, n, allLanes);
-      }
-      for (int index = 0; index < 4; ++index) evaluateCollected(index);
+    if (count_ <= 0) return;
+    // A pack is gathered by reading a number more than a point has, which the last one must not be.
+    const int sorted = (count_ - 1) / Pack::count * Pack::count;
+    for (int first = 0, last = 0; first < sorted; first = last) {
+      last = sorted - first < block ? sorted : first + block;
+      for (int n = first; n < last; n += Pack::count) evaluateOrSort(n);
+      evaluateSorted();
     }
-    if (packed < count_) collectRest(packed);
-    evaluateRests();
+    for (const Places& places : ofCase_) others_.append(places);
+    for (int n = sorted; n < count_; ++n) others_.append(n);
+    evaluateOthers(others_.count);
   }
 
  private:
@@ -57,7 +53,7 @@ class PackEvaluation {
   using Mask = emulation::LaneMask<Set>;
   static constexpr unsigned allLanes = ~0u >> (32 - Pack::count);
 
-  /// After so many points those that were collected are evaluated, while they are in the cache.
+  /// After so many points those that were sorted are evaluated, while they are in the cache.
   static constexpr int block = 2048;
 
   /// A SymmetricRule with its distances from the ends computed: a register is filled with a number
@@ -78,61 +74,31 @@ class PackEvaluation {
     Pack u, v, z;
   };
 
-  /// Points with the places of their pressures. Whole registers are written, so there is room for
-  /// one more pack.
-  template <int most>
-  struct Collected {
-    static constexpr int room = most + Pack::count;
-
-    Points pack(int n) const { return {Pack::load(u + n), Pack::load(v + n), Pack::load(z + n)}; }
-
-    /// Some lanes of points that stand at `first` and after.
-    void append(const Points& points, int first, unsigned lanes) {
-      const auto choice = Set::choice(lanes);
-      Set::storeChosen(u + count, choice, points.u.value);
-      Set::storeChosen(v + count, choice, points.v.value);
-      Set::storeChosen(z + count, choice, points.z.value);
-      Set::storePlaces(places + count, choice, first);
+  /// Where points stand in the list, in ascending order.
+  struct Places {
+    /// Of lanes, given as bits, of the points that stand at `first` and after.
+    void append(int first, unsigned lanes) {
+      Set::storePlaces(of + count, lanes, first);
       count += __builtin_popcount(lanes);
     }
-
-    template <int other>
-    void append(const Collected<other>& points) {
-      for (int n = 0; n < points.count; ++n, ++count) {
-        u[count] = points.u[n];
-        v[count] = points.v[n];
-        z[count] = points.z[n];
-        places[count] = points.places[n];
-      }
+    void append(int place) { of[count++] = place; }
+    void append(const Places& places) {
+      for (int n = 0; n < places.count; ++n) append(places.of[n]);
     }
 
-    /// Leaves those from `first` on, a pack at most.
-    void dropBefore(int first) {
+    int whole() const { return count - count % Pack::count; }
+
+    /// Leaves what is no whole pack.
+    void dropWhole() {
+      const int first = whole();
       if (first == 0) return;
-      for (float* const values : {u, v, z})
-        __builtin_memcpy(values, values + first, sizeof(float) * Pack::count);
-      __builtin_memcpy(places, places + first, sizeof(int) * Pack::count);
+      __builtin_memcpy(of, of + first, sizeof(int) * Pack::count);
       count -= first;
     }
 
-    /// The lanes of the last pack that have no point get the origin.
-    void close() {
-      for (float* const values : {u, v, z}) Pack(0.0f).store(values + count);
-    }
-
-    float u[room], v[room], z[room];
-    int places[room];
+    // A whole register is written; and the others get what no case has a whole pack of.
+    int of[block + 8 * Pack::count];
     int count = 0;
-  };
-
-  using CollectedOfCase = Collected<block + Pack::count>;
-
-  /// The lanes that take two integrals, for the edges along each direction.
-  struct Cases {
-    unsigned x, y;
-    bool alike() const { return (x == 0 || x == allLanes) && (y == 0 || y == allLanes); }
-    /// Of lanes that are alike.
-    int index() const { return static_cast<int>((x & 1) + 2 * (y & 1)); }
   };
 
   const float* point(std::ptrdiff_t n) const { return positions_ + 3 * n; }
@@ -142,18 +108,71 @@ class PackEvaluation {
     Set::loadTriples(positions, x.value, y.value, z.value);
     return {absolute(x), absolute(y), z};
   }
+  Points gather(const int* places) const {
+    Pack x, y, z;
+    Set::gatherTriples(positions_, places, x.value, y.value, z.value);
+    return {absolute(x), absolute(y), z};
+  }
 
   Mask splitX(const Points& points) const { return footSplits<float>(points.u, Pack(a_)); }
   Mask splitY(const Points& points) const { return footSplits<float>(points.v, Pack(b_)); }
-  Cases casesOf(const Points& points) const {
-    return {splitX(points).bits(), splitY(points).bits()};
+
+  /// A pack of points that stand at `first` and after.
+  void evaluateOrSort(int first) {
+    const Points points = load(point(first));
+    const unsigned x = splitX(points).bits(), y = splitY(points).bits();
+    const unsigned sorted = moderate(points).bits();
+    const bool alike = (x == 0 || x == allLanes) && (y == 0 || y == allLanes);
+    if (alike && sorted == allLanes)
+      return evaluateAlike((x & 1) + (y & 2), points, pressures_ + first);
+    ofCase_[0].append(first, sorted & ~x & ~y);
+    ofCase_[1].append(first, sorted & x & ~y);
+    ofCase_[2].append(first, sorted & ~x & y);
+    ofCase_[3].append(first, sorted & x & y);
+    if (sorted != allLanes) others_.append(first, allLanes & ~sorted);
   }
 
-  /// For packs of one case. What is known before needs no masks, and makes a branch less.
-  void evaluate(int index, const Points& points, Complex* pressures) const {
-    if (!moderate(points)) return evaluateAny(points, pressures);
-    using All = AllLanes<ModeratePack>;
-    using None = NoLane<ModeratePack>;
+  // Points are moderate that lie neither in the planes through the edges nor too far from the
+  // piston for its phase, nor for its sides, in a unit in which |k| is at least 2^-10 and lengths
+  // go up to 2^20: metres or millimetres, say. Then no interval is empty, a node's D is at least
+  // the square of the point's distance from those planes, and R − z at least 2^-61. The sine of
+  // half its phase is 0 or at least 2^-72: below half a turn since R − z is so long, and above
+  // since no phase of so few turns is so near to a whole number of half turns.
+
+  Mask moderate(const Points& points) const {
+    const Pack nearX = points.u - Pack(a_), nearY = points.v - Pack(b_), least(0x1p-40f);
+    const Pack length = multiplyAdd(Pack(2.0f), absolute(points.z), points.u + points.v);
+    return (length <= Pack(moderateReach_)) & (least <= nearX * nearX) & (least <= nearY * nearY);
+  }
+
+  /// How far |x| + |y| + 2·|z| may go: less than 0 for a piston or a rule of no moderate numbers.
+  static float moderateReach(float a, float b, float k, const SymmetricRule<float>& rule) {
+    if (rule.N < 2) return -1;
+    for (int i = 0; i < rule.N / 2; ++i)
+      if (!(-1 <= rule.x[i] && rule.x[i] <= 1)) return -1;
+    const float wavenumber = k < 0 ? -k : k;
+    if (!(a >= 0 && b >= 0 && wavenumber >= 0x1p-10f)) return -1;
+    const float ofPhase = 0x1p21f / wavenumber, ofSides = 0x1p22f * (a < b ? a : b);
+    const float reach = ofPhase < ofSides ? ofPhase : ofSides;
+    return (reach < 0x1p20f ? reach : 0x1p20f) - (a + b);
+  }
+
+  // What is known of a case needs no masks, and no branches.
+  using Lane = ModeratePack;
+  using All = AllLanes<Lane>;
+  using None = NoLane<Lane>;
+  template <class SplitX, class SplitY>
+  using Integrals = PointIntegrals<NearHalfAngleIntegrand, Lane, SplitX, SplitY, float>;
+
+  template <class SplitX, class SplitY>
+  __attribute__((always_inline)) Integrals<SplitX, SplitY> integralsOf(const Points& points) const {
+    return {{Lane::of(points.u.value), Lane::of(points.v.value), Lane::of(points.z.value), {}, {}},
+            a_,
+            b_,
+            wave_};
+  }
+
+  void evaluateAlike(unsigned index, const Points& points, Complex* pressures) const {
     switch (index) {
       case 0:
         return evaluateAlike<None, None>(points, pressures);
@@ -168,93 +187,65 @@ class PackEvaluation {
 
   template <class SplitX, class SplitY>
   __attribute__((noinline)) void evaluateAlike(const Points& points, Complex* pressures) const {
-    using Lane = ModeratePack;
-    const MirroredPoint<Lane, SplitX, SplitY> point{
-        Lane::of(points.u.value), Lane::of(points.v.value), Lane::of(points.z.value), {}, {}};
-    const ComplexPair<Lane> p = pointPressure<NearHalfAngleIntegrand>(point, a_, b_, wave_, rule_);
+    const ComplexPair<Lane> p = integralsOf<SplitX, SplitY>(points).pressureOfKnown(rule_);
     Set::storePairs(&pressures->re, p.re.value, p.im.value);
   }
 
-  /// For any pack.
-  __attribute__((noinline)) void evaluateAny(const Points& points, Complex* pressures) const {
-    const MirroredPoint<Pack, Mask, Mask> point{points.u, points.v, points.z, splitX(points),
-                                                splitY(points)};
-    const ComplexPair<Pack> p =
-        pointPressure<HalfAngleIntegrand>(point, a_, b_, HalfPhase<Pack>(k_), rule_);
-    Set::storePairs(&pressures->re, p.re.value, p.im.value);
+  /// Whole packs only.
+  void evaluateSorted() {
+    evaluateCase<None, None>(ofCase_[0]);
+    evaluateCase<All, None>(ofCase_[1]);
+    evaluateCase<None, All>(ofCase_[2]);
+    evaluateCase<All, All>(ofCase_[3]);
+    evaluateOthers(others_.whole());
+    for (Places& places : ofCase_) places.dropWhole();
+    others_.dropWhole();
   }
 
-  // Points are moderate that lie neither in the planes through the edges nor too far from the
-  // piston for its phase, in a unit in which |k| is at least 2^-10 and lengths go up to 2^20:
-  // metres or millimetres, say. Then a node's D is at least the square of the point's distance from
-  // those planes, and R − z at least 2^-61. The sine of half its phase is 0 or at least 2^-72:
-  // below half a turn since R − z is so long, and above since no phase of so few turns is so near
-  // to a whole number of half turns.
-
-  bool moderate(const Points& points) const {
-    const Pack nearX = points.u - Pack(a_), nearY = points.v - Pack(b_), least(0x1p-40f);
-    const Pack length = multiplyAdd(Pack(2.0f), absolute(points.z), points.u + points.v);
-    const auto lanes =
-        (length <= Pack(moderateReach_)) & (least <= nearX * nearX) & (least <= nearY * nearY);
-    return lanes.bits() == allLanes;
-  }
-
-  /// How far |x| + |y| + 2·|z| may go: less than 0 for a piston or a rule of no moderate numbers.
-  static float moderateReach(float a, float b, float k, const SymmetricRule<float>& rule) {
-    for (int i = 0; i < rule.N / 2; ++i)
-      if (!(-1 <= rule.x[i] && rule.x[i] <= 1)) return -1;
-    const float wavenumber = k < 0 ? -k : k;
-    if (!(a >= 0 && b >= 0 && wavenumber >= 0x1p-10f)) return -1;
-    const float reach = 0x1p21f / wavenumber;
-    return (reach < 0x1p20f ? reach : 0x1p20f) - (a + b);
-  }
-
-  /// Collects points that stand at `first` and after.
-  void collect(const Points& points, Cases cases, int first, unsigned lanes) {
-    collected_[0].append(points, first, ~cases.x & ~cases.y & lanes);
-    collected_[1].append(points, first, cases.x & ~cases.y & lanes);
-    collected_[2].append(points, first, ~cases.x & cases.y & lanes);
-    collected_[3].append(points, first, cases.x & cases.y & lanes);
-  }
-
-  /// The points that fill no pack.
-  void collectRest(int first) {
-    float positions[3 * Pack::count] = {};
-    const int count = count_ - first;
-    __builtin_memcpy(positions, point(first), 3 * sizeof(float) * unsigned(count));
-    const Points points = load(positions);
-    collect(points, casesOf(points), first, allLanes >> (Pack::count - count));
-  }
-
-  /// All of a case but those that fill no pack yet.
-  void evaluateCollected(int index) {
-    auto& points = collected_[index];
-    int n = 0;
-    for (; n + Pack::count <= points.count; n += Pack::count) {
-      Complex pressures[Pack::count];
-      evaluate(index, points.pack(n), pressures);
-      scatter(pressures, points.places + n, Pack::count);
+  template <class SplitX, class SplitY>
+  __attribute__((noinline)) void evaluateCase(const Places& places) const {
+    const int whole = places.whole();
+    if (whole == 0) return;
+    Points points = gather(places.of);
+    Nodes<Lane> nodes;
+    {
+      const auto integrals = integralsOf<SplitX, SplitY>(points);
+      nodes = integrals.firstNodes(rule_);
+      for (int n = 0; n < 4; ++n) integrals.start(nodes, n);
     }
-    points.dropBefore(n);
-  }
-
-  /// Those that fill no pack of their case.
-  void evaluateRests() {
-    Collected<4 * Pack::count> rests;
-    for (int index = 0; index < 4; ++index) {
-      evaluateCollected(index);
-      rests.append(collected_[index]);
-    }
-    rests.close();
-    for (int n = 0; n < rests.count; n += Pack::count) {
-      Complex pressures[Pack::count];
-      evaluateAny(rests.pack(n), pressures);
-      const int left = rests.count - n;
-      scatter(pressures, rests.places + n, left < Pack::count ? left : Pack::count);
+    for (int n = 0; n < whole; n += Pack::count) {
+      auto integrals = integralsOf<SplitX, SplitY>(points);
+      const int next = n + Pack::count < whole ? n + Pack::count : n;
+      const ComplexPair<Lane> p = integrals.pressureOfKnown(
+          rule_, nodes, [&]() __attribute__((always_inline)) {
+            points = gather(places.of + next);
+            return integralsOf<SplitX, SplitY>(points);
+          });
+      scatter(p.re.value, p.im.value, places.of + n, Pack::count);
     }
   }
 
-  void scatter(const Complex* pressures, const int* places, int count) const {
+  /// Those of no case, and what is left of each case.
+  __attribute__((noinline)) void evaluateOthers(int count) const {
+    for (int first = 0; first < count; first += Pack::count) {
+      const int left = count - first < Pack::count ? count - first : Pack::count;
+      float positions[3 * Pack::count] = {};
+      for (int n = 0; n < left; ++n)
+        __builtin_memcpy(positions + 3 * n, point(others_.of[first + n]), 3 * sizeof(float));
+      const Points points = load(positions);
+      const MirroredPoint<Pack, Mask, Mask> mixed{points.u, points.v, points.z, splitX(points),
+                                                  splitY(points)};
+      const ComplexPair<Pack> p = PointIntegrals<HalfAngleIntegrand, Pack, Mask, Mask, float>(
+                                      mixed, a_, b_, HalfPhase<Pack>(k_))
+                                      .pressure(rule_);
+      scatter(p.re.value, p.im.value, others_.of + first, left);
+    }
+  }
+
+  void scatter(typename Set::Register re, typename Set::Register im, const int* places,
+               int count) const {
+    Complex pressures[Pack::count];
+    Set::storePairs(&pressures->re, re, im);
     for (int n = 0; n < count; ++n) pressures_[places[n]] = pressures[n];
   }
 
@@ -265,7 +256,7 @@ class PackEvaluation {
   const HalfPhase<ModeratePack> wave_;
   const float moderateReach_;
   const Rule rule_;
-  CollectedOfCase collected_[4];
+  Places ofCase_[4], others_;
 };
 
 template <class Set, class ModerateSet = Set>

@@ -2,6 +2,8 @@
 
 #include <immintrin.h>
 
+#include <cstddef>
+
 #include "emulation/lanes/LanePlaces.h"
 
 namespace emulation {
@@ -35,16 +37,23 @@ struct Avx2 {
     store(to + 8, _mm256_permute2f128_ps(low, high, 0x31));
   }
 
-  using Choice = __m256i;
-  static Choice choice(unsigned lanes) {
-    return _mm256_load_si256(reinterpret_cast<const __m256i*>(lanePlaces<Avx2>.of[lanes]));
+  static void gatherTriples(const float* from, const int* places, Register& first, Register& second,
+                            Register& third) {
+    const auto at = [&](int lane) { return _mm_loadu_ps(from + std::ptrdiff_t{3} * places[lane]); };
+    const auto half = [&](int lane) {
+      return _mm256_insertf128_ps(_mm256_castps128_ps256(at(lane)), at(lane + 4), 1);
+    };
+    const Register a = half(0), b = half(1), c = half(2), d = half(3);
+    const Register ab = _mm256_unpacklo_ps(a, b), cd = _mm256_unpacklo_ps(c, d);
+    first = _mm256_shuffle_ps(ab, cd, 0x44);
+    second = _mm256_shuffle_ps(ab, cd, 0xEE);
+    third = _mm256_shuffle_ps(_mm256_unpackhi_ps(a, b), _mm256_unpackhi_ps(c, d), 0x44);
   }
-  static void storeChosen(float* to, Choice lanes, Register x) {
-    store(to, _mm256_permutevar8x32_ps(x, lanes));
-  }
-  static void storePlaces(int* to, Choice lanes, int first) {
+  static void storePlaces(int* to, unsigned lanes, int first) {
+    const __m256i chosen =
+        _mm256_load_si256(reinterpret_cast<const __m256i*>(lanePlaces<Avx2>.of[lanes]));
     _mm256_storeu_si256(reinterpret_cast<__m256i*>(to),
-                        _mm256_add_epi32(lanes, _mm256_set1_epi32(first)));
+                        _mm256_add_epi32(chosen, _mm256_set1_epi32(first)));
   }
 
   static Mask less(Register x, Register y) { return _mm256_cmp_ps(x, y, _CMP_LT_OQ); }

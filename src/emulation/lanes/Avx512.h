@@ -2,6 +2,8 @@
 
 #include <immintrin.h>
 
+#include <cstddef>
+
 namespace emulation {
 
 /// 16 lanes a register. Needs AVX-512 F and DQ.
@@ -34,16 +36,25 @@ struct Avx512 {
     store(to + 16, _mm512_permutex2var_ps(first, high, second));
   }
 
-  using Choice = __m512i;
-  static Choice choice(unsigned lanes) {
-    const __m512i all = _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
-    return _mm512_maskz_compress_epi32(static_cast<Mask>(lanes), all);
+  static void gatherTriples(const float* from, const int* places, Register& first, Register& second,
+                            Register& third) {
+    const auto at = [&](int lane) { return _mm_loadu_ps(from + std::ptrdiff_t{3} * places[lane]); };
+    const auto fourth = [&](int lane) {
+      Register triples = _mm512_castps128_ps512(at(lane));
+      triples = _mm512_insertf32x4(triples, at(lane + 4), 1);
+      triples = _mm512_insertf32x4(triples, at(lane + 8), 2);
+      return _mm512_insertf32x4(triples, at(lane + 12), 3);
+    };
+    const Register a = fourth(0), b = fourth(1), c = fourth(2), d = fourth(3);
+    const Register ab = _mm512_unpacklo_ps(a, b), cd = _mm512_unpacklo_ps(c, d);
+    first = _mm512_shuffle_ps(ab, cd, 0x44);
+    second = _mm512_shuffle_ps(ab, cd, 0xEE);
+    third = _mm512_shuffle_ps(_mm512_unpackhi_ps(a, b), _mm512_unpackhi_ps(c, d), 0x44);
   }
-  static void storeChosen(float* to, Choice lanes, Register x) {
-    store(to, _mm512_permutexvar_ps(lanes, x));
-  }
-  static void storePlaces(int* to, Choice lanes, int first) {
-    _mm512_storeu_si512(to, _mm512_add_epi32(lanes, _mm512_set1_epi32(first)));
+  static void storePlaces(int* to, unsigned lanes, int first) {
+    const __m512i lane = _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+    const __m512i all = _mm512_add_epi32(lane, _mm512_set1_epi32(first));
+    _mm512_storeu_si512(to, _mm512_maskz_compress_epi32(static_cast<Mask>(lanes), all));
   }
 
   static Mask less(Register x, Register y) { return _mm512_cmp_ps_mask(x, y, _CMP_LT_OQ); }

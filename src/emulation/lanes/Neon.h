@@ -2,6 +2,8 @@
 
 #include <arm_neon.h>
 
+#include <cstddef>
+
 #include "emulation/lanes/OneByOne.h"
 
 namespace emulation {
@@ -26,12 +28,18 @@ struct Neon {
     vst2q_f32(to, {first, second});
   }
 
-  using Choice = unsigned;
-  static Choice choice(unsigned lanes) { return lanes; }
-  static void storeChosen(float* to, Choice lanes, Register x) {
-    storeOneByOne<Neon>(to, lanes, x);
+  static void gatherTriples(const float* from, const int* places, Register& first, Register& second,
+                            Register& third) {
+    const auto at = [&](int lane) { return from + std::ptrdiff_t{3} * places[lane]; };
+    float32x4x3_t triples = vld3q_dup_f32(at(0));
+    triples = vld3q_lane_f32(at(1), triples, 1);
+    triples = vld3q_lane_f32(at(2), triples, 2);
+    triples = vld3q_lane_f32(at(3), triples, 3);
+    first = triples.val[0];
+    second = triples.val[1];
+    third = triples.val[2];
   }
-  static void storePlaces(int* to, Choice lanes, int first) {
+  static void storePlaces(int* to, unsigned lanes, int first) {
     storePlacesOneByOne<Neon>(to, lanes, first);
   }
 

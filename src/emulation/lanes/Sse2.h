@@ -2,6 +2,8 @@
 
 #include <emmintrin.h>
 
+#include <cstddef>
+
 #include "emulation/lanes/OneByOne.h"
 
 namespace emulation {
@@ -27,12 +29,16 @@ struct Sse2 {
     store(to + 4, _mm_unpackhi_ps(first, second));
   }
 
-  using Choice = unsigned;
-  static Choice choice(unsigned lanes) { return lanes; }
-  static void storeChosen(float* to, Choice lanes, Register x) {
-    storeOneByOne<Sse2>(to, lanes, x);
+  static void gatherTriples(const float* from, const int* places, Register& first, Register& second,
+                            Register& third) {
+    const auto at = [&](int lane) { return load(from + std::ptrdiff_t{3} * places[lane]); };
+    const Register a = at(0), b = at(1), c = at(2), d = at(3);
+    const Register ab = _mm_unpacklo_ps(a, b), cd = _mm_unpacklo_ps(c, d);
+    first = _mm_shuffle_ps(ab, cd, 0x44);
+    second = _mm_shuffle_ps(ab, cd, 0xEE);
+    third = _mm_shuffle_ps(_mm_unpackhi_ps(a, b), _mm_unpackhi_ps(c, d), 0x44);
   }
-  static void storePlaces(int* to, Choice lanes, int first) {
+  static void storePlaces(int* to, unsigned lanes, int first) {
     storePlacesOneByOne<Sse2>(to, lanes, first);
   }
 
