@@ -319,7 +319,7 @@ class Quadrature {
   /// Two in turns, the first of which has been started. Returns the first nodes, started, of the
   /// PointIntegrals that `next` returns.
   template <class Next>
-  PISTONFIELD_INLINED Nodes<Lane> integrateBefore(const Next& next, Edges& one, Edges& other) {
+  PISTONFIELD_INLINED Nodes<Lane> integrateBeforePoint(const Next& next, Edges& one, Edges& other) {
     addInTurns(one, other);
     const auto follower = next();
     Nodes<Lane> following = follower.firstNodes(rule_);
@@ -454,7 +454,7 @@ class PointIntegrals {
                                                         const Next& next) {
     Quadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f_, rule, nodes);
     integrateRests(quadrature);
-    nodes = quadrature.integrateBefore(next, alongY_, alongX_);
+    nodes = quadrature.integrateBeforePoint(next, alongY_, alongX_);
     return sumOfKnown();
   }
 

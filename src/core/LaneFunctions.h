@@ -3,7 +3,6 @@
 #include <cuda_runtime.h>
 
 #include <cmath>
-#include <type_traits>
 
 // What kernels are written in: arithmetic over *lanes*. A lane type holds the same quantity of one
 // or more points; a `float` holds one, and stands for a thread of a GPU. Code over lanes has no
@@ -58,13 +57,6 @@ template <class Lane>
 struct AllLanes {};
 template <class Lane>
 struct NoLane {};
-
-template <class Condition>
-struct IsKnown : std::false_type {};
-template <class Lane>
-struct IsKnown<AllLanes<Lane>> : std::true_type {};
-template <class Lane>
-struct IsKnown<NoLane<Lane>> : std::true_type {};
 
 template <class Lane>
 __host__ __device__ constexpr bool any(AllLanes<Lane> /*condition*/) {

@@ -35,15 +35,20 @@ class PackEvaluation {
 
   void run() {
     if (count_ <= 0) return;
-    // A pack is gathered by reading a number more than a point has, which the last one must not be.
-    const int sorted = (count_ - 1) / Pack::count * Pack::count;
-    for (int first = 0, last = 0; first < sorted; first = last) {
-      last = sorted - first < block ? sorted : first + block;
+    // A pack is gathered by reading a number more than a point has. There is none after the last
+    // one: its pack is not gathered.
+    int rest = (count_ - 1) / Pack::count * Pack::count;
+    for (int first = 0, last = 0; first < rest; first = last) {
+      last = rest - first < block ? rest : first + block;
       for (int n = first; n < last; n += Pack::count) evaluateOrSort(n);
       evaluateSorted();
     }
+    if (count_ - rest == Pack::count) {
+      evaluateOrSort(rest);
+      rest = count_;
+    }
     for (const Places& places : ofCase_) others_.append(places);
-    for (int n = sorted; n < count_; ++n) others_.append(n);
+    for (; rest < count_; ++rest) others_.append(rest);
     evaluateOthers(others_.count);
   }
 
@@ -74,7 +79,7 @@ class PackEvaluation {
     Pack u, v, z;
   };
 
-  /// Where points stand in the list, in ascending order.
+  /// Where points stand in the list.
   struct Places {
     /// Of lanes, given as bits, of the points that stand at `first` and after.
     void append(int first, unsigned lanes) {
@@ -96,8 +101,8 @@ class PackEvaluation {
       count -= first;
     }
 
-    // A whole register is written; and the others get what no case has a whole pack of.
-    int of[block + 8 * Pack::count];
+    // Less than a pack is left of the block before, and a whole register is written.
+    int of[block + 2 * Pack::count];
     int count = 0;
   };
 
@@ -121,23 +126,23 @@ class PackEvaluation {
   void evaluateOrSort(int first) {
     const Points points = load(point(first));
     const unsigned x = splitX(points).bits(), y = splitY(points).bits();
-    const unsigned sorted = moderate(points).bits();
+    const unsigned known = moderate(points).bits();
     const bool alike = (x == 0 || x == allLanes) && (y == 0 || y == allLanes);
-    if (alike && sorted == allLanes)
+    if (alike && known == allLanes)
       return evaluateAlike((x & 1) + (y & 2), points, pressures_ + first);
-    ofCase_[0].append(first, sorted & ~x & ~y);
-    ofCase_[1].append(first, sorted & x & ~y);
-    ofCase_[2].append(first, sorted & ~x & y);
-    ofCase_[3].append(first, sorted & x & y);
-    if (sorted != allLanes) others_.append(first, allLanes & ~sorted);
+    ofCase_[0].append(first, known & ~x & ~y);
+    ofCase_[1].append(first, known & x & ~y);
+    ofCase_[2].append(first, known & ~x & y);
+    ofCase_[3].append(first, known & x & y);
+    if (known != allLanes) others_.append(first, allLanes & ~known);
   }
 
   // Points are moderate that lie neither in the planes through the edges nor too far from the
   // piston for its phase, nor for its sides, in a unit in which |k| is at least 2^-10 and lengths
   // go up to 2^20: metres or millimetres, say. Then no interval is empty, a node's D is at least
   // the square of the point's distance from those planes, and R − z at least 2^-61. The sine of
-  // half its phase is 0 or at least 2^-72: below half a turn since R − z is so long, and above
-  // since no phase of so few turns is so near to a whole number of half turns.
+  // half its phase is 0 or at least 2^-72: below half a turn since R − z is so long; above, no
+  // phase of so few turns has been met that comes nearer to a whole number of half turns.
 
   Mask moderate(const Points& points) const {
     const Pack nearX = points.u - Pack(a_), nearY = points.v - Pack(b_), least(0x1p-40f);
@@ -145,7 +150,7 @@ class PackEvaluation {
     return (length <= Pack(moderateReach_)) & (least <= nearX * nearX) & (least <= nearY * nearY);
   }
 
-  /// How far |x| + |y| + 2·|z| may go: less than 0 for a piston or a rule of no moderate numbers.
+  /// How far |x| + |y| + 2·|z| may go: at most 0 for a piston or a rule of no moderate numbers.
   static float moderateReach(float a, float b, float k, const SymmetricRule<float>& rule) {
     if (rule.N < 2) return -1;
     for (int i = 0; i < rule.N / 2; ++i)
@@ -215,6 +220,7 @@ class PackEvaluation {
     }
     for (int n = 0; n < whole; n += Pack::count) {
       auto integrals = integralsOf<SplitX, SplitY>(points);
+      // The last one starts itself again, in vain: cheaper than a second copy of all this.
       const int next = n + Pack::count < whole ? n + Pack::count : n;
       const ComplexPair<Lane> p = integrals.pressureOfKnown(
           rule_, nodes, [&]() __attribute__((always_inline)) {
