@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <vector>
 
 #include "core/Vector.h"
@@ -27,26 +28,36 @@ class Grid {
   unsigned nbPositions_;
 };
 
-/// An explicit list of positions, all zero until written through `positions`.
+/// Leaves new elements as their memory is.
+template <class T>
+struct UnwrittenAllocator : std::allocator<T> {
+  template <class U>
+  struct rebind {
+    using other = UnwrittenAllocator<U>;
+  };
+
+  template <class U>
+  void construct(U* /*element*/) noexcept {}
+};
+
+/// That the positions of a list are written next, so that they need not be zeros before.
+struct WrittenNext {};
+
+/// An explicit list of positions, which are written through `positions`.
 template <class T>
 class GridUnstructured final : public Grid<T> {
  public:
-  explicit GridUnstructured(unsigned nbPositions) : Grid<T>(nbPositions), positions(nbPositions) {}
+  /// All are zero.
+  explicit GridUnstructured(unsigned nbPositions)
+      : Grid<T>(nbPositions), positions(nbPositions, MVector<T, 3>()) {}
 
-  /// The same, written with the x, y, z that stand one after the other at `components`.
-  GridUnstructured(unsigned nbPositions, const T* components)
-      : Grid<T>(nbPositions), positions(first(components), first(components) + nbPositions) {}
+  /// All must be written before they are read.
+  GridUnstructured(unsigned nbPositions, WrittenNext /*tag*/)
+      : Grid<T>(nbPositions), positions(nbPositions) {}
 
   MVector<T, 3> getPosition(int i) const override { return positions[static_cast<std::size_t>(i)]; }
 
-  std::vector<MVector<T, 3>> positions;
-
- private:
-  /// Vectors are their components alone, so that a list of them is copied in one go.
-  static const MVector<T, 3>* first(const T* components) {
-    static_assert(sizeof(MVector<T, 3>) == 3 * sizeof(T));
-    return reinterpret_cast<const MVector<T, 3>*>(components);
-  }
+  std::vector<MVector<T, 3>, UnwrittenAllocator<MVector<T, 3>>> positions;
 };
 
 }  // namespace pistonfield

@@ -70,8 +70,18 @@ void loadOrder(int order) {
   setCudaIntegratorParameters(model, order);
 }
 
-// Numbers are converted by all cores, each at least so many points at once.
+// Numbers are copied and converted by all cores, each at least so many points at once.
 constexpr std::uint64_t pointsAtOnce = 1 << 14;
+
+/// The points x, y, z that stand one after the other.
+GridUnstructured<double> gridOf(const double* points, unsigned count) {
+  GridUnstructured<double> grid(count, WrittenNext());
+  parallel::spread(count, pointsAtOnce, [&](std::size_t first, std::size_t last) {
+    for (std::size_t i = first; i < last; ++i)
+      grid.positions[i] = MVector<double, 3>(points + 3 * i);
+  });
+  return grid;
+}
 
 /// x, y, z of every point of the grid.
 std::unique_ptr<float[]> narrowed(const GridUnstructured<double>& grid) {
@@ -138,7 +148,7 @@ void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   auto* const im = static_cast<double*>(mxGetImagData(plhs[0]));
 
   const RectangularPistonCuda2 piston(l, s, k);
-  const GridUnstructured<double> grid(count, points);
+  const GridUnstructured<double> grid = gridOf(points, count);
   if (!useGPU) mexErrMsgTxt("CPU version not implemented, yet.");
 
   if (quadrature.isTable)

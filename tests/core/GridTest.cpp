@@ -7,6 +7,7 @@
 using pistonfield::Grid3DR;
 using pistonfield::GridUnstructured;
 using pistonfield::MVector;
+using pistonfield::WrittenNext;
 
 namespace {
 
@@ -38,10 +39,11 @@ TEST(GridTest, UnstructuredGridReturnsCopiesOfItsPositions) {
   expectEqual(grid.getPosition(1), vector(1, 2, 3));
 }
 
-TEST(GridTest, UnstructuredGridTakesItsPositionsFromAnArray) {
-  const double components[] = {1, 2, 3, 4, 5, 6};
-  const GridUnstructured<double> grid(2, components);
+TEST(GridTest, UnstructuredGridThatIsWrittenNextHoldsWhatIsWritten) {
+  GridUnstructured<double> grid(2, WrittenNext());
   EXPECT_EQ(grid.nbPositions(), 2u);
+  grid.positions[0] = vector(1, 2, 3);
+  grid.positions[1] = vector(4, 5, 6);
   expectEqual(grid.getPosition(0), vector(1, 2, 3));
   expectEqual(grid.getPosition(1), vector(4, 5, 6));
 }

@@ -301,8 +301,9 @@ void checkPositions(FuzzedDataProvider& bytes, const Size& size) {
   }
 
   const std::vector<T> components = fuzz::numbers<T>(bytes, 3 * (size.points() % 16));
-  const pistonfield::GridUnstructured<T> list(static_cast<unsigned>(components.size() / 3),
-                                              components.data());
+  pistonfield::GridUnstructured<T> list(static_cast<unsigned>(components.size() / 3));
+  for (std::size_t i = 0; i < list.nbPositions(); ++i)
+    list.positions[i] = pistonfield::MVector<T, 3>(&components[3 * i]);
   const int axis = bytes.ConsumeIntegralInRange(-2, 5);
   for (unsigned i = 0; i < list.nbPositions(); ++i) {
     T component = 0;
