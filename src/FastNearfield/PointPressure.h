@@ -34,11 +34,30 @@ struct SymmetricRule {
 // for a tenth of the time at low orders.
 #define PISTONFIELD_INLINED __host__ __device__ __attribute__((always_inline)) inline
 
+template <class Lane>
+PISTONFIELD_INLINED ComplexPair<Lane> operator+(ComplexPair<Lane> p, ComplexPair<Lane> q) {
+  return {p.re + q.re, p.im + q.im};
+}
+
+/// c·p + q
+template <class Lane>
+PISTONFIELD_INLINED ComplexPair<Lane> multiplyAdd(Lane c, ComplexPair<Lane> p,
+                                                  ComplexPair<Lane> q) {
+  return {multiplyAdd(c, p.re, q.re), multiplyAdd(c, p.im, q.im)};
+}
+
+template <class Mask, class Lane>
+PISTONFIELD_INLINED ComplexPair<Lane> select(Mask mask, ComplexPair<Lane> yes,
+                                             ComplexPair<Lane> no) {
+  return {select(mask, yes.re, no.re), select(mask, yes.im, no.im)};
+}
+
 // An integrand is made of z and of what it wants of k, a `Wave`. It gives (exp(−ikR) − exp(−ikz))/D
 // at D = d² + σ² up to a factor that all nodes share, which `complete` multiplies into the sum
 // together with −i/(2π), in two steps: `path(D)`, with the roots and quotients that take long, and
-// `at(D, path)`. It gives the distance of a coordinate from 0; and `ifTold` puts 0 for the
-// pressures of points whose phase is lost, given how far the piston reaches from them.
+// `at(D, path)`, or `addTo(sum, D, path)` for a sum with it. It gives the distance of a coordinate
+// from 0; and `ifTold` puts 0 for the pressures of points whose phase is lost, given how far the
+// piston reaches from them.
 
 /// In single precision, in the half-angle form
 ///
@@ -59,13 +78,19 @@ class HalfAngleIntegrand {
   /// R − z.
   PISTONFIELD_INLINED Lane path(Lane D) const {
     const Lane sum = squareRoot(zz_ + D) + absZ_;
-    return select(z_ < Lane(0.0f), sum, quotient(D, sum));
+    return select(Lane(0.0f) <= z_, quotient(D, sum), sum);
   }
 
   PISTONFIELD_INLINED ComplexPair<Lane> at(Lane D, Lane path) const {
     const auto [sine, cosine] = half_(path);
     const Lane scale = secondQuotient(sine, D);
     return {scale * sine, scale * cosine};
+  }
+
+  PISTONFIELD_INLINED ComplexPair<Lane> addTo(ComplexPair<Lane> sum, Lane D, Lane path) const {
+    const auto [sine, cosine] = half_(path);
+    const Lane scale = secondQuotient(sine, D);
+    return multiplyAdd(scale, ComplexPair<Lane>{sine, cosine}, sum);
   }
 
   PISTONFIELD_INLINED ComplexPair<Lane> complete(ComplexPair<Lane> sum) const {
@@ -130,6 +155,10 @@ class SingleRootIntegrand {
     return {(e.re - E0_.re) * inverse, (e.im - E0_.im) * inverse};
   }
 
+  PISTONFIELD_INLINED ComplexPair<Lane> addTo(ComplexPair<Lane> sum, Lane D, Lane path) const {
+    return sum + at(D, path);
+  }
+
   PISTONFIELD_INLINED static ComplexPair<Lane> complete(ComplexPair<Lane> sum) {
     constexpr Lane inverse2Pi = 0.15915494309189535;
     return {sum.im * inverse2Pi, -sum.re * inverse2Pi};
@@ -156,24 +185,6 @@ class SingleRootIntegrand {
   Lane k_, zz_;
   ComplexPair<Lane> E0_;
 };
-
-template <class Lane>
-PISTONFIELD_INLINED ComplexPair<Lane> operator+(ComplexPair<Lane> p, ComplexPair<Lane> q) {
-  return {p.re + q.re, p.im + q.im};
-}
-
-/// c·p + q
-template <class Lane>
-PISTONFIELD_INLINED ComplexPair<Lane> multiplyAdd(Lane c, ComplexPair<Lane> p,
-                                                  ComplexPair<Lane> q) {
-  return {multiplyAdd(c, p.re, q.re), multiplyAdd(c, p.im, q.im)};
-}
-
-template <class Mask, class Lane>
-PISTONFIELD_INLINED ComplexPair<Lane> select(Mask mask, ComplexPair<Lane> yes,
-                                             ComplexPair<Lane> no) {
-  return {select(mask, yes.re, no.re), select(mask, yes.im, no.im)};
-}
 
 /// A pair of nodes, of a rule's abscissas ±x, on two parallel edges: four D, and what has been
 /// started of the integrand there.
@@ -203,12 +214,11 @@ class EdgePair {
     const Lane part(fromEnd);
     const Lane plus = multiplyAdd(part, h_, lo_);
     const Lane minus = multiplyAdd(part, -h_, hi_);
-    const Lane plus2 = plus * plus, minus2 = minus * minus;
     Nodes<Lane> nodes;
-    nodes.D[0] = dd1_ + plus2;
-    nodes.D[1] = dd1_ + minus2;
-    nodes.D[2] = dd2_ + plus2;
-    nodes.D[3] = dd2_ + minus2;
+    nodes.D[0] = multiplyAdd(plus, plus, dd1_);
+    nodes.D[1] = multiplyAdd(minus, minus, dd1_);
+    nodes.D[2] = multiplyAdd(plus, plus, dd2_);
+    nodes.D[3] = multiplyAdd(minus, minus, dd2_);
     return nodes;
   }
 
@@ -220,13 +230,11 @@ class EdgePair {
     meanwhile(0);
     const ComplexPair<Lane> plus1 = f.at(at.D[0], at.path[0]);
     meanwhile(1);
-    const ComplexPair<Lane> minus1 = f.at(at.D[1], at.path[1]);
-    F1_ = multiplyAdd(weight, plus1 + minus1, F1_);
+    F1_ = multiplyAdd(weight, f.addTo(plus1, at.D[1], at.path[1]), F1_);
     meanwhile(2);
     const ComplexPair<Lane> plus2 = f.at(at.D[2], at.path[2]);
     meanwhile(3);
-    const ComplexPair<Lane> minus2 = f.at(at.D[3], at.path[3]);
-    F2_ = multiplyAdd(weight, plus2 + minus2, F2_);
+    F2_ = multiplyAdd(weight, f.addTo(plus2, at.D[3], at.path[3]), F2_);
   }
 
   /// Adds the integrand at the node 0, of weight w.
@@ -234,7 +242,7 @@ class EdgePair {
   PISTONFIELD_INLINED void addMiddle(const Integrand& f, Real w) {
     const Lane weight(w);
     const Lane c = (lo_ + hi_) * Lane(static_cast<Real>(0.5));
-    const Lane D1 = dd1_ + c * c, D2 = dd2_ + c * c;
+    const Lane D1 = multiplyAdd(c, c, dd1_), D2 = multiplyAdd(c, c, dd2_);
     F1_ = multiplyAdd(weight, f.at(D1, f.path(D1)), F1_);
     F2_ = multiplyAdd(weight, f.at(D2, f.path(D2)), F2_);
   }
@@ -440,8 +448,7 @@ class PointIntegrals {
 
   template <class Rule>
   PISTONFIELD_INLINED ComplexPair<Lane> pressureOfKnown(const Rule& rule) {
-    Quadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f_, rule);
-    quadrature.start(first());
+    Quadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f_, rule, startedNodes(rule));
     integrateRests(quadrature);
     quadrature.integrate(alongY_, alongX_);
     return sumOfKnown();
@@ -461,6 +468,13 @@ class PointIntegrals {
   template <class Rule>
   PISTONFIELD_INLINED Nodes<Lane> firstNodes(const Rule& rule) const {
     return first().nodes(rule.fromEnd(0));
+  }
+
+  template <class Rule>
+  PISTONFIELD_INLINED Nodes<Lane> startedNodes(const Rule& rule) const {
+    Nodes<Lane> nodes = firstNodes(rule);
+    for (int n = 0; n < 4; ++n) start(nodes, n);
+    return nodes;
   }
 
   /// Starts the n-th of the first nodes.

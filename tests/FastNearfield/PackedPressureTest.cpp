@@ -198,6 +198,10 @@ class DoubleIntegrand {
     return {std::sin(half) * std::sin(half) / D, std::sin(half) * std::cos(half) / D};
   }
 
+  ComplexPair<Lane> addTo(ComplexPair<Lane> sum, Lane D, Lane path) const {
+    return sum + at(D, path);
+  }
+
   ComplexPair<Lane> complete(ComplexPair<Lane> sum) const {
     const std::complex<Lane> S =
         Lane{-2} * std::polar(Lane{1}, -k_ * z_) * std::complex<Lane>(sum.re, sum.im);
