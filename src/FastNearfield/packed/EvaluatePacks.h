@@ -41,6 +41,7 @@ class PackEvaluation {
     for (int first = 0, last = 0; first < rest; first = last) {
       last = rest - first < block ? rest : first + block;
       for (int n = first; n < last; n += Pack::count) evaluateOrSort(n);
+      ahead_ = last;
       evaluateSorted();
     }
     if (count_ - rest == Pack::count) {
@@ -117,6 +118,15 @@ class PackEvaluation {
     Pack x, y, z;
     Set::gatherTriples(positions_, places, x.value, y.value, z.value);
     return {absolute(x), absolute(y), z};
+  }
+
+  /// Asks for the next pack of the block that is sorted after this one: its points would be waited
+  /// for, where these take time to compute.
+  void fetchAhead() {
+    if (ahead_ > count_ - Pack::count) return;
+    constexpr int cacheLine = 16;
+    for (int n = 0; n < 3 * Pack::count; n += cacheLine) __builtin_prefetch(point(ahead_) + n);
+    ahead_ += Pack::count;
   }
 
   Mask splitX(const Points& points) const { return footSplits<float>(points.u, Pack(a_)); }
@@ -208,17 +218,13 @@ class PackEvaluation {
   }
 
   template <class SplitX, class SplitY>
-  __attribute__((noinline)) void evaluateCase(const Places& places) const {
+  __attribute__((noinline)) void evaluateCase(const Places& places) {
     const int whole = places.whole();
     if (whole == 0) return;
     Points points = gather(places.of);
-    Nodes<Lane> nodes;
-    {
-      const auto integrals = integralsOf<SplitX, SplitY>(points);
-      nodes = integrals.firstNodes(rule_);
-      for (int n = 0; n < 4; ++n) integrals.start(nodes, n);
-    }
+    Nodes<Lane> nodes = integralsOf<SplitX, SplitY>(points).startedNodes(rule_);
     for (int n = 0; n < whole; n += Pack::count) {
+      fetchAhead();
       auto integrals = integralsOf<SplitX, SplitY>(points);
       // The last one starts itself again, in vain: cheaper than a second copy of all this.
       const int next = n + Pack::count < whole ? n + Pack::count : n;
@@ -263,6 +269,7 @@ class PackEvaluation {
   const float moderateReach_;
   const Rule rule_;
   Places ofCase_[4], others_;
+  int ahead_ = 0;  // the first point that has not been asked for
 };
 
 template <class Set, class ModerateSet = Set>
