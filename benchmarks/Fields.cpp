@@ -14,7 +14,8 @@ std::vector<float> cloud(int points) {
   std::uniform_real_distribution<float> x(-s, s), y(-l, l), z(wavelength / 4, 15 * wavelength);
   std::vector<float> positions;
   positions.reserve(3 * static_cast<std::size_t>(points));
-  for (int n = 0; n < points; ++n) positions.insert(positions.end(), {x(random), y(random), z(random)});
+  for (int n = 0; n < points; ++n)
+    positions.insert(positions.end(), {x(random), y(random), z(random)});
   return positions;
 }
 

@@ -7,8 +7,8 @@
 #include "benchmarks/Fields.h"
 #include "host/MexHost.h"
 
-// The whole call, as a host makes it, its progress lines going to a file. `in_kernel` is the share of
-// the time between the launch of the kernel and its end.
+// The whole call, as a host makes it, its progress lines going to a file. `in_kernel` is the share
+// of the time between the launch of the kernel and its end.
 
 namespace {
 
@@ -46,7 +46,13 @@ void call(benchmark::State& state) {
   state.counters["points"] = points;
   state.counters["in_kernel"] = inKernel / whole;
 }
-BENCHMARK(call)->ArgName("points")->Arg(1)->Arg(1000)->Arg(100000)->Arg(1000000)->UseManualTime()
+BENCHMARK(call)
+    ->ArgName("points")
+    ->Arg(1)
+    ->Arg(1000)
+    ->Arg(100000)
+    ->Arg(1000000)
+    ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
 }  // namespace
