@@ -3,15 +3,18 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
-#include <iostream>
 #include <vector>
 
 #include "FastNearfield/GaussLegendre.h"
 #include "FastNearfield/RectangularPiston2.h"
 #include "benchmarks/Fields.h"
+#include "benchmarks/InTurns.h"
+#include "benchmarks/KernelOnField.h"
+#include "core/Progress.h"
 
-// What the kernel is compared with, on one core: the same formula and the plain double sum as one
-// would write them down in C++, and the evaluation on the CPU with its literal loop.
+// How the kernel, on one core or the GPU, compares with the same formula and with the plain double
+// sum as one would write them down in C++, and the evaluation on the CPU with its literal loop:
+// work done in turns.
 
 namespace {
 
@@ -54,24 +57,43 @@ class ScalarPiston {
   std::vector<float> x_, w_;
 };
 
-void scalar(benchmark::State& state) {
-  const std::vector<float> positions = fields::cloud(20000);
+/// Times faster than `pressure(x, y, z)` at so many points of the cloud is the kernel, for a rule
+/// of this order?
+template <class Pressure>
+double timesFaster(benchmark::State& state, int order, int points, const Pressure& pressure) {
+  KernelOnField kernel(fields::cloud(1000000));
+  if (!kernel.isReady()) {
+    state.SkipWithError("no device, or not enough of its memory");
+    return 0;
+  }
+  kernel.setOrder(order);
+  const std::vector<float> positions = fields::cloud(points);
+  const auto prepare = [] {};
+  fields::useCores(1);
+  const std::vector<double> seconds =
+      turns::seconds(state, {{prepare, [&] { kernel.run(); }},
+                             {prepare, [&] {
+                                for (std::size_t n = 0; n < positions.size(); n += 3)
+                                  benchmark::DoNotOptimize(
+                                      pressure(positions[n], positions[n + 1], positions[n + 2]));
+                              }}});
+  fields::useCores(0);
+  return seconds[1] / points / (seconds[0] / kernel.points());
+}
+
+void toScalar(benchmark::State& state) {
   const auto order = static_cast<int>(state.range(0));
   const ScalarPiston piston(order);
-  for (auto _ : state)
-    for (std::size_t n = 0; n < positions.size(); n += 3)
-      benchmark::DoNotOptimize(
-          piston.pressure(positions[n], positions[n + 1], positions[n + 2]));
-  state.SetItemsProcessed(state.iterations() * fields::nodes(positions, order));
-  const std::size_t points = positions.size() / 3;
-  state.counters["points"] = static_cast<double>(points);
+  state.counters["ratio"] = timesFaster(
+      state, order, 20000, [&](float x, float y, float z) { return piston.pressure(x, y, z); });
 }
-BENCHMARK(scalar)->ArgName("order")->Arg(10)->Arg(64)->Unit(benchmark::kMillisecond);
+BENCHMARK(toScalar)->ArgName("order")->Arg(10)->Arg(64)->Apply(turns::compare);
 
 /// (k/2π)·∬ exp(−ikR)/R dS as the sum over cells of the piston, in single precision.
 std::complex<float> cellSum(int cellsAWavelength, float x, float y, float z) {
   const int across = 5 * cellsAWavelength, along = 15 * cellsAWavelength / 2;
-  const float dx = fields::s / static_cast<float>(across), dy = fields::l / static_cast<float>(along);
+  const float dx = fields::s / static_cast<float>(across),
+              dy = fields::l / static_cast<float>(along);
   float re = 0, im = 0;
   for (int i = 0; i < across; ++i)
     for (int j = 0; j < along; ++j) {
@@ -93,8 +115,7 @@ double cellSumError(int cellsAWavelength) {
   for (std::size_t n = 0; n < positions.size(); n += 3) {
     const float x = positions[n], y = positions[n + 1], z = positions[n + 2];
     const std::complex<double> p = exact.pressure(x, y, z);
-    const std::complex<double> q =
-        cellSum(cellsAWavelength, x, y, z);
+    const std::complex<double> q = cellSum(cellsAWavelength, x, y, z);
     peak = std::max(peak, std::abs(p));
     error = std::max(error, std::abs(p - q));
   }
@@ -102,19 +123,17 @@ double cellSumError(int cellsAWavelength) {
 }
 
 /// With the fewest cells whose error stays below 1e-3.
-void doubleSum(benchmark::State& state) {
-  int cells = 2;
-  while (cellSumError(cells) > 1e-3) cells += 2;
-  const std::vector<float> positions = fields::cloud(100);
-  for (auto _ : state)
-    for (std::size_t n = 0; n < positions.size(); n += 3)
-      benchmark::DoNotOptimize(cellSum(cells, positions[n], positions[n + 1], positions[n + 2]));
-  const std::size_t points = positions.size() / 3;
-  state.counters["points"] = static_cast<double>(points);
-  state.counters["cells_a_wavelength"] = cells;
+void toDoubleSum(benchmark::State& state) {
+  static const int cells = [] {
+    int enough = 2;
+    while (cellSumError(enough) > 1e-3) enough += 2;
+    return enough;
+  }();
+  state.counters["ratio"] = timesFaster(
+      state, 10, 100, [](float x, float y, float z) { return cellSum(cells, x, y, z); });
   state.counters["error"] = cellSumError(cells);
 }
-BENCHMARK(doubleSum)->Unit(benchmark::kMillisecond);
+BENCHMARK(toDoubleSum)->Apply(turns::compare);
 
 constexpr int side = 16;
 constexpr int cpuOrder = 100;
@@ -140,44 +159,53 @@ std::int64_t cpuNodes() {
   return fields::nodes(positions, cpuOrder);
 }
 
+/// The sum over a rule's nodes with the library's complex exponential and division.
 template <class T>
-void cpuEvaluation(benchmark::State& state) {
+class LiteralSum {
+ public:
+  LiteralSum() : x_(cpuOrder), w_(cpuOrder) {
+    pistonfield::legendre_compute(cpuOrder, x_.data(), w_.data());
+  }
+
+  std::complex<T> operator()(T d) const {
+    using C = std::complex<T>;
+    const T k = static_cast<T>(fields::k), z = static_cast<T>(5 * fields::wavelength);
+    const T half = static_cast<T>(fields::l) / 2;
+    const C expKz = std::exp(C(0, -z * k));
+    C sum;
+    for (std::size_t n = 0; n < cpuOrder; ++n) {
+      const T t = half * x_[n] * half * x_[n] + d * d;
+      const T r = std::sqrt(z * z + t);
+      sum += w_[n] * half * ((std::exp(C(0, -r * k)) - expKz) / t);
+    }
+    return sum;
+  }
+
+ private:
+  std::vector<T> x_, w_;
+};
+
+template <class T>
+void cpuToLiteral(benchmark::State& state) {
   const pistonfield::RectangularPistonCuda2 piston(fields::l, fields::s, fields::k);
   const pistonfield::Grid3DR<double> grid = cpuGrid();
   std::vector<T> out(std::size_t{2} * grid.nbPositions());
-  std::cout.setstate(std::ios::failbit);  // the progress lines
-  for (auto _ : state) piston.computeCPU(out.data(), grid);
-  std::cout.clear();
-  state.SetItemsProcessed(state.iterations() * cpuNodes());
-}
-BENCHMARK_TEMPLATE(cpuEvaluation, float)->Unit(benchmark::kMillisecond);
-BENCHMARK_TEMPLATE(cpuEvaluation, double)->Unit(benchmark::kMillisecond);
-
-/// The sum over a rule's nodes with the library's complex exponential and division.
-template <class T>
-void cpuLiteral(benchmark::State& state) {
-  using C = std::complex<T>;
-  std::vector<T> x(cpuOrder), w(cpuOrder);
-  pistonfield::legendre_compute(cpuOrder, x.data(), w.data());
-  const T k = static_cast<T>(fields::k), z = static_cast<T>(5 * fields::wavelength);
-  const T half = static_cast<T>(fields::l) / 2;
-  const C expKz = std::exp(C(0, -z * k));
+  const LiteralSum<T> literalSum;
   T d = static_cast<T>(fields::wavelength);
-  for (auto _ : state) {
-    C sum;
-    for (int i = 0; i < cpuOrder; ++i) {
-      const auto n = static_cast<std::size_t>(i);
-      const T t = half * x[n] * half * x[n] + d * d;
-      const T r = std::sqrt(z * z + t);
-      sum += w[n] * half * ((std::exp(C(0, -r * k)) - expKz) / t);
-    }
-    benchmark::DoNotOptimize(sum);
-    d = -d;
-    benchmark::DoNotOptimize(d);
-  }
-  state.SetItemsProcessed(state.iterations() * cpuOrder);
+  pistonfield::tellProgress(false);
+  const auto prepare = [] {};
+  fields::useCores(1);
+  const std::vector<double> seconds =
+      turns::seconds(state, {{prepare, [&] { piston.computeCPU(out.data(), grid); }},
+                             {prepare, [&] {
+                                benchmark::DoNotOptimize(literalSum(d));
+                                d = -d;
+                                benchmark::DoNotOptimize(d);
+                              }}});
+  fields::useCores(0);
+  state.counters["ratio"] = seconds[1] / cpuOrder / (seconds[0] / static_cast<double>(cpuNodes()));
 }
-BENCHMARK_TEMPLATE(cpuLiteral, float);
-BENCHMARK_TEMPLATE(cpuLiteral, double);
+BENCHMARK_TEMPLATE(cpuToLiteral, float)->Apply(turns::compare);
+BENCHMARK_TEMPLATE(cpuToLiteral, double)->Apply(turns::compare);
 
 }  // namespace

@@ -1,22 +1,15 @@
 #include <benchmark/benchmark.h>
-#include <cuda_runtime.h>
 
-#include <iostream>
 #include <vector>
 
-#include "FastNearfield/IntegratorCuda.h"
-#include "FastNearfield/RectangularPistonCuda.h"
 #include "benchmarks/Fields.h"
+#include "benchmarks/KernelOnField.h"
 #include "benchmarks/limit/Limit.h"
-#include "core/DeviceBuffer.h"
 
-// The kernel for a list of points, on buffers that are there, against the integrand alone. The rate
-// is that of the integrand's values: nodes a second.
+// The times of the kernel for a list of points, and of the integrand alone. The rate is that of the
+// integrand's values: nodes a second.
 
 namespace {
-
-using pistonfield::Complex;
-using pistonfield::DeviceBuffer;
 
 void limitOfNodes(benchmark::State& state, bool ahead) {
   fields::useCores(1);
@@ -30,33 +23,15 @@ BENCHMARK_CAPTURE(limitOfNodes, ahead, true)->Name("limit/ahead")->UseRealTime()
 
 /// points, order, cores (0: all)
 void kernel(benchmark::State& state, std::vector<float> (*layOut)(int)) {
-  const std::vector<float> positions = layOut(static_cast<int>(state.range(0)));
-  const auto points = static_cast<int>(positions.size() / 3);
+  KernelOnField kernel(layOut(static_cast<int>(state.range(0))));
   const auto order = static_cast<int>(state.range(1));
+  if (!kernel.isReady()) return state.SkipWithError("no device, or not enough of its memory");
   fields::useCores(static_cast<int>(state.range(2)));
-  std::cout.setstate(std::ios::failbit);  // the progress lines
-
-  DeviceBuffer<float> d_pos;
-  DeviceBuffer<Complex> d_array;
-  const std::size_t bytes = positions.size() * sizeof(float);
-  if (d_pos.allocate(bytes) != cudaSuccess ||
-      d_array.allocate(static_cast<std::size_t>(points) * sizeof(Complex)) != cudaSuccess ||
-      cudaMemcpy(d_pos.get(), positions.data(), bytes, cudaMemcpyHostToDevice) != cudaSuccess) {
-    state.SkipWithError("no device, or not enough of its memory");
-  } else {
-    setCudaIntegratorParameters("RectangularPiston", order);
-    const auto launch = [&] {
-      RectangularPiston_func_unstructured_device(d_array.get(), points, d_pos.get(), fields::l,
-                                                 fields::s, fields::k);
-      cudaDeviceSynchronize();
-    };
-    launch();  // the first touch of the buffers
-    for (auto _ : state) launch();
-    state.SetItemsProcessed(state.iterations() * fields::nodes(positions, order));
-    state.counters["points"] = points;
-  }
-  std::cout.clear();
+  kernel.setOrder(order);
+  for (auto _ : state) kernel.run();
   fields::useCores(0);
+  state.SetItemsProcessed(state.iterations() * kernel.nodes(order));
+  state.counters["points"] = kernel.points();
 }
 
 void sweep(benchmark::internal::Benchmark* b) {

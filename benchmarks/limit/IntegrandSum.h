@@ -19,19 +19,18 @@ __host__ __device__ inline pistonfield::ComplexPair<Lane> integrandSum(Lane z, L
   const auto following = [&]() __attribute__((always_inline)) {
     plus = plus + step;
     minus = minus - step;
-    const Lane plus2 = plus * plus, minus2 = minus * minus;
     Nodes<Lane> nodes;
-    nodes.D[0] = dd1 + plus2;
-    nodes.D[1] = dd1 + minus2;
-    nodes.D[2] = dd2 + plus2;
-    nodes.D[3] = dd2 + minus2;
+    nodes.D[0] = multiplyAdd(plus, plus, dd1);
+    nodes.D[1] = multiplyAdd(minus, minus, dd1);
+    nodes.D[2] = multiplyAdd(plus, plus, dd2);
+    nodes.D[3] = multiplyAdd(minus, minus, dd2);
     return nodes;
   };
   const auto start = [&](Nodes<Lane> & nodes, int n) __attribute__((always_inline)) {
     nodes.path[n] = f.path(nodes.D[n]);
   };
   const auto add = [&](const Nodes<Lane>& nodes, int n) __attribute__((always_inline)) {
-    sums[n / 2] = sums[n / 2] + f.at(nodes.D[n], nodes.path[n]);
+    sums[n / 2] = f.addTo(sums[n / 2], nodes.D[n], nodes.path[n]);
   };
   if (ahead) {
     Nodes<Lane> nodes = following();

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "FastNearfield/Complex.h"
+#include "core/DeviceBuffer.h"
+
+/// The kernel for a list of points of the field, on buffers that are there.
+class KernelOnField {
+ public:
+  explicit KernelOnField(const std::vector<float>& positions);
+
+  /// Whether there is a device, with room for the points.
+  bool isReady() const { return ready_; }
+
+  /// Loads the rule that is used from now on.
+  void setOrder(int order);
+
+  void run();
+
+  int points() const { return points_; }
+
+  /// How many values of the integrand a run takes with a rule of this order.
+  std::int64_t nodes(int order) const { return nodesOfOrderOne_ * order; }
+
+ private:
+  int points_;
+  std::int64_t nodesOfOrderOne_;
+  pistonfield::DeviceBuffer<float> d_pos_;
+  pistonfield::DeviceBuffer<pistonfield::Complex> d_array_;
+  bool ready_;
+};

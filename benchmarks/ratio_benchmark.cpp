@@ -1,0 +1,113 @@
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <cstddef>
+#include <vector>
+
+#include "benchmarks/Fields.h"
+#include "benchmarks/InTurns.h"
+#include "benchmarks/KernelOnField.h"
+#include "benchmarks/limit/Limit.h"
+
+// How the kernel for a list of points compares with the integrand alone, with itself on one core,
+// and with itself at other numbers of points and orders: work done in turns.
+
+namespace {
+
+using Field = std::vector<float>(int points);
+
+constexpr const char* noDevice = "no device, or not enough of its memory";
+
+/// The x of y ~ at^x: the least squares of the logarithms.
+double exponent(const std::vector<double>& at, const std::vector<double>& y) {
+  const auto n = static_cast<double>(at.size());
+  double sx = 0, sy = 0, sxx = 0, sxy = 0;
+  for (std::size_t i = 0; i < at.size(); ++i) {
+    const double u = std::log(at[i]), v = std::log(y[i]);
+    sx += u;
+    sy += v;
+    sxx += u * u;
+    sxy += u * v;
+  }
+  return (n * sxy - sx * sy) / (n * sxx - sx * sx);
+}
+
+/// Nodes a second, over those of the integrand alone on one core or the GPU. Arguments: points,
+/// order, cores (0: all).
+void toIntegrand(benchmark::State& state, Field* layOut) {
+  KernelOnField kernel(layOut(static_cast<int>(state.range(0))));
+  if (!kernel.isReady()) return state.SkipWithError(noDevice);
+  const auto order = static_cast<int>(state.range(1));
+  const auto cores = static_cast<int>(state.range(2));
+  kernel.setOrder(order);
+  std::int64_t limitNodes = 0;
+  const auto useOne = [] { fields::useCores(1); };
+  const std::vector<double> seconds =
+      turns::seconds(state, {{[&] { fields::useCores(cores); }, [&] { kernel.run(); }},
+                             {useOne, [&] { limitNodes = limit::integrandOnly(false); }},
+                             {useOne, [&] { limitNodes = limit::integrandOnly(true); }}});
+  fields::useCores(0);
+  const double share = static_cast<double>(kernel.nodes(order)) / static_cast<double>(limitNodes);
+  state.counters["ratio"] = share * seconds[1] / seconds[0];
+  state.counters["ahead"] = share * seconds[2] / seconds[0];
+}
+
+/// The speed on all cores over that on one.
+void ofCores(benchmark::State& state, Field* layOut) {
+  KernelOnField kernel(layOut(1000000));
+  if (!kernel.isReady()) return state.SkipWithError(noDevice);
+  kernel.setOrder(10);
+  const auto run = [&] { kernel.run(); };
+  const std::vector<double> seconds = turns::seconds(
+      state, {{[] { fields::useCores(1); }, run}, {[] { fields::useCores(0); }, run}});
+  state.counters["ratio"] = seconds[0] / seconds[1];
+}
+
+/// How the time grows on one core: as the number of points to this power.
+void growthWithPoints(benchmark::State& state, Field* layOut) {
+  KernelOnField kernels[] = {KernelOnField(layOut(100000)), KernelOnField(layOut(1000000)),
+                             KernelOnField(layOut(10000000))};
+  std::vector<double> points;
+  std::vector<turns::Work> works;
+  for (KernelOnField& kernel : kernels) {
+    if (!kernel.isReady()) return state.SkipWithError(noDevice);
+    kernel.setOrder(10);
+    points.push_back(kernel.points());
+    works.push_back({[] {}, [&kernel] { kernel.run(); }});
+  }
+  fields::useCores(1);
+  state.counters["ratio"] = exponent(points, turns::seconds(state, works));
+  fields::useCores(0);
+}
+
+/// The same, as the order to this power.
+void growthWithOrder(benchmark::State& state, Field* layOut) {
+  KernelOnField kernel(layOut(100000));
+  if (!kernel.isReady()) return state.SkipWithError(noDevice);
+  fields::useCores(1);
+  const std::vector<double> orders = {10, 20, 32, 64, 128, 256};
+  std::vector<turns::Work> works;
+  for (const double order : orders)
+    works.push_back({[&kernel, order] { kernel.setOrder(static_cast<int>(order)); },
+                     [&kernel] { kernel.run(); }});
+  state.counters["ratio"] = exponent(orders, turns::seconds(state, works));
+  fields::useCores(0);
+}
+
+void onOneCore(benchmark::internal::Benchmark* b) {
+  b->ArgNames({"points", "order", "cores"});
+  for (const int order : {10, 20, 64}) b->Args({1000000, order, 1});
+}
+
+BENCHMARK_CAPTURE(toIntegrand, cloud, fields::cloud)
+    ->Apply(turns::compare)
+    ->Apply(onOneCore)
+    ->Args({10000000, 10, 0});
+BENCHMARK_CAPTURE(toIntegrand, grid, fields::grid)->Apply(turns::compare)->Apply(onOneCore);
+BENCHMARK_CAPTURE(ofCores, cloud, fields::cloud)->Apply(turns::compare);
+BENCHMARK_CAPTURE(ofCores, grid, fields::grid)->Apply(turns::compare);
+BENCHMARK_CAPTURE(growthWithPoints, cloud, fields::cloud)->Apply(turns::compare);
+BENCHMARK_CAPTURE(growthWithOrder, cloud, fields::cloud)->Apply(turns::compare);
+BENCHMARK_CAPTURE(growthWithOrder, grid, fields::grid)->Apply(turns::compare);
+
+}  // namespace
