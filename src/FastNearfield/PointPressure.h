@@ -448,7 +448,8 @@ class PointIntegrals {
 
   template <class Rule>
   PISTONFIELD_INLINED ComplexPair<Lane> pressureOfKnown(const Rule& rule) {
-    Quadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f_, rule, startedNodes(rule));
+    Quadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f_, rule);
+    quadrature.start(first());
     integrateRests(quadrature);
     quadrature.integrate(alongY_, alongX_);
     return sumOfKnown();
