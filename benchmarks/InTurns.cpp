@@ -25,6 +25,7 @@ std::vector<double> seconds(benchmark::State& state, const std::vector<Work>& wo
       sums[n].time += elapsed;
     }
   std::vector<double> result;
+  result.reserve(sums.size());
   for (const Sum& sum : sums) result.push_back(sum.time.count() / sum.runs);
   return result;
 }

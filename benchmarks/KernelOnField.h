@@ -14,8 +14,8 @@ class KernelOnField {
   /// Whether there is a device, with room for the points.
   bool isReady() const { return ready_; }
 
-  /// Loads the rule that is used from now on.
-  void setOrder(int order);
+  /// Loads the rule that every run uses from now on.
+  static void setOrder(int order);
 
   void run();
 

@@ -66,7 +66,7 @@ double timesFaster(benchmark::State& state, int order, int points, const Pressur
     state.SkipWithError("no device, or not enough of its memory");
     return 0;
   }
-  kernel.setOrder(order);
+  KernelOnField::setOrder(order);
   const std::vector<float> positions = fields::cloud(points);
   const auto prepare = [] {};
   fields::useCores(1);

@@ -27,7 +27,7 @@ void kernel(benchmark::State& state, std::vector<float> (*layOut)(int)) {
   const auto order = static_cast<int>(state.range(1));
   if (!kernel.isReady()) return state.SkipWithError("no device, or not enough of its memory");
   fields::useCores(static_cast<int>(state.range(2)));
-  kernel.setOrder(order);
+  KernelOnField::setOrder(order);
   for (auto _ : state) kernel.run();
   fields::useCores(0);
   state.SetItemsProcessed(state.iterations() * kernel.nodes(order));

@@ -39,7 +39,7 @@ void toIntegrand(benchmark::State& state, Field* layOut) {
   if (!kernel.isReady()) return state.SkipWithError(noDevice);
   const auto order = static_cast<int>(state.range(1));
   const auto cores = static_cast<int>(state.range(2));
-  kernel.setOrder(order);
+  KernelOnField::setOrder(order);
   std::int64_t limitNodes = 0;
   const auto useOne = [] { fields::useCores(1); };
   const std::vector<double> seconds =
@@ -56,7 +56,7 @@ void toIntegrand(benchmark::State& state, Field* layOut) {
 void ofCores(benchmark::State& state, Field* layOut) {
   KernelOnField kernel(layOut(1000000));
   if (!kernel.isReady()) return state.SkipWithError(noDevice);
-  kernel.setOrder(10);
+  KernelOnField::setOrder(10);
   const auto run = [&] { kernel.run(); };
   const std::vector<double> seconds = turns::seconds(
       state, {{[] { fields::useCores(1); }, run}, {[] { fields::useCores(0); }, run}});
@@ -71,10 +71,10 @@ void growthWithPoints(benchmark::State& state, Field* layOut) {
   std::vector<turns::Work> works;
   for (KernelOnField& kernel : kernels) {
     if (!kernel.isReady()) return state.SkipWithError(noDevice);
-    kernel.setOrder(10);
     points.push_back(kernel.points());
     works.push_back({[] {}, [&kernel] { kernel.run(); }});
   }
+  KernelOnField::setOrder(10);
   fields::useCores(1);
   state.counters["ratio"] = exponent(points, turns::seconds(state, works));
   fields::useCores(0);
@@ -87,8 +87,9 @@ void growthWithOrder(benchmark::State& state, Field* layOut) {
   fields::useCores(1);
   const std::vector<double> orders = {10, 20, 32, 64, 128, 256};
   std::vector<turns::Work> works;
+  works.reserve(orders.size());
   for (const double order : orders)
-    works.push_back({[&kernel, order] { kernel.setOrder(static_cast<int>(order)); },
+    works.push_back({[order] { KernelOnField::setOrder(static_cast<int>(order)); },
                      [&kernel] { kernel.run(); }});
   state.counters["ratio"] = exponent(orders, turns::seconds(state, works));
   fields::useCores(0);
