@@ -8,6 +8,19 @@
 #include <random>
 
 namespace fields {
+namespace {
+
+/// The cores that this process was given.
+const cpu_set_t& given() {
+  static const cpu_set_t all = [] {
+    cpu_set_t set;
+    sched_getaffinity(0, sizeof set, &set);
+    return set;
+  }();
+  return all;
+}
+
+}  // namespace
 
 std::vector<float> cloud(int points) {
   std::mt19937 random(1);
@@ -44,18 +57,15 @@ std::int64_t nodes(const std::vector<float>& positions, int order) {
   return edges * order;
 }
 
-void useCores(int count) {
-  static const cpu_set_t all = [] {
-    cpu_set_t set;
-    sched_getaffinity(0, sizeof set, &set);
-    return set;
-  }();
+int cores() { return CPU_COUNT(&given()); }
+
+void useCores(int count, int first) {
   cpu_set_t some;
   CPU_ZERO(&some);
-  for (int core = 0, used = 0; core < CPU_SETSIZE && (count == 0 || used < count); ++core)
-    if (CPU_ISSET(core, &all)) {
-      CPU_SET(core, &some);
-      ++used;
+  for (int core = 0, number = 0; core < CPU_SETSIZE; ++core)
+    if (CPU_ISSET(core, &given())) {
+      if (count == 0 || (first <= number && number < first + count)) CPU_SET(core, &some);
+      ++number;
     }
   if (sched_setaffinity(0, sizeof some, &some) != 0) {
     std::cerr << "cannot choose the cores to run on\n";

@@ -21,7 +21,10 @@ std::vector<float> grid(int points);
 /// How many values of the integrand a rule of this order takes at these points.
 std::int64_t nodes(const std::vector<float>& positions, int order);
 
-/// Lets this process use so many CPU cores; all for 0.
-void useCores(int count);
+/// How many CPU cores this process may use.
+int cores();
+
+/// Lets it use so many of them, from the one numbered `first` on; all for 0.
+void useCores(int count, int first = 0);
 
 }  // namespace fields

@@ -52,15 +52,20 @@ void toIntegrand(benchmark::State& state, Field* layOut) {
   state.counters["ahead"] = share * seconds[2] / seconds[0];
 }
 
-/// The speed on all cores over that on one.
+/// The speed on all cores over the mean of that on each: neighbours slow one more than another.
 void ofCores(benchmark::State& state, Field* layOut) {
   KernelOnField kernel(layOut(1000000));
   if (!kernel.isReady()) return state.SkipWithError(noDevice);
   KernelOnField::setOrder(10);
   const auto run = [&] { kernel.run(); };
-  const std::vector<double> seconds = turns::seconds(
-      state, {{[] { fields::useCores(1); }, run}, {[] { fields::useCores(0); }, run}});
-  state.counters["ratio"] = seconds[0] / seconds[1];
+  std::vector<turns::Work> works = {{[] { fields::useCores(0); }, run}};
+  for (int core = 0; core < fields::cores(); ++core)
+    works.push_back({[core] { fields::useCores(1, core); }, run});
+  const std::vector<double> seconds = turns::seconds(state, works);
+  fields::useCores(0);
+  double speeds = 0;
+  for (std::size_t n = 1; n < seconds.size(); ++n) speeds += 1 / seconds[n];
+  state.counters["ratio"] = fields::cores() / (seconds[0] * speeds);
 }
 
 /// How the time grows on one core: as the number of points to this power.
