@@ -28,9 +28,13 @@ class Grid {
   unsigned nbPositions_;
 };
 
-/// Leaves new elements as their memory is.
+/// Leaves new elements as their memory is, where no value is given for them.
 template <class T>
 struct UnwrittenAllocator : std::allocator<T> {
+  UnwrittenAllocator() = default;
+  template <class U>
+  explicit UnwrittenAllocator(const UnwrittenAllocator<U>& /*other*/) noexcept {}
+
   template <class U>
   struct rebind {
     using other = UnwrittenAllocator<U>;
@@ -43,7 +47,8 @@ struct UnwrittenAllocator : std::allocator<T> {
 /// That the positions of a list are written next, so that they need not be zeros before.
 struct WrittenNext {};
 
-/// An explicit list of positions, which are written through `positions`.
+/// An explicit list of positions, which are written through `positions`. Those that are appended to
+/// it without a value hold none.
 template <class T>
 class GridUnstructured final : public Grid<T> {
  public:
