@@ -120,12 +120,12 @@ class PackEvaluation {
     return {absolute(x), absolute(y), z};
   }
 
-  /// Asks for the next pack of the block that is sorted after this one: its points would be waited
-  /// for, where these take time to compute.
+  /// Fetches one more pack of the next block, so that sorting that need not wait for memory.
   void fetchAhead() {
     if (ahead_ > count_ - Pack::count) return;
-    constexpr int cacheLine = 16;
-    for (int n = 0; n < 3 * Pack::count; n += cacheLine) __builtin_prefetch(point(ahead_) + n);
+    constexpr int floatsACacheLine = 16;
+    for (int n = 0; n < 3 * Pack::count; n += floatsACacheLine)
+      __builtin_prefetch(point(ahead_) + n);
     ahead_ += Pack::count;
   }
 
@@ -269,7 +269,7 @@ class PackEvaluation {
   const float moderateReach_;
   const Rule rule_;
   Places ofCase_[4], others_;
-  int ahead_ = 0;  // the first point that has not been asked for
+  int ahead_ = 0;  // the first point that has not been fetched
 };
 
 template <class Set, class ModerateSet = Set>
