@@ -14,7 +14,10 @@ namespace {
 const cpu_set_t& given() {
   static const cpu_set_t all = [] {
     cpu_set_t set;
-    sched_getaffinity(0, sizeof set, &set);
+    if (sched_getaffinity(0, sizeof set, &set) != 0) {
+      std::cerr << "cannot tell which cores there are\n";
+      std::exit(1);
+    }
     return set;
   }();
   return all;

@@ -29,5 +29,4 @@ void KernelOnField::setOrder(int order) { setCudaIntegratorParameters("Rectangul
 void KernelOnField::run() {
   RectangularPiston_func_unstructured_device(d_array_.get(), points_, d_pos_.get(), fields::l,
                                              fields::s, fields::k);
-  cudaDeviceSynchronize();
 }

@@ -11,8 +11,9 @@ class KernelOnField {
  public:
   explicit KernelOnField(const std::vector<float>& positions);
 
-  /// Whether there is a device, with room for the points.
+  /// Whether there is a device, with room for the points; and what to say otherwise.
   bool isReady() const { return ready_; }
+  static constexpr const char* notReady = "no device, or not enough of its memory";
 
   /// Loads the rule that every run uses from now on.
   static void setOrder(int order);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <cstdint>
 #include <vector>
 
 #include "FastNearfield/GaussLegendre.h"
@@ -57,13 +58,13 @@ class ScalarPiston {
   std::vector<float> x_, w_;
 };
 
-/// Times faster than `pressure(x, y, z)` at so many points of the cloud is the kernel, for a rule
-/// of this order?
+/// How many times faster the kernel is with a rule of this order than `pressure(x, y, z)`, which is
+/// called for so many points of the cloud.
 template <class Pressure>
 double timesFaster(benchmark::State& state, int order, int points, const Pressure& pressure) {
   KernelOnField kernel(fields::cloud(1000000));
   if (!kernel.isReady()) {
-    state.SkipWithError("no device, or not enough of its memory");
+    state.SkipWithError(KernelOnField::notReady);
     return 0;
   }
   KernelOnField::setOrder(order);

@@ -1,7 +1,6 @@
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
-#include <iostream>
 #include <vector>
 
 #include "benchmarks/Fields.h"

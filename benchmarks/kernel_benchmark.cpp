@@ -1,5 +1,6 @@
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
 #include <vector>
 
 #include "benchmarks/Fields.h"
@@ -25,7 +26,7 @@ BENCHMARK_CAPTURE(limitOfNodes, ahead, true)->Name("limit/ahead")->UseRealTime()
 void kernel(benchmark::State& state, std::vector<float> (*layOut)(int)) {
   KernelOnField kernel(layOut(static_cast<int>(state.range(0))));
   const auto order = static_cast<int>(state.range(1));
-  if (!kernel.isReady()) return state.SkipWithError("no device, or not enough of its memory");
+  if (!kernel.isReady()) return state.SkipWithError(KernelOnField::notReady);
   fields::useCores(static_cast<int>(state.range(2)));
   KernelOnField::setOrder(order);
   for (auto _ : state) kernel.run();

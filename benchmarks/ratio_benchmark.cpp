@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "benchmarks/Fields.h"
@@ -15,8 +16,6 @@
 namespace {
 
 using Field = std::vector<float>(int points);
-
-constexpr const char* noDevice = "no device, or not enough of its memory";
 
 /// The x of y ~ at^x: the least squares of the logarithms.
 double exponent(const std::vector<double>& at, const std::vector<double>& y) {
@@ -36,7 +35,7 @@ double exponent(const std::vector<double>& at, const std::vector<double>& y) {
 /// order, cores (0: all).
 void toIntegrand(benchmark::State& state, Field* layOut) {
   KernelOnField kernel(layOut(static_cast<int>(state.range(0))));
-  if (!kernel.isReady()) return state.SkipWithError(noDevice);
+  if (!kernel.isReady()) return state.SkipWithError(KernelOnField::notReady);
   const auto order = static_cast<int>(state.range(1));
   const auto cores = static_cast<int>(state.range(2));
   KernelOnField::setOrder(order);
@@ -55,17 +54,22 @@ void toIntegrand(benchmark::State& state, Field* layOut) {
 /// The speed on all cores over the mean of that on each: neighbours slow one more than another.
 void ofCores(benchmark::State& state, Field* layOut) {
   KernelOnField kernel(layOut(1000000));
-  if (!kernel.isReady()) return state.SkipWithError(noDevice);
+  if (!kernel.isReady()) return state.SkipWithError(KernelOnField::notReady);
   KernelOnField::setOrder(10);
   const auto run = [&] { kernel.run(); };
-  std::vector<turns::Work> works = {{[] { fields::useCores(0); }, run}};
-  for (int core = 0; core < fields::cores(); ++core)
+  std::vector<turns::Work> works;
+  for (int core = 0; core < fields::cores(); ++core) {
+    works.push_back({[] { fields::useCores(0); }, run});
     works.push_back({[core] { fields::useCores(1, core); }, run});
+  }
   const std::vector<double> seconds = turns::seconds(state, works);
   fields::useCores(0);
-  double speeds = 0;
-  for (std::size_t n = 1; n < seconds.size(); ++n) speeds += 1 / seconds[n];
-  state.counters["ratio"] = fields::cores() / (seconds[0] * speeds);
+  double all = 0, alone = 0;
+  for (std::size_t n = 0; n < seconds.size(); n += 2) {
+    all += 1 / seconds[n];
+    alone += 1 / seconds[n + 1];
+  }
+  state.counters["ratio"] = all / alone;
 }
 
 /// How the time grows on one core: as the number of points to this power.
@@ -75,7 +79,7 @@ void growthWithPoints(benchmark::State& state, Field* layOut) {
   std::vector<double> points;
   std::vector<turns::Work> works;
   for (KernelOnField& kernel : kernels) {
-    if (!kernel.isReady()) return state.SkipWithError(noDevice);
+    if (!kernel.isReady()) return state.SkipWithError(KernelOnField::notReady);
     points.push_back(kernel.points());
     works.push_back({[] {}, [&kernel] { kernel.run(); }});
   }
@@ -88,7 +92,7 @@ void growthWithPoints(benchmark::State& state, Field* layOut) {
 /// The same, as the order to this power.
 void growthWithOrder(benchmark::State& state, Field* layOut) {
   KernelOnField kernel(layOut(100000));
-  if (!kernel.isReady()) return state.SkipWithError(noDevice);
+  if (!kernel.isReady()) return state.SkipWithError(KernelOnField::notReady);
   fields::useCores(1);
   const std::vector<double> orders = {10, 20, 32, 64, 128, 256};
   std::vector<turns::Work> works;
