@@ -11,6 +11,7 @@ template <class Lane>
 __host__ __device__ inline pistonfield::ComplexPair<Lane> integrandSum(Lane z, Lane sigma,
                                                                        int rounds, bool ahead) {
   using pistonfield::ComplexPair;
+  using pistonfield::multiplyAdd;
   using pistonfield::Nodes;
   const pistonfield::HalfAngleIntegrand<Lane> f(z, pistonfield::HalfPhase<Lane>(7.0f));
   const Lane dd1(0.25f), dd2(1.5f), step(1e-3f);
