@@ -50,14 +50,15 @@ class Ranges {
   }
 
  private:
-  /// At most a quarter of a thread's share of what is left, so that all have work to the end.
+  /// Of several threads each takes at most a quarter of its share of what is left, so that all have
+  /// work to the end.
   bool runOne(std::uint64_t threads, std::uint64_t longest) {
     std::uint64_t first = next_, last = 0;
     do {
       if (first >= count_) return false;
       const std::uint64_t left = count_ - first;
-      const std::uint64_t some = left / threads / 4 / length_ * length_;
-      last = first + std::min(std::clamp(some, length_, longest), left);
+      const std::uint64_t share = threads > 1 ? left / threads / 4 : left;
+      last = first + std::min(std::clamp(share / length_ * length_, length_, longest), left);
     } while (!next_.compare_exchange_weak(first, last));
     try {
       body_(first, last);
