@@ -8,9 +8,10 @@
 // Evaluates points in packs of lanes.
 //
 // For a pair of edges a point takes one integral beyond their ends and two between them, and a pack
-// takes two as soon as one of its lanes does. Neighbours are mostly alike, and are evaluated where
-// they stand; points of packs whose lanes differ are first sorted by their case, and then evaluated
-// case by case, each pack started in the last nodes of the one before.
+// takes two as soon as one of its lanes does. So points are first sorted by their case, and then
+// evaluated case by case, in chains of packs, each started in the last nodes of the one before.
+// Where registers are too few for chains, neighbours that are alike are evaluated where they stand
+// and the others pack by pack.
 //
 // Nothing here may be a function that other files share: theirs could become this file's, with
 // instructions that not every machine has.
@@ -138,7 +139,7 @@ class PackEvaluation {
     const unsigned x = splitX(points).bits(), y = splitY(points).bits();
     const unsigned known = moderate(points).bits();
     const bool alike = (x == 0 || x == allLanes) && (y == 0 || y == allLanes);
-    if (alike && known == allLanes)
+    if (!Set::chainsPay && alike && known == allLanes)
       return evaluateAlike((x & 1) + (y & 2), points, pressures_ + first);
     ofCase_[0].append(first, known & ~x & ~y);
     ofCase_[1].append(first, known & x & ~y);
@@ -221,19 +222,37 @@ class PackEvaluation {
   __attribute__((noinline)) void evaluateCase(const Places& places) {
     const int whole = places.whole();
     if (whole == 0) return;
-    Points points = gather(places.of);
+    if constexpr (Set::chainsPay)
+      evaluateChain<SplitX, SplitY>(places.of, whole);
+    else
+      evaluateEach<SplitX, SplitY>(places.of, whole);
+  }
+
+  template <class SplitX, class SplitY>
+  __attribute__((always_inline)) void evaluateEach(const int* places, int count) {
+    for (int n = 0; n < count; n += Pack::count) {
+      fetchAhead();
+      const ComplexPair<Lane> p =
+          integralsOf<SplitX, SplitY>(gather(places + n)).pressureOfKnown(rule_);
+      scatter(p.re.value, p.im.value, places + n, Pack::count);
+    }
+  }
+
+  template <class SplitX, class SplitY>
+  __attribute__((always_inline)) void evaluateChain(const int* places, int count) {
+    Points points = gather(places);
     Nodes<Lane> nodes = integralsOf<SplitX, SplitY>(points).startedNodes(rule_);
-    for (int n = 0; n < whole; n += Pack::count) {
+    for (int n = 0; n < count; n += Pack::count) {
       fetchAhead();
       auto integrals = integralsOf<SplitX, SplitY>(points);
       // The last one starts itself again, in vain: cheaper than a second copy of all this.
-      const int next = n + Pack::count < whole ? n + Pack::count : n;
+      const int next = n + Pack::count < count ? n + Pack::count : n;
       const ComplexPair<Lane> p = integrals.pressureOfKnown(
           rule_, nodes, [&]() __attribute__((always_inline)) {
-            points = gather(places.of + next);
+            points = gather(places + next);
             return integralsOf<SplitX, SplitY>(points);
           });
-      scatter(p.re.value, p.im.value, places.of + n, Pack::count);
+      scatter(p.re.value, p.im.value, places + n, Pack::count);
     }
   }
 

@@ -13,6 +13,7 @@ struct Avx2 {
   using Register = __m256;
   using Mask = __m256;
   static constexpr int width = 8;
+  static constexpr bool chainsPay = false;
 
   static Register broadcast(float x) { return _mm256_set1_ps(x); }
   static Register load(const float* from) { return _mm256_loadu_ps(from); }

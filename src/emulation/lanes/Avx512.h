@@ -11,6 +11,7 @@ struct Avx512 {
   using Register = __m512;
   using Mask = __mmask16;
   static constexpr int width = 16;
+  static constexpr bool chainsPay = true;
 
   static Register broadcast(float x) { return _mm512_set1_ps(x); }
   static Register load(const float* from) { return _mm512_loadu_ps(from); }

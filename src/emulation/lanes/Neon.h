@@ -13,6 +13,7 @@ struct Neon {
   using Register = float32x4_t;
   using Mask = uint32x4_t;
   static constexpr int width = 4;
+  static constexpr bool chainsPay = false;
 
   static Register broadcast(float x) { return vdupq_n_f32(x); }
   static Register load(const float* from) { return vld1q_f32(from); }

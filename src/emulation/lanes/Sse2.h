@@ -14,6 +14,7 @@ struct Sse2 {
   using Register = __m128;
   using Mask = __m128;
   static constexpr int width = 4;
+  static constexpr bool chainsPay = false;
 
   static Register broadcast(float x) { return _mm_set1_ps(x); }
   static Register load(const float* from) { return _mm_loadu_ps(from); }
