@@ -1,5 +1,6 @@
 #include "benchmarks/InTurns.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 
@@ -9,24 +10,22 @@ std::vector<double> seconds(benchmark::State& state, const std::vector<Work>& wo
   using Clock = std::chrono::steady_clock;
   using Seconds = std::chrono::duration<double>;
   constexpr Seconds turn{0.02};
-  struct Sum {
-    Seconds time{0};
-    int runs = 0;
-  };
-  std::vector<Sum> sums(works.size());
+  std::vector<std::vector<double>> taken(works.size());
   for (auto _ : state)
     for (std::size_t n = 0; n < works.size(); ++n) {
       works[n].prepare();
       Seconds elapsed{0};
+      int runs = 0;
       for (const auto start = Clock::now(); elapsed < turn; elapsed = Clock::now() - start) {
         works[n].run();
-        ++sums[n].runs;
+        ++runs;
       }
-      sums[n].time += elapsed;
+      taken[n].push_back(elapsed.count() / runs);
     }
   std::vector<double> result;
-  result.reserve(sums.size());
-  for (const Sum& sum : sums) result.push_back(sum.time.count() / sum.runs);
+  result.reserve(taken.size());
+  for (const std::vector<double>& turns : taken)
+    result.push_back(*std::min_element(turns.begin(), turns.end()));
   return result;
 }
 

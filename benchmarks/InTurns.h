@@ -14,7 +14,8 @@ struct Work {
 };
 
 /// The seconds that a run of each takes. They are done in turns, of a fiftieth of a second or one
-/// run, so that what slows the machine for longer than that slows all of them.
+/// run: what slows the machine for longer than that slows all of them, and what slows it for less
+/// does not count, since of the turns of each it is the fastest.
 std::vector<double> seconds(benchmark::State& state, const std::vector<Work>& works);
 
 /// What benchmarks of work in turns have in common.
