@@ -13,7 +13,8 @@
 //     storePlaces    first + the number of each lane whose bit is set, one after the other; up to a
 //                    whole register is written
 //
-// `chainsPay` tells whether it has registers enough to start the next pack while one is evaluated.
+// `chainsPay` tells whether it saves time to start the next pack while one is evaluated, which
+// takes registers.
 //
 // A file that includes this is compiled for one instruction set. All that it defines is tied to
 // that set by a template parameter, so that no other file can end up with its instructions.

@@ -10,8 +10,8 @@
 // For a pair of edges a point takes one integral beyond their ends and two between them, and a pack
 // takes two as soon as one of its lanes does. So points are first sorted by their case, and then
 // evaluated case by case, in chains of packs, each started in the last nodes of the one before.
-// Where registers are too few for chains, neighbours that are alike are evaluated where they stand
-// and the others pack by pack.
+// Where chains do not pay, neighbours that are alike are evaluated where they stand, and the others
+// pack by pack.
 //
 // Nothing here may be a function that other files share: theirs could become this file's, with
 // instructions that not every machine has.
