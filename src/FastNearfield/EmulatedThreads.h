@@ -5,37 +5,38 @@
 
 #include "FastNearfield/PackedPressure.h"
 
-// The threads of the emulation device: it calls a kernel once for a run of them.
+// The threads of the emulation device: it calls a kernel once for all of them.
 
 namespace pistonfield {
 
-/// Calls body(first, last) for those threads of this run that have a point.
+/// Calls body(first, last) for ranges that make up the threads that have a point.
 template <class Body>
 void forThreadsWithPoint(int count, const Body& body) {
-  const emulation::ThreadRun run = emulation::threadRun;
   const auto points = static_cast<std::uint64_t>(std::max(count, 0));
-  if (run.first < points)
-    body(static_cast<unsigned>(run.first), static_cast<unsigned>(std::min(run.last, points)));
+  emulation::forThreads([&](std::uint64_t first, std::uint64_t last) {
+    if (first < points)
+      body(static_cast<unsigned>(first), static_cast<unsigned>(std::min(last, points)));
+  });
 }
 
 /// In double precision one by one.
 template <class Points, class Results>
-void evaluate(const Piston<double>& piston, const Points& points, const Results& results) {
+void evaluate(const KernelPiston<double>& piston, const Points& points, const Results& results) {
   forThreadsWithPoint(points.count(), [&](unsigned n, unsigned last) {
     for (auto cursor = points.cursor(n); n < last; ++n, points.advance(cursor))
       results.store(n, pressureAt(points.at(cursor), piston));
   });
 }
 
-inline void evaluateList(const Piston<float>& piston, const float* positions, Complex* pressures,
-                         unsigned count) {
+inline void evaluateList(const KernelPiston<float>& piston, const float* positions,
+                         Complex* pressures, unsigned count) {
   static PackedPressure* const evaluate = packedPressure(instructionSet());
   evaluate(positions, pressures, static_cast<int>(count), piston.a, piston.b, piston.k,
            piston.rule);
 }
 
 /// In single precision in packs of lanes.
-inline void evaluate(const Piston<float>& piston, const PointList<float>& points,
+inline void evaluate(const KernelPiston<float>& piston, const PointList<float>& points,
                      const Pairs<float>& results) {
   forThreadsWithPoint(points.count(), [&](unsigned n, unsigned last) {
     evaluateList(piston, points.cursor(n), results.values + n, last - n);
@@ -44,7 +45,7 @@ inline void evaluate(const Piston<float>& piston, const PointList<float>& points
 
 /// The same where the points make no list yet, or their pressures are not to become one.
 template <class Points, class Results>
-void evaluate(const Piston<float>& piston, const Points& points, const Results& results) {
+void evaluate(const KernelPiston<float>& piston, const Points& points, const Results& results) {
   forThreadsWithPoint(points.count(), [&](unsigned n, unsigned last) {
     constexpr unsigned most = 2048;
     Point<float> list[most];

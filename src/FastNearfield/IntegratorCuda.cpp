@@ -5,6 +5,7 @@
 
 #include "FastNearfield/GaussLegendre.h"
 #include "core/CudaCheck.h"
+#include "core/DeviceLock.h"
 #include "core/Progress.h"
 
 using pistonfield::progress;
@@ -24,6 +25,7 @@ std::unique_ptr<float[]> firstAsFloats(const double* values, int count) {
 }  // namespace
 
 void setCudaIntegratorParameters(const char* name, int order) {
+  const pistonfield::DeviceLock lock;
   stageCheck("start setCudaIntegratorParameters", HERE);
   if (order < 1) {
     pistonfield::fail("order>0", HERE);

@@ -14,18 +14,19 @@
 namespace pistonfield {
 
 template <class T>
-struct Piston {
+struct KernelPiston {
   T a, b, k;
   SymmetricRule<T> rule;
 };
 
-__host__ __device__ inline Complex pressureAt(const Point<float>& p, const Piston<float>& piston) {
+__host__ __device__ inline Complex pressureAt(const Point<float>& p,
+                                              const KernelPiston<float>& piston) {
   return pointPressure<HalfAngleIntegrand>(p.x, p.y, p.z, piston.a, piston.b, piston.k,
                                            piston.rule);
 }
 
 __host__ __device__ inline Complexd pressureAt(const Point<double>& p,
-                                               const Piston<double>& piston) {
+                                               const KernelPiston<double>& piston) {
   return pointPressure<SingleRootIntegrand>(p.x, p.y, p.z, piston.a, piston.b, piston.k,
                                             piston.rule);
 }
@@ -37,7 +38,7 @@ __host__ __device__ inline Complexd pressureAt(const Point<double>& p,
 namespace pistonfield {
 
 template <class T, class Points, class Results>
-__device__ inline void evaluate(const Piston<T>& piston, const Points& points,
+__device__ inline void evaluate(const KernelPiston<T>& piston, const Points& points,
                                 const Results& results) {
   const unsigned n =
       threadIdx.x + blockDim.x * (blockIdx.x + gridDim.x * (blockIdx.y + gridDim.y * blockIdx.z));

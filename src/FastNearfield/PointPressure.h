@@ -277,15 +277,16 @@ class EdgePair {
 /// Adds a rule's nodes to integrals, always with the roots of the next nodes on their way while the
 /// present ones are summed: a processor does both at once.
 template <class Integrand, class Lane, class Real, class Rule>
-class Quadrature {
+class EdgeQuadrature {
  public:
   using Edges = EdgePair<Lane, Real>;
 
-  PISTONFIELD_INLINED Quadrature(const Integrand& f, const Rule& rule)
+  PISTONFIELD_INLINED EdgeQuadrature(const Integrand& f, const Rule& rule)
       : f_(f), rule_(rule), pairs_(rule.N / 2) {}
 
   /// With the first nodes of a pair of edges started elsewhere.
-  PISTONFIELD_INLINED Quadrature(const Integrand& f, const Rule& rule, const Nodes<Lane>& started)
+  PISTONFIELD_INLINED EdgeQuadrature(const Integrand& f, const Rule& rule,
+                                     const Nodes<Lane>& started)
       : f_(f), rule_(rule), pairs_(rule.N / 2), nodes_(started) {}
 
   /// The first nodes of the edges that are integrated next. Where a rule has no pair, what is
@@ -420,7 +421,7 @@ class PointIntegrals {
   /// The pressure of any point.
   template <class Rule>
   PISTONFIELD_INLINED ComplexPair<Lane> pressure(const Rule& rule) {
-    Quadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f_, rule);
+    EdgeQuadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f_, rule);
     quadrature.start(alongY_);
     quadrature.integrate(alongY_, alongX_);
     const auto onceY = outsideY_ | point_.splitY, onceX = outsideX_ | point_.splitX;
@@ -448,7 +449,7 @@ class PointIntegrals {
 
   template <class Rule>
   PISTONFIELD_INLINED ComplexPair<Lane> pressureOfKnown(const Rule& rule) {
-    Quadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f_, rule);
+    EdgeQuadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f_, rule);
     quadrature.start(first());
     integrateRests(quadrature);
     quadrature.integrate(alongY_, alongX_);
@@ -460,7 +461,7 @@ class PointIntegrals {
   template <class Rule, class Next>
   PISTONFIELD_INLINED ComplexPair<Lane> pressureOfKnown(const Rule& rule, Nodes<Lane>& nodes,
                                                         const Next& next) {
-    Quadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f_, rule, nodes);
+    EdgeQuadrature<IntegrandOf<Lane>, Lane, Real, Rule> quadrature(f_, rule, nodes);
     integrateRests(quadrature);
     nodes = quadrature.integrateBeforePoint(next, alongY_, alongX_);
     return sumOfKnown();

@@ -5,7 +5,10 @@
 
 #include "FastNearfield/RectangularPistonCuda.dp.h"
 #include "FastNearfield/RectangularPistonCuda.h"
+#include "core/CudaCheck.h"
+#include "core/DeviceLock.h"
 #include "core/ErrorHandler.h"
+#include "core/LoadedRules.h"
 #include "core/PlainAssertion.h"
 #include "core/Progress.h"
 
@@ -23,6 +26,17 @@ std::array<float, 16> asFloats(const Grid3DR<double>::Transform& transform) {
   std::transform(transform.begin(), transform.end(), floats.begin(),
                  [](double value) { return static_cast<float>(value); });
   return floats;
+}
+
+/// Whether the device can compute: the calling thread must have loaded a rule.
+bool isReady(Precision precision) {
+  if (hasOwnRule(precision)) return true;
+  fail(
+      "No quadrature rule is loaded: call setCudaIntegratorParameters(\"RectangularPiston\", "
+      "order) "
+      "on this thread, inside its CudaDeviceThread",
+      {"src/FastNearfield/RectangularPiston2", __LINE__});
+  return false;
 }
 
 /// A size of the grid as the launchers take it.
@@ -50,13 +64,18 @@ RectangularPistonCuda2::RectangularPistonCuda2(double l_, double s_, double k_)
 void RectangularPistonCuda2::compute(float* out, const Grid3DR<double>& grid) const {
   if (!useGPU) {
     computeCPU<float, double>(out, grid);
-    progress() << "cpu" << std::endl;
+    tellLine([](std::ostream& line) { line << "cpu"; });
     return;
   }
-  std::array<float, 16> transform = asFloats(grid.transform());
-  RectangularPiston_func(reinterpret_cast<Complex*>(out), launched(grid.sx()), launched(grid.sy()),
-                         launched(grid.sz()), transform.data(), static_cast<float>(l),
-                         static_cast<float>(s), static_cast<float>(k));
+  const DeviceLock lock;
+  const ReportedErrorIsCleared guard;
+  if (!isReady(Precision::SINGLE)) return;
+  if (grid.nbPositions() > 0) {  // no device launches nothing
+    std::array<float, 16> transform = asFloats(grid.transform());
+    RectangularPiston_func(reinterpret_cast<Complex*>(out), launched(grid.sx()),
+                           launched(grid.sy()), launched(grid.sz()), transform.data(),
+                           static_cast<float>(l), static_cast<float>(s), static_cast<float>(k));
+  }
   progress() << "cuda" << std::endl;
   echo(out, grid.nbPositions());
 }
@@ -66,7 +85,11 @@ void RectangularPistonCuda2::compute(double* out, const Grid3DR<double>& grid) c
     computeCPU<double, double>(out, grid);
     return;
   }
+  const DeviceLock lock;
+  const ReportedErrorIsCleared guard;
+  if (!isReady(Precision::DOUBLE)) return;
   progress() << "computeCudaDouble 1" << std::endl;
+  if (grid.nbPositions() == 0) return;
   Grid3DR<double>::Transform transform = grid.transform();
   RectangularPiston_func_d(reinterpret_cast<Complexd*>(out), launched(grid.sx()),
                            launched(grid.sy()), launched(grid.sz()), transform.data(), l, s, k);
@@ -83,7 +106,11 @@ void RectangularPistonCuda2::compute(CudaStorage* data, const Grid3DR<double>& g
   } else if (!useGPU) {
     computeCPU<float, double>(data->getFloatData(), grid);
   } else {
+    const DeviceLock lock;
+    const ReportedErrorIsCleared guard;
+    if (!isReady(Precision::SINGLE)) return;
     progress() << "CudaStorage function in RectangularPistonCuda2" << std::endl;
+    if (grid.nbPositions() == 0) return;
     std::array<float, 16> transform = asFloats(grid.transform());
     RectangularPiston_func_device(static_cast<Complex*>(data->getDeviceData()), launched(grid.sx()),
                                   launched(grid.sy()), launched(grid.sz()), transform.data(),

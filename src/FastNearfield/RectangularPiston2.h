@@ -1,6 +1,7 @@
 #pragma once
 
 #include <complex>
+#include <mutex>
 
 #include "FastNearfield/QuadratureRule.h"
 #include "FastNearfield/Transducer.h"
@@ -18,10 +19,13 @@ namespace pistonfield {
 ///     g(d) = (exp(−ik√(z² + σ² + d²)) − exp(−ikz)) / (σ² + d²),
 ///
 /// with x1, x2 = x ∓ s/2 and y1, y2 = y ∓ l/2; for z ≥ 0 that is (k/2π)·∬ exp(−ikR)/R dS over the
-/// piston. On the CPU the rule has order 100 and the error stays below 3·u·(1 + kR), u being 2⁻²⁴
-/// or 2⁻⁵³ and R the distance to the farthest corner, for pistons that the rule resolves.
+/// piston. On the CPU the rule has order 100; for z ≥ 0 rounding moves its result by less than
+/// 3·u·(1 + kR), u being 2⁻²⁴ or 2⁻⁵³ and R the distance to the farthest corner. How far the rule
+/// itself is from the integral depends on the piston: it needs more nodes the more wavelengths a
+/// side has and the nearer a point is to an edge.
 ///
-/// Not re-entrant: an evaluation on the CPU writes into the piston's rules.
+/// Any number of threads may call `compute` at once: those on the device wait for each other, and
+/// so do those that compute with the same piston on the CPU.
 class RectangularPistonCuda2 : public Piston {
  public:
   /// Stores l, s and k as they are, and computes the rules of order 100 in both precisions.
@@ -29,8 +33,17 @@ class RectangularPistonCuda2 : public Piston {
   RectangularPistonCuda2(const RectangularPistonCuda2&) = delete;
   RectangularPistonCuda2& operator=(const RectangularPistonCuda2&) = delete;
 
-  /// On the GPU or the CPU, as `useGPU` says. For the GPU a device must be current and a quadrature
-  /// rule loaded; its failures go to the error handler. Progress goes to standard output.
+  /// Writes the real and imaginary part at each point of the grid, first axis fastest, to
+  /// 2·nbPositions() elements.
+  ///
+  /// With `useGPU` on the device. The calling thread must have a CudaDeviceThread and have loaded a
+  /// quadrature rule in it (IntegratorCuda.h): without one an error goes to the error handler, as
+  /// do failures of the device. The grid's m(3,3) is taken for 1.
+  ///
+  /// Otherwise on the CPU. Exactly above three corners, (s/2, l/2), (s/2, −l/2) and (−s/2, l/2),
+  /// the result is NaN.
+  ///
+  /// Progress goes to standard output.
   void compute(float* out, const Grid3DR<double>& grid) const override;
 
   /// A storage of floats: on the GPU into its device side, on the CPU into its host side. One of
@@ -73,7 +86,7 @@ class RectangularPistonCuda2 : public Piston {
 
   /// The pressure at one point: `f` holds its k, z and expKz; x1 … y2 are as above, `scale` is the
   /// factor before the bracket. k and z are not read. NaN at the three corners where an interval of
-  /// zero length meets s2 = 0.
+  /// zero length meets s2 = 0. Not re-entrant: it writes into the piston's rules.
   template <class T>
   std::complex<T> doFastNearfield_Private(FirstIntegral<T>& f, const T& x1, const T& x2,
                                           const T& y1, const T& y2, const T& k, const T& z,
@@ -91,6 +104,7 @@ class RectangularPistonCuda2 : public Piston {
   template <class T>
   const QuadratureRule<T>* rule() const;
 
+  mutable std::mutex onCPU_;  // held while an evaluation on the CPU writes into the rules
   QuadratureRule<double> doubleTable_;
   QuadratureRule<float> floatTable_;
 

@@ -13,6 +13,8 @@
 #include "core/CudaCheck.h"
 #include "core/CudaToday.h"
 #include "core/DeviceBuffer.h"
+#include "core/DeviceLock.h"
+#include "core/LoadedRules.h"
 #include "core/Progress.h"
 
 using pistonfield::AffineMap;
@@ -25,6 +27,7 @@ using pistonfield::cudaThreadSynchronize;
 using pistonfield::DeviceBuffer;
 using pistonfield::gridBytes;
 using pistonfield::half;
+using pistonfield::KernelPiston;
 using pistonfield::launch;
 using pistonfield::launchInPieces;
 using pistonfield::launchTimed;
@@ -32,7 +35,6 @@ using pistonfield::loadAffineMap;
 using pistonfield::MappedGrid;
 using pistonfield::Pairs;
 using pistonfield::Parts;
-using pistonfield::Piston;
 using pistonfield::PointList;
 using pistonfield::pointListShape;
 using pistonfield::progress;
@@ -67,6 +69,7 @@ cudaError_t writeSymbol(const std::string& symbol, const void* data, std::size_t
 }  // namespace
 
 void setIntegratorWeightsSym(const char* name, const float* x, const float* w, int N) {
+  const pistonfield::DeviceLock lock;
   progress() << "set weights float" << std::endl;
   stageCheck("start setIntegratorWeightsSym", HERE);
   if (N >= 1) progress() << x[0] << std::endl;
@@ -86,6 +89,7 @@ void setIntegratorWeightsSym(const char* name, const float* x, const float* w, i
   callCheck(writeSymbol(prefix + "N", &N, sizeof(int)),
             "cudaMemcpyToSymbol( buf, (void*)&N, sizeof(int) )", HERE);
   loadedOrder = N;
+  pistonfield::noteRule(pistonfield::Precision::SINGLE);
   stageCheck("end setIntegratorWeightsSym", HERE);
 }
 
@@ -93,7 +97,7 @@ void setIntegratorWeightsSym(const char* name, const float* x, const float* w, i
 
 namespace {
 
-__device__ Piston<float> pistonOf(float a, float b, float k) {
+__device__ KernelPiston<float> pistonOf(float a, float b, float k) {
   return {a,
           b,
           k,

@@ -14,6 +14,8 @@
 #include "core/CudaCheck.h"
 #include "core/CudaToday.h"
 #include "core/DeviceBuffer.h"
+#include "core/DeviceLock.h"
+#include "core/LoadedRules.h"
 #include "core/Progress.h"
 
 using pistonfield::blockShape;
@@ -36,11 +38,11 @@ constexpr const char* sourceFile = "src/FastNearfield/RectangularPistonCuda.dp";
 
 using pistonfield::AffineMap;
 using pistonfield::copyTo;
+using pistonfield::KernelPiston;
 using pistonfield::loadAffineMap;
 using pistonfield::MappedGrid;
 using pistonfield::Pairs;
 using pistonfield::Parts;
-using pistonfield::Piston;
 using pistonfield::SteppedGrid;
 
 // The rule, in constant memory. The "dp" belongs to the model's name.
@@ -65,7 +67,7 @@ cudaError_t writeSymbol(const std::string& symbol, const void* data, std::size_t
 
 namespace {
 
-__device__ Piston<double> pistonOf(double a, double b, double k) {
+__device__ KernelPiston<double> pistonOf(double a, double b, double k) {
   return {a,
           b,
           k,
@@ -137,6 +139,7 @@ constexpr std::nullptr_t calculate_grid = nullptr;
 #endif
 
 void setIntegratorWeightsSym_d(const char* name, const double* x, const double* w, int N) {
+  const pistonfield::DeviceLock lock;
   progress() << "set weights double" << std::endl;
   stageCheck("start setIntegratorWeightsSym", HERE);
   if (N < 1 || N > 512) {
@@ -158,6 +161,7 @@ void setIntegratorWeightsSym_d(const char* name, const double* x, const double* 
             HERE);
   callCheck(writeSymbol(prefix + "N", &N, sizeof(int)),
             "cudaMemcpyToSymbol( buf, (void*)&N, sizeof(int) )", HERE);
+  pistonfield::noteRule(pistonfield::Precision::DOUBLE);
   stageCheck("end setIntegratorWeightsSym", HERE);
 }
 

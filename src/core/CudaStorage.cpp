@@ -12,16 +12,25 @@ CudaStorage::CudaStorage(Type type, std::size_t size) : type_(type), size_(size)
     floats_ = std::make_unique<float[]>(size);
   else
     doubles_ = std::make_unique<double[]>(size);
-  callCheck(device_.allocate(bytes()), "cudaMalloc(&device, bytes)", HERE);
+  const ReportedErrorIsCleared guard;
+  void* device = nullptr;
+  callCheck(cudaMalloc(&device, bytes()), "cudaMalloc(&device, bytes)", HERE);
+  device_.reset(device);
   toDevice();
 }
 
+void CudaStorage::FreeOnDevice::operator()(void* memory) const {
+  static_cast<void>(cudaFree(memory));
+}
+
 void CudaStorage::toDevice() {
+  const ReportedErrorIsCleared guard;
   callCheck(cudaMemcpy(device_.get(), host(), bytes(), cudaMemcpyHostToDevice),
             "cudaMemcpy(device, host, bytes, cudaMemcpyHostToDevice)", HERE);
 }
 
 void CudaStorage::toHost() {
+  const ReportedErrorIsCleared guard;
   callCheck(cudaMemcpy(host(), device_.get(), bytes(), cudaMemcpyDeviceToHost),
             "cudaMemcpy(host, device, bytes, cudaMemcpyDeviceToHost)", HERE);
 }

@@ -3,8 +3,6 @@
 #include <cstddef>
 #include <memory>
 
-#include "core/DeviceBuffer.h"
-
 namespace pistonfield {
 
 /// A typed result buffer with a host side and a device side of the same size. Neither side follows
@@ -33,6 +31,10 @@ class CudaStorage {
   void toHost();
 
  private:
+  struct FreeOnDevice {
+    void operator()(void* memory) const;
+  };
+
   std::size_t bytes() const;
   void* host() const;
 
@@ -40,7 +42,7 @@ class CudaStorage {
   std::size_t size_;
   std::unique_ptr<float[]> floats_;
   std::unique_ptr<double[]> doubles_;
-  DeviceBuffer<void> device_;
+  std::unique_ptr<void, FreeOnDevice> device_;
 };
 
 }  // namespace pistonfield

@@ -13,11 +13,13 @@ struct SourceLocation {
 
 /// The process-wide, replaceable receiver of failed conditions.
 ///
-/// Code that finds a condition violated calls `ErrorHandler::getErrorHandler()->fail(...)`. Neither
-/// handler of this project returns from `fail`; callers are nevertheless written so that they can
-/// carry on if one did.
+/// Code that finds a condition violated calls `ErrorHandler::getErrorHandler()->fail(...)`. No
+/// handler of this project returns from `fail`: the default one ends the process, a
+/// `ThrowingErrorHandler` throws. Callers are nevertheless written so that they can carry on if one
+/// did.
 ///
-/// Not locked: install and use a handler on the one thread that calls the system.
+/// Install a handler before other threads call the system: installing is not locked. `fail` is
+/// called on the thread whose condition failed.
 class ErrorHandler {
  public:
   ErrorHandler() = default;

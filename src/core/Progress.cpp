@@ -1,6 +1,7 @@
 #include "core/Progress.h"
 
 #include <iostream>
+#include <mutex>
 
 namespace pistonfield {
 namespace {
@@ -16,6 +17,13 @@ bool progressIsTold() { return isTold; }
 std::ostream& progress() {
   static std::ostream nowhere(nullptr);
   return isTold ? std::cout : nowhere;
+}
+
+void tellLine(const std::function<void(std::ostream&)>& write) {
+  static std::mutex mutex;
+  const std::lock_guard lock(mutex);
+  write(progress());
+  progress() << std::endl;
 }
 
 }  // namespace pistonfield

@@ -6,6 +6,7 @@
 #include "core/CudaCheck.h"
 #include "core/CudaToday.h"
 #include "core/FastestDevice.h"
+#include "core/LoadedRules.h"
 #include "core/cuda_init.h"
 
 namespace pistonfield {
@@ -14,11 +15,14 @@ namespace {
 // The line is the one that users know from the message.
 constexpr SourceLocation releaseLocation{"src/core/cudahelper", 25};
 
+/// The scopes of the thread that has the device.
+int scopes = 0;
+
 }  // namespace
 
 int CudaInterface::init() { return cuda_init(); }
 
-cudaError_t CudaInterface::sync() { return cuda_sync(); }
+int CudaInterface::sync() { return cuda_sync(); }
 
 void CudaInterface::release() { callCheck(cudaThreadExit(), "cudaThreadExit()", releaseLocation); }
 
@@ -35,7 +39,7 @@ void CudaInterface::dumpDevices() {
 }
 
 CudaDeviceThread::CudaDeviceThread(int device) : unwinding_(std::uncaught_exceptions()) {
-  cudaThreadEnter(device);
+  if (++scopes == 1) cudaThreadEnter(device);
 }
 
 // Delegates, so that the destructor runs also when the start below fails.
@@ -45,6 +49,8 @@ CudaDeviceThread::CudaDeviceThread() : CudaDeviceThread(fastestDevice()) {
 }
 
 CudaDeviceThread::~CudaDeviceThread() noexcept(false) {
+  if (--scopes > 0) return;
+  forgetRules();
   if (std::uncaught_exceptions() > unwinding_)
     static_cast<void>(cudaThreadExit());
   else

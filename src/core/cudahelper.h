@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cuda_runtime.h>
+#include "core/DeviceLock.h"
 
 namespace pistonfield {
 
@@ -12,8 +12,8 @@ class CudaInterface {
   /// Starts the runtime on the current device; 0 on success, errors go to the error handler.
   static int init();
 
-  /// Waits for the device.
-  static cudaError_t sync();
+  /// Waits for the device; the runtime's error code, 0 on success.
+  static int sync();
 
   /// Ends the device's context; an error goes to the error handler.
   static void release();
@@ -26,7 +26,12 @@ class CudaInterface {
 ///
 /// Construct one before anything else of a call. It picks the device with the highest
 /// cores × multiprocessors × clock, makes it current, starts the runtime and waits for it; the
-/// destructor releases it. All of a call's device work happens on the thread that made the object.
+/// destructor releases it, and with it the quadrature rule. All of a call's device work happens on
+/// the thread that made the object.
+///
+/// One thread at a time has the device: where another one has such a scope, the constructor waits
+/// until that ends. So do not wait, inside a scope, for a thread that makes one. A scope within a
+/// scope of the same thread leaves the device and the rule as they are when it ends.
 class CudaDeviceThread {
  public:
   CudaDeviceThread();
@@ -40,6 +45,7 @@ class CudaDeviceThread {
  private:
   explicit CudaDeviceThread(int device);
 
+  const DeviceLock lock_;
   const int unwinding_;  // how many exceptions already were when it was made
 };
 

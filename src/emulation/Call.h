@@ -10,10 +10,14 @@ namespace emulation {
 /// has `body` do the work; an error is remembered as the calling thread's last one.
 template <class Body>
 cudaError_t perform(const Call& call, Body body) {
+  const std::lock_guard lock(stateLock());
   State& state = theState();
   const cudaError_t injected = state.begin(call);
   const cudaError_t error = injected == cudaSuccess ? body(state) : injected;
-  if (error != cudaSuccess) lastError = error;
+  if (error != cudaSuccess) {
+    state.lastError = error;
+    state.lastErrorThread = std::this_thread::get_id();
+  }
   return error;
 }
 

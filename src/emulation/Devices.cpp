@@ -1,10 +1,6 @@
 #include "emulation/Call.h"
 
-using emulation::Device;
-using emulation::perform;
-using emulation::performOnDevice;
-using emulation::State;
-
+namespace emulation::runtime {
 namespace {
 
 const Device* find(const State& state, int device) {
@@ -59,3 +55,5 @@ cudaError_t cudaDeviceReset() {
     return cudaSuccess;
   });
 }
+
+}  // namespace emulation::runtime

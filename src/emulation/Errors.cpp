@@ -1,5 +1,7 @@
 #include "emulation/Call.h"
 
+namespace emulation::runtime {
+
 const char* cudaGetErrorString(cudaError_t error) {
   switch (error) {
     case cudaSuccess:
@@ -31,8 +33,13 @@ const char* cudaGetErrorString(cudaError_t error) {
 }
 
 cudaError_t cudaGetLastError() {
-  const cudaError_t injected = emulation::theState().begin({"cudaGetLastError"});
-  const cudaError_t error = injected == cudaSuccess ? emulation::lastError : injected;
-  emulation::lastError = cudaSuccess;
-  return error;
+  const std::lock_guard lock(emulation::stateLock());
+  emulation::State& state = emulation::theState();
+  const cudaError_t injected = state.begin({"cudaGetLastError"});
+  const bool isOwn = state.lastErrorThread == std::this_thread::get_id();
+  const cudaError_t own = isOwn ? state.lastError : cudaSuccess;
+  if (isOwn) state.lastError = cudaSuccess;
+  return injected == cudaSuccess ? own : injected;
 }
+
+}  // namespace emulation::runtime

@@ -16,11 +16,16 @@ bool fits(dim3 grid, dim3 block) {
          std::uint64_t{grid.x} * grid.y * grid.z <= mostBlocks;
 }
 
-/// How many threads a kernel's call stands for in the end: enough to fill lanes and to be worth
-/// handing out, few enough to share a launch out evenly.
-constexpr std::uint64_t runLength = 2048;
+/// How many threads a core takes at once in the end: enough to fill lanes and to be worth handing
+/// out, few enough to share a launch out evenly.
+constexpr std::uint64_t rangeLength = 2048;
+
+/// Those of the current launch; there is one at a time.
+std::uint64_t launchedThreads = 0;
 
 }  // namespace
+
+void forThreads(const ThreadWork& work) { parallel::spread(launchedThreads, rangeLength, work); }
 
 cudaError_t launch(dim3 grid, dim3 block, std::size_t sharedMemory,
                    const std::function<void()>& kernel) {
@@ -28,12 +33,8 @@ cudaError_t launch(dim3 grid, dim3 block, std::size_t sharedMemory,
     if (!kernel) return cudaErrorInvalidDeviceFunction;
     if (!fits(grid, block)) return cudaErrorInvalidConfiguration;
     if (sharedMemory > 49152) return cudaErrorInvalidValue;
-    const std::uint64_t threads =
-        std::uint64_t{grid.x} * grid.y * grid.z * block.x * block.y * block.z;
-    parallel::spread(threads, runLength, [&](std::uint64_t first, std::uint64_t last) {
-      threadRun = {first, last};
-      kernel();
-    });
+    launchedThreads = std::uint64_t{grid.x} * grid.y * grid.z * block.x * block.y * block.z;
+    kernel();
     return cudaSuccess;
   });
 }

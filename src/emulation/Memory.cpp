@@ -6,11 +6,7 @@
 #include "parallel/Cores.h"
 #include "parallel/Spread.h"
 
-using emulation::Allocation;
-using emulation::memoryAlignment;
-using emulation::performOnDevice;
-using emulation::State;
-
+namespace emulation::runtime {
 namespace {
 
 /// One core alone does not fill the way to the memory; where there is but one, a copy in one piece
@@ -61,6 +57,8 @@ cudaError_t cudaMemcpy(void* destination, const void* source, std::size_t size,
     return cudaSuccess;
   });
 }
+
+}  // namespace emulation::runtime
 
 cudaError_t emulation::copyToSymbol(void* symbol, std::size_t symbolSize, const void* source,
                                     std::size_t size, std::size_t offset, cudaMemcpyKind kind) {

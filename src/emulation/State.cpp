@@ -64,10 +64,18 @@ void State::recordCalls() {
 void State::restore() {
   reset();
   *this = State();
-  lastError = cudaSuccess;
 }
 
 std::vector<Call> State::calls() const { return record_; }
+
+const char* State::errorString(cudaError_t error) const { return cudaGetErrorString(error); }
+
+cudaError_t State::allocate(void** pointer, std::size_t size) { return cudaMalloc(pointer, size); }
+
+cudaError_t State::copy(void* destination, const void* source, std::size_t size,
+                        cudaMemcpyKind kind) {
+  return cudaMemcpy(destination, source, size, kind);
+}
 
 int State::selectedDevice() const { return selected; }
 
@@ -76,6 +84,11 @@ std::size_t State::liveAllocations() const { return allocations.size(); }
 State& theState() {
   static State state;
   return state;
+}
+
+std::mutex& stateLock() {
+  static std::mutex lock;
+  return lock;
 }
 
 }  // namespace emulation

@@ -3,8 +3,10 @@
 #include <cstddef>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "emulation/TestControl.h"
@@ -23,14 +25,18 @@ struct Allocation {
   std::size_t size;
 };
 
-/// What the device and its test bench remember between calls of the runtime. Like the system above
-/// it, used by one host thread at a time.
+/// What the device and its test bench remember between calls of the runtime. Calls of the runtime
+/// lock it; the test bench is used while no other thread calls.
 class State final : public TestControl {
  public:
   State();
 
   std::vector<Device> devices;
   int selected = 0;
+
+  /// The last call that failed: its error, and the thread that made it.
+  cudaError_t lastError = cudaSuccess;
+  std::thread::id lastErrorThread;
 
   /// Every live allocation, by its base address.
   std::map<const std::byte*, Allocation> allocations;
@@ -54,6 +60,10 @@ class State final : public TestControl {
   void recordCalls() override;
   void restore() override;
   std::vector<Call> calls() const override;
+  const char* errorString(cudaError_t error) const override;
+  cudaError_t allocate(void** pointer, std::size_t size) override;
+  cudaError_t copy(void* destination, const void* source, std::size_t size,
+                   cudaMemcpyKind kind) override;
   int selectedDevice() const override;
   std::size_t liveAllocations() const override;
 
@@ -72,6 +82,7 @@ class State final : public TestControl {
 
 State& theState();
 
-inline thread_local cudaError_t lastError = cudaSuccess;
+/// Locked by every call of the runtime for its length, a launch included.
+std::mutex& stateLock();
 
 }  // namespace emulation

@@ -45,6 +45,12 @@ class TestControl {
   /// The calls since `recordCalls`, oldest first.
   virtual std::vector<Call> calls() const = 0;
 
+  // The runtime's own functions, whose names a module does not show.
+  virtual const char* errorString(cudaError_t error) const = 0;
+  virtual cudaError_t allocate(void** pointer, std::size_t size) = 0;
+  virtual cudaError_t copy(void* destination, const void* source, std::size_t size,
+                           cudaMemcpyKind kind) = 0;
+
   virtual int selectedDevice() const = 0;
   virtual std::size_t liveAllocations() const = 0;
 

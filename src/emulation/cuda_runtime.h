@@ -6,12 +6,15 @@
 #include <utility>
 
 // The part of the CUDA runtime that the system calls, on a device made of the CPU's cores. Names,
-// error codes, error strings and checks of arguments are the runtime's own.
+// error codes, error strings and checks of arguments are the runtime's own. All of it is in a
+// namespace: a program that links the library may use a real CUDA runtime as well.
 
 #define __global__
 #define __device__
 #define __host__
 #define __constant__
+
+namespace emulation::runtime {
 
 struct dim3 {
   constexpr dim3(unsigned width = 1, unsigned height = 1, unsigned depth = 1)
@@ -47,8 +50,6 @@ struct cudaDeviceProp {
 
 using cudaStream_t = struct CUstream_st*;
 
-extern "C" {
-
 const char* cudaGetErrorString(cudaError_t error);
 
 /// The calling thread's last error, which is cleared.
@@ -67,25 +68,29 @@ cudaError_t cudaMalloc(void** pointer, std::size_t size);
 cudaError_t cudaFree(void* pointer);
 cudaError_t cudaMemcpy(void* destination, const void* source, std::size_t size,
                        cudaMemcpyKind kind);
-}
+
+}  // namespace emulation::runtime
+
+// The sources use the runtime's names without a namespace.
+using namespace emulation::
+    runtime;  // NOLINT(google-build-using-namespace,google-global-names-in-headers)
 
 namespace emulation {
 
 cudaError_t copyToSymbol(void* symbol, std::size_t symbolSize, const void* source, std::size_t size,
                          std::size_t offset, cudaMemcpyKind kind);
 
-/// The threads that a kernel's call stands for: a run of them, from number `first` to before
-/// `last`, counted through the blocks of a launch. A kernel is called once for many threads so that
-/// it can put them into the lanes of the processor.
-struct ThreadRun {
-  std::uint64_t first, last;
-};
+/// The work of a kernel's threads, from number `first` to before `last`, counted through the blocks
+/// of a launch.
+using ThreadWork = std::function<void(std::uint64_t first, std::uint64_t last)>;
 
-/// That of the kernel's call which runs on this thread of the host.
-inline thread_local ThreadRun threadRun{};
+/// For kernels: calls `work` for ranges that make up all threads of the current launch, on all of
+/// the CPU's cores. A kernel takes many threads at once so that it can put them into the lanes of
+/// the processor.
+void forThreads(const ThreadWork& work);
 
-/// Calls `kernel` until all threads of the launch have run. An empty one stands for a kernel that
-/// is not in the device's image.
+/// Calls `kernel` once, for all threads of the launch. An empty one stands for a kernel that is not
+/// in the device's image.
 cudaError_t launch(dim3 grid, dim3 block, std::size_t sharedMemory,
                    const std::function<void()>& kernel);
 
@@ -95,6 +100,8 @@ void call(void (*kernel)(Parameters...), void** arguments, std::index_sequence<I
 }
 
 }  // namespace emulation
+
+namespace emulation::runtime {
 
 /// `symbol` is the variable itself.
 template <class Symbol>
@@ -118,3 +125,5 @@ cudaError_t cudaLaunchKernel(void (*kernel)(Parameters...), dim3 grid, dim3 bloc
     run = [=] { emulation::call(kernel, arguments, std::index_sequence_for<Parameters...>{}); };
   return emulation::launch(grid, block, sharedMemory, run);
 }
+
+}  // namespace emulation::runtime

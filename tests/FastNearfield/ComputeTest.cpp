@@ -4,8 +4,11 @@
 
 #include "FastNearfield/IntegratorCuda.h"
 #include "FastNearfield/RectangularPiston2.h"
+#include "core/LoadedRules.h"
+#include "core/cudahelper.h"
 #include "support/DeviceTest.h"
 
+using pistonfield::CudaDeviceThread;
 using pistonfield::CudaStorage;
 using pistonfield::Grid3DR;
 using pistonfield::RectangularPistonCuda2;
@@ -151,5 +154,87 @@ TEST_F(ComputeTest, OtherTransducersRefuseDoubles) {
   EXPECT_EQ(failure.line, 14);
   EXPECT_EQ(failure.file, "src/FastNearfield/Transducer");
 }
+
+/// What users of the library call, from the scope of the device on.
+class ComputeInScopeTest : public ComputeTest {
+ protected:
+  void SetUp() override {
+    DeviceTest::SetUp();
+    if (!IsSkipped()) pistonfield::forgetRules();
+  }
+
+  /// The condition that each way of computing on the device reports.
+  std::vector<std::string> conditions() {
+    std::vector<float> floats(values);
+    std::vector<double> doubles(values);
+    CudaStorage storage(CudaStorage::DT_FLOAT, values);
+    return {failureOf([&] { piston.compute(floats.data(), grid); }).condition,
+            failureOf([&] { piston.compute(doubles.data(), grid); }).condition,
+            failureOf([&] { piston.compute(&storage, grid); }).condition};
+  }
+
+  void expectNoRule() {
+    for (const std::string& condition : conditions())
+      EXPECT_EQ(condition,
+                "No quadrature rule is loaded: call setCudaIntegratorParameters("
+                "\"RectangularPiston\", order) on this thread, inside its CudaDeviceThread");
+  }
+};
+
+TEST_F(ComputeInScopeTest, WithoutARuleIsAnError) {
+  const CudaDeviceThread scope;
+  expectNoRule();
+}
+
+TEST_F(ComputeInScopeTest, ARuleEndsWithItsScope) {
+  {
+    const CudaDeviceThread scope;
+    setCudaIntegratorParameters("RectangularPiston", 64);
+    EXPECT_EQ(conditions(), std::vector<std::string>(3));
+  }
+  const CudaDeviceThread scope;
+  expectNoRule();
+}
+
+TEST_F(ComputeInScopeTest, ARefusedRuleIsNone) {
+  const CudaDeviceThread scope;
+  EXPECT_NE(failureOf([] { setCudaIntegratorParameters("RectangularPiston", 513); }).condition, "");
+  EXPECT_NE(failureOf([] { setCudaIntegratorParameters("CircularPiston", 20); }).condition, "");
+  expectNoRule();
+}
+
+TEST_F(ComputeInScopeTest, AScopeWithinAScopeEndsNothing) {
+  const CudaDeviceThread scope;
+  setCudaIntegratorParameters("RectangularPiston", 64);
+  const std::vector<float> before = computed<float>(true);
+  { const CudaDeviceThread inner; }
+  EXPECT_EQ(computed<float>(true), before);
+  EXPECT_NE(before[0], 0.0f);
+}
+
+TEST_F(ComputeInScopeTest, AnEmptyGridComputesNothing) {
+  const CudaDeviceThread scope;
+  setCudaIntegratorParameters("RectangularPiston", 64);
+  const Grid3DR<double> empty(3, 0, 2, grid.transform());
+  CudaStorage storage(CudaStorage::DT_FLOAT, 0);
+  for (const bool useGPU : {false, true}) {
+    piston.useGPU = useGPU;
+    EXPECT_NO_THROW(piston.compute(static_cast<float*>(nullptr), empty));
+    EXPECT_NO_THROW(piston.compute(static_cast<double*>(nullptr), empty));
+    EXPECT_NO_THROW(piston.compute(&storage, empty));
+  }
+}
+
+#if !defined(CUDART_VERSION)
+TEST_F(ComputeInScopeTest, AnOutOfMemoryThatWasReportedFailsNoLaterCall) {
+  const CudaDeviceThread scope;
+  setCudaIntegratorParameters("RectangularPiston", 64);
+  emulationTestControl()->failCall("cudaMalloc", 1, cudaErrorMemoryAllocation, false);
+  EXPECT_EQ(failureOf([&] { computed<float>(true); }).condition,
+            "Cuda error when calling cudaMalloc((void**)&d_array, datasize): out of memory");
+  EXPECT_EQ(failureOf([&] { computed<float>(true); }).condition, "");
+  emulationTestControl()->restore();
+}
+#endif
 
 }  // namespace

@@ -13,7 +13,6 @@ using pistonfield::CudaInterface;
 using support::CheckSite;
 using support::Ending;
 using support::EveryCall;
-using support::Failed;
 using ways::Way;
 
 // Every call of the runtime fails that the system makes, below its C++ interface.
@@ -21,12 +20,12 @@ using ways::Way;
 namespace {
 
 /// Throws every failure, like the hosts' handlers, and keeps it.
-class KeepingHandler : public support::ThrowingHandler {
+class KeepingHandler : public pistonfield::ThrowingErrorHandler {
  public:
   explicit KeepingHandler(std::vector<Ending::Report>& reports) : reports_(reports) {}
   void fail(const char* condition, int line, const char* file) override {
     reports_.push_back({condition, line, file});
-    ThrowingHandler::fail(condition, line, file);
+    ThrowingErrorHandler::fail(condition, line, file);
   }
 
  private:
@@ -41,7 +40,7 @@ class EveryCallTest : public launchers::Test {
     testing::internal::CaptureStderr();
     try {
       ending.values = way.call();
-    } catch (const Failed&) {  // which the handler has kept
+    } catch (const pistonfield::Error&) {  // which the handler has kept
     } catch (const ways::Interruption&) {
       ending.otherError = "interrupted";
     }
@@ -62,7 +61,7 @@ class EveryCallTest : public launchers::Test {
     }
   }
 
-  EveryCall everyCall{device, cudaGetErrorString};
+  EveryCall everyCall{device};
 };
 
 class EveryCallOfTest : public EveryCallTest, public testing::WithParamInterface<Way> {};
@@ -126,6 +125,8 @@ constexpr const char* anotherModule = "";
 
 const std::vector<Unchecked> unchecked = {
     // The start of every call and its end.
+    {"core/CudaCheck.h cudaGetLastError", neverFails},
+    {"core/CudaStorage.cpp cudaFree", "cudaFree"},
     {"core/FastestDevice.cpp cudaGetDeviceCount", "cudaGetDeviceCount"},
     {"core/FastestDevice.cpp cudaGetDeviceProperties", "cudaGetDeviceProperties"},
     {"core/CudaToday.cpp cudaDeviceGetAttribute", "cudaDeviceGetAttribute"},

@@ -19,34 +19,37 @@ constexpr unsigned threads = 5 * 3 * 2 * 32 * 8 * 4;  // more than a handful of 
 std::atomic<unsigned> visits[threads];
 
 void visit() {
-  for (std::uint64_t thread = emulation::threadRun.first; thread < emulation::threadRun.last;
-       ++thread)
-    ++visits[thread];
+  emulation::forThreads([](std::uint64_t first, std::uint64_t last) {
+    for (std::uint64_t thread = first; thread < last; ++thread) ++visits[thread];
+  });
 }
 
 void doNothing() {}
 
 using Ids = std::vector<std::thread::id>;
 
-void note(Ids* ids, std::mutex* mutex) {
-  const std::lock_guard lock(*mutex);
-  ids->push_back(std::this_thread::get_id());
-}
-
-void sleepAwhile(Ids* ids, std::mutex* mutex) {
-  note(ids, mutex);
-  std::this_thread::sleep_for(std::chrono::milliseconds(1));
+void sleepAndNote(Ids* ids, std::mutex* mutex, int milliseconds) {
+  emulation::forThreads([=](std::uint64_t /*first*/, std::uint64_t /*last*/) {
+    {
+      const std::lock_guard lock(*mutex);
+      ids->push_back(std::this_thread::get_id());
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+  });
 }
 
 void throwAtThread(unsigned which) {
-  if (emulation::threadRun.first <= which && which < emulation::threadRun.last)
-    throw std::range_error("kernel");
-  std::this_thread::sleep_for(std::chrono::microseconds(200));
+  emulation::forThreads([=](std::uint64_t first, std::uint64_t last) {
+    if (first <= which && which < last) throw std::range_error("kernel");
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+  });
 }
 
-void throwFromThread(unsigned first) {
-  std::this_thread::sleep_for(std::chrono::microseconds(200));
-  if (emulation::threadRun.first >= first) throw std::range_error("kernel");
+void throwFromThread(unsigned least) {
+  emulation::forThreads([=](std::uint64_t first, std::uint64_t /*last*/) {
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+    if (first >= least) throw std::range_error("kernel");
+  });
 }
 
 class EmulatedLaunchTest : public support::EmulationTest {};
@@ -60,7 +63,7 @@ TEST_F(EmulatedLaunchTest, EveryThreadOfEveryBlockRunsOnce) {
 TEST_F(EmulatedLaunchTest, LongWorkIsSpreadOverAllCores) {
   Ids ids;
   std::mutex mutex;
-  EXPECT_EQ(launch(sleepAwhile, dim3(64), dim3(1024), &ids, &mutex), cudaSuccess);
+  EXPECT_EQ(launch(sleepAndNote, dim3(64), dim3(1024), &ids, &mutex, 1), cudaSuccess);
   EXPECT_GT(ids.size(), 4u);
   const std::set<std::thread::id> distinct(ids.begin(), ids.end());
   EXPECT_LE(distinct.size(), parallel::cores());
@@ -72,7 +75,7 @@ TEST_F(EmulatedLaunchTest, LongWorkIsSpreadOverAllCores) {
 TEST_F(EmulatedLaunchTest, ShortWorkStaysOnTheCallingThread) {
   Ids ids;
   std::mutex mutex;
-  EXPECT_EQ(launch(note, dim3(64), dim3(1024), &ids, &mutex), cudaSuccess);
+  EXPECT_EQ(launch(sleepAndNote, dim3(64), dim3(1024), &ids, &mutex, 0), cudaSuccess);
   EXPECT_GT(ids.size(), 4u);
   for (const std::thread::id id : ids) EXPECT_EQ(id, std::this_thread::get_id());
 }

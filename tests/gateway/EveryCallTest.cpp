@@ -40,9 +40,8 @@ class GatewayEveryCallTest : public EmulatedGatewayTest {
   }
 
   void failEach(int nlhs, const std::vector<mxArray>& inputs) {
-    EveryCall(device,
-              reinterpret_cast<decltype(&cudaGetErrorString)>(module.symbol("cudaGetErrorString")))
-        .failEach({[&] { return endingOf(nlhs, inputs); }, [&] { device.restore(); }, [] {}});
+    EveryCall(device).failEach(
+        {[&] { return endingOf(nlhs, inputs); }, [&] { device.restore(); }, [] {}});
   }
 
   Arguments arguments;

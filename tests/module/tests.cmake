@@ -9,6 +9,10 @@ function(add_module_tests suffix target map)
   set(module $<TARGET_FILE:${target}>)
   add_test(NAME module.symbols${suffix} COMMAND ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/symbols.sh ${module}
                                                 ${PROJECT_SOURCE_DIR}/src/matlab/${map})
+  if(NOT PISTONFIELD_USE_CUDA)
+    add_test(NAME module.thread_local${suffix}
+             COMMAND ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/thread_local.sh ${module})
+  endif()
   # CUDA's static library calls threads and dlopen, which moved into the C library with version 2.34.
   add_test(NAME module.versions${suffix}
            COMMAND ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/versions.sh ${module}

@@ -6,6 +6,9 @@ endif()
 
 set(folder ${CMAKE_CURRENT_LIST_DIR})
 add_test(NAME package.revision COMMAND ${folder}/revision.sh ${PROJECT_SOURCE_DIR} ${CMAKE_COMMAND})
+find_program(NVCC nvcc HINTS /usr/local/cuda/bin)
+add_test(NAME package.neighbour COMMAND ${folder}/neighbour.sh ${CMAKE_BINARY_DIR} "${NVCC}")
+set_tests_properties(package.neighbour PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)
 
 if(NOT TARGET pistonfield_octave)
   return()

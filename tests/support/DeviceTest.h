@@ -7,6 +7,7 @@
 #include <string>
 
 #include "core/ErrorHandler.h"
+#include "core/ThrowingErrorHandler.h"
 #include "support/RecordingHandler.h"
 
 #if !defined(CUDART_VERSION)
@@ -23,7 +24,7 @@ class DeviceTest : public testing::Test {
     int count = 0;
     if (cudaGetDeviceCount(&count) != cudaSuccess || count == 0)
       GTEST_SKIP() << "no CUDA device on this machine";
-    pistonfield::ErrorHandler::setErrorHandler(new ThrowingHandler);
+    pistonfield::ErrorHandler::setErrorHandler(new pistonfield::ThrowingErrorHandler);
     cudaDeviceReset();
     cudaGetLastError();
     testing::internal::CaptureStdout();

@@ -105,7 +105,7 @@ void EveryCall::failEach(const Work& work) {
       std::size_t nth = 1;
       for (; failNth(work, good, nth, {error, lasting}) >= nth; ++nth) {
         if (::testing::Test::HasFailure())
-          FAIL() << "at call " << nth << ": " << errorString_(error);
+          FAIL() << "at call " << nth << ": " << device_.errorString(error);
       }
       EXPECT_GT(nth, calls);
     }
@@ -168,7 +168,7 @@ std::optional<CheckSite> EveryCall::siteOf(const Ending& ending) const {
 
 void EveryCall::expectReport(const CheckSite& site, const Ending& ending,
                              const emulation::Call& call, cudaError_t error) const {
-  const std::string text = errorString_(error);
+  const std::string text = device_.errorString(error);
   const std::string& condition = ending.reports[0].condition;
   EXPECT_EQ(site.isStage, is(call, "cudaGetLastError"));
   if (site.isStage) {

@@ -56,8 +56,7 @@ struct Work {
 /// - a good run's ending from the next one.
 class EveryCall {
  public:
-  EveryCall(emulation::TestControl& device, decltype(&cudaGetErrorString) errorString)
-      : device_(device), errorString_(errorString) {}
+  explicit EveryCall(emulation::TestControl& device) : device_(device) {}
 
   void failEach(const Work& work);
 
@@ -81,7 +80,6 @@ class EveryCall {
   void expectMemory(const Calls& calls, std::size_t failed, bool lasting) const;
 
   emulation::TestControl& device_;
-  decltype(&cudaGetErrorString) errorString_;
   const std::set<CheckSite> sites_ = checkSites();
   std::set<CheckSite> reported_;
   std::set<std::string> failed_;

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "core/ErrorHandler.h"
+#include "core/ThrowingErrorHandler.h"
 
 namespace support {
 
@@ -12,27 +12,6 @@ struct Failure {
   std::string condition;
   int line;
   std::string file;
-};
-
-/// Thrown by a handler that does not return, as the hosts' do.
-class Failed : public std::runtime_error {
- public:
-  explicit Failed(const Failure& failure)
-      : std::runtime_error(failure.file + ":" + std::to_string(failure.line) + ": " +
-                           failure.condition),
-        failure_(failure) {}
-  const Failure& failure() const { return failure_; }
-
- private:
-  Failure failure_;
-};
-
-/// Throws every failure.
-class ThrowingHandler : public pistonfield::ErrorHandler {
- public:
-  void fail(const char* condition, int line, const char* file) override {
-    throw Failed({condition, line, file});
-  }
 };
 
 /// Keeps every failure in `failures` and returns, so that the code carries on.
@@ -50,11 +29,11 @@ class ReturningHandler : public pistonfield::ErrorHandler {
 /// The failure that `call` ends with; an empty one if it ends without.
 template <class Call>
 Failure failureOf(Call call) {
-  pistonfield::ErrorHandler::setErrorHandler(new ThrowingHandler);
+  pistonfield::ErrorHandler::setErrorHandler(new pistonfield::ThrowingErrorHandler);
   try {
     call();
-  } catch (const Failed& failed) {
-    return failed.failure();
+  } catch (const pistonfield::Error& error) {
+    return {error.what(), error.line(), error.file()};
   }
   return {};
 }

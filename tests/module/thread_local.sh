@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# thread_local.sh <module>
+#
+# The module has no thread-local data: the dynamic linker allocates that of a thread at its first use, and
+# ends the process where there is no memory.
+set -euo pipefail
+segments=$(readelf -lW "$1")
+[[ $segments == *LOAD* ]] || { echo "no program headers in $1"; exit 1; }
+if grep -w TLS <<<"$segments"; then
+  echo "$1 has thread-local data:"
+  readelf -sW "$1" | grep -w TLS
+  exit 1
+fi

@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# neighbour.sh <build folder> <nvcc>
+#
+# A program with a CUDA of its own uses the installed library of the emulation device: beside the shared
+# and the static runtime, whichever comes first, it sees the runtime's own answers.
+set -euo pipefail
+build=$(realpath "$1") nvcc=$2
+[[ -x $nvcc ]] || { echo "SKIPPED: no CUDA toolkit (nvcc) on this machine"; exit 77; }
+cd "$(dirname "$0")"
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cmake --install "$build" --prefix "$work/prefix" >/dev/null
+
+if find "$work/prefix" -name 'cuda_runtime*' | grep .; then
+  echo "a header of the runtime's name is installed"
+  exit 1
+fi
+libraries=()
+for name in pistonfield pistonfield_emulation pistonfield_parallel; do
+  libraries+=("$(find "$work/prefix" -name "lib$name.a" | grep .)")
+done
+# What the library itself defines with names of C: the launchers, and no function of the runtime.
+if nm --defined-only "${libraries[@]}" | awk 'NF == 3 && $3 ~ /^cuda[A-Z]/' | grep .; then
+  echo "the library defines functions of the runtime"
+  exit 1
+fi
+
+cd "$work"
+"$nvcc" -std=c++17 -arch="$("$nvcc" --list-gpu-arch | tail -n 1 | sed s/compute/sm/)" \
+  -I "$work/prefix/include/pistonfield" -c "$OLDPWD/neighbour.cu" -o neighbour.o
+answers=()
+for runtime in shared static; do
+  "$nvcc" -cudart "$runtime" neighbour.o "${libraries[@]}" -o "last_$runtime"
+  "$nvcc" -cudart "$runtime" -Xlinker --start-group "${libraries[@]}" neighbour.o -Xlinker --end-group \
+    -o "first_$runtime"
+  for program in "last_$runtime" "first_$runtime"; do
+    LD_LIBRARY_PATH=$(dirname "$nvcc")/../lib64 "./$program" >said || { cat said; exit 1; }
+    answers+=("$(tail -n 1 said)")
+  done
+done
+printf '%s\n' "${answers[@]}"
+(($(printf '%s\n' "${answers[@]}" | sort -u | wc -l) == 1))

@@ -1,0 +1,148 @@
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "FastNearfield/IntegratorCuda.h"
+#include "FastNearfield/RectangularPiston2.h"
+#include "core/Progress.h"
+#include "core/ThrowingErrorHandler.h"
+#include "core/cudahelper.h"
+
+using pistonfield::CudaDeviceThread;
+using pistonfield::CudaStorage;
+using pistonfield::ErrorHandler;
+using pistonfield::Grid3DR;
+using pistonfield::RectangularPistonCuda2;
+
+// Programs that compute on several threads at once: every thread gets the values that it would get
+// alone.
+
+namespace {
+
+const Grid3DR<double> grid(17, 1, 19, {0.5, 0, 0, -4, 0, 1, 0, 0, 0, 0, 0.5, 0.25, 0, 0, 0, 1});
+constexpr int rounds = 8;
+
+/// What one thread computes: a piston and an order of its own.
+struct Job {
+  explicit Job(int number) : order(9 + 2 * number), piston(7.5, 5 + 0.25 * number, 6.28) {}
+
+  template <class T>
+  std::vector<T> field() const {
+    std::vector<T> out(std::size_t{2} * grid.nbPositions());
+    piston.compute(out.data(), grid);
+    return out;
+  }
+
+  std::vector<float> storedField() const {
+    CudaStorage storage(CudaStorage::DT_FLOAT, std::size_t{2} * grid.nbPositions());
+    piston.compute(&storage, grid);
+    if (piston.useGPU) storage.toHost();
+    return {storage.getFloatData(), storage.getFloatData() + storage.getSize()};
+  }
+
+  int order;
+  RectangularPistonCuda2 piston;
+};
+
+struct Fields {
+  std::vector<float> single, stored;
+  std::vector<double> dual;
+  bool operator==(const Fields& other) const {
+    return single == other.single && stored == other.stored && dual == other.dual;
+  }
+};
+
+Fields computed(const Job& job) {
+  return {job.field<float>(), job.storedField(), job.field<double>()};
+}
+
+Fields onTheDevice(const Job& job) {
+  const CudaDeviceThread device;
+  setCudaIntegratorParameters("RectangularPiston", job.order);
+  return computed(job);
+}
+
+/// Parameter: how many threads compute at once.
+class LibraryThreadsTest : public testing::TestWithParam<int> {
+ protected:
+  void SetUp() override {
+    ErrorHandler::setErrorHandler(new pistonfield::ThrowingErrorHandler);
+    pistonfield::tellProgress(false);
+  }
+  void TearDown() override {
+    pistonfield::tellProgress(true);
+    ErrorHandler::setErrorHandler(nullptr);
+  }
+
+  /// Lets thread n check `rounds` times that evaluate(job n) is what it is on one thread.
+  template <class Evaluate>
+  static void expectAsAlone(const std::vector<std::unique_ptr<Job>>& jobs, Evaluate evaluate) {
+    std::vector<Fields> alone;
+    for (const auto& job : jobs) alone.push_back(evaluate(*job));
+    std::vector<std::thread> threads;
+    for (std::size_t n = 0; n < jobs.size(); ++n)
+      threads.emplace_back([&, n] {
+        for (int round = 0; round < rounds; ++round)
+          EXPECT_TRUE(evaluate(*jobs[n]) == alone[n]) << "thread " << n;
+      });
+    for (std::thread& thread : threads) thread.join();
+  }
+
+  static std::vector<std::unique_ptr<Job>> jobs() {
+    std::vector<std::unique_ptr<Job>> all;
+    for (int n = 0; n < GetParam(); ++n) all.push_back(std::make_unique<Job>(n));
+    return all;
+  }
+};
+
+TEST_P(LibraryThreadsTest, EachWithADeviceScopeOfItsOwn) { expectAsAlone(jobs(), onTheDevice); }
+
+TEST_P(LibraryThreadsTest, EachWithAPistonOfItsOwnOnTheCPU) {
+  const auto all = jobs();
+  for (const auto& job : all) job->piston.useGPU = false;
+  expectAsAlone(all, computed);
+}
+
+TEST_P(LibraryThreadsTest, AllWithOnePistonOnTheCPU) {
+  Job job(0);
+  job.piston.useGPU = false;
+  const Fields alone = computed(job);
+  std::vector<std::thread> threads;
+  for (int n = 0; n < GetParam(); ++n)
+    threads.emplace_back([&] { EXPECT_TRUE(computed(job) == alone); });
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST_P(LibraryThreadsTest, SomeOnTheDeviceAndSomeOnTheCPU) {
+  const auto all = jobs();
+  for (std::size_t n = 0; n < all.size(); n += 2) all[n]->piston.useGPU = false;
+  expectAsAlone(all, onTheDevice);
+}
+
+/// Outside of scopes the device's rule is the one that was loaded last, whoever loaded it.
+TEST_P(LibraryThreadsTest, WithoutScopesAThreadComputesWithItsOwnRuleOrGetsAnError) {
+  const auto all = jobs();
+  std::vector<std::vector<float>> alone;
+  for (const auto& job : all) alone.push_back(onTheDevice(*job).single);
+  std::vector<std::thread> threads;
+  for (std::size_t n = 0; n < all.size(); ++n)
+    threads.emplace_back([&, n] {
+      for (int round = 0; round < rounds; ++round) {
+        setCudaIntegratorParameters("RectangularPiston", all[n]->order);
+        try {
+          EXPECT_EQ(all[n]->field<float>(), alone[n]) << "thread " << n;
+        } catch (const pistonfield::Error& error) {
+          EXPECT_EQ(std::string(error.what()).find("No quadrature rule is loaded"), 0u);
+        }
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+}
+
+INSTANTIATE_TEST_SUITE_P(, LibraryThreadsTest, testing::Values(2, 8),
+                         testing::PrintToStringParamName());
+
+}  // namespace
