@@ -1,6 +1,8 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
+#include <limits>
 
 #include "core/Grid.h"
 
@@ -8,18 +10,24 @@ namespace pistonfield {
 
 /// A regular grid of sx × sy × sz points, placed in space by a homogeneous transform.
 ///
-/// Grid point (i, j, l) has the linear index (l·sy + j)·sx + i, the first axis varying fastest, and
-/// stands at
+/// Grid point (i, j, l) has the linear index (l·sy + j)·sx + i, the first axis varying fastest. Its
+/// position is
 ///
-///     p_r = (m(r,3) + m(r,0)·i + m(r,1)·j + m(r,2)·l) / m(3,3),   r = 0, 1, 2.
+///     p_r = (m(r,3) + m(r,0)·i + m(r,1)·j + m(r,2)·l) / m(3,3),   r = 0, 1, 2,
+///
+/// here and where a field is computed on the CPU. A field computed on the device takes m(3,3)
+/// for 1.
 template <class T>
 class Grid3DR : public Grid<T> {
  public:
   /// Row by row: element (r, c) of the matrix is transform[4r + c].
   using Transform = std::array<T, 16>;
 
+  /// A grid of more than 2³² − 1 points goes to the error handler; it has no points then.
   Grid3DR(unsigned sx, unsigned sy, unsigned sz, const Transform& transform)
-      : Grid<T>(sx * sy * sz), sx_(sx), sy_(sy), sz_(sz), transform_(transform) {}
+      : Grid<T>(count(sx, sy, sz)), sx_(sx), sy_(sy), sz_(sz), transform_(transform) {
+    if (this->nbPositions() == 0 && sx > 0 && sy > 0 && sz > 0) sx_ = sy_ = sz_ = 0;
+  }
 
   /// The axis-parallel grid whose point (i, j, l) is origin + (i·dx, j·dy, l·dz).
   Grid3DR(unsigned sx, unsigned sy, unsigned sz, MVector<T, 3> origin, MVector<T, 3> spacing)
@@ -34,8 +42,14 @@ class Grid3DR : public Grid<T> {
   unsigned sz() const { return sz_; }
   const Transform& transform() const { return transform_; }
 
+  /// The position of the grid point of that linear index; one that the grid does not have goes to
+  /// the error handler.
   MVector<T, 3> getPosition(int index) const override {
     const auto n = static_cast<unsigned>(index);
+    if (n >= this->nbPositions()) {
+      fail("index < nbPositions()", {"src/core/Grid3DR", __LINE__});
+      return {};
+    }
     const unsigned row = n / sx_;
     return getPosition(n % sx_, row % sy_, row / sy_);
   }
@@ -53,6 +67,14 @@ class Grid3DR : public Grid<T> {
   }
 
  private:
+  static unsigned count(unsigned sx, unsigned sy, unsigned sz) {
+    constexpr std::uint64_t most = std::numeric_limits<unsigned>::max();
+    const std::uint64_t page = std::uint64_t{sx} * sy;
+    if (sz == 0 || page <= most / sz) return static_cast<unsigned>(page * sz);
+    fail("A grid must have at most 4294967295 points", {"src/core/Grid3DR", __LINE__});
+    return 0;
+  }
+
   T m(int r, int c) const {
     return transform_[4 * static_cast<std::size_t>(r) + static_cast<std::size_t>(c)];
   }

@@ -75,7 +75,7 @@ constexpr std::uint64_t pointsAtOnce = 1 << 14;
 
 /// The points x, y, z that stand one after the other.
 GridUnstructured<double> gridOf(const double* points, unsigned count) {
-  GridUnstructured<double> grid(count, WrittenNext());
+  GridUnstructured<double> grid(count);
   parallel::spread(count, pointsAtOnce, [&](std::size_t first, std::size_t last) {
     for (std::size_t i = first; i < last; ++i)
       grid.positions[i] = MVector<double, 3>(points + 3 * i);

@@ -2,12 +2,18 @@
 
 #include <gtest/gtest.h>
 
-#include "core/Grid3DR.h"
+#include <limits>
+#include <vector>
 
+#include "core/Grid3DR.h"
+#include "core/ThrowingErrorHandler.h"
+#include "support/RecordingHandler.h"
+
+using pistonfield::ErrorHandler;
 using pistonfield::Grid3DR;
 using pistonfield::GridUnstructured;
 using pistonfield::MVector;
-using pistonfield::WrittenNext;
+using pistonfield::ThrowingErrorHandler;
 
 namespace {
 
@@ -39,13 +45,11 @@ TEST(GridTest, UnstructuredGridReturnsCopiesOfItsPositions) {
   expectEqual(grid.getPosition(1), vector(1, 2, 3));
 }
 
-TEST(GridTest, UnstructuredGridThatIsWrittenNextHoldsWhatIsWritten) {
-  GridUnstructured<double> grid(2, WrittenNext());
-  EXPECT_EQ(grid.nbPositions(), 2u);
-  grid.positions[0] = vector(1, 2, 3);
-  grid.positions[1] = vector(4, 5, 6);
-  expectEqual(grid.getPosition(0), vector(1, 2, 3));
-  expectEqual(grid.getPosition(1), vector(4, 5, 6));
+TEST(GridTest, PositionsAreAPlainVectorWhoseNewElementsAreZero) {
+  GridUnstructured<double> grid(1);
+  std::vector<MVector<double, 3>>& positions = grid.positions;
+  positions.resize(3);
+  expectEqual(grid.getPosition(2), vector(0, 0, 0));
 }
 
 TEST(GridTest, RegularGridCountsItsPoints) {
@@ -54,6 +58,41 @@ TEST(GridTest, RegularGridCountsItsPoints) {
   EXPECT_EQ(grid.sx(), 3u);
   EXPECT_EQ(grid.sy(), 4u);
   EXPECT_EQ(grid.sz(), 5u);
+}
+
+TEST(GridTest, ARegularGridOfMorePointsThan32BitsCountIsRefused) {
+  ErrorHandler::setErrorHandler(new ThrowingErrorHandler);
+  const unsigned most = std::numeric_limits<unsigned>::max();
+  const auto counts = [](unsigned sx, unsigned sy, unsigned sz) {
+    return Grid3DR<double>(sx, sy, sz, skewed).nbPositions();
+  };
+  EXPECT_THROW(counts(65537, 65536, 1), pistonfield::Error);
+  EXPECT_THROW(counts(65536, 65536, 1), pistonfield::Error);
+  EXPECT_THROW(counts(2048, 2048, 1024), pistonfield::Error);
+  EXPECT_THROW(counts(most, most, most), pistonfield::Error);
+  EXPECT_THROW(counts(most, 1, 2), pistonfield::Error);
+  EXPECT_EQ(counts(65537, 65535, 1), most);
+  EXPECT_EQ(counts(1, most, 1), most);
+  EXPECT_EQ(counts(most, most, 0), 0u);
+  ErrorHandler::setErrorHandler(nullptr);
+}
+
+TEST(GridTest, ARefusedGridHasNoPointsWhereTheHandlerReturns) {
+  std::vector<support::Failure> failures;
+  ErrorHandler::setErrorHandler(new support::ReturningHandler(failures));
+  const Grid3DR<double> grid(65537, 65536, 1, skewed);
+  EXPECT_EQ(grid.nbPositions(), 0u);
+  EXPECT_EQ(grid.sx() + grid.sy() + grid.sz(), 0u);
+  EXPECT_EQ(failures.size(), 1u);
+  ErrorHandler::setErrorHandler(nullptr);
+}
+
+TEST(GridTest, APositionBeyondARegularGridIsRefused) {
+  ErrorHandler::setErrorHandler(new ThrowingErrorHandler);
+  EXPECT_THROW(Grid3DR<double>(0, 0, 0, skewed).getPosition(0), pistonfield::Error);
+  EXPECT_THROW(Grid3DR<double>(3, 2, 2, skewed).getPosition(12), pistonfield::Error);
+  EXPECT_THROW(Grid3DR<double>(3, 2, 2, skewed).getPosition(-1), pistonfield::Error);
+  ErrorHandler::setErrorHandler(nullptr);
 }
 
 TEST(GridTest, RegularGridAppliesItsTransformFirstAxisFastest) {
