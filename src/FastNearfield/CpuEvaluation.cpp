@@ -139,9 +139,10 @@ void RectangularPistonCuda2::computeCPU(T* out, const Grid3DR<GridT>& grid) cons
   const auto waveNumber = static_cast<T>(k);
   const std::complex<T> scale(T(0), static_cast<T>(-0.15915494309189535));
   const std::lock_guard lock(onCPU_);
-  tellLine([&](std::ostream& line) {
-    line << "grid: " << grid.sx() << " " << grid.sy() << " " << grid.sz();
-  });
+  {
+    const std::lock_guard line(progressMutex());
+    progress() << "grid: " << grid.sx() << " " << grid.sy() << " " << grid.sz() << std::endl;
+  }
 
   for (unsigned pz = 0; pz < grid.sz(); ++pz)
     for (unsigned py = 0; py < grid.sy(); ++py)

@@ -64,7 +64,8 @@ RectangularPistonCuda2::RectangularPistonCuda2(double l_, double s_, double k_)
 void RectangularPistonCuda2::compute(float* out, const Grid3DR<double>& grid) const {
   if (!useGPU) {
     computeCPU<float, double>(out, grid);
-    tellLine([](std::ostream& line) { line << "cpu"; });
+    const std::lock_guard line(progressMutex());
+    progress() << "cpu" << std::endl;
     return;
   }
   const DeviceLock lock;

@@ -1,7 +1,6 @@
 #include "core/Progress.h"
 
 #include <iostream>
-#include <mutex>
 
 namespace pistonfield {
 namespace {
@@ -19,11 +18,9 @@ std::ostream& progress() {
   return isTold ? std::cout : nowhere;
 }
 
-void tellLine(const std::function<void(std::ostream&)>& write) {
+std::mutex& progressMutex() {
   static std::mutex mutex;
-  const std::lock_guard lock(mutex);
-  write(progress());
-  progress() << std::endl;
+  return mutex;
 }
 
 }  // namespace pistonfield

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <functional>
+#include <mutex>
 #include <ostream>
 
 namespace pistonfield {
@@ -12,7 +12,7 @@ bool progressIsTold();
 /// Where calls tell what they do: standard output, or a stream that drops it.
 std::ostream& progress();
 
-/// Has `write` write one line of that, which stays whole where several threads compute.
-void tellLine(const std::function<void(std::ostream&)>& write);
+/// Locked while a line is written there by work that several threads may do at once.
+std::mutex& progressMutex();
 
 }  // namespace pistonfield
