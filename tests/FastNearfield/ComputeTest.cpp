@@ -129,6 +129,38 @@ TEST_F(ComputeTest, AStorageOfDoublesOnTheGPUAborts) {
               "^src/FastNearfield/RectangularPiston2:64: compute: Assertion `false' failed\\.\n");
 }
 
+TEST_F(ComputeTest, TheGridsScaleCountsOnTheCPUAlone) {
+  Grid3DR<double>::Transform doubled = grid.transform();
+  doubled[15] = 2;
+  for (const bool useGPU : {false, true}) {
+    const std::vector<float> whole = computed<float>(useGPU);
+    std::vector<float> scaled(values);
+    piston.compute(scaled.data(), {3, 2, 2, doubled});
+    EXPECT_EQ(scaled == whole, useGPU);
+  }
+}
+
+TEST_F(ComputeTest, OnTheCPUThreeCornersHaveNoValue) {
+  // x and y of the corners of a piston of 2 along y and 1 along x
+  const Grid3DR<double> corners(2, 2, 1, {1, 0, 0, -0.5, 0, 2, 0, -1, 0, 0, 1, 0.5, 0, 0, 0, 1});
+  const auto haveValues = [](const auto& pressures) {
+    std::vector<bool> finite;
+    for (std::size_t i = 0; i < pressures.size(); i += 2)
+      finite.push_back(std::isfinite(pressures[i]) && std::isfinite(pressures[i + 1]));
+    return finite;
+  };
+  std::vector<float> floats(8);
+  std::vector<double> doubles(8);
+  for (const bool useGPU : {false, true}) {
+    piston.useGPU = useGPU;
+    piston.compute(floats.data(), corners);
+    piston.compute(doubles.data(), corners);
+    const std::vector<bool> expected = {true, useGPU, useGPU, useGPU};
+    EXPECT_EQ(haveValues(floats), expected);
+    EXPECT_EQ(haveValues(doubles), expected);
+  }
+}
+
 /// A transducer that only computes into floats.
 class Counting : public pistonfield::Piston {
  public:
