@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -66,7 +67,7 @@ Fields onTheDevice(const Job& job) {
 }
 
 /// Parameter: how many threads compute at once.
-class LibraryThreadsTest : public testing::TestWithParam<int> {
+class LibraryThreadsTest : public testing::TestWithParam<std::size_t> {
  protected:
   void SetUp() override {
     ErrorHandler::setErrorHandler(new pistonfield::ThrowingErrorHandler);
@@ -77,23 +78,31 @@ class LibraryThreadsTest : public testing::TestWithParam<int> {
     ErrorHandler::setErrorHandler(nullptr);
   }
 
-  /// Lets thread n check `rounds` times that evaluate(job n) is what it is on one thread.
-  template <class Evaluate>
-  static void expectAsAlone(const std::vector<std::unique_ptr<Job>>& jobs, Evaluate evaluate) {
-    std::vector<Fields> alone;
-    for (const auto& job : jobs) alone.push_back(evaluate(*job));
-    std::vector<std::thread> threads;
-    for (std::size_t n = 0; n < jobs.size(); ++n)
-      threads.emplace_back([&, n] {
-        for (int round = 0; round < rounds; ++round)
-          EXPECT_TRUE(evaluate(*jobs[n]) == alone[n]) << "thread " << n;
-      });
+  /// Calls work(n) on thread n of `count`.
+  template <class Work>
+  static void onThreads(std::size_t count, Work work) {
+    std::vector<std::thread> threads(count);
+    for (std::size_t n = 0; n < count; ++n) threads[n] = std::thread(work, n);
     for (std::thread& thread : threads) thread.join();
   }
 
-  static std::vector<std::unique_ptr<Job>> jobs() {
-    std::vector<std::unique_ptr<Job>> all;
-    for (int n = 0; n < GetParam(); ++n) all.push_back(std::make_unique<Job>(n));
+  using Jobs = std::vector<std::unique_ptr<Job>>;
+
+  /// Lets thread n check `rounds` times that evaluate(job n) is what it is on one thread.
+  template <class Evaluate>
+  static void expectAsAlone(const Jobs& jobs, Evaluate evaluate) {
+    std::vector<Fields> alone(jobs.size());
+    for (std::size_t n = 0; n < jobs.size(); ++n) alone[n] = evaluate(*jobs[n]);
+    onThreads(jobs.size(), [&](std::size_t n) {
+      for (int round = 0; round < rounds; ++round)
+        EXPECT_TRUE(evaluate(*jobs[n]) == alone[n]) << "thread " << n;
+    });
+  }
+
+  static Jobs jobs() {
+    Jobs all(GetParam());
+    for (std::size_t n = 0; n < all.size(); ++n)
+      all[n] = std::make_unique<Job>(static_cast<int>(n));
     return all;
   }
 };
@@ -110,10 +119,7 @@ TEST_P(LibraryThreadsTest, AllWithOnePistonOnTheCPU) {
   Job job(0);
   job.piston.useGPU = false;
   const Fields alone = computed(job);
-  std::vector<std::thread> threads;
-  for (int n = 0; n < GetParam(); ++n)
-    threads.emplace_back([&] { EXPECT_TRUE(computed(job) == alone); });
-  for (std::thread& thread : threads) thread.join();
+  onThreads(GetParam(), [&](std::size_t /*n*/) { EXPECT_TRUE(computed(job) == alone); });
 }
 
 TEST_P(LibraryThreadsTest, SomeOnTheDeviceAndSomeOnTheCPU) {
@@ -125,21 +131,18 @@ TEST_P(LibraryThreadsTest, SomeOnTheDeviceAndSomeOnTheCPU) {
 /// Outside of scopes the device's rule is the one that was loaded last, whoever loaded it.
 TEST_P(LibraryThreadsTest, WithoutScopesAThreadComputesWithItsOwnRuleOrGetsAnError) {
   const auto all = jobs();
-  std::vector<std::vector<float>> alone;
-  for (const auto& job : all) alone.push_back(onTheDevice(*job).single);
-  std::vector<std::thread> threads;
-  for (std::size_t n = 0; n < all.size(); ++n)
-    threads.emplace_back([&, n] {
-      for (int round = 0; round < rounds; ++round) {
-        setCudaIntegratorParameters("RectangularPiston", all[n]->order);
-        try {
-          EXPECT_EQ(all[n]->field<float>(), alone[n]) << "thread " << n;
-        } catch (const pistonfield::Error& error) {
-          EXPECT_EQ(std::string(error.what()).find("No quadrature rule is loaded"), 0u);
-        }
+  std::vector<std::vector<float>> alone(all.size());
+  for (std::size_t n = 0; n < all.size(); ++n) alone[n] = onTheDevice(*all[n]).single;
+  onThreads(all.size(), [&](std::size_t n) {
+    for (int round = 0; round < rounds; ++round) {
+      setCudaIntegratorParameters("RectangularPiston", all[n]->order);
+      try {
+        EXPECT_EQ(all[n]->field<float>(), alone[n]) << "thread " << n;
+      } catch (const pistonfield::Error& error) {
+        EXPECT_EQ(std::string(error.what()).find("No quadrature rule is loaded"), 0u);
       }
-    });
-  for (std::thread& thread : threads) thread.join();
+    }
+  });
 }
 
 INSTANTIATE_TEST_SUITE_P(, LibraryThreadsTest, testing::Values(2, 8),
