@@ -191,7 +191,7 @@ TEST_F(ComputeTest, OtherTransducersRefuseDoubles) {
 class ComputeInScopeTest : public ComputeTest {
  protected:
   void SetUp() override {
-    DeviceTest::SetUp();
+    ComputeTest::SetUp();
     if (!IsSkipped()) pistonfield::forgetRules();
   }
 
