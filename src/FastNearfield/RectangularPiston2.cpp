@@ -31,11 +31,18 @@ std::array<float, 16> asFloats(const Grid3DR<double>::Transform& transform) {
 /// Whether the device can compute: the calling thread must have loaded a rule.
 bool isReady(Precision precision) {
   if (hasOwnRule(precision)) return true;
-  fail(
-      "No quadrature rule is loaded: call setCudaIntegratorParameters(\"RectangularPiston\", "
-      "order) "
-      "on this thread, inside its CudaDeviceThread",
-      {"src/FastNearfield/RectangularPiston2", __LINE__});
+  constexpr SourceLocation location{"src/FastNearfield/RectangularPiston2", __LINE__};
+  if (precision == Precision::SINGLE)
+    fail(
+        "No quadrature rule is loaded: call setCudaIntegratorParameters(\"RectangularPiston\", "
+        "order) on this thread, inside its CudaDeviceThread",
+        location);
+  else
+    fail(
+        "No quadrature rule is loaded in double precision: call "
+        "setCudaIntegratorParameters(\"RectangularPiston\", order) on this thread, inside its "
+        "CudaDeviceThread. Builds with PISTONFIELD_DOUBLE=OFF have single precision only",
+        location);
   return false;
 }
 
@@ -71,7 +78,7 @@ void RectangularPistonCuda2::compute(float* out, const Grid3DR<double>& grid) co
   const DeviceLock lock;
   const ReportedErrorIsCleared guard;
   if (!isReady(Precision::SINGLE)) return;
-  if (grid.nbPositions() > 0) {  // no device launches nothing
+  if (grid.nbPositions() > 0) {  // an empty launch is an error on every device
     std::array<float, 16> transform = asFloats(grid.transform());
     RectangularPiston_func(reinterpret_cast<Complex*>(out), launched(grid.sx()),
                            launched(grid.sy()), launched(grid.sz()), transform.data(),

@@ -24,8 +24,8 @@ namespace pistonfield {
 /// itself is from the integral depends on the piston: it needs more nodes the more wavelengths a
 /// side has and the nearer a point is to an edge.
 ///
-/// Any number of threads may call `compute` at once: those on the device wait for each other, and
-/// so do those that compute with the same piston on the CPU.
+/// Any number of threads may call `compute` at once. Those that compute on the device wait for each
+/// other as CudaDeviceThread says; so do those that compute with the same piston on the CPU.
 class RectangularPistonCuda2 : public Piston {
  public:
   /// Stores l, s and k as they are, and computes the rules of order 100 in both precisions.
@@ -104,7 +104,6 @@ class RectangularPistonCuda2 : public Piston {
   template <class T>
   const QuadratureRule<T>* rule() const;
 
-  mutable std::mutex onCPU_;  // held while an evaluation on the CPU writes into the rules
   QuadratureRule<double> doubleTable_;
   QuadratureRule<float> floatTable_;
 
@@ -114,6 +113,9 @@ class RectangularPistonCuda2 : public Piston {
 
   /// Whether fields are evaluated on the GPU.
   bool useGPU = true;
+
+ private:
+  mutable std::mutex onCPU_;  // held while an evaluation on the CPU writes into the rules
 };
 
 }  // namespace pistonfield

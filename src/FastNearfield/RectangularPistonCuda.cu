@@ -82,14 +82,15 @@ void setIntegratorWeightsSym(const char* name, const float* x, const float* w, i
 
   progress() << "symbol: \"" << prefix + "x"
              << "\"" << std::endl;
-  callCheck(writeSymbol(prefix + "x", x, datasize), "cudaMemcpyToSymbol( buf, data_x, datasize )",
-            HERE);
-  callCheck(writeSymbol(prefix + "w", w, datasize), "cudaMemcpyToSymbol( buf, data_w, datasize )",
-            HERE);
-  callCheck(writeSymbol(prefix + "N", &N, sizeof(int)),
-            "cudaMemcpyToSymbol( buf, (void*)&N, sizeof(int) )", HERE);
+  pistonfield::forgetRule(pistonfield::Precision::SINGLE);
+  bool written = callCheck(writeSymbol(prefix + "x", x, datasize),
+                           "cudaMemcpyToSymbol( buf, data_x, datasize )", HERE);
+  written &= callCheck(writeSymbol(prefix + "w", w, datasize),
+                       "cudaMemcpyToSymbol( buf, data_w, datasize )", HERE);
+  written &= callCheck(writeSymbol(prefix + "N", &N, sizeof(int)),
+                       "cudaMemcpyToSymbol( buf, (void*)&N, sizeof(int) )", HERE);
   loadedOrder = N;
-  pistonfield::noteRule(pistonfield::Precision::SINGLE);
+  if (written) pistonfield::noteRule(pistonfield::Precision::SINGLE);
   stageCheck("end setIntegratorWeightsSym", HERE);
 }
 

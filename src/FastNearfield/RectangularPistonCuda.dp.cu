@@ -150,18 +150,19 @@ void setIntegratorWeightsSym_d(const char* name, const double* x, const double* 
   const std::string prefix = std::string("global_dp") + name + "_double_";
 
   progress() << x[0] << std::endl;
+  pistonfield::forgetRule(pistonfield::Precision::DOUBLE);
   const cudaError_t err = writeSymbol(prefix + "x", x, datasize);
   if (err == cudaErrorInvalidSymbol) {  // what a device image without double precision lacks
     std::cerr << "Support for double not found" << std::endl;
     cudaGetLastError();
     return;
   }
-  callCheck(err, "err", HERE);
-  callCheck(writeSymbol(prefix + "w", w, datasize), "cudaMemcpyToSymbol( buf, data_w, datasize )",
-            HERE);
-  callCheck(writeSymbol(prefix + "N", &N, sizeof(int)),
-            "cudaMemcpyToSymbol( buf, (void*)&N, sizeof(int) )", HERE);
-  pistonfield::noteRule(pistonfield::Precision::DOUBLE);
+  bool written = callCheck(err, "err", HERE);
+  written &= callCheck(writeSymbol(prefix + "w", w, datasize),
+                       "cudaMemcpyToSymbol( buf, data_w, datasize )", HERE);
+  written &= callCheck(writeSymbol(prefix + "N", &N, sizeof(int)),
+                       "cudaMemcpyToSymbol( buf, (void*)&N, sizeof(int) )", HERE);
+  if (written) pistonfield::noteRule(pistonfield::Precision::DOUBLE);
   stageCheck("end setIntegratorWeightsSym", HERE);
 }
 

@@ -12,7 +12,8 @@
 // wave number. A device must be current and a quadrature rule loaded. Results of a grid of
 // sx × sy × sz points come with the first axis varying fastest. Functions ending in `_device` take
 // device pointers, launch and do not wait; the others take host pointers and return when the
-// results are there. Progress goes to standard output, failures of the CUDA runtime to the error
+// results are there. They are for one thread at a time: RectangularPistonCuda2::compute is for
+// several. Progress goes to standard output, failures of the CUDA runtime to the error
 // handler.
 
 extern "C" {

@@ -15,11 +15,12 @@ cudaError_t stageCheck(const char* stage, SourceLocation location) {
   return error;
 }
 
-void callCheck(cudaError_t code, const char* call, SourceLocation location) {
-  if (code == cudaSuccess) return;
+bool callCheck(cudaError_t code, const char* call, SourceLocation location) {
+  if (code == cudaSuccess) return true;
   const std::string message =
       std::string("Cuda error when calling ") + call + ": " + cudaGetErrorString(code);
   fail(message.c_str(), location);
+  return false;
 }
 
 }  // namespace pistonfield

@@ -28,9 +28,9 @@ class ReportedErrorIsCleared {
 /// runtime's error string. Returns what was pending.
 cudaError_t stageCheck(const char* stage, SourceLocation location);
 
-/// If `code` is an error, fails with "Cuda error when calling " + `call` + ": " + error string.
-/// `call` is what users read, so it is given as a text that no formatter can change.
-void callCheck(cudaError_t code, const char* call, SourceLocation location);
+/// Whether `code` is success. If not, fails with "Cuda error when calling " + `call` + ": " + error
+/// string. `call` is what users read, so it is given as a text that no formatter can change.
+bool callCheck(cudaError_t code, const char* call, SourceLocation location);
 
 }  // namespace pistonfield
 

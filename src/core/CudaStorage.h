@@ -8,7 +8,8 @@ namespace pistonfield {
 /// A typed result buffer with a host side and a device side of the same size. Neither side follows
 /// the other by itself: `toDevice` and `toHost` copy.
 ///
-/// The device side lives no longer than the device's context: destroy a storage before that ends.
+/// Make it, copy and destroy it inside one CudaDeviceThread, on that one's thread: the device side
+/// ends with the outermost such scope of any thread.
 class CudaStorage {
  public:
   enum Type { DT_FLOAT, DT_DOUBLE };

@@ -15,8 +15,8 @@ struct SourceLocation {
 ///
 /// Code that finds a condition violated calls `ErrorHandler::getErrorHandler()->fail(...)`. No
 /// handler of this project returns from `fail`: the default one ends the process, a
-/// `ThrowingErrorHandler` throws. Callers are nevertheless written so that they can carry on if one
-/// did.
+/// `ThrowingErrorHandler` throws. Where a handler of a program's own returns, the code goes on with
+/// its next step, and what it computes is undefined.
 ///
 /// Install a handler before other threads call the system: installing is not locked. `fail` is
 /// called on the thread whose condition failed.

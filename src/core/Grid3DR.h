@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "core/ErrorHandler.h"
 #include "core/Grid.h"
 
 namespace pistonfield {

@@ -7,14 +7,16 @@ namespace {
 
 /// The thread that loaded the rule of each precision; none where there is no rule.
 struct Loaders {
-  std::thread::id single, dual;
+  std::thread::id ofSingle, ofDouble;
 } loaders;
 
 std::thread::id& loader(Precision precision) {
-  return precision == Precision::SINGLE ? loaders.single : loaders.dual;
+  return precision == Precision::SINGLE ? loaders.ofSingle : loaders.ofDouble;
 }
 
 }  // namespace
+
+void forgetRule(Precision precision) { loader(precision) = {}; }
 
 void noteRule(Precision precision) { loader(precision) = std::this_thread::get_id(); }
 

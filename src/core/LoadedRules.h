@@ -6,13 +6,14 @@ enum class Precision { SINGLE, DOUBLE };
 
 // Which quadrature rules the device holds, and who loaded them. Callers hold the DeviceLock.
 
-/// The calling thread has loaded a rule of that precision.
+/// The calling thread is about to load a rule of that precision, or has loaded it.
+void forgetRule(Precision precision);
 void noteRule(Precision precision);
 
 /// Whether the device's rule of that precision is the one that the calling thread loaded last.
 bool hasOwnRule(Precision precision);
 
-/// The device holds no rule any more.
+/// The device holds no rules any more.
 void forgetRules();
 
 }  // namespace pistonfield

@@ -12,7 +12,7 @@ bool progressIsTold();
 /// Where calls tell what they do: standard output, or a stream that drops it.
 std::ostream& progress();
 
-/// Locked while a line is written there by work that several threads may do at once.
+/// Locked by the evaluation on the CPU while it writes a line there: several threads may evaluate.
 std::mutex& progressMutex();
 
 }  // namespace pistonfield

@@ -24,7 +24,10 @@ int CudaInterface::init() { return cuda_init(); }
 
 int CudaInterface::sync() { return cuda_sync(); }
 
-void CudaInterface::release() { callCheck(cudaThreadExit(), "cudaThreadExit()", releaseLocation); }
+void CudaInterface::release() {
+  forgetRules();
+  callCheck(cudaThreadExit(), "cudaThreadExit()", releaseLocation);
+}
 
 void CudaInterface::dumpDevices() {
   int count = 0;
@@ -39,7 +42,9 @@ void CudaInterface::dumpDevices() {
 }
 
 CudaDeviceThread::CudaDeviceThread(int device) : unwinding_(std::uncaught_exceptions()) {
-  if (++scopes == 1) cudaThreadEnter(device);
+  if (++scopes > 1) return;
+  forgetRules();  // what was loaded outside of a scope may be on another device
+  cudaThreadEnter(device);
 }
 
 // Delegates, so that the destructor runs also when the start below fails.

@@ -27,11 +27,12 @@ class CudaInterface {
 /// Construct one before anything else of a call. It picks the device with the highest
 /// cores × multiprocessors × clock, makes it current, starts the runtime and waits for it; the
 /// destructor releases it, and with it the quadrature rule. All of a call's device work happens on
-/// the thread that made the object.
+/// the thread that made the object, which also destroys it.
 ///
-/// One thread at a time has the device: where another one has such a scope, the constructor waits
-/// until that ends. So do not wait, inside a scope, for a thread that makes one. A scope within a
-/// scope of the same thread leaves the device and the rule as they are when it ends.
+/// One thread at a time has the device: other threads that make such a scope, load a rule or
+/// compute on the device wait until this one ends. So do not wait, inside a scope, for a thread
+/// that does. A scope within a scope of the same thread leaves the device and the rule as they are
+/// when it ends.
 class CudaDeviceThread {
  public:
   CudaDeviceThread();

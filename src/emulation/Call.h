@@ -14,10 +14,7 @@ cudaError_t perform(const Call& call, Body body) {
   State& state = theState();
   const cudaError_t injected = state.begin(call);
   const cudaError_t error = injected == cudaSuccess ? body(state) : injected;
-  if (error != cudaSuccess) {
-    state.lastError = error;
-    state.lastErrorThread = std::this_thread::get_id();
-  }
+  if (error != cudaSuccess) state.pendingErrors[std::this_thread::get_id()] = error;
   return error;
 }
 

@@ -36,10 +36,13 @@ cudaError_t cudaGetLastError() {
   const std::lock_guard lock(emulation::stateLock());
   emulation::State& state = emulation::theState();
   const cudaError_t injected = state.begin({"cudaGetLastError"});
-  const bool isOwn = state.lastErrorThread == std::this_thread::get_id();
-  const cudaError_t own = isOwn ? state.lastError : cudaSuccess;
-  if (isOwn) state.lastError = cudaSuccess;
-  return injected == cudaSuccess ? own : injected;
+  cudaError_t pending = cudaSuccess;
+  const auto own = state.pendingErrors.find(std::this_thread::get_id());
+  if (own != state.pendingErrors.end()) {
+    pending = own->second;
+    state.pendingErrors.erase(own);
+  }
+  return injected == cudaSuccess ? pending : injected;
 }
 
 }  // namespace emulation::runtime

@@ -34,9 +34,8 @@ class State final : public TestControl {
   std::vector<Device> devices;
   int selected = 0;
 
-  /// The last call that failed: its error, and the thread that made it.
-  cudaError_t lastError = cudaSuccess;
-  std::thread::id lastErrorThread;
+  /// The pending error of each thread that has one.
+  std::map<std::thread::id, cudaError_t> pendingErrors;
 
   /// Every live allocation, by its base address.
   std::map<const std::byte*, Allocation> allocations;

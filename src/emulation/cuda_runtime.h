@@ -72,8 +72,8 @@ cudaError_t cudaMemcpy(void* destination, const void* source, std::size_t size,
 }  // namespace emulation::runtime
 
 // The sources use the runtime's names without a namespace.
-using namespace emulation::
-    runtime;  // NOLINT(google-build-using-namespace,google-global-names-in-headers)
+// NOLINTNEXTLINE(google-build-using-namespace,google-global-names-in-headers)
+using namespace emulation::runtime;
 
 namespace emulation {
 

@@ -206,10 +206,13 @@ class ComputeInScopeTest : public ComputeTest {
   }
 
   void expectNoRule() {
-    for (const std::string& condition : conditions())
-      EXPECT_EQ(condition,
-                "No quadrature rule is loaded: call setCudaIntegratorParameters("
-                "\"RectangularPiston\", order) on this thread, inside its CudaDeviceThread");
+    const std::string advice =
+        "call setCudaIntegratorParameters(\"RectangularPiston\", order) on this thread, inside its "
+        "CudaDeviceThread";
+    const std::string single = "No quadrature rule is loaded: " + advice;
+    const std::string dual = "No quadrature rule is loaded in double precision: " + advice +
+                             ". Builds with PISTONFIELD_DOUBLE=OFF have single precision only";
+    EXPECT_EQ(conditions(), (std::vector<std::string>{single, dual, single}));
   }
 };
 
@@ -234,6 +237,46 @@ TEST_F(ComputeInScopeTest, ARefusedRuleIsNone) {
   EXPECT_NE(failureOf([] { setCudaIntegratorParameters("CircularPiston", 20); }).condition, "");
   expectNoRule();
 }
+
+TEST_F(ComputeInScopeTest, ARuleEndsWhereItIsReleasedAndWhereAScopeBegins) {
+  setCudaIntegratorParameters("RectangularPiston", 64);
+  EXPECT_EQ(conditions()[0], "");
+  pistonfield::CudaInterface::release();
+  EXPECT_NE(conditions()[0], "");
+  setCudaIntegratorParameters("RectangularPiston", 64);
+  const CudaDeviceThread scope;
+  EXPECT_NE(conditions()[0], "");
+}
+
+#if !defined(CUDART_VERSION)
+TEST_F(ComputeInScopeTest, ARuleThatWasWrittenInPartIsNone) {
+  for (const bool returns : {false, true})
+    for (int nth = 1; nth <= 6; ++nth) {
+      const CudaDeviceThread scope;
+      setCudaIntegratorParameters("RectangularPiston", 20);
+      emulationTestControl()->failCall("cudaMemcpyToSymbol", nth, cudaErrorUnknown, false);
+      std::vector<Failure> failures;
+      if (returns) {
+        pistonfield::ErrorHandler::setErrorHandler(new support::ReturningHandler(failures));
+        testing::internal::CaptureStderr();
+        setCudaIntegratorParameters("RectangularPiston", 40);
+        testing::internal::GetCapturedStderr();
+      } else {
+        failures = {failureOf([] { setCudaIntegratorParameters("RectangularPiston", 40); })};
+      }
+      EXPECT_NE(failures.at(0).condition, "");
+      cudaGetLastError();  // which the contract of loading leaves pending
+      // The double rule comes first: its failure leaves the single one as it was, or loads it.
+      const std::vector<std::string> reported = conditions();
+      EXPECT_EQ(reported[1] == "", nth > 3) << nth;
+      if (nth > 3) {
+        EXPECT_NE(reported[0], "") << nth;
+        EXPECT_NE(reported[2], "") << nth;
+      }
+      emulationTestControl()->restore();
+    }
+}
+#endif
 
 TEST_F(ComputeInScopeTest, AScopeWithinAScopeEndsNothing) {
   const CudaDeviceThread scope;

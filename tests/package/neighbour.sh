@@ -5,7 +5,6 @@
 # and the static runtime, whichever comes first, it sees the runtime's own answers.
 set -euo pipefail
 build=$(realpath "$1") nvcc=$2
-[[ -x $nvcc ]] || { echo "SKIPPED: no CUDA toolkit (nvcc) on this machine"; exit 77; }
 cd "$(dirname "$0")"
 
 work=$(mktemp -d)
@@ -26,14 +25,14 @@ if nm --defined-only "${libraries[@]}" | awk 'NF == 3 && $3 ~ /^cuda[A-Z]/' | gr
   exit 1
 fi
 
+[[ -x $nvcc ]] || { echo "SKIPPED: no CUDA toolkit (nvcc) on this machine"; exit 77; }
 cd "$work"
 "$nvcc" -std=c++17 -arch="$("$nvcc" --list-gpu-arch | tail -n 1 | sed s/compute/sm/)" \
   -I "$work/prefix/include/pistonfield" -c "$OLDPWD/neighbour.cu" -o neighbour.o
 answers=()
 for runtime in shared static; do
   "$nvcc" -cudart "$runtime" neighbour.o "${libraries[@]}" -o "last_$runtime"
-  "$nvcc" -cudart "$runtime" -Xlinker --start-group "${libraries[@]}" neighbour.o -Xlinker --end-group \
-    -o "first_$runtime"
+  "$nvcc" -cudart "$runtime" "${libraries[@]}" neighbour.o "${libraries[@]}" -o "first_$runtime"
   for program in "last_$runtime" "first_$runtime"; do
     LD_LIBRARY_PATH=$(dirname "$nvcc")/../lib64 "./$program" >said || { cat said; exit 1; }
     answers+=("$(tail -n 1 said)")
