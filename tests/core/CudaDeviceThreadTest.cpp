@@ -114,6 +114,33 @@ TEST_F(CudaDeviceThreadTest, OfMajors1And2TheFastestIsSelectedWhateverItsMajor) 
   EXPECT_EQ(lines, "");
 }
 
+TEST_F(CudaDeviceThreadTest, EveryCapabilityHasItsNumberOfCores) {
+  struct Capability {
+    int major, minor, cores;
+  };
+  for (const auto& [major, minor, cores] :
+       {Capability{1, 0, 8}, Capability{1, 1, 8}, Capability{1, 2, 8}, Capability{1, 3, 8},
+        Capability{2, 0, 32}, Capability{2, 1, 48}}) {
+    // Against one core whose clock is as fast as all of them together, and one step slower.
+    const Device rated = pretended(major, minor, 1, 1);
+    EXPECT_EQ(selectedAmong({pretended(9999, 9999, 1, cores - 1), rated}), 1) << major << minor;
+    EXPECT_EQ(selectedAmong({pretended(9999, 9999, 1, cores), rated}), 0) << major << minor;
+    EXPECT_EQ(lines, "");
+  }
+}
+
+TEST_F(CudaDeviceThreadTest, Major3IsAboveTwo) {
+  EXPECT_EQ(selectedAmong({pretended(1, 3, 30, 1300000), pretended(2, 0, 14, 1150000),
+                           pretended(3, 5, 15, 900000)}),
+            0);
+  EXPECT_EQ(lines, "MapSMtoCores undefined SMversion 3.5!\n");
+}
+
+TEST_F(CudaDeviceThreadTest, OnlyMinor9999OfMajor9999IsAnEmulationDevice) {
+  EXPECT_EQ(selectedAmong({pretended(2, 0, 1, 1), pretended(9999, 0, 100, 1000)}), 0);
+  EXPECT_EQ(lines, "MapSMtoCores undefined SMversion 9999.0!\n");
+}
+
 TEST_F(CudaDeviceThreadTest, AMajorAboveTwoMakesDevice0TheResultAndIsNamed) {
   EXPECT_EQ(selectedAmong({pretended(1, 3, 30, 1300000), pretended(2, 0, 14, 1150000),
                            pretended(3, 5, 15, 900000), pretended(9, 0, 132, 1980000)}),

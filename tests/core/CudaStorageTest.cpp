@@ -35,15 +35,25 @@ TEST_F(CudaStorageTest, CopiesBetweenHostAndDevice) {
 
 TEST_F(CudaStorageTest, StartsAtZeroOnBothSides) {
   CudaStorage storage(CudaStorage::DT_FLOAT, 4);
-  for (int i = 0; i < 4; ++i) storage.getFloatData()[i] = 1;
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(storage.getFloatData()[i], 0.0f);
+    storage.getFloatData()[i] = 1;
+  }
   storage.toHost();
   for (int i = 0; i < 4; ++i) EXPECT_EQ(storage.getFloatData()[i], 0.0f);
 }
 
 #if !defined(CUDART_VERSION)
-class FailingStorageTest : public support::EmulationTest {};
+class EmulatedStorageTest : public support::EmulationTest {};
 
-TEST_F(FailingStorageTest, EveryCallOfTheRuntimeIsChecked) {
+TEST_F(EmulatedStorageTest, StartsAtZeroInMemoryThatIsNot) {
+  device.poisonFreshMemory();
+  CudaStorage storage(CudaStorage::DT_DOUBLE, 4);
+  storage.toHost();
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(storage.getDoubleData()[i], 0.0);
+}
+
+TEST_F(EmulatedStorageTest, EveryCallOfTheRuntimeIsChecked) {
   const auto conditionOf = [this](const char* function, int nth) {
     device.restore();
     device.failCall(function, nth, cudaErrorUnknown, false);
