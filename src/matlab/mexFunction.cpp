@@ -1,5 +1,6 @@
 #include <mex.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -52,10 +53,12 @@ mxArray* createResult(unsigned count) {
   return mxCreateNumericArray(1, dims, mxDOUBLE_CLASS, mxCOMPLEX);
 }
 
-/// The table's column-major data, read as pairs: entry i is (data[2i], data[2i + 1]).
+/// The table's column-major data, read as pairs: entry i is (data[2i], data[2i + 1]). Of a table
+/// longer than the device's, which the last step refuses, only as many are read as that would hold.
 void loadTable(const Quadrature& quadrature) {
   progress() << "3" << std::endl;
-  const auto half = (static_cast<std::size_t>(quadrature.nabs) + 1) / 2;
+  constexpr std::size_t mostHeld = 256;
+  const auto half = std::min((static_cast<std::size_t>(quadrature.nabs) + 1) / 2, mostHeld);
   const std::unique_ptr<float[]> abscissas(new float[half]);
   const std::unique_ptr<float[]> weights(new float[half]);
   for (std::size_t i = 0; i < half; ++i) {

@@ -254,6 +254,22 @@ TEST_F(MessagesTest, TablesOutOfRangeAreReported) {
   }
 }
 
+TEST_F(MessagesTest, MoreRowsThanAnIntCountsAreOutOfRangeToo) {
+  // The sizes claim rows that are not there. As an int they would be -2147483648, 1 and 5.
+  Arguments arguments;
+  arguments.nabscissas = host::matrix(256, 2, std::vector<double>(512, 0.5));
+  for (const std::size_t rows :
+       {std::size_t{1} << 31, (std::size_t{1} << 32) + 1, (std::size_t{1} << 32) + 5}) {
+    arguments.nabscissas.dims[0] = rows;
+    const host::Outcome outcome = call(arguments);
+    const std::string error = outcome.error.value_or("");
+    EXPECT_EQ(error, report("src/FastNearfield/RectangularPistonCuda", "N <= 512 && N>0", error))
+        << rows;
+    EXPECT_NE(outcome.standardOutput.find("using " + std::to_string(rows) + " abscissas.\n"),
+              std::string::npos);
+  }
+}
+
 TEST_F(MessagesTest, AfterEveryErrorTheNextCallIsRight) {
   const auto expected = pressures({});
   Arguments wrong;

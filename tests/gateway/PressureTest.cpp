@@ -1,6 +1,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "FastNearfield/IntegratorCuda.h"
+#include "FastNearfield/RectangularPistonCuda.h"
 #include "gateway/GatewayTest.h"
 #include "support/ReferenceField.h"
 
@@ -49,6 +51,27 @@ TEST_P(ReferencePressureTest, EveryPointIsWithinTheBound) {
 
 INSTANTIATE_TEST_SUITE_P(Order, ReferencePressureTest, testing::Values(10, 17, 64),
                          testing::PrintToStringParamName());
+
+TEST_F(PressureTest, ValuesAreThoseOfTheLauncherToTheLastBit) {
+  std::vector<float> positions;
+  for (int i = 0; i < 300; ++i) positions.push_back(0.02f * std::sin(static_cast<float>(i)));
+  Arguments arguments;
+  arguments.points = host::matrix(3, 100, {positions.begin(), positions.end()});
+  const Pressures p = pressures(arguments);
+  ASSERT_EQ(p.size(), 100u);
+
+  const auto load = reinterpret_cast<decltype(&setCudaIntegratorParameters)>(
+      module.symbol("setCudaIntegratorParameters"));
+  const auto launch = reinterpret_cast<decltype(&RectangularPiston_func_unstructured)>(
+      module.symbol("RectangularPiston_func_unstructured"));
+  std::vector<pistonfield::Complex> launched(100);
+  testing::internal::CaptureStdout();
+  load("RectangularPiston", 10);
+  launch(launched.data(), 100, positions.data(), 0.01f, 0.005f, 4188.79f);
+  testing::internal::GetCapturedStdout();
+  for (std::size_t i = 0; i < p.size(); ++i)
+    EXPECT_EQ(p[i], std::complex<double>(launched[i].re, launched[i].im)) << i;
+}
 
 TEST_F(PressureTest, WithoutAnOrderItIs10) {
   EXPECT_EQ(pressures({}, 6), withOrder(10));
@@ -113,6 +136,16 @@ TEST_F(PressureTest, ATableOf4RowsIsReadAs2PairsOfItsFirstColumn) {
                                 0.6521451548625461};
   stored.resize(8, std::nan(""));
   EXPECT_EQ(withTable(stored, 4), withOrder(4));
+}
+
+TEST_F(PressureTest, ATableOf512RowsIsReadToItsLastPair) {
+  // All weights are zero but the last one, which makes it a rule of two nodes.
+  std::vector<double> stored(1024, std::nan(""));
+  for (std::size_t i = 0; i < 256; ++i) {
+    stored[2 * i] = -0.5;
+    stored[2 * i + 1] = i < 255 ? 0 : 1;
+  }
+  EXPECT_EQ(withTable(stored, 512), withTable({-0.5, 1, 0, 0}, 2));
 }
 
 TEST_F(PressureTest, ATableOf1RowIsTheMidpointRule) {
