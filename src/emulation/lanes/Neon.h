@@ -26,7 +26,8 @@ struct Neon {
     third = triples.val[2];
   }
   static void storePairs(float* to, Register first, Register second) {
-    vst2q_f32(to, {first, second});
+    const float32x4x2_t pairs = {{first, second}};
+    vst2q_f32(to, pairs);
   }
 
   static void gatherTriples(const float* from, const int* places, Register& first, Register& second,
