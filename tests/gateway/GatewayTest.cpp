@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include "support/WithoutDevice.h"
+
 std::vector<mxArray> Arguments::first(std::size_t count) const {
   const std::vector<mxArray> all = {points, ignored, l, s, k, mode, nabscissas, host::scalar(0)};
   return {all.begin(), all.begin() + static_cast<std::ptrdiff_t>(count)};
@@ -46,5 +48,5 @@ std::string GatewayTest::errorOf(const Arguments& arguments, std::size_t count) 
 }
 
 void GatewayTest::SetUp() {
-  if (lacksDevice(call({}))) GTEST_SKIP() << "no CUDA device on this machine";
+  if (lacksDevice(call({}))) support::skipWithoutDevice();
 }

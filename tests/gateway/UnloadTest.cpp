@@ -2,6 +2,7 @@
 #include <string>
 
 #include "gateway/GatewayTest.h"
+#include "support/WithoutDevice.h"
 
 // A host unloads a module and loads it again, as often as its user likes. The module is linked as
 // users get it: symbols that others may share would keep it in the process.
@@ -43,8 +44,7 @@ class UnloadTest : public testing::Test {
  protected:
   void SetUp() override {
     const host::MexHost module(path);
-    if (lacksDevice(module.call(1, arguments.first(7))))
-      GTEST_SKIP() << "no CUDA device on this machine";
+    if (lacksDevice(module.call(1, arguments.first(7)))) support::skipWithoutDevice();
   }
 
   const std::string path = hiddenModulePath();

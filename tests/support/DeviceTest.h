@@ -9,6 +9,7 @@
 #include "core/ErrorHandler.h"
 #include "core/ThrowingErrorHandler.h"
 #include "support/RecordingHandler.h"
+#include "support/WithoutDevice.h"
 
 #if !defined(CUDART_VERSION)
 #include "emulation/TestControl.h"
@@ -22,8 +23,7 @@ class DeviceTest : public testing::Test {
  protected:
   void SetUp() override {
     int count = 0;
-    if (cudaGetDeviceCount(&count) != cudaSuccess || count == 0)
-      GTEST_SKIP() << "no CUDA device on this machine";
+    if (cudaGetDeviceCount(&count) != cudaSuccess || count == 0) return skipWithoutDevice();
     pistonfield::ErrorHandler::setErrorHandler(new pistonfield::ThrowingErrorHandler);
     cudaDeviceReset();
     cudaGetLastError();
