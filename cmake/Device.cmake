@@ -22,7 +22,7 @@ elseif(PISTONFIELD_DEVICE STREQUAL "auto")
   if(NOT CUDAToolkit_NVCC_EXECUTABLE)
     set(device_reason "no CUDA toolkit was found")
   else()
-    try_run(gpu_status gpu_compiled ${CMAKE_BINARY_DIR}/usable_gpu
+    try_run(gpu_status gpu_compiled ${PROJECT_BINARY_DIR}/usable_gpu
             ${CMAKE_CURRENT_LIST_DIR}/usable_gpu.cpp
             LINK_LIBRARIES CUDA::cudart_static
             RUN_OUTPUT_VARIABLE gpu_answer)
@@ -54,4 +54,4 @@ if(PISTONFIELD_USE_CUDA)
 endif()
 
 message(STATUS "Device: ${device_name} (${device_reason})")
-file(WRITE ${CMAKE_BINARY_DIR}/device.txt "${device_name}\n${device_reason}\n")
+file(WRITE ${PROJECT_BINARY_DIR}/device.txt "${device_name}\n${device_reason}\n")

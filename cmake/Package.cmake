@@ -1,5 +1,5 @@
-# What `cmake --install` puts where: the C++ library and its headers for find_package(pistonfield), the
-# program gauss_legendre, and what Octave loads in lib/pistonfield/octave.
+# What `cmake --install` puts where: the C++ library and its headers for find_package(pistonfield) and
+# pkg-config, the program gauss_legendre, the licence, and what Octave loads in lib/pistonfield/octave.
 
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
@@ -7,13 +7,37 @@ include(GNUInstallDirs)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/pistonfield)
 set(header_dir ${CMAKE_INSTALL_INCLUDEDIR}/pistonfield)
 
-set(libraries pistonfield)
+set(libraries pistonfield pistonfield_parallel)
 if(NOT PISTONFIELD_USE_CUDA)
-  list(APPEND libraries pistonfield_emulation pistonfield_parallel)
+  list(APPEND libraries pistonfield_emulation)
 endif()
-install(TARGETS ${libraries} EXPORT pistonfieldTargets FILE_SET HEADERS DESTINATION ${header_dir})
+install(TARGETS ${libraries} EXPORT pistonfieldTargets
+        FILE_SET HEADERS DESTINATION ${header_dir}
+        FILE_SET version DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT pistonfieldTargets NAMESPACE pistonfield:: DESTINATION ${package_dir})
-install(TARGETS gauss_legendre)
+install(FILES ${PROJECT_SOURCE_DIR}/COPYING DESTINATION ${CMAKE_INSTALL_DOCDIR})
+if(TARGET gauss_legendre)
+  if(BUILD_SHARED_LIBS)
+    file(RELATIVE_PATH to_library ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+    set_target_properties(gauss_legendre PROPERTIES
+      INSTALL_RPATH $<IF:$<BOOL:${APPLE}>,@loader_path,$ORIGIN>/${to_library})
+  endif()
+  install(TARGETS gauss_legendre)
+endif()
+
+# What the library itself needs. Programs that link it need that only if it is static.
+set(private_libraries -pthread)
+if(PISTONFIELD_USE_CUDA)
+  string(APPEND private_libraries " -L${CUDAToolkit_LIBRARY_DIR} -lcudart_static -ldl -lrt")
+endif()
+set(public_libraries "")
+if(NOT BUILD_SHARED_LIBS)
+  set(public_libraries ${private_libraries})
+endif()
+file(RELATIVE_PATH to_prefix ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+configure_file(${CMAKE_CURRENT_LIST_DIR}/pistonfield.pc.in pistonfield.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/pistonfield.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/pistonfieldConfig.cmake.in
                               pistonfieldConfig.cmake INSTALL_DESTINATION ${package_dir})

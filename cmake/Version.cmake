@@ -1,6 +1,6 @@
 # Provides the header version.h, made anew in every build that follows a commit.
 
-set(version_dir ${CMAKE_BINARY_DIR}/generated)
+set(version_dir ${PROJECT_BINARY_DIR}/generated)
 set(write_version
     ${CMAKE_COMMAND} -D SOURCE=${CMAKE_CURRENT_SOURCE_DIR} -D OUTPUT=${version_dir}/version.h
     -D VERSION=${PROJECT_VERSION} -P ${CMAKE_CURRENT_LIST_DIR}/WriteVersion.cmake)

@@ -15,12 +15,9 @@ if find "$work/prefix" -name 'cuda_runtime*' | grep .; then
   echo "a header of the runtime's name is installed"
   exit 1
 fi
-libraries=()
-for name in pistonfield pistonfield_emulation pistonfield_parallel; do
-  libraries+=("$(find "$work/prefix" -name "lib$name.a" | grep .)")
-done
+library=$(find "$work/prefix" -name libpistonfield.a | grep .)
 # What the library itself defines with names of C: the launchers, and no function of the runtime.
-if nm --defined-only "${libraries[@]}" | awk 'NF == 3 && $3 ~ /^cuda[A-Z]/' | grep .; then
+if nm --defined-only "$library" | awk 'NF == 3 && $3 ~ /^cuda[A-Z]/' | grep .; then
   echo "the library defines functions of the runtime"
   exit 1
 fi
@@ -31,8 +28,8 @@ cd "$work"
   -I "$work/prefix/include/pistonfield" -c "$OLDPWD/neighbour.cu" -o neighbour.o
 answers=()
 for runtime in shared static; do
-  "$nvcc" -cudart "$runtime" neighbour.o "${libraries[@]}" -o "last_$runtime"
-  "$nvcc" -cudart "$runtime" "${libraries[@]}" neighbour.o "${libraries[@]}" -o "first_$runtime"
+  "$nvcc" -cudart "$runtime" neighbour.o "$library" -o "last_$runtime"
+  "$nvcc" -cudart "$runtime" "$library" neighbour.o "$library" -o "first_$runtime"
   for program in "last_$runtime" "first_$runtime"; do
     LD_LIBRARY_PATH=$(dirname "$nvcc")/../lib64 "./$program" >said || { cat said; exit 1; }
     answers+=("$(tail -n 1 said)")

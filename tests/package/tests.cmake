@@ -1,10 +1,15 @@
-# What scripts/package makes, installed and used.
+# What is installed, and what scripts/package makes, as others use it.
 
 if(PISTONFIELD_SANITIZE OR PISTONFIELD_USE_CUDA)
   return()
 endif()
 
 set(folder ${CMAKE_CURRENT_LIST_DIR})
+add_test(NAME package.parent COMMAND ${folder}/parent.sh ${CMAKE_BINARY_DIR})
+foreach(kind static shared)
+  add_test(NAME package.${kind}_library COMMAND ${folder}/library.sh ${CMAKE_BINARY_DIR} ${kind})
+endforeach()
+set_tests_properties(package.parent package.static_library package.shared_library PROPERTIES TIMEOUT 300)
 add_test(NAME package.revision COMMAND ${folder}/revision.sh ${PROJECT_SOURCE_DIR} ${CMAKE_COMMAND})
 find_program(NVCC nvcc HINTS /usr/local/cuda/bin)
 add_test(NAME package.neighbour COMMAND ${folder}/neighbour.sh ${CMAKE_BINARY_DIR} "${NVCC}")

@@ -1,0 +1,59 @@
+#!/usr/bin/env bash
+# library.sh <build folder> static|shared
+#
+# The installed library, static as the build folder has it or shared: what programs take that find it
+# with pkg-config or CMake.
+set -euo pipefail
+build=$1 kind=$2
+root=$(cd "$(dirname "$0")/../.." && pwd)
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+if [[ $kind == shared ]]; then
+  cmake -S "$root" -B "$work/build" -G Ninja -D BUILD_SHARED_LIBS=ON -D PISTONFIELD_DEVICE=emulation \
+    -D CMAKE_CXX_COMPILER_LAUNCHER="$root/tests/package/from_build.sh;$build" >/dev/null
+  cmake --build "$work/build" >/dev/null
+  build=$work/build
+fi
+cmake --install "$build" --prefix "$work/prefix" >/dev/null
+cmp "$root/COPYING" "$work/prefix/share/doc/pistonfield/COPYING"
+"$work/prefix/bin/gauss_legendre" 3 C++ | diff - "$root/tests/golden/rules/3.cpp.txt"
+pc=$(find "$work/prefix" -name pistonfield.pc)
+lib=$(dirname "$(dirname "$pc")")
+export PKG_CONFIG_PATH=${pc%/*}
+
+run_field() { # <program>
+  rm -f "$work/field.txt"
+  (cd "$work" && "$1") >/dev/null
+  awk '{ p = $1 * $1 + $2 * $2; if (p > most) most = p }
+       END { exit !(NR == 121 * 201 && most > 1 && most < 16) }' "$work/field.txt" ||
+    { echo "$1 has not written the field"; exit 1; }
+  local linked=static
+  if ldd "$1" | grep -q libpistonfield; then linked=shared; fi
+  [[ $linked == "$kind" ]] || { echo "$1 takes a $linked library"; exit 1; }
+}
+
+compile() { # <source> <options of pkg-config>...
+  local flags
+  read -ra flags < <(pkg-config --cflags --libs "${@:2}" pistonfield)
+  c++ -std=c++17 "$1" "${flags[@]}" -Wl,-rpath,"$lib" -o "$work/program"
+}
+compile "$root/tests/package/version.cpp"
+version=$(pkg-config --modversion pistonfield)
+[[ $("$work/program") == "$version $version" ]] || { echo "not of version $version"; exit 1; }
+compile "$root/examples/cpp/field.cpp"
+run_field "$work/program"
+
+if [[ $kind == static ]]; then
+  [[ " $(pkg-config --static --libs pistonfield) " == *" -pthread "* ]] || { echo "no threads"; exit 1; }
+  compile "$root/examples/cpp/field.cpp" --static
+  run_field "$work/program"
+else
+  [[ $(pkg-config --libs pistonfield) != *pthread* ]] || { echo "pkg-config names what is private"; exit 1; }
+  cmake -S "$root/examples/cpp" -B "$work/example" -G Ninja -D CMAKE_PREFIX_PATH="$work/prefix" >/dev/null
+  cmake --build "$work/example" >/dev/null
+  run_field "$work/example/field"
+  name=libpistonfield.so.${version%.*}
+  readelf -d "$lib/libpistonfield.so" | grep -qF "Library soname: [$name]"
+  [[ -e $lib/$name ]]
+fi
