@@ -7,9 +7,14 @@
 #include "FastNearfield/IntegratorCuda.h"
 #include "FastNearfield/RectangularPistonCuda.h"
 #include "benchmarks/Fields.h"
+#include "core/CudaCheck.h"
 #include "core/Progress.h"
 
 using namespace pistonfield;
+
+namespace {
+constexpr const char* sourceFile = "benchmarks/KernelOnField";
+}
 
 KernelOnField::KernelOnField(const std::vector<float>& positions)
     : points_(static_cast<int>(positions.size() / 3)),
@@ -29,4 +34,5 @@ void KernelOnField::setOrder(int order) { setCudaIntegratorParameters("Rectangul
 void KernelOnField::run() {
   RectangularPiston_func_unstructured_device(d_array_.get(), points_, d_pos_.get(), fields::l,
                                              fields::s, fields::k);
+  callCheck(cudaDeviceSynchronize(), "cudaDeviceSynchronize()", HERE);
 }

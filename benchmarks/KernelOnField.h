@@ -18,6 +18,7 @@ class KernelOnField {
   /// Loads the rule that every run uses from now on.
   static void setOrder(int order);
 
+  /// Returns when the kernel has ended; its failure goes to the error handler.
   void run();
 
   int points() const { return points_; }

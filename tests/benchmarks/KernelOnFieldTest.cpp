@@ -1,0 +1,41 @@
+#include "benchmarks/KernelOnField.h"
+
+#include <string>
+#include <vector>
+
+#include "benchmarks/Fields.h"
+#include "core/Progress.h"
+#include "support/DeviceTest.h"
+
+// What benchmarks time must have ended when they read the clock.
+
+namespace {
+
+class KernelOnFieldTest : public support::EmulationTest {
+ protected:
+  void TearDown() override {
+    pistonfield::tellProgress(true);  // which a benchmark switches off
+    EmulationTest::TearDown();
+  }
+};
+
+TEST_F(KernelOnFieldTest, ARunEndsWithTheKernel) {
+  KernelOnField kernel(fields::cloud(1000));
+  ASSERT_TRUE(kernel.isReady());
+  KernelOnField::setOrder(10);
+  device.recordCalls();
+  kernel.run();
+  std::vector<std::string> functions;
+  for (const emulation::Call& call : device.calls()) functions.emplace_back(call.function);
+  EXPECT_EQ(functions, (std::vector<std::string>{"cudaGetLastError", "cudaLaunchKernel",
+                                                 "cudaGetLastError", "cudaDeviceSynchronize"}));
+}
+
+TEST_F(KernelOnFieldTest, AKernelThatFailsEndsTheBenchmark) {
+  KernelOnField kernel(fields::cloud(1000));
+  device.failCall("cudaDeviceSynchronize", 1, cudaErrorLaunchFailure, false);
+  EXPECT_EQ(support::failureOf([&] { kernel.run(); }).condition,
+            "Cuda error when calling cudaDeviceSynchronize(): unspecified launch failure");
+}
+
+}  // namespace
