@@ -1,0 +1,29 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+
+// What scripts/gpu-check takes for a program of tests. Its tests write into the file named by LOG
+// which process they are in; where NO_DEVICE is set, one skips itself as they do without a GPU.
+
+namespace {
+
+class FakeTest : public testing::Test {
+ protected:
+  void SetUp() override { std::ofstream(std::getenv("LOG"), std::ios::app) << getpid() << "\n"; }
+};
+
+TEST_F(FakeTest, NeedsNothing) {}
+
+TEST_F(FakeTest, NeedsADevice) {
+  if (std::getenv("NO_DEVICE")) GTEST_SKIP() << "no CUDA device on this machine";
+}
+
+TEST_F(FakeTest, Fails) { EXPECT_FALSE(std::getenv("FAILS")); }
+
+using FakeDeathTest = FakeTest;
+
+TEST_F(FakeDeathTest, Forks) { EXPECT_FALSE(std::getenv("UNDER_SANITIZER")); }
+
+}  // namespace
