@@ -41,7 +41,7 @@ endif()
 
 if(PISTONFIELD_USE_CUDA)
   if(NOT DEFINED CMAKE_CUDA_ARCHITECTURES)
-    set(CMAKE_CUDA_ARCHITECTURES all) # and PTX for the newest
+    set(CMAKE_CUDA_ARCHITECTURES all) # and PTX of the newest major one
   endif()
   set(CMAKE_CUDA_STANDARD 17)
   set(CMAKE_CUDA_STANDARD_REQUIRED ON)

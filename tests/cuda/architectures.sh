@@ -1,14 +1,21 @@
 #!/usr/bin/env bash
 # architectures.sh <nvcc> <module>
 #
-# The module carries code for every architecture that the toolkit knows, and PTX for the newest.
+# Every source file of the module's device code is compiled for every architecture that the toolkit
+# knows, and has PTX of the newest major one, from which drivers compile for all to come.
 set -euo pipefail
 nvcc=$1 module=$2
 
-status=0
-for code in $("$nvcc" --list-gpu-code); do
-  grep -aq "\b$code\b" "$module" || { echo "no code for $code"; status=1; }
-done
-newest=$("$nvcc" --list-gpu-arch | sort -t_ -k2 -n | tail -n 1)
-grep -aq "\b$newest\b" "$module" || { echo "no PTX for $newest"; status=1; }
+newest=$("$nvcc" --list-gpu-arch | grep '0$' | sort -t_ -k2 -n | tail -n 1)
+status=0 sources=0
+while read -r -a compiled; do
+  ((sources += 1))
+  for code in $("$nvcc" --list-gpu-code) "$newest"; do
+    if [[ " ${compiled[*]} " != *" $code "* ]]; then
+      echo "source $sources of the device code: nothing for $code"
+      status=1
+    fi
+  done
+done < <(python3 "$(dirname "$0")/fatbins.py" "$module")
+((sources)) || { echo "no device code"; status=1; }
 exit $status
