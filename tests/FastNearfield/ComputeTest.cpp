@@ -123,7 +123,9 @@ TEST_F(ComputeTest, AStorageOfAnotherSizeFailsBeforeAnythingIsComputed) {
   EXPECT_EQ(printed(), "");
 }
 
-TEST_F(ComputeTest, AStorageOfDoublesOnTheGPUAborts) {
+using ComputeDeathTest = ComputeTest;
+
+TEST_F(ComputeDeathTest, AStorageOfDoublesOnTheGPUAborts) {
   CudaStorage storage(CudaStorage::DT_DOUBLE, values);
   EXPECT_EXIT(piston.compute(&storage, grid), testing::KilledBySignal(SIGABRT),
               "^src/FastNearfield/RectangularPiston2:64: compute: Assertion `false' failed\\.\n");

@@ -1,7 +1,10 @@
+#include <cuda_runtime.h>
+
 #include <fstream>
 #include <string>
 
 #include "gateway/GatewayTest.h"
+#include "support/ProcessMemory.h"
 #include "support/WithoutDevice.h"
 
 // A host unloads a module and loads it again, as often as its user likes. The module is linked as
@@ -9,11 +12,14 @@
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)  // which keep what is freed
-constexpr long mostLeft = 1000000;
+// A GPU's driver stays in the process: its threads, of which the first loads start some, and memory
+// of its own. Sanitizers keep what is freed.
+#if defined(CUDART_VERSION)
+constexpr bool threadsAreOnlyOurs = false, memoryIsOnlyOurs = false;
 #else
-constexpr long mostLeft = 2000;  // kB; a single call takes 1400
+constexpr bool threadsAreOnlyOurs = true, memoryIsOnlyOurs = support::memoryIsOnlyOurs;
 #endif
+constexpr long mostLeft = 2000;  // kB; a single call takes 1400
 
 bool isMapped(const std::string& path) {
   const std::string name = path.substr(path.rfind('/'));
@@ -59,7 +65,7 @@ TEST_F(UnloadTest, NothingOfAModuleStaysInTheProcess) {
   arguments.points = host::matrix(3, count, points);
 
   const std::vector<double> expected = realParts(host::MexHost(path), arguments);
-  const long threads = status("Threads");
+  long threads = status("Threads");
   long early = 0;
   for (int n = 1; n <= 200; ++n) {
     {
@@ -68,10 +74,15 @@ TEST_F(UnloadTest, NothingOfAModuleStaysInTheProcess) {
       ASSERT_EQ(realParts(again, arguments), expected) << n;
     }
     ASSERT_FALSE(isMapped(path)) << n;
-    ASSERT_EQ(status("Threads"), threads) << n;
     if (n == 20) early = status("VmRSS");
+    if (n == 20 && !threadsAreOnlyOurs) threads = status("Threads");
+    if (n >= 20 || threadsAreOnlyOurs) {
+      ASSERT_LE(status("Threads"), threads) << n;
+    }
   }
-  EXPECT_LT(status("VmRSS") - early, mostLeft);
+  if (memoryIsOnlyOurs) {
+    EXPECT_LT(status("VmRSS") - early, mostLeft);
+  }
 }
 
 }  // namespace
