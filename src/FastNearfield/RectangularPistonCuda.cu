@@ -23,7 +23,6 @@ using pistonfield::blockShape;
 using pistonfield::callCheck;
 using pistonfield::Complex;
 using pistonfield::copyTo;
-using pistonfield::cudaThreadSynchronize;
 using pistonfield::DeviceBuffer;
 using pistonfield::gridBytes;
 using pistonfield::half;
@@ -183,6 +182,30 @@ void uploadTransform(DeviceBuffer<float>& d_transform, const float* transform) {
             "cudaMemcpy( d_transform, transform, 16*sizeof(float), cudaMemcpyHostToDevice )", HERE);
 }
 
+cudaError_t launchPointList(Complex* d_array, int nbPos, float* d_pos, float a, float b, float k) {
+  return launch<Complex*, int, float*, float, float, float>(
+      calculate_grid_unstructured, pointListShape(nbPos), blockShape, d_array, nbPos, d_pos,
+      half(b), half(a), k);
+}
+
+/// All that is done with a list of points on the device; `launches` launch the kernel for it.
+template <class Launches>
+void evaluatePointList(int nbPos, const Launches& launches) {
+  stageCheck("pre RectangularPison_func_device", HERE);
+  const dim3 grid = pointListShape(nbPos);
+  progress() << "nbPos" << nbPos << std::endl;
+  progress() << "grid: " << grid.x << " " << grid.y << " " << grid.z << std::endl;
+  progress() << (std::size_t{grid.x} << 13) << std::endl;
+  timed(HERE, launches);
+  stageCheck("RectangularPiston_func_device", HERE);
+}
+
+cudaError_t waitForPiece() {
+  const cudaError_t error = pistonfield::cudaThreadSynchronize();
+  callCheck(error, "cudaThreadSynchronize()", HERE);
+  return error;
+}
+
 }  // namespace
 
 void RectangularPiston_func_unstructured(Complex* data, int nbPositions, float* pos, float a,
@@ -201,7 +224,12 @@ void RectangularPiston_func_unstructured(Complex* data, int nbPositions, float* 
             "cudaMemcpy(&d_pos[0], &pos[0], nbPositions*3*sizeof(float), cudaMemcpyHostToDevice)",
             HERE);
 
-  RectangularPiston_func_unstructured_device(d_arrayr.get(), nbPositions, d_pos.get(), a, b, k);
+  const auto launchPiece = [&](int first, int count) {
+    return launchPointList(d_arrayr.get() + first, count, d_pos.get() + std::ptrdiff_t{3} * first,
+                           a, b, k);
+  };
+  evaluatePointList(nbPositions,
+                    [&] { launchInPieces(nbPositions, loadedOrder, launchPiece, waitForPiece); });
 
   callCheck(cudaMemcpy(data, d_arrayr.get(), datasize * 2, cudaMemcpyDeviceToHost),
             "cudaMemcpy( &data[0], d_arrayr, datasize*2, cudaMemcpyDeviceToHost )", HERE);
@@ -211,23 +239,7 @@ void RectangularPiston_func_unstructured(Complex* data, int nbPositions, float* 
 
 void RectangularPiston_func_unstructured_device(Complex* d_array, int nbPos, float* d_pos, float a,
                                                 float b, float k) {
-  stageCheck("pre RectangularPison_func_device", HERE);
-  const dim3 grid = pointListShape(nbPos);
-  progress() << "nbPos" << nbPos << std::endl;
-  progress() << "grid: " << grid.x << " " << grid.y << " " << grid.z << std::endl;
-  progress() << (std::size_t{grid.x} << 13) << std::endl;
-  const auto launchPiece = [&](int first, int count) {
-    return launch<Complex*, int, float*, float, float, float>(
-        calculate_grid_unstructured, pointListShape(count), blockShape, d_array + first, count,
-        d_pos + std::ptrdiff_t{3} * first, half(b), half(a), k);
-  };
-  const auto wait = [] {
-    const cudaError_t error = cudaThreadSynchronize();
-    callCheck(error, "cudaThreadSynchronize()", HERE);
-    return error;
-  };
-  timed(HERE, [&] { launchInPieces(nbPos, loadedOrder, launchPiece, wait); });
-  stageCheck("RectangularPiston_func_device", HERE);
+  evaluatePointList(nbPos, [&] { launchPointList(d_array, nbPos, d_pos, a, b, k); });
 }
 
 void RectangularPiston_func(Complex* data, int sx, int sy, int sz, float* transform, float a,

@@ -2,10 +2,10 @@
 
 #include <cstring>
 
+#include "core/cudahelper.h"
+
 namespace pistonfield {
 namespace {
-
-bool contextIsShared = false;
 
 // Where the answer cannot be had, a context counts as active: then nothing is destroyed.
 #if !defined(CUDART_VERSION)
@@ -39,14 +39,22 @@ bool isContextActive(int device) {
 
 }  // namespace
 
-void cudaThreadEnter(int device) {
-  contextIsShared = isContextActive(device);
+DeviceUse cudaThreadEnter(int device) {
+  DeviceUse use;
+  use.contextIsShared = isContextActive(device);
+  int current = 0;
+  if (cudaGetDevice(&current) == cudaSuccess && current != device) use.previousDevice = current;
   cudaSetDevice(device);
+  return use;
 }
 
 // A launcher's device memory is owned by objects, so nothing of this call's is left in a context
-// that stays.
-cudaError_t cudaThreadExit() { return contextIsShared ? cudaSuccess : cudaDeviceReset(); }
+// that stays. cudaSetDevice would start the context anew where the device is the current one still.
+cudaError_t cudaThreadExit(const DeviceUse& use) {
+  const cudaError_t error = use.contextIsShared ? cudaSuccess : cudaDeviceReset();
+  if (use.previousDevice >= 0) cudaSetDevice(use.previousDevice);
+  return error;
+}
 
 int clockRate(int device) {
   int kiloHertz = 0;

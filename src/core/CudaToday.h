@@ -10,16 +10,20 @@
 
 namespace pistonfield {
 
+struct DeviceUse;
+
 /// Waits for the device.
 inline cudaError_t cudaThreadSynchronize() { return cudaDeviceSynchronize(); }
 
-/// Makes `device` the current one for a call, and notes whether somebody else in this process (the
-/// host's own GPU arrays, say) already holds its context.
-void cudaThreadEnter(int device);
+/// Makes `device` the thread's current device for a call. Returns what `cudaThreadExit` needs: the
+/// thread's previous device, and whether somebody else in this process (the host's own GPU arrays,
+/// say) already holds the context of the new one.
+DeviceUse cudaThreadEnter(int device);
 
 /// Ends what `cudaThreadEnter` began: resets the device or, where its context was active before,
-/// leaves that standing with all that others hold in it.
-cudaError_t cudaThreadExit();
+/// leaves that with all that others hold in it; then makes the previous device current again.
+/// Returns the status of the reset.
+cudaError_t cudaThreadExit(const DeviceUse& use);
 
 /// The device's clock in kHz, which the property record of today no longer tells.
 int clockRate(int device);
@@ -52,7 +56,12 @@ template <class... Arguments>
 cudaError_t launch(typename KernelOf<Arguments...>::Type kernel, dim3 grid, dim3 block,
                    Arguments... arguments) {
   void* pointers[] = {static_cast<void*>(&arguments)..., nullptr};
-  return cudaLaunchKernel(kernel, grid, block, pointers, 0, nullptr);
+#if defined(CUDART_VERSION)
+  const auto function = reinterpret_cast<const void*>(kernel);  // as every toolkit takes it
+#else
+  const auto function = kernel;  // whose type tells the emulation device what the pointers are
+#endif
+  return cudaLaunchKernel(function, grid, block, pointers, 0, nullptr);
 }
 
 }  // namespace pistonfield

@@ -18,15 +18,21 @@ constexpr SourceLocation releaseLocation{"src/core/cudahelper", 25};
 /// The scopes of the thread that has the device.
 int scopes = 0;
 
+DeviceUse enter(int device) {
+  if (++scopes > 1) return {};
+  forgetRules();  // what was loaded outside of a scope may be on another device
+  return cudaThreadEnter(device);
+}
+
 }  // namespace
 
 int CudaInterface::init() { return cuda_init(); }
 
 int CudaInterface::sync() { return cuda_sync(); }
 
-void CudaInterface::release() {
+void CudaInterface::release(const DeviceUse& use) {
   forgetRules();
-  callCheck(cudaThreadExit(), "cudaThreadExit()", releaseLocation);
+  callCheck(cudaThreadExit(use), "cudaThreadExit()", releaseLocation);
 }
 
 void CudaInterface::dumpDevices() {
@@ -41,11 +47,8 @@ void CudaInterface::dumpDevices() {
   std::cout << "Total: " << count << " devices." << std::endl;
 }
 
-CudaDeviceThread::CudaDeviceThread(int device) : unwinding_(std::uncaught_exceptions()) {
-  if (++scopes > 1) return;
-  forgetRules();  // what was loaded outside of a scope may be on another device
-  cudaThreadEnter(device);
-}
+CudaDeviceThread::CudaDeviceThread(int device)
+    : unwinding_(std::uncaught_exceptions()), use_(enter(device)) {}
 
 // Delegates, so that the destructor runs also when the start below fails.
 CudaDeviceThread::CudaDeviceThread() : CudaDeviceThread(fastestDevice()) {
@@ -57,9 +60,9 @@ CudaDeviceThread::~CudaDeviceThread() noexcept(false) {
   if (--scopes > 0) return;
   forgetRules();
   if (std::uncaught_exceptions() > unwinding_)
-    static_cast<void>(cudaThreadExit());
+    static_cast<void>(cudaThreadExit(use_));
   else
-    CudaInterface::release();
+    CudaInterface::release(use_);
 }
 
 }  // namespace pistonfield

@@ -4,6 +4,12 @@
 
 namespace pistonfield {
 
+/// What a thread found when it took a device for a call.
+struct DeviceUse {
+  bool contextIsShared = false;  ///< somebody else holds the device's context
+  int previousDevice = -1;       ///< the thread's current device, if it was another one
+};
+
 /// What a call does with the device as a whole.
 class CudaInterface {
  public:
@@ -15,8 +21,9 @@ class CudaInterface {
   /// Waits for the device; the runtime's error code, 0 on success.
   static int sync();
 
-  /// Ends the device's context; an error goes to the error handler.
-  static void release();
+  /// Ends the use of the current device; an error goes to the error handler. Without an argument it
+  /// ends the device's context, whoever else holds it.
+  static void release(const DeviceUse& use = {});
 
   /// Lists the devices on standard output: multiprocessors, and clock in kHz.
   static void dumpDevices();
@@ -26,8 +33,9 @@ class CudaInterface {
 ///
 /// Construct one before anything else of a call. It picks the device with the highest
 /// cores × multiprocessors × clock, makes it current, starts the runtime and waits for it; the
-/// destructor releases it, and with it the quadrature rule. All of a call's device work happens on
-/// the thread that made the object, which also destroys it.
+/// destructor releases it, and with it the quadrature rule, and restores the thread's previous
+/// device. All of a call's device work happens on the thread that made the object, which also
+/// destroys it.
 ///
 /// One thread at a time has the device: other threads that make such a scope, load a rule or
 /// compute on the device wait until this one ends. So do not wait, inside a scope, for a thread
@@ -48,6 +56,7 @@ class CudaDeviceThread {
 
   const DeviceLock lock_;
   const int unwinding_;  // how many exceptions already were when it was made
+  const DeviceUse use_;
 };
 
 }  // namespace pistonfield

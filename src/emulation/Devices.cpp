@@ -36,6 +36,14 @@ cudaError_t cudaDeviceGetAttribute(int* value, cudaDeviceAttr attribute, int dev
   });
 }
 
+cudaError_t cudaGetDevice(int* device) {
+  return performOnDevice({"cudaGetDevice"}, [&](State& state) {
+    if (!device) return cudaErrorInvalidValue;
+    *device = state.selected;
+    return cudaSuccess;
+  });
+}
+
 cudaError_t cudaSetDevice(int device) {
   return performOnDevice({"cudaSetDevice", 0, {}, {}, device}, [&](State& state) {
     if (!find(state, device)) return cudaErrorInvalidDevice;

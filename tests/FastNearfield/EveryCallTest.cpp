@@ -133,6 +133,8 @@ const std::vector<Unchecked> unchecked = {
     {"core/CudaToday.cpp cudaGetDriverEntryPoint", nothingHere},
     {"core/CudaToday.cpp cudaGetDriverEntryPoint", nothingHere},
     {"core/CudaToday.cpp cudaGetDriverEntryPointByVersion", nothingHere},
+    {"core/CudaToday.cpp cudaGetDevice", "cudaGetDevice"},
+    {"core/CudaToday.cpp cudaSetDevice", "cudaSetDevice"},
     {"core/CudaToday.cpp cudaSetDevice", "cudaSetDevice"},
     {"core/cuda_init.cu cudaGetLastError", "cudaGetLastError"},
     {"core/cuda_init.cu launch", "cudaLaunchKernel"},

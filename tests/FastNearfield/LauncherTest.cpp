@@ -5,6 +5,8 @@
 
 #include "FastNearfield/LaunchShape.h"
 #include "FastNearfield/Launchers.h"
+#include "core/Interruption.h"
+#include "support/DeviceArrays.h"
 #include "support/SameBits.h"
 
 using launchers::a;
@@ -17,7 +19,22 @@ using support::failureOf;
 
 namespace {
 
-class LauncherTest : public launchers::Test {};
+class LauncherTest : public launchers::Test {
+ protected:
+  void TearDown() override {
+    pistonfield::setInterruptionCheck(nullptr);
+    launchers::Test::TearDown();
+  }
+
+  /// How often the runtime's function was called since `recordCalls`.
+  std::size_t callsOf(const std::string& function) {
+    std::size_t count = 0;
+    for (const emulation::Call& call : device.calls()) count += call.function == function ? 1 : 0;
+    return count;
+  }
+
+  static inline std::size_t checks = 0;  // for an interruption
+};
 
 TEST_F(LauncherTest, OnePointPrintsItsShapeAndHalfItsBytes) {
   Complex data{};
@@ -35,6 +52,36 @@ TEST_F(LauncherTest, PointNumber8193StartsASecondColumnOfBlocks) {
   EXPECT_EQ(printed(), "allocating 32772 bytes\nnbPos8193\ngrid: 2 64 1\n16384\n");
   EXPECT_TRUE(support::sameBits(data[8192], data[0]));
   EXPECT_NE(data[8192].re, 0.0f);
+}
+
+TEST_F(LauncherTest, ALongListIsOneLaunchOnTheDeviceAndInPiecesFromTheHost) {
+  constexpr int count = 70000;
+  setCudaIntegratorParameters("RectangularPiston", 512);
+  std::vector<float> pos;
+  for (int n = 0; n < count; ++n) pos.insert(pos.end(), {0.1f, 0.2f, 1 + 0.001f * float(n)});
+  support::GuardedArray<Complex> d_array(count);
+  const support::Uploaded<float> d_pos(pos);
+  const std::string shape = "nbPos70000\ngrid: 9 64 1\n73728\n";
+  checks = 0;
+  pistonfield::setInterruptionCheck([] { ++checks; });
+  printed();
+
+  device.recordCalls();
+  RectangularPiston_func_unstructured_device(d_array.device(), count, d_pos.get(), a, b, k);
+  EXPECT_EQ(device.calls().size(), 3u);  // a stage, the launch and a stage
+  EXPECT_EQ(callsOf("cudaLaunchKernel"), 1u);
+  EXPECT_EQ(callsOf("cudaDeviceSynchronize"), 0u);
+  EXPECT_EQ(checks, 0u);
+  EXPECT_EQ(printed(), shape);
+
+  device.recordCalls();
+  std::vector<Complex> pieces(count);
+  RectangularPiston_func_unstructured(pieces.data(), count, pos.data(), a, b, k);
+  EXPECT_GE(callsOf("cudaLaunchKernel"), 3u);
+  EXPECT_EQ(callsOf("cudaDeviceSynchronize"), callsOf("cudaLaunchKernel") - 1);
+  EXPECT_EQ(checks, callsOf("cudaLaunchKernel") - 1);
+  EXPECT_EQ(printed(), "allocating 280000 bytes\n" + shape);
+  EXPECT_TRUE(support::sameBits(pieces, d_array.read()));
 }
 
 TEST_F(LauncherTest, OnePointInDoublePrecision) {

@@ -29,7 +29,7 @@ class CudaDeviceThreadTest : public support::EmulationTest {
   /// The device that a call selects among these, and in `lines` what it prints meanwhile.
   int selectedAmong(const std::vector<Device>& devices) {
     device.pretendDevices(devices);
-    { const CudaDeviceThread scope; }
+    const CudaDeviceThread scope;
     lines = output();
     captureAgain();
     return device.selectedDevice();
@@ -76,11 +76,12 @@ TEST_F(CudaDeviceThreadTest, SelectsStartsWaitsAndReleases) {
       EXPECT_EQ(call.block.x * call.block.y * call.block.z, 1u);
     }
   }
-  EXPECT_EQ(functions, (std::vector<std::string>{
-                           "cudaGetDeviceCount", "cudaGetDeviceProperties",
-                           "cudaGetDeviceProperties", "cudaDeviceGetAttribute", "cudaSetDevice",
-                           "cudaGetLastError", "cudaGetLastError", "cudaLaunchKernel",
-                           "cudaGetLastError", "cudaDeviceSynchronize", "cudaDeviceReset"}));
+  EXPECT_EQ(functions,
+            (std::vector<std::string>{"cudaGetDeviceCount", "cudaGetDeviceProperties",
+                                      "cudaGetDeviceProperties", "cudaDeviceGetAttribute",
+                                      "cudaGetDevice", "cudaSetDevice", "cudaGetLastError",
+                                      "cudaGetLastError", "cudaLaunchKernel", "cudaGetLastError",
+                                      "cudaDeviceSynchronize", "cudaDeviceReset"}));
 }
 
 TEST_F(CudaDeviceThreadTest, OneDeviceIsSelected) {
@@ -89,7 +90,7 @@ TEST_F(CudaDeviceThreadTest, OneDeviceIsSelected) {
 }
 
 TEST_F(CudaDeviceThreadTest, TheEmulationDeviceIsSelectedWithoutAWord) {
-  { const CudaDeviceThread scope; }
+  const CudaDeviceThread scope;
   EXPECT_EQ(device.selectedDevice(), 0);
   EXPECT_EQ(output(), "");
   captureAgain();
@@ -188,6 +189,38 @@ TEST_F(CudaDeviceThreadTest, TheScopeResetsTheDevice) {
   EXPECT_EQ(device.liveAllocations(), 0u);
 }
 
+TEST_F(CudaDeviceThreadTest, TheThreadsDeviceIsAfterwardsWhatItWas) {
+  device.pretendDevices({pretended(1, 3, 10, 1300000), pretended(1, 3, 30, 1300000)});
+  for (const int before : {0, 1}) {
+    cudaSetDevice(before);
+    device.recordCalls();
+    {
+      const CudaDeviceThread scope;
+      EXPECT_EQ(device.selectedDevice(), 1);
+    }
+    EXPECT_EQ(device.selectedDevice(), before);
+    // The reset comes first, while the call's device is current; it is the last call where the
+    // device has not changed.
+    const std::vector<emulation::Call> calls = device.calls();
+    const std::size_t last = calls.size() - (before == 1 ? 1 : 2);
+    EXPECT_EQ(std::string(calls[last].function), "cudaDeviceReset");
+  }
+}
+
+TEST_F(CudaDeviceThreadTest, TheThreadsDeviceIsWhatItWasAfterAnErrorToo) {
+  device.pretendDevices({pretended(1, 3, 10, 1300000), pretended(1, 3, 30, 1300000)});
+  device.failCall("cudaDeviceReset", 1, cudaErrorUnknown, true);
+  EXPECT_NE(failureOf([] { const CudaDeviceThread scope; }).condition, "");
+  EXPECT_EQ(device.selectedDevice(), 0);
+  EXPECT_THROW(
+      {
+        const CudaDeviceThread scope;
+        throw std::domain_error("first");
+      },
+      std::domain_error);
+  EXPECT_EQ(device.selectedDevice(), 0);
+}
+
 TEST_F(CudaDeviceThreadTest, AFailingStartStillResetsTheDevice) {
   device.failCall("cudaLaunchKernel", 1, cudaErrorLaunchFailure, false);
   device.recordCalls();
@@ -228,14 +261,21 @@ TEST_F(CudaDeviceThreadTest, AnErrorOfAnEarlierCallIsForgotten) {
 }
 
 TEST_F(CudaDeviceThreadTest, FailuresOfSelectionAndWaitAreNotChecked) {
-  for (const char* function : {"cudaGetDeviceCount", "cudaGetDeviceProperties", "cudaSetDevice",
-                               "cudaDeviceSynchronize", "cudaDeviceGetAttribute"}) {
+  for (const char* function :
+       {"cudaGetDeviceCount", "cudaGetDeviceProperties", "cudaGetDevice", "cudaSetDevice",
+        "cudaDeviceSynchronize", "cudaDeviceGetAttribute"}) {
     device.restore();
     device.pretendDevices({pretended(1, 3, 10, 1300000), pretended(1, 3, 30, 1300000)});
     device.failCall(function, 1, cudaErrorUnknown, true);
-    EXPECT_EQ(failureOf([] { const CudaDeviceThread scope; }).condition, "") << function;
-    const bool selects = std::string(function) == "cudaDeviceSynchronize";
-    EXPECT_EQ(device.selectedDevice(), selects ? 1 : 0) << function;
+    int selected = -1;
+    const Failure failure = failureOf([&] {
+      const CudaDeviceThread scope;
+      selected = device.selectedDevice();
+    });
+    EXPECT_EQ(failure.condition, "") << function;
+    const std::string name = function;
+    const bool selects = name == "cudaDeviceSynchronize" || name == "cudaGetDevice";
+    EXPECT_EQ(selected, selects ? 1 : 0) << function;
   }
 }
 

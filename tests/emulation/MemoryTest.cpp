@@ -144,11 +144,28 @@ TEST_F(EmulatedMemoryTest, WithoutADeviceEveryCallSaysSo) {
   void* memory = nullptr;
   EXPECT_EQ(cudaMalloc(&memory, 8), cudaErrorNoDevice);
   EXPECT_EQ(cudaSetDevice(0), cudaErrorNoDevice);
+  int current = -7;
+  EXPECT_EQ(cudaGetDevice(&current), cudaErrorNoDevice);
+  EXPECT_EQ(current, -7);
   EXPECT_EQ(cudaDeviceSynchronize(), cudaErrorNoDevice);
   EXPECT_EQ(cudaDeviceReset(), cudaErrorNoDevice);
   cudaDeviceProp properties;
   EXPECT_EQ(cudaGetDeviceProperties(&properties, 0), cudaErrorNoDevice);
   EXPECT_STREQ(cudaGetErrorString(cudaErrorNoDevice), "no CUDA-capable device is detected");
+}
+
+TEST_F(EmulatedMemoryTest, TheCurrentDeviceIsTheOneThatWasSet) {
+  device.pretendDevices(std::vector<emulation::Device>(2));
+  int current = -7;
+  EXPECT_EQ(cudaGetDevice(&current), cudaSuccess);
+  EXPECT_EQ(current, 0);
+  EXPECT_EQ(cudaSetDevice(1), cudaSuccess);
+  EXPECT_EQ(cudaSetDevice(2), cudaErrorInvalidDevice);
+  EXPECT_EQ(cudaGetDevice(&current), cudaSuccess);
+  EXPECT_EQ(current, 1);
+  EXPECT_EQ(cudaGetDevice(nullptr), cudaErrorInvalidValue);
+  device.failCall("cudaGetDevice", 1, cudaErrorUnknown, false);
+  EXPECT_EQ(cudaGetDevice(&current), cudaErrorUnknown);
 }
 
 TEST_F(EmulatedMemoryTest, ReportsOneEmulationDevice) {

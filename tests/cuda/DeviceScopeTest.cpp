@@ -1,0 +1,133 @@
+#include <cuda_runtime.h>
+#include <gtest/gtest.h>
+
+#include "core/cuda_init.h"
+#include "core/cudahelper.h"
+
+// What a call does to the devices of others, on a runtime of two devices that is made up here: as
+// much of it as CudaDeviceThread calls, linked in place of the toolkit's. So no GPU is needed.
+
+namespace {
+
+/// Which devices have a context, and what the thread's current device is.
+struct Runtime {
+  bool active[2] = {};
+  int current = 0;
+  int resets = 0;
+} runtime;
+
+int primaryContextState(int device, unsigned* flags, int* active) {
+  *flags = 0;
+  *active = runtime.active[device] ? 1 : 0;
+  return 0;
+}
+
+}  // namespace
+
+extern "C" {
+
+cudaError_t cudaGetDeviceCount(int* count) {
+  *count = 2;
+  return cudaSuccess;
+}
+
+cudaError_t cudaGetDeviceProperties(cudaDeviceProp* properties, int /*device*/) {
+  *properties = {};
+  properties->major = 9;  // so that device 0 is the fastest
+  return cudaSuccess;
+}
+
+cudaError_t cudaDeviceGetAttribute(int* value, cudaDeviceAttr /*attribute*/, int /*device*/) {
+  *value = 1;
+  return cudaSuccess;
+}
+
+cudaError_t cudaGetDevice(int* device) {
+  *device = runtime.current;
+  return cudaSuccess;
+}
+
+/// As runtimes from 12 on, which start the device's context.
+cudaError_t cudaSetDevice(int device) {
+  runtime.current = device;
+  runtime.active[device] = true;
+  return cudaSuccess;
+}
+
+cudaError_t cudaDeviceReset() {
+  runtime.active[runtime.current] = false;
+  ++runtime.resets;
+  return cudaSuccess;
+}
+
+#if CUDART_VERSION >= 12050
+cudaError_t cudaGetDriverEntryPointByVersion(const char* symbol, void** function, unsigned,
+                                             unsigned long long, cudaDriverEntryPointQueryResult*) {
+#elif CUDART_VERSION >= 12000
+cudaError_t cudaGetDriverEntryPoint(const char* symbol, void** function, unsigned long long,
+                                    cudaDriverEntryPointQueryResult*) {
+#else
+cudaError_t cudaGetDriverEntryPoint(const char* symbol, void** function, unsigned long long) {
+#endif
+  EXPECT_STREQ(symbol, "cuDevicePrimaryCtxGetState");
+  *function = reinterpret_cast<void*>(&primaryContextState);
+  return cudaSuccess;
+}
+
+cudaError_t cudaGetLastError() { return cudaSuccess; }
+const char* cudaGetErrorString(cudaError_t) { return "no error"; }
+cudaError_t cudaMemcpyToSymbol(const void*, const void*, size_t, size_t, cudaMemcpyKind) {
+  return cudaErrorInvalidSymbol;
+}
+
+int cuda_init() { return 0; }
+cudaError_t cuda_sync() { return cudaSuccess; }
+}
+
+namespace {
+
+using pistonfield::CudaDeviceThread;
+
+class DeviceScopeTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    runtime = {};
+    testing::internal::CaptureStdout();
+  }
+  void TearDown() override { testing::internal::GetCapturedStdout(); }
+};
+
+TEST_F(DeviceScopeTest, ACallByItselfLeavesNoContext) {
+  { const CudaDeviceThread scope; }
+  EXPECT_EQ(runtime.resets, 1);
+  EXPECT_FALSE(runtime.active[0]);
+  EXPECT_FALSE(runtime.active[1]);
+}
+
+TEST_F(DeviceScopeTest, AContextOfOthersStays) {
+  runtime.active[0] = true;
+  { const CudaDeviceThread scope; }
+  EXPECT_EQ(runtime.resets, 0);
+  EXPECT_TRUE(runtime.active[0]);
+}
+
+TEST_F(DeviceScopeTest, AScopeWithinAnotherChangesNothingForThatOne) {
+  {
+    const CudaDeviceThread outer;
+    { const CudaDeviceThread inner; }
+    EXPECT_TRUE(runtime.active[0]);  // the outer one still uses it
+  }
+  EXPECT_EQ(runtime.resets, 1);
+  EXPECT_FALSE(runtime.active[0]);
+}
+
+TEST_F(DeviceScopeTest, AScopeKnowsOfItsOwnDeviceOnly) {
+  cudaSetDevice(1);
+  { const CudaDeviceThread scope; }
+  EXPECT_EQ(runtime.current, 1);
+  EXPECT_EQ(runtime.resets, 1);
+  EXPECT_FALSE(runtime.active[0]);
+  EXPECT_TRUE(runtime.active[1]);
+}
+
+}  // namespace
