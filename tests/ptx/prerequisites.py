@@ -1,0 +1,25 @@
+"""What the tests of compiled kernels need, or else are skipped for."""
+
+import os
+import sys
+
+
+def nvcc_or_skip(usage):
+    if len(sys.argv) != 2:
+        sys.exit(usage)
+    if not os.access(sys.argv[1], os.X_OK):
+        skip("no CUDA toolkit (nvcc) on this machine")
+    numpy_or_skip()
+    return sys.argv[1]
+
+
+def numpy_or_skip():
+    try:
+        import numpy  # noqa: F401
+    except ImportError:
+        skip(f"no numpy for {sys.executable}")
+
+
+def skip(reason):
+    print(f"SKIPPED: {reason}")
+    sys.exit(77)

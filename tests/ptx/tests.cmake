@@ -1,0 +1,23 @@
+# The kernels as nvcc compiles them, run without a GPU: in every build on a machine with a toolkit,
+# whatever device the build is for. A sanitizer would see nothing of them.
+
+if(PISTONFIELD_SANITIZE)
+  return()
+endif()
+
+find_program(PISTONFIELD_NVCC nvcc HINTS ${CUDAToolkit_BIN_DIR} /usr/local/cuda/bin)
+find_program(PISTONFIELD_TEST_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH) # the one that has numpy
+
+foreach(name kernels mutants machine)
+  if(PISTONFIELD_TEST_PYTHON)
+    set(command ${PISTONFIELD_TEST_PYTHON} -B ${CMAKE_CURRENT_LIST_DIR}/${name}_test.py)
+  else()
+    set(command ${CMAKE_COMMAND} -E echo "SKIPPED: no /usr/bin/python3")
+  endif()
+  if(NOT name STREQUAL "machine")
+    list(APPEND command ${PISTONFIELD_NVCC})
+  endif()
+  add_test(NAME ptx.${name} COMMAND ${command})
+  set_tests_properties(ptx.${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 600
+                                              SKIP_REGULAR_EXPRESSION "^SKIPPED: ")
+endforeach()
