@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
 #include <limits>
+#include <memory>
 #include <string>
 
 #include "core/Progress.h"
@@ -13,10 +13,11 @@ namespace {
 
 constexpr std::size_t mostInt = std::numeric_limits<int>::max();
 
-/// Whether mxGetScalar can read a number from it, on every host.
+/// Whether mxGetScalar can read a number from it, on every host. Of a sparse array it reads the
+/// first element that is not zero, or 0.
 bool hasScalar(const mxArray* array) {
-  return (mxIsNumeric(array) || mxIsLogical(array) || mxIsChar(array)) && !mxIsSparse(array) &&
-         mxGetM(array) > 0 && mxGetN(array) > 0;
+  return (mxIsNumeric(array) || mxIsLogical(array) || mxIsChar(array)) && mxGetM(array) > 0 &&
+         mxGetN(array) > 0;
 }
 
 /// Truncates toward zero; what no int can hold, NaN included, becomes the most negative one.
@@ -24,6 +25,17 @@ int toInt(double value) {
   constexpr double limit = 2147483648.0;
   return value > -limit - 1 && value < limit ? static_cast<int>(value)
                                              : std::numeric_limits<int>::min();
+}
+
+struct FreeText {
+  void operator()(char* text) const { mxFree(text); }
+};
+
+/// The characters column by column, up to a zero; "" of what has none.
+std::string textOf(const mxArray* array) {
+  // Freed here: not every host takes back what mxArrayToString returns.
+  const std::unique_ptr<char, FreeText> text(mxIsChar(array) ? mxArrayToString(array) : nullptr);
+  return text ? text.get() : "";
 }
 
 }  // namespace
@@ -78,22 +90,15 @@ unsigned countPoints(const mxArray* points) {
 
 bool readUseGPU(int nrhs, const mxArray* const* prhs) {
   if (nrhs <= MODE) return true;
-  const mxArray* const mode = prhs[MODE];
-  if (!mxIsChar(mode))
+  if (!mxIsChar(prhs[MODE]))
     mexErrMsgTxt("Input 5 must be a character string and either be 'cuda' or 'cpu'");
-  if (isText(mode, "cuda") || isText(mode, "cudadp")) return true;
-  if (!isText(mode, "cpu") && !isText(mode, "cpusp") && !isText(mode, "cpudp"))
+  const std::string mode = textOf(prhs[MODE]);
+  if (mode == "cuda" || mode == "cudadp") return true;
+  if (mode != "cpu" && mode != "cpusp" && mode != "cpudp")
     mexErrMsgTxt("Input 5 must either be 'cuda' or 'cpu[sp,dp]'");
   return false;
 }
 
-bool isText(const mxArray* array, const char* text) {
-  // Copied into memory of our own: what mxArrayToString returns is not taken back by every host.
-  char contents[16];
-  const std::size_t length = std::strlen(text);
-  return mxIsChar(array) && mxGetM(array) == 1 && mxGetN(array) == length &&
-         mxGetString(array, contents, sizeof contents) == 0 &&
-         std::memcmp(contents, text, length) == 0;
-}
+bool isText(const mxArray* array, const char* text) { return textOf(array) == text; }
 
 }  // namespace pistonfield

@@ -23,7 +23,7 @@ void checkPointsType(const mxArray* points);
 /// An order or an M×2 table; says on standard output when it is a table.
 Quadrature readQuadrature(int nrhs, const mxArray* const* prhs);
 
-/// The first value of a numeric array.
+/// The first value of a numeric array; of a sparse one the first that is not zero, if any.
 double readScalar(const mxArray* const* prhs, Argument argument);
 
 /// The number of points, at most 2³¹ − 1; `points` must have three rows.
@@ -32,7 +32,7 @@ unsigned countPoints(const mxArray* points);
 /// Whether the mode names the GPU; a call without one does.
 bool readUseGPU(int nrhs, const mxArray* const* prhs);
 
-/// Whether `array` is the character array `text`, exactly.
+/// Whether `array` is a character array, of any shape, whose text is `text`, exactly.
 bool isText(const mxArray* array, const char* text);
 
 }  // namespace pistonfield

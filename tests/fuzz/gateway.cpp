@@ -66,8 +66,8 @@ int outputCount(FuzzedDataProvider& bytes) {
 namespace right {
 
 bool number(const mxArray& array) {
-  return (mxIsNumeric(&array) || mxIsLogical(&array) || mxIsChar(&array)) && !array.isSparse &&
-         mxGetM(&array) > 0 && mxGetN(&array) > 0;
+  return (mxIsNumeric(&array) || mxIsLogical(&array) || mxIsChar(&array)) && mxGetM(&array) > 0 &&
+         mxGetN(&array) > 0;
 }
 
 bool fullDoubles(const mxArray& array) { return mxIsDouble(&array) && !array.isSparse; }
@@ -78,10 +78,13 @@ bool points(const mxArray& array) {
          columns < std::size_t{1} << 31;
 }
 
-bool mode(const mxArray& array) {
-  const std::string text(array.bytes.begin(), array.bytes.end());
-  return mxIsChar(&array) && array.dims[0] == 1 && (text == "cuda" || text == "cudadp");
+/// The characters up to a zero.
+bool text(const mxArray& array, const std::string& expected) {
+  const std::string all(array.bytes.begin(), array.bytes.end());
+  return mxIsChar(&array) && all.substr(0, all.find('\0')) == expected;
 }
+
+bool mode(const mxArray& array) { return text(array, "cuda") || text(array, "cudadp"); }
 
 bool orderOrTable(const mxArray& array) {
   const std::size_t rows = mxGetM(&array);
@@ -98,8 +101,7 @@ bool arguments(int nlhs, const Arguments& given) {
 }
 
 bool query(int nlhs, const Arguments& given) {
-  return nlhs == 0 && given.size() == 1 && mxIsChar(&given[0]) && given[0].dims[0] == 1 &&
-         std::string(given[0].bytes.begin(), given[0].bytes.end()) == "info";
+  return nlhs == 0 && given.size() == 1 && text(given[0], "info");
 }
 
 }  // namespace right

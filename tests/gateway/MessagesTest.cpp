@@ -44,6 +44,12 @@ class MessagesTest : public GatewayTest {
     return values;
   }
 
+  static mxArray inShape(const std::string& characters, const std::vector<std::size_t>& dims) {
+    mxArray array = host::text(characters);
+    array.dims = dims;
+    return array;
+  }
+
   static bool isTextOf(const mxArray& value) { return value.className == "char"; }
 };
 
@@ -157,8 +163,34 @@ TEST_F(MessagesTest, ScalarsThatHoldNoNumberAreNoAbscissas) {
     arguments.nabscissas = host::ofClass(name, 1, 1);
     EXPECT_EQ(errorOf(arguments), abscissas) << name;
   }
-  arguments.nabscissas = host::sparseMatrix(1, 1, {});
+  arguments.nabscissas = host::sparseMatrix(0, 0, {});
   EXPECT_EQ(errorOf(arguments), abscissas);
+}
+
+TEST_F(MessagesTest, ASparseScalarIsANumber) {
+  Arguments full;
+  full.nabscissas = host::scalar(7);
+  const auto expected = pressures(full);
+  for (mxArray Arguments::*const argument :
+       {&Arguments::l, &Arguments::s, &Arguments::k, &Arguments::nabscissas}) {
+    Arguments arguments = full;
+    (arguments.*argument) = host::sparseMatrix(1, 1, (full.*argument).re);
+    EXPECT_EQ(pressures(arguments), expected);
+  }
+}
+
+TEST_F(MessagesTest, ASparseScalarThatHoldsNothingIsZero) {
+  for (mxArray Arguments::*const argument : {&Arguments::l, &Arguments::s, &Arguments::k}) {
+    Arguments full, sparse;
+    (full.*argument) = host::scalar(0);
+    (sparse.*argument) = host::sparseMatrix(1, 1, {});
+    EXPECT_EQ(call(sparse).printed, call(full).printed);
+    EXPECT_EQ(pressures(sparse), pressures(full));
+  }
+  Arguments arguments;
+  arguments.nabscissas = host::sparseMatrix(1, 1, {});
+  const std::string error = errorOf(arguments);
+  EXPECT_EQ(error, report("src/FastNearfield/IntegratorCuda", "order>0", error));
 }
 
 TEST_F(MessagesTest, SidesAndWaveNumberMustBeNumbers) {
@@ -176,7 +208,7 @@ TEST_F(MessagesTest, SidesAndWaveNumberMustBeNumbers) {
     }
     arguments.*one.argument = host::matrix(0, 0, {});
     EXPECT_EQ(errorOf(arguments), one.message);
-    arguments.*one.argument = host::sparseMatrix(1, 1, {});
+    arguments.*one.argument = host::sparseMatrix(0, 0, {});
     EXPECT_EQ(errorOf(arguments), one.message);
     arguments.*one.argument = host::ofClass("int8", 1, 1);
     EXPECT_EQ(errorOf(arguments), "");
@@ -207,13 +239,33 @@ TEST_F(MessagesTest, UnknownModesAreWrong) {
     arguments.mode = host::text(other);
     EXPECT_EQ(errorOf(arguments), modeValue) << other;
   }
-  arguments.mode = host::text(std::string("cuda\0x", 6));
+  arguments.mode = host::text(std::string("\0cuda", 5));
   EXPECT_EQ(errorOf(arguments), modeValue);
-  arguments.mode = host::text("cuda");
-  arguments.mode.dims = {2, 2};
+  arguments.mode = inShape("cuadaa", {2, 3});
   EXPECT_EQ(errorOf(arguments), modeValue);
   arguments.mode = host::text(std::string(1000000, 'x'));
   EXPECT_EQ(errorOf(arguments), modeValue);
+}
+
+TEST_F(MessagesTest, TextsAreReadColumnByColumnUpToAZeroWhateverTheirShape) {
+  const auto expected = pressures({});
+  Arguments arguments;
+  for (const mxArray& cuda :
+       {inShape("cuda", {4, 1}), inShape("cuda", {2, 2}), inShape("cuda", {1, 2, 2}),
+        host::text(std::string("cuda\0x", 6)), inShape(std::string("cudadp\0x", 8), {2, 4})}) {
+    arguments.mode = cuda;
+    EXPECT_EQ(pressures(arguments), expected);
+  }
+  arguments.mode = inShape("cpudp", {5, 1});
+  EXPECT_EQ(errorOf(arguments), cpuMode);
+
+  const std::string info = module.call(0, {host::text("info")}).printed;
+  for (const mxArray& query :
+       {inShape("info", {4, 1}), inShape("info", {2, 2}), host::text(std::string("info\0\0", 6))}) {
+    const host::Outcome outcome = module.call(0, {query});
+    EXPECT_FALSE(outcome.error);
+    EXPECT_EQ(outcome.printed, info);
+  }
 }
 
 TEST_F(MessagesTest, TheCpuModesAreNotThere) {

@@ -7,10 +7,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <map>
 #include <memory>
 #include <new>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -26,6 +28,7 @@ class Interruption : public std::exception {};
 struct Call {
   std::string printed;
   std::vector<std::unique_ptr<mxArray>> arrays;
+  std::map<void*, std::unique_ptr<char[]>> texts;
   int errorsRaised = 0;
   std::thread::id thread = std::this_thread::get_id();
   int checks = 0;
@@ -97,19 +100,28 @@ double mxGetScalar(const mxArray* array) {
   if (!mxIsNumeric(array) && !mxIsLogical(array) && !mxIsChar(array))
     mexErrMsgTxt("mxGetScalar: no number");
   if (mxIsDouble(array)) {
-    if (array->re.empty()) mexErrMsgTxt("mxGetScalar: empty");
-    return array->re[0];
+    if (!array->re.empty()) return array->re[0];
+  } else if (!array->bytes.empty()) {
+    return array->bytes[0];
   }
-  if (array->bytes.empty()) mexErrMsgTxt("mxGetScalar: empty");
-  return array->bytes[0];
+  if (!array->isSparse) mexErrMsgTxt("mxGetScalar: empty");
+  return 0;  // of a sparse array all of whose elements are zero
 }
 
-int mxGetString(const mxArray* array, char* text, mwSize size) {
-  if (!mxIsChar(array) || size == 0) return 1;
-  const std::size_t length = std::min(array->bytes.size(), size - 1);
-  std::copy_n(array->bytes.begin(), length, text);
-  text[length] = '\0';
-  return length == array->bytes.size() ? 0 : 1;
+char* mxArrayToString(const mxArray* array) try {
+  if (!mxIsChar(array)) return nullptr;
+  std::unique_ptr<char[]> text(new char[array->bytes.size() + 1]());
+  std::copy(array->bytes.begin(), array->bytes.end(), text.get());
+  char* const address = text.get();
+  current->texts.emplace(address, std::move(text));
+  return address;
+} catch (const std::bad_alloc&) {
+  mexErrMsgTxt("mxArrayToString: out of memory");
+  return nullptr;
+}
+
+void mxFree(void* memory) {
+  if (memory && current->texts.erase(memory) == 0) die("mxFree of what is not the host's");
 }
 
 mxArray* mxCreateNumericArray(mwSize ndim, const mwSize* dims, mxClassID classId,
@@ -181,6 +193,7 @@ Outcome call(MexFunction* function, int nlhs, const std::vector<mxArray>& argume
   if (!outcome.error && !outcome.interrupted)
     for (const mxArray* result : plhs)
       if (result) outcome.results.push_back(*result);
+  if (!call.texts.empty()) die("the module kept a text of the host's");
   if (call.errorsRaised != (outcome.error ? 1 : 0)) die("the module kept an error of the host's");
   outcome.errorsRaised = call.errorsRaised;
   outcome.printed = call.printed;

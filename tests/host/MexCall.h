@@ -31,7 +31,9 @@ using MexFunction = decltype(mexFunction);
 ///   itself and any other exception that leaves the module;
 /// - an array that finds no memory is an error;
 /// - access to the data of what holds no numbers ends the process or raises an error;
-/// - arrays that a call has made are taken back after it.
+/// - arrays that a call has made are taken back after it, texts of mxArrayToString are not, and
+/// ones
+///   that the module keeps end the process.
 ///
 /// The user interrupts when the module asks for the nth time, or never.
 Outcome call(MexFunction* function, int nlhs, const std::vector<mxArray>& arguments,

@@ -25,7 +25,8 @@ double* mxGetPr(const mxArray* array);
 void* mxGetData(const mxArray* array);
 void* mxGetImagData(const mxArray* array);
 double mxGetScalar(const mxArray* array);
-int mxGetString(const mxArray* array, char* text, mwSize size);
+char* mxArrayToString(const mxArray* array);
+void mxFree(void* memory);
 mxArray* mxCreateNumericArray(mwSize ndim, const mwSize* dims, mxClassID classId,
                               mxComplexity complexity);
 int mexPrintf(const char* format, ...);

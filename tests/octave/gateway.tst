@@ -57,6 +57,64 @@
 %! endfor
 %! assert (pistonfield (good{1:5}, "cudadp"), p0);
 
+%!test # a sparse scalar is a number
+%! for argument = [3, 4, 5, 7]
+%!   arguments = good;
+%!   arguments{argument} = sparse (good{argument});
+%!   assert (pistonfield (arguments{:}), p0);
+%!   full = sparse_ = good;
+%!   full{argument} = 0;
+%!   sparse_{argument} = sparse (0);
+%!   assert (message_of (sparse_{:}), message_of (full{:}));
+%!   if (argument < 7)
+%!     assert (pistonfield (sparse_{:}), pistonfield (full{:}));
+%!     assert (evalc ("p = pistonfield (sparse_{:});"), evalc ("p = pistonfield (full{:});"));
+%!   endif
+%! endfor
+%! assert (pistonfield (good{1:6}, sparse (true)), pistonfield (good{1:6}, 1));
+%! assert (pistonfield (good{1:6}, sparse (7)), pistonfield (good{1:6}, 7));
+
+%!test # texts are read column by column, up to a zero, whatever their shape
+%! for cuda = {["c"; "u"; "d"; "a"], ["cd"; "ua"], "cuda\0x", ["cdd\0"; "uapx"], "cudadp\0"}
+%!   assert (pistonfield (good{1:5}, cuda{1}), p0);
+%! endfor
+%! assert (message_of (good{1:5}, ["c"; "p"; "u"]), "CPU version not implemented, yet.");
+%! assert (message_of (good{1:5}, "\0cuda"), "Input 5 must either be 'cuda' or 'cpu[sp,dp]'");
+%! info = evalc ("pistonfield ('info')");
+%! for query = {["i"; "n"; "f"; "o"], ["if"; "no"], "info\0x"}
+%!   assert (evalc ("pistonfield (query{1})"), info);
+%! endfor
+
+%!test # the largest and the smallest lengths
+%! rand ("twister", 1);
+%! for run = 1:10
+%!   sides = 10 .^ (-4 * rand (1, 2));
+%!   points = (2 * rand (3, 200) - 1) .* 10 .^ (-4 * rand (3, 200));
+%!   points(3,:) = abs (points(3,:));
+%!   call = @(points, unit) pistonfield_quiet (points * unit, 0, sides(1) * unit, sides(2) * unit, ...
+%!                                             5 / max (sides) / unit, "cuda", 64);
+%!   expected = call (points, 1e8);     # far from the distances that count as none
+%!   assert (call (points, 1e18), expected, 2e-4 * max (abs (expected)));
+%!   sides = max (sides / max (sides), 0.01);
+%!   points(1:2,:) = 0;
+%!   points(3,:) = max (points(3,:), 0.01);
+%!   expected = call (points, 1);
+%!   assert (call (points, 1e-16), expected, 2e-4 * max (abs (expected)));
+%! endfor
+
+%!test # texts are given back to the host
+%! long = repmat ("x", 1, 1e6);
+%! for n = 1:200
+%!   message = message_of (good{1:5}, long);
+%! endfor
+%! assert (message, "Input 5 must either be 'cuda' or 'cpu[sp,dp]'");
+%! pages = @() sscanf (fileread ("/proc/self/statm"), "%d")(2);
+%! before = pages ();
+%! for n = 1:100
+%!   message_of (good{1:5}, long);
+%! endfor
+%! assert ((pages () - before) * 4096 < 2e7);
+
 %!test # messages win in the order of the checks
 %! bad = {ones(2, 0), 0, [], [], [], 1, [1 2 3]};
 %! assert (message_of ("ab", bad{2:end}), "Input must be real, full, and nonstring");
@@ -106,6 +164,6 @@
 
 %!test # help
 %! text = evalc ("help pistonfield");
-%! for part = {"points      3 x N real double", "Errors", "Example", "CAUTION"}
+%! for part = {"points      3 x N real double", "Errors", "Example", "CAUTION", "1e-18"}
 %!   assert (! isempty (strfind (text, part{1})));
 %! endfor

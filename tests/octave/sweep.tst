@@ -105,7 +105,14 @@
 %!endfunction
 
 %!function yes = is_number (v)
-%!  yes = (isnumeric (v) || islogical (v) || ischar (v)) && ! issparse (v) && ! isempty (v);
+%!  yes = (isnumeric (v) || islogical (v) || ischar (v)) && ! isempty (v);
+%!endfunction
+
+%!function text = text_of (v)   # the characters up to a zero; "" of what has none
+%!  text = "";
+%!  if (ischar (v))
+%!    text = strtok (["_", v(:)'], "\0")(2:end);
+%!  endif
 %!endfunction
 
 %!function yes = is_table (v)
@@ -114,7 +121,7 @@
 
 %!function yes = is_right (outputs, given)   # as the help says
 %!  n = numel (given);
-%!  yes = outputs == 0 && n == 1 && ischar (given{1}) && isequal (given{1}, "info");
+%!  yes = outputs == 0 && n == 1 && strcmp (text_of (given{1}), "info");
 %!  if (outputs != 1 || n < 5 || n > 7)
 %!    return;
 %!  endif
@@ -123,8 +130,7 @@
 %!      || rows (points) != 3 || isempty (points) || ! all (cellfun (@is_number, given(3:5))))
 %!    return;
 %!  endif
-%!  is_mode = @(v) ischar (v) && (isequal (v, "cuda") || isequal (v, "cudadp"));
-%!  if (n > 5 && ! is_mode (given{6}))
+%!  if (n > 5 && ! any (strcmp (text_of (given{6}), {"cuda", "cudadp"})))
 %!    return;
 %!  endif
 %!  if (n > 6)
@@ -157,11 +163,18 @@
 %!  w = double (single (w));
 %!endfunction
 
+%!function x = first_of (v)   # as mxGetScalar: of a sparse array the first that is not zero, if any
+%!  if (issparse (v))
+%!    v = [nonzeros(v); 0];
+%!  endif
+%!  x = real (double (v(1)));
+%!endfunction
+
 %!function compared = check_pressures (p, given)
 %!  points = double (single (given{1}(:,:)));
 %!  assert (size (p), [columns(points), 1]);
 %!  assert (isa (p, "double"));
-%!  scalars = cellfun (@(v) real (double (v(1))), given(3:5));
+%!  scalars = cellfun (@first_of, given(3:5));
 %!  scalars = double (single (scalars));
 %!  [x, w, M] = rule_of (given);
 %!  [l, s, k] = deal (scalars(1), scalars(2), scalars(3));
