@@ -119,10 +119,10 @@ function build (folder, host)
 
   options = '';
   if (~ isoctave ())
-    options = sprintf (' -D PISTONFIELD_MATLAB=ON -D "Matlab_ROOT_DIR=%s"', matlabroot ());
+    options = [' -D PISTONFIELD_MATLAB=ON -D ', quoted(['Matlab_ROOT_DIR=', matlabroot()])];
   end
-  configure = sprintf ('cmake -S "%s" -B "%s" -D CMAKE_BUILD_TYPE=Release -D BUILD_TESTING=OFF%s', ...
-                       source, place, options);
+  configure = sprintf ('cmake -S %s -B %s -D CMAKE_BUILD_TYPE=Release -D BUILD_TESTING=OFF%s', ...
+                       quoted (source), quoted (place), options);
   [status, said] = run_ (configure);
   if (status ~= 0 && ~ isempty (strfind (said, 'CMAKE_CXX_COMPILER')))
     error ('setup:compiler', 'No C++ compiler was found. CMake says:\n%s', said);
@@ -130,11 +130,23 @@ function build (folder, host)
     error ('setup:mkoctfile', ...
            'mkoctfile was not found. It comes with Octave''s development files (octave-dev).');
   elseif (status == 0)
-    [status, said] = run_ (sprintf ('cmake --build "%s" --config Release --parallel --target %s', ...
-                                    place, host));
+    [status, said] = run_ (sprintf ('cmake --build %s --config Release --parallel --target %s', ...
+                                    quoted (place), host));
   end
   if (status ~= 0)
     error ('setup:build', 'The module could not be built:\n%s', said);
+  end
+
+end
+
+% One word of a command line, whatever characters it has.
+
+function word = quoted (word)
+
+  if (ispc ())
+    word = ['"', word, '"'];                % which no name of a file has there
+  else
+    word = ['''', strrep(word, '''', '''\'''''), ''''];
   end
 
 end

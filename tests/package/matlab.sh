@@ -2,7 +2,7 @@
 # matlab.sh <octave-cli> <build folder>
 #
 # The archive for MATLAB, of which Octave runs setup: with modules to choose from, with none, and where
-# one cannot be built.
+# one cannot be built. In a folder with a name that a shell would not leave as it is.
 set -euo pipefail
 octave=$1 build=$2
 cd "$(dirname "$0")/../.."
@@ -14,8 +14,10 @@ scripts/package --into "$work" "$build" >/dev/null
 scripts/package --into "$work/again" "$build" >/dev/null
 archive=$(echo "$work"/*-matlab.zip)
 cmp "$archive" "$work/again/${archive##*/}"
-(cd "$work" && cmake -E tar xf "$archive")
-folder=${archive%-matlab.zip}
+place="$work/it's (1) & \`touch ran\`"
+mkdir "$place"
+(cd "$place" && cmake -E tar xf "$archive")
+folder=$place/$(basename "$archive" -matlab.zip)
 version=${folder##*-}
 
 run() { "$octave" --no-history --norc --quiet "$@" >"$work/said" 2>&1; }
@@ -24,7 +26,7 @@ setup_takes() { # <folder of the module>
 }
 says() { grep -qF -- "$1" "$work/said" || { echo "not said: $1"; cat "$work/said"; exit 1; }; }
 setup_fails() { # <text> [<variable> <value>]
-  if run --eval "setenv ('${2-NONE}', '${3-}'); cd ('$folder'); setup"; then
+  if run --eval "setenv ('${2-NONE}', '${3-}'); cd ('${folder//\'/\'\'}'); setup"; then
     echo "setup did not fail: $1"
     exit 1
   fi
@@ -57,7 +59,8 @@ void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
 }
 END
 for module in pistonfield pistonfield_quiet pistonfield_about; do
-  mkoctfile --mex -o "$folder/modules/cuda/$module.mex" "$work/no_gpu.c"
+  mkoctfile --mex -o "$work/no_gpu.mex" "$work/no_gpu.c"
+  cp "$work/no_gpu.mex" "$folder/modules/cuda/$module.mex"
 done
 setup_takes modules/emulation
 says "no CUDA-capable device is detected"
@@ -78,3 +81,4 @@ setup_takes build/octave
 says "Building one"
 setup_takes build/octave
 if grep -qF "Building one" "$work/said"; then echo "built twice"; exit 1; fi
+[[ ! -e ran && ! -e $folder/ran ]] || { echo "a shell ran the name of the folder"; exit 1; }
