@@ -126,6 +126,7 @@ void write(const std::string& path, void (*table)(std::ostream&)) {
   std::ofstream out(path);
   out.precision(3);
   table(out);
+  out.close();
   if (!out) {
     std::cerr << "cannot write " << path << "\n";
     std::exit(1);

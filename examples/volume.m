@@ -15,6 +15,15 @@ z = (1:100) * lambda / 5;
 p = pistongrid (x, y, z, l, s, k, 24);
 
 save ('volume.mat', '-v7', 'x', 'y', 'z', 'l', 's', 'k', 'p');
+try
+  saved = load ('volume.mat');              % not every host says that a disk is full
+  whole = isequal (saved.p, p);
+catch
+  whole = false;
+end
+if (~ whole)
+  error ('volume:write', 'volume.mat could not be written: is the disk full?');
+end
 writevtk ('volume.vtk', 'pressure of a piston, lengths in m, plane wave = 1', x, y, z, ...
           'magnitude', abs (p), 'real', real (p), 'imaginary', imag (p));
 fprintf ('volume.mat and volume.vtk written: %d x %d x %d points\n', size (p));

@@ -21,7 +21,7 @@ function writevtk (file, title_, x, y, z, varargin)
   if (id < 0)
     error ('writevtk:file', '%s: %s', file, message);
   end
-  closed = onCleanup (@() fclose (id));
+  closing = onCleanup (@() fclose (id));
   fprintf (id, '# vtk DataFile Version 3.0\n%s\nBINARY\nDATASET STRUCTURED_POINTS\n', title_);
   fprintf (id, 'DIMENSIONS %d %d %d\n', sizes);
   fprintf (id, 'ORIGIN %.9g %.9g %.9g\n', origin);
@@ -34,9 +34,16 @@ function writevtk (file, title_, x, y, z, varargin)
     end
     fprintf (id, 'SCALARS %s float 1\nLOOKUP_TABLE default\n', varargin{n});
     if (fwrite (id, values(:), 'float32') ~= numel (values))
-      error ('writevtk:write', '%s could not be written.', file);
+      error ('writevtk:write', '%s could not be written: is the disk full?', file);
     end
     fprintf (id, '\n');
+  end
+
+  bytes = ftell (id);
+  clear closing;
+  written = dir (file);
+  if (written.bytes ~= bytes)
+    error ('writevtk:write', '%s could not be written: is the disk full?', file);
   end
 
 end

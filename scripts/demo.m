@@ -34,7 +34,9 @@ ylabel ("x / mm");
 title (sprintf ("%s, y = 0: N = %d, order 10, %.2g points/s", device{1}, N, rate));
 bar = colorbar ();
 ylabel (bar, "|p|, plane wave = 1");
+unlink ("field.png");
 print ("field.png", "-dpng", "-S960,600");
+imread ("field.png");              # an error where a full disk left none
 
 printf ("\n");
 printf ("device             %s\n", device{1});

@@ -9,12 +9,14 @@
 function result = joinparts (folder)
 
   found = dir (fullfile (folder, 'part-*-of-*.mat'));
-  names = {found.name};
-  numbers = zeros (numel (names), 2);
-  for n = 1:numel (names)
-    numbers(n,:) = sscanf (names{n}, 'part-%d-of-%d.mat');
+  numbers = zeros (0, 2);
+  for name = {found.name}
+    pair = sscanf (name{1}, 'part-%d-of-%d.mat').';
+    if (numel (pair) == 2 && strcmp (name{1}, nameof (pair)))
+      numbers(end+1,:) = pair;
+    end
   end
-  if (isempty (names))
+  if (isempty (numbers))
     error ('joinparts:none', 'There are no parts in %s.', folder);
   end
   count = numbers(1,2);
@@ -29,7 +31,7 @@ function result = joinparts (folder)
   end
 
   for n = 1:count
-    name = fullfile (folder, sprintf ('part-%04d-of-%04d.mat', n, count));
+    name = fullfile (folder, nameof ([n, count]));
     part = load (name);
     if (n == 1)
       field = part.field;
@@ -42,7 +44,7 @@ function result = joinparts (folder)
       p = complex (zeros (sizes));
       expected = 1;
     end
-    if (~ isequal (part.field, field))
+    if (~ isequaln (part.field, field))     % which may hold NaN
       error ('joinparts:field', '%s is of another field than the first part.', name);
     end
     if (~ strcmp (part.version, version_))
@@ -64,5 +66,13 @@ function result = joinparts (folder)
   else
     writewhole (fullfile (folder, 'field.mat'), struct ('field', field, 'p', p));
   end
+
+end
+
+% As computepart names part pair(1) of pair(2); other files are not its own.
+
+function name = nameof (pair)
+
+  name = sprintf ('part-%04d-of-%04d.mat', pair);
 
 end

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <memory>
+#include <string>
 
 namespace pistonfield {
 namespace {
@@ -66,7 +67,7 @@ void legendre_compute(int order, double* x, double* w) {
   if (order < 1) {
     std::cout << "\n"
               << "LEGENDRE_COMPUTE - Fatal error!\n"
-              << "  Illegal value of ORDER = " << order << "\n";
+              << "  Illegal value of ORDER = " << std::to_string(order) << "\n";
     std::exit(1);
   }
 

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iomanip>
 #include <iostream>
+#include <locale>
 #include <memory>
 
 #include "FastNearfield/GaussLegendre.h"
@@ -13,6 +14,21 @@ namespace pistonfield {
 namespace {
 
 constexpr int digits = 16;
+
+/// While it lives, a stream writes numbers as every reader of rules knows them: the locale of a
+/// program may have other points, and separators.
+class ClassicNumbers {
+ public:
+  explicit ClassicNumbers(std::ostream& out)
+      : out_(out), before_(out.imbue(std::locale::classic())) {}
+  ~ClassicNumbers() { out_.imbue(before_); }
+  ClassicNumbers(const ClassicNumbers&) = delete;
+  ClassicNumbers& operator=(const ClassicNumbers&) = delete;
+
+ private:
+  std::ostream& out_;
+  const std::locale before_;
+};
 
 /// How a language writes comments and assignments to array elements.
 struct Syntax {
@@ -55,13 +71,34 @@ void printAssignments(const Syntax& syntax, char name, const double* values, int
               << values[i] << syntax.end;
 }
 
+/// Whether the file holds all of the table.
+bool writeTable(const std::string& name, int m, int n, const double* table) {
+  std::ofstream file(name);
+  if (!file) {
+    std::cerr << "\n"
+              << "DTABLE_WRITE0 - Fatal error!\n"
+              << "  Could not open the output file.\n";
+    return false;
+  }
+  const ClassicNumbers classic(file);
+  file << std::setprecision(digits);
+  for (int j = 0; j < n; ++j) {
+    for (int i = 0; i < m; ++i) file << std::setw(24) << *table++ << "  ";
+    file << "\n";
+  }
+  file.close();
+  return file.good();
+}
+
 void printName(const char* label, const std::string& name) {
   std::cout << label << "\"" << name << "\".\n";
 }
 
 }  // namespace
 
-void legendre_handle(int order, std::string output) {
+void legendre_handle(int order, std::string output) { exportRule(order, output); }
+
+bool exportRule(int order, const std::string& output) {
   double R[] = {-1.0, 1.0};
   const auto size = static_cast<std::size_t>(order);  // of a negative one: more than can be had
   const std::unique_ptr<double[]> W(new double[size]);
@@ -69,6 +106,7 @@ void legendre_handle(int order, std::string output) {
   legendre_compute(order, X.get(), W.get());
 
   if (const Syntax* const syntax = findSyntax(output)) {
+    const ClassicNumbers classic(std::cout);
     printHeader(syntax->comment, order);
     std::cout << std::setprecision(digits);
     printAssignments(*syntax, 'w', W.get(), order);
@@ -76,7 +114,7 @@ void legendre_handle(int order, std::string output) {
     printAssignments(*syntax, 'x', X.get(), order);
     std::cout << "\n";
     printAssignments(*syntax, 'r', R, 2);
-    return;
+    return true;
   }
 
   const std::string weights = output + "_w.txt";
@@ -90,24 +128,13 @@ void legendre_handle(int order, std::string output) {
   printName("  Weight file will be   ", weights);
   printName("  Abscissa file will be ", abscissas);
   printName("  Region file will be   ", region);
-  dtable_write0(weights, 1, order, W.get());
-  dtable_write0(abscissas, 1, order, X.get());
-  dtable_write0(region, 1, 2, R);
+  bool whole = writeTable(weights, 1, order, W.get());
+  whole = writeTable(abscissas, 1, order, X.get()) && whole;
+  return writeTable(region, 1, 2, R) && whole;
 }
 
 void dtable_write0(std::string outputFileName, int m, int n, double* table) {
-  std::ofstream file(outputFileName);
-  if (!file) {
-    std::cerr << "\n"
-              << "DTABLE_WRITE0 - Fatal error!\n"
-              << "  Could not open the output file.\n";
-    return;
-  }
-  file << std::setprecision(digits);
-  for (int j = 0; j < n; ++j) {
-    for (int i = 0; i < m; ++i) file << std::setw(24) << *table++ << "  ";
-    file << "\n";
-  }
+  writeTable(outputFileName, m, n, table);
 }
 
 void timestamp() {

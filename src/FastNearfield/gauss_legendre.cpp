@@ -15,6 +15,8 @@ int main(int argc, char* argv[]) {
                  "  OUTPUT  C++ (the default), F77, F90 or MAT, or the root of three file names\n";
     return 2;
   }
-  pistonfield::legendre_handle(static_cast<int>(order), argc > 2 ? argv[2] : "C++");
-  return std::cout.flush() ? 0 : 1;
+  const bool whole = pistonfield::exportRule(static_cast<int>(order), argc > 2 ? argv[2] : "C++");
+  if (whole && std::cout.flush()) return 0;
+  std::cerr << "gauss_legendre: the rule could not be written whole\n";
+  return 1;
 }

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <ostream>
+#include <string>
 
 namespace pistonfield {
 
 /// The two-line report of a failed condition, followed by an empty line; flushes `out`.
 inline void writeErrorReport(std::ostream& out, const char* condition, int line, const char* file) {
-  out << "ERROR: assertion failure in " << file << " at line " << line << "\n"
+  // A locale would group the digits of a number.
+  out << "ERROR: assertion failure in " << file << " at line " << std::to_string(line) << "\n"
       << "       condition failed: (" << condition << ").\n"
       << std::endl;
 }

@@ -13,6 +13,8 @@
 #include <sstream>
 #include <string>
 
+#include "FastNearfield/GaussLegendre.h"
+#include "support/CommaLocale.h"
 #include "support/ReferenceField.h"
 
 using pistonfield::legendre_handle;
@@ -66,6 +68,28 @@ TEST_F(GaussLegendreExportTest, FilesAreThoseOfTheGoldenFiles) {
     for (const char* part : {"_w.txt", "_x.txt", "_r.txt"})
       EXPECT_EQ(support::contents("rule" + n + part), golden(n + part));
   }
+}
+
+TEST_F(GaussLegendreExportTest, ALocaleChangesNoNumber) {
+  std::string expected[4], files[3];
+  const char* const languages[] = {"C++", "F77", "F90", "MAT"};
+  const char* const parts[] = {"_w.txt", "_x.txt", "_r.txt"};
+  for (int n = 0; n < 4; ++n) expected[n] = printed(1001, languages[n]);
+  printed(1001, "plain");
+  for (int n = 0; n < 3; ++n) files[n] = support::contents(std::string("plain") + parts[n]);
+
+  const support::CommaLocale commas;
+  for (int n = 0; n < 4; ++n) EXPECT_EQ(printed(1001, languages[n]), expected[n]) << languages[n];
+  printed(1001, "comma");
+  for (int n = 0; n < 3; ++n)
+    EXPECT_EQ(support::contents(std::string("comma") + parts[n]), files[n]) << parts[n];
+
+  std::ostringstream ofTheLocale;
+  ofTheLocale << 1234.5;
+  EXPECT_EQ(ofTheLocale.str(), "1.234,5");
+  testing::internal::CaptureStdout();
+  std::cout << 1234.5;
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "1.234,5");
 }
 
 TEST_F(GaussLegendreExportTest, SmallLettersSelectTheSameSyntax) {
@@ -124,6 +148,25 @@ TEST_F(GaussLegendreExportTest, FilesThatCannotBeOpenedAreSaid) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), one + one + one);
 }
 
+TEST_F(GaussLegendreExportTest, ReturnsWhetherTheFilesAreWritten) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no /dev/full here";
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  EXPECT_TRUE(pistonfield::exportRule(3, "C++"));
+  EXPECT_TRUE(pistonfield::exportRule(3, "rule"));
+  EXPECT_FALSE(pistonfield::exportRule(3, "no/such/folder/rule"));
+  for (const char* const part : {"_w.txt", "_x.txt", "_r.txt"}) {
+    const std::string name = std::string("full") + part;
+    std::filesystem::remove(name);
+    std::filesystem::create_symlink("/dev/full", name);
+    EXPECT_FALSE(pistonfield::exportRule(3, "full")) << part;
+    std::filesystem::remove(name);
+  }
+  EXPECT_TRUE(pistonfield::exportRule(3, "full"));
+  testing::internal::GetCapturedStdout();
+  testing::internal::GetCapturedStderr();
+}
+
 TEST_F(GaussLegendreExportTest, TablesHaveLinesOfSeveralValues) {
   double table[] = {1, 2.5, -3, 0.1};
   pistonfield::dtable_write0("table.txt", 2, 2, table);
@@ -134,6 +177,15 @@ TEST_F(GaussLegendreExportTest, TablesHaveLinesOfSeveralValues) {
 
 TEST_F(GaussLegendreExportTest, ANegativeOrderFailsInTheAllocation) {
   EXPECT_THROW(legendre_handle(-1, "C++"), std::bad_alloc);
+}
+
+TEST(GaussLegendreExportDeathTest, ALocaleChangesNoOrder) {
+  const auto handle = [] {
+    const support::CommaLocale commas;
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+    pistonfield::legendre_compute(-1234, nullptr, nullptr);
+  };
+  EXPECT_EXIT(handle(), testing::ExitedWithCode(1), "  Illegal value of ORDER = -1234\n$");
 }
 
 TEST(GaussLegendreExportDeathTest, Order0EndsTheProcess) {

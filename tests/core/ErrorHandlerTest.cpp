@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "core/ErrorReport.h"
+#include "support/CommaLocale.h"
 
 using pistonfield::DefaultErrorHandler;
 using pistonfield::ErrorHandler;
@@ -33,6 +34,13 @@ TEST_F(ErrorHandlerTest, ReportHasTwoLinesAndAnEmptyOne) {
             "ERROR: assertion failure in src/core/Vector at line 48\n"
             "       condition failed: (i<N).\n"
             "\n");
+}
+
+TEST_F(ErrorHandlerTest, ALocaleChangesNoLineNumber) {
+  const support::CommaLocale commas;
+  std::ostringstream report;
+  pistonfield::writeErrorReport(report, "i<N", 1234, "src/core/Vector");
+  EXPECT_NE(report.str().find("at line 1234\n"), std::string::npos) << report.str();
 }
 
 TEST(ErrorHandlerDeathTest, WithoutHandlerAFailedCheckReportsAndAborts) {

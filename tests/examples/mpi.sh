@@ -81,6 +81,17 @@ for change in "part.field.k *= 2;is of another field" "part.version = 'x';was co
 done
 [[ ! -e $work/refused/field.mat ]]
 
+# Files that are no parts stay out; a field may hold what is no number.
+mkdir "$work/others"
+"${run[@]}" "f = clusterfield (); [f.x, f.y, f.z] = deal ([0, NaN], 0, 1e-3); computepart ('$work/others', f);"
+for name in part-x-of-y part-1-of-2 "part-0001-of-0001 (1)"; do
+  cp "$work/others/part-0001-of-0001.mat" "$work/others/$name.mat"
+done
+"${run[@]}" "p = joinparts ('$work/others'); f = clusterfield ();
+      assert (p(1), pistongrid (0, 0, 1e-3, f.l, f.s, f.k, f.order)); assert (isnan (p(2)));"
+rm "$work/others/part-0001-of-0001.mat"
+fails "There are no parts" join "$work/others"
+
 # A full disk, which is told like a file that may not grow.
 mkdir "$work/full"
 for whole in part join; do

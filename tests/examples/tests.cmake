@@ -20,9 +20,13 @@ add_executable(example_field ${PROJECT_SOURCE_DIR}/examples/cpp/field.cpp)
 target_link_libraries(example_field PRIVATE pistonfield)
 add_example_test(cppfield $<TARGET_FILE:example_field>)
 
+add_test(NAME examples.full_disk
+         COMMAND ${CMAKE_CURRENT_LIST_DIR}/full_disk.sh ${OCTAVE} ${CMAKE_BINARY_DIR}/octave
+                 $<TARGET_FILE:example_field> ${PROJECT_SOURCE_DIR}/examples)
+
 # One field in several processes, and the script that others copy for it.
 add_test(NAME examples.mpi
          COMMAND ${CMAKE_CURRENT_LIST_DIR}/mpi.sh ${OCTAVE} ${CMAKE_BINARY_DIR}/octave)
 add_test(NAME examples.shellcheck
          COMMAND ${CMAKE_CURRENT_LIST_DIR}/clean_shell.sh ${PROJECT_SOURCE_DIR}/examples/cluster/slurm.sh)
-set_tests_properties(examples.mpi examples.shellcheck PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)
+set_tests_properties(examples.full_disk examples.mpi examples.shellcheck PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)

@@ -97,4 +97,5 @@ int main(int argc, char** argv) {
       std::printf("\n");
     }
   }
+  return std::fflush(stdout) == 0 && !std::ferror(stdout) ? 0 : 1;
 }

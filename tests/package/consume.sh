@@ -15,9 +15,14 @@ cmake --build "$work/example" >/dev/null
 (cd "$work" && example/field >/dev/null)
 lines=$(wc -l <"$work/field.txt")
 ((lines == 121 * 201)) || { echo "field.txt has $lines lines"; exit 1; }
-
-mkdir "$work/full" && ln -s /dev/full "$work/full/field.txt"
-if (cd "$work/full" && ../example/field >/dev/null 2>&1); then echo "field.txt on a full disk was not noticed"; exit 1; fi
+if [[ -e /dev/full ]]; then
+  mkdir "$work/full"
+  ln -s /dev/full "$work/full/field.txt"
+  if (cd "$work/full" && ../example/field >/dev/null 2>&1); then
+    echo "the example does not notice a full disk"
+    exit 1
+  fi
+fi
 
 "$work/prefix/bin/gauss_legendre" 3 C++ | diff - "$(dirname "$0")/../golden/rules/3.cpp.txt"
 
