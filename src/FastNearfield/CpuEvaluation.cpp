@@ -52,15 +52,15 @@ bool crossesZero(T a, T b) {
 template <class T>
 std::complex<T> RectangularPistonCuda2::Integ<T>::operator()(const FirstIntegral<T>& f, T lo,
                                                              T hi) const {
-  static SumNodes<T>* const sumTerms = sumNodes<T>(instructionSet());
   const int n = rule_->order;
   T* const mappedX = rule_->mappedX;
   T* const mappedW = rule_->mappedW;
   const bool map = !(n > 0 && lo == mappedX[0] && hi == mappedX[n - 1]);
   const T half = (hi - lo) * T(0.5);
   const T mid = (lo + hi) * T(0.5);
-  const NodeSum<T> fast = sumTerms({rule_->x, rule_->w, mappedX, mappedW, map, half, mid}, n,
-                                   {f.s2, f.k, f.z, f.expKz.real(), f.expKz.imag()});
+  const NodeSum<T> fast =
+      sumNodes<T>(instructionSet())({rule_->x, rule_->w, mappedX, mappedW, map, half, mid}, n,
+                                    {f.s2, f.k, f.z, f.expKz.real(), f.expKz.imag()});
   if (std::isfinite(fast.re) && std::isfinite(fast.im)) return {fast.re, fast.im};
 
   // The complex operations as they are written: zeros that multiply what is not finite count.

@@ -30,9 +30,8 @@ void evaluate(const KernelPiston<double>& piston, const Points& points, const Re
 
 inline void evaluateList(const KernelPiston<float>& piston, const float* positions,
                          Complex* pressures, unsigned count) {
-  static PackedPressure* const evaluate = packedPressure(instructionSet());
-  evaluate(positions, pressures, static_cast<int>(count), piston.a, piston.b, piston.k,
-           piston.rule);
+  packedPressure(instructionSet())(positions, pressures, static_cast<int>(count), piston.a,
+                                   piston.b, piston.k, piston.rule);
 }
 
 /// In single precision in packs of lanes.
@@ -47,7 +46,7 @@ inline void evaluate(const KernelPiston<float>& piston, const PointList<float>& 
 template <class Points, class Results>
 void evaluate(const KernelPiston<float>& piston, const Points& points, const Results& results) {
   forThreadsWithPoint(points.count(), [&](unsigned n, unsigned last) {
-    constexpr unsigned most = 2048;
+    constexpr unsigned most = 1024;  // 20 kB: a thread may have a stack of 64 kB
     Point<float> list[most];
     Complex pressures[most];
     auto cursor = points.cursor(n);

@@ -1,18 +1,11 @@
 #include "core/InstructionSet.h"
 
-#include <cstdlib>
-#include <string>
+#include <atomic>
 
 namespace pistonfield {
 namespace {
 
-InstructionSet limit() {
-  const char* const set = std::getenv("PISTONFIELD_INSTRUCTION_SET");
-  const std::string name = set ? set : "";
-  if (name == "oldest") return InstructionSet::OLDEST;
-  if (name == "avx2") return InstructionSet::AVX2;
-  return InstructionSet::AVX512;
-}
+std::atomic<InstructionSet> limit{InstructionSet::AVX512};
 
 }  // namespace
 
@@ -27,12 +20,14 @@ bool has(InstructionSet set) {
 }
 
 InstructionSet instructionSet() {
-  const InstructionSet widest = limit();
-  if (widest >= InstructionSet::AVX512 && has(InstructionSet::AVX512))
+  const InstructionSet newest = limit;
+  if (newest >= InstructionSet::AVX512 && has(InstructionSet::AVX512))
     return InstructionSet::AVX512;
-  if (widest >= InstructionSet::AVX2 && has(InstructionSet::AVX2)) return InstructionSet::AVX2;
+  if (newest >= InstructionSet::AVX2 && has(InstructionSet::AVX2)) return InstructionSet::AVX2;
   return InstructionSet::OLDEST;
 }
+
+InstructionSet limitInstructionSet(InstructionSet newest) { return limit.exchange(newest); }
 
 bool dividesSlowly() {
 #if defined(__x86_64__)

@@ -9,9 +9,12 @@ enum class InstructionSet { OLDEST, AVX2, AVX512 };
 /// Whether this machine has it.
 bool has(InstructionSet set);
 
-/// The newest that this machine has. The environment variable PISTONFIELD_INSTRUCTION_SET, one of
-/// "oldest", "avx2" and "avx512", sets a limit, to see what another machine computes.
+/// The newest that this machine has, up to the limit.
 InstructionSet instructionSet();
+
+/// For tests and benchmarks, to compute what another machine computes: from now on no newer set
+/// than this is used. Returns the limit so far, which is AVX512 at the start.
+InstructionSet limitInstructionSet(InstructionSet newest);
 
 /// Whether this machine, with AVX-512, takes longer for the divisions of a node than for all else
 /// in it. Intel's processors do, AMD's do not.

@@ -18,7 +18,9 @@
 % that of a plane wave in front of an endless piston, 1; i*rho*c*v*p is the
 % pressure in pascals of a piston of velocity amplitude v (m/s).
 %
-% Arguments (all lengths, and 1/k, in one unit, metres say)
+% Arguments (all lengths, and 1/k, in one unit, metres say; of lengths beyond 1e18,
+% and of sides below 1e-18, the squares leave the range of single precision, and p
+% is 0, NaN or wrong without a word)
 %
 %   points      3 x N real double, a point a column: x, y, z.  1 <= N < 2^31.
 %   ignored     anything; not read.

@@ -60,8 +60,9 @@ class PackEvaluation {
   using Mask = emulation::LaneMask<Set>;
   static constexpr unsigned allLanes = ~0u >> (32 - Pack::count);
 
-  /// After so many points those that were sorted are evaluated, while they are in the cache.
-  static constexpr int block = 2048;
+  /// After so many points those that were sorted are evaluated, while they are in the cache. Their
+  /// places take 21 kB of a stack of 64 kB, which is the least that a thread may have.
+  static constexpr int block = 1024;
 
   /// A SymmetricRule with its distances from the ends computed: a register is filled with a number
   /// from memory at no cost, but not with a sum. Its own function for them is one that files share.
