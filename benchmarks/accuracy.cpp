@@ -111,7 +111,7 @@ void againstDistance(std::ostream& out) {
       const float cosine = unit(random), angle = 6.2831853f * unit(random);
       const float sine = std::sqrt(1 - cosine * cosine);
       const Position p{R * sine * std::cos(angle), R * sine * std::sin(angle), R * cosine};
-      // The kernels take nearer points for points of the plane of symmetry.
+      // Nearer to a plane of symmetry the kernels take one part of an edge twice.
       if (std::min(std::fabs(p.x), std::fabs(p.y)) > 1e-7f) points.push_back(p);
     }
     const std::vector<C> exact = literal(points, 200);

@@ -10,6 +10,10 @@ namespace pistonfield {
 /// The half phase is counted in half turns, so that whole ones drop out without a rounding: only
 /// the fraction matters, and it comes from the exact product. k/2π is kept as a sum of two, since
 /// rounded to one number it would be off by up to k·path·2^-25 everywhere.
+///
+/// The products of the two are right to 6.5·2^-24 up to 10^5 half turns. From there on the second
+/// number moves the fraction past a half, where the polynomials are less exact: the error grows, to
+/// some 10^-3 at four million half turns, which is still less than the rounding of the path costs.
 template <class Lane>
 class HalfPhase {
  public:

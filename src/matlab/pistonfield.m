@@ -18,9 +18,8 @@
 % that of a plane wave in front of an endless piston, 1; i*rho*c*v*p is the
 % pressure in pascals of a piston of velocity amplitude v (m/s).
 %
-% Arguments (all lengths, and 1/k, in one unit, metres say; of lengths beyond 1e18,
-% and of sides below 1e-18, the squares leave the range of single precision, and p
-% is 0, NaN or wrong without a word)
+% Arguments (all lengths, and 1/k, in one unit; for small pistons millimetres or
+% wavelengths rather than metres, see Limits)
 %
 %   points      3 x N real double, a point a column: x, y, z.  1 <= N < 2^31.
 %   ignored     anything; not read.
@@ -40,9 +39,18 @@
 %
 % Result
 %
-%   p           N x 1 complex double, with the digits of single precision: about
-%               1e-7 (1 + k R) of rounding, and the error of the rule, which a
-%               higher order makes smaller.
+%   p           N x 1 complex double, with the digits of single precision: for
+%               z >= 0 rounding of at most 5e-7 (1 + |k| R), R to the farthest
+%               corner, mostly a tenth of it, and the error of the rule, which
+%               a higher order makes smaller.  NaN, or 0 far beside, where a
+%               coordinate is infinite or not a number.
+%
+% Limits
+%
+%   Points beside x = 0 or y = 0 by less than 1e-7, in the unit of the lengths, and
+%   between the planes of the edges are off by up to some 2e-7 / side.
+%   The squares of lengths beyond 1e18, and of sides below 1e-18, leave the range of
+%   single precision: p is then 0, NaN or wrong, without an error.
 %
 % The values of l, s and k are printed; progress lines go to the standard output
 % of the process.  pistonfield ('info') prints when and from what the module was

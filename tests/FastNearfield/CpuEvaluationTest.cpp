@@ -1,11 +1,18 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <complex>
+#include <iomanip>
 #include <limits>
+#include <random>
+#include <string>
 #include <vector>
 
 #include "FastNearfield/RectangularPiston2.h"
+#include "support/AnyScene.h"
+#include "support/LiteralPressure.h"
 #include "support/ReferenceField.h"
 
 // One edge integral, one point and a grid, on the CPU.
@@ -137,6 +144,121 @@ TEST(CpuPressureTest, EveryReferencePointIsWithinTheBoundInBothPrecisions) {
           << "float, l = " << field.l << ", point " << i;
     }
   }
+}
+
+/// How near a point is to the planes through the edges, as a share of the piston's half diagonal.
+template <class T>
+double fromEdges(const std::array<T, 3>& point, T a, T b) {
+  const T across = std::abs(std::abs(point[0]) - a), along = std::abs(std::abs(point[1]) - b);
+  return static_cast<double>(std::min(across, along) / std::hypot(a, b));
+}
+
+template <class T>
+class CpuAccuracyTest : public testing::Test {
+ protected:
+  /// How far the evaluation may be off from its rule without rounding, in units of u·(1 + kR).
+  static double promised(double z, double fromEdges) {
+    if (z >= 0) return 5;
+    return fromEdges > 0.1 ? 12 : 3000;
+  }
+  static constexpr bool hasYardstick =
+      std::numeric_limits<long double>::digits > std::numeric_limits<double>::digits;
+};
+TYPED_TEST_SUITE(CpuAccuracyTest, Precisions);
+
+TYPED_TEST(CpuAccuracyTest, AtAnyPointOfAnyPistonTheRoundingStaysWithinThePromise) {
+  using T = TypeParam;
+  if (!this->hasYardstick) GTEST_SKIP() << "long double has no more digits than double";
+  const support::HalfRule<T> rule(100);
+  const auto toPrecision = static_cast<double>(std::numeric_limits<T>::epsilon() /
+                                               std::numeric_limits<float>::epsilon());
+  std::mt19937 random(1);
+  double before = 0, behind = 0, nextToEdges = 0;
+  for (int n = 0; n < 500; ++n) {
+    const support::SceneOf<T> scene = support::anyScene<T>(random, 10);
+    const T a = scene.a, b = scene.b, k = scene.k;
+    if (std::min(a, b) < T(1e-7)) continue;  // sides of which halves are doubled
+    const RectangularPistonCuda2 piston(2.0 * b, 2.0 * a, k);
+    for (const auto& point : scene.points) {
+      const auto& [x, y, z] = point;
+      const std::complex<double> actual = evaluate<T>(piston, onePoint(x, y, z))[0];
+      if (std::abs(x) == a && std::abs(y) == b && std::isnan(actual.real())) continue;
+      const std::complex<long double> exact =
+          support::literalPressure<long double>(x, y, z, a, b, k, rule, 0);
+      const double error = static_cast<double>(std::abs(std::complex<long double>(actual) - exact));
+      const double units = error / (support::unitOfError(x, y, z, a, b, k) * toPrecision);
+      EXPECT_LE(units, this->promised(z, fromEdges(point, a, b)))
+          << std::setprecision(17) << x << ", " << y << ", " << z << ", a = " << a << ", b = " << b
+          << ", k = " << k;
+      double& most = z >= 0 ? before : fromEdges(point, a, b) > 0.1 ? behind : nextToEdges;
+      most = std::max(most, units);
+    }
+  }
+  testing::Test::RecordProperty("before", std::to_string(before));
+  testing::Test::RecordProperty("behind", std::to_string(behind));
+  testing::Test::RecordProperty("nextToEdges", std::to_string(nextToEdges));
+}
+
+TEST(CpuPressureTest, UnluckyPointsStayWithinThePromise) {
+  // The worst that a search has found in single precision: before the piston, behind it, and behind
+  // it next to an edge.
+  struct Unlucky {
+    float a, b, k, x, y, z;
+    double least, promised;
+  };
+  const support::HalfRule<float> rule(100);
+  for (const Unlucky& p : {
+           Unlucky{0.285066992f, 0.285066992f, -8.97126579f, 0, 0, 0, 3.2, 5},
+           Unlucky{0.126971498f, 0.126971498f, -3.59364319f, 0, 0, -0.324147999f, 7, 12},
+           Unlucky{0.148109868f, 0.148109868f, -0.190981254f, 0.148082241f, 0.148110956f,
+                   -5.77841377f, 1500, 3000},
+       }) {
+    const RectangularPistonCuda2 piston(2.0 * p.b, 2.0 * p.a, p.k);
+    const std::complex<double> actual = evaluate<float>(piston, onePoint(p.x, p.y, p.z))[0];
+    const std::complex<double> exact =
+        support::literalPressure(p.x, p.y, p.z, p.a, p.b, p.k, rule, 0);
+    const double units =
+        std::abs(actual - exact) / support::unitOfError(p.x, p.y, p.z, p.a, p.b, p.k);
+    EXPECT_GT(units, p.least);
+    EXPECT_LE(units, p.promised);
+  }
+}
+
+TEST(CpuPressureTest, NextToAnEdgeTheRulesOwnErrorIsLarger) {
+  // Of 5 × 7.5 wavelengths, at z = 0.
+  const RectangularPistonCuda2 piston(7.5, 5, 2 * M_PI);
+  const support::HalfRule<double> finer(1600);
+  const auto error = [&](double distance) {
+    double most = 0;
+    for (const double x : {2.5 - distance, 2.5 + distance})
+      most =
+          std::max(most, std::abs(evaluate<double>(piston, onePoint(x, 0.7, 0))[0] -
+                                  support::literalPressure(x, 0.7, 0, 2.5, 3.75, 2 * M_PI, finer)));
+    return most;
+  };
+  EXPECT_LE(error(0.1), 2e-14);
+  EXPECT_GT(error(0.01), 1e-8);
+  EXPECT_LE(error(0.01), 3e-8);
+  EXPECT_GT(error(1e-4), 1e-4);
+  EXPECT_LE(error(1e-4), 3e-4);
+}
+
+TEST(CpuPressureTest, SidesOfFiftyWavelengthsAreAsLongAsItsRuleResolves) {
+  const support::HalfRule<double> rule(100), finer(400);
+  const auto error = [&](double side) {
+    double most = 0;
+    for (int i = 0; i <= 30; ++i)
+      for (int j = 1; j <= 30; ++j) {
+        const double x = 0.025 * i * side, z = 0.25 + j * j * side / 200;
+        const auto at = [&](const support::HalfRule<double>& order) {
+          return support::literalPressure(x, 0, z, side / 2, side / 2, 2 * M_PI, order);
+        };
+        most = std::max(most, std::abs(at(rule) - at(finer)));
+      }
+    return most;
+  };
+  EXPECT_LE(error(50), 1e-12);
+  EXPECT_GT(error(70), 1e-4);
 }
 
 class CpuPointTest : public testing::Test {

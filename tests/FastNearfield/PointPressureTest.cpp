@@ -64,7 +64,7 @@ TEST(PointPressureTest, TheAxisTakesOneDoubledIntegralInEachDirection) {
   EXPECT_LE(std::abs(pressure(0, 0, 1, a, b, k, rule.view()) - p), tolerance(0, 0, 1, a, b, k));
 }
 
-TEST(PointPressureTest, UpToTheThresholdAPointCountsAsOnThePlaneOfSymmetry) {
+TEST(PointPressureTest, UpToTheThresholdTheLongerPartOfAnEdgeIsTakenTwice) {
   // A piston so small that the threshold is a tenth of it: the two branches differ by 5 %.
   const double side = 1e-6, other = 3e-7, z = 1e-6, kSmall = 2e6;
   const HalfRule<float> rule(10);
@@ -198,7 +198,7 @@ TEST(PointPressureTest, NoDistanceIsTooFar) {
   }
 }
 
-TEST(PointPressureTest, AnInfinitePointIsNotANumber) {
+TEST(PointPressureTest, APointOfOneInfiniteCoordinateIsNotANumber) {
   const HalfRule<float> rule(10);
   const double infinity = INFINITY;
   EXPECT_TRUE(std::isnan(pressure(infinity, 0, 1, a, b, k, rule.view()).real()));
