@@ -31,7 +31,7 @@ axis ("image");
 set (gca (), "ydir", "normal");
 xlabel ("z / mm");
 ylabel ("x / mm");
-title (sprintf ("%s, y = 0: N = %d, order 10, %.2g points/s", device{1}, N, rate));
+title (sprintf ("Piston of 5 by 7.5 wavelengths, plane y = 0: %d points, order 10", N));
 bar = colorbar ();
 ylabel (bar, "|p|, plane wave = 1");
 unlink ("field.png");
