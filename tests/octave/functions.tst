@@ -9,7 +9,7 @@
 %!  own = ['^(Call it as|There are too many|The only option|x, y and z must be|points must be|array[. ]|' ...
 %!         '[lsk] must be|nabscissas must be|quantity must be|limits must be|p must have|order must be|' ...
 %!         '[a-z]+: function called with too many inputs|x and w must be|tolerance must be|No order up to|' ...
-%!         'pistonfield_quiet: (Input must be|Points \(argument 1\)|The given grid))'];
+%!         'After the limits come|axes must be|pistonfield_quiet: (Input must be|Points \(argument 1\)|The given grid))'];
 %!  if (isempty (regexp (failure.message, own)))
 %!    error ("%s (%s) says: %s", name, disp (arguments), failure.message);
 %!  endif
@@ -75,6 +75,8 @@
 %!test
 %! [fine, refused] = sweep ("pistonorder", {[0; 0; 1], 1, 1, 1, 1e-3});
 %! assert (fine > 25 && refused > 120);
+%! [fine, refused] = sweep ("pistonorder", {[0; 0; 1], array, 3, 1e-3});
+%! assert (fine > 15 && refused > 100);
 %!test
 %! warning ("off", "Octave:gnuplot-graphics", "local");
 %! graphics_toolkit ("gnuplot");

@@ -1,15 +1,20 @@
 % octave-cli tests/octave/run_blocks.m <folder of the module> <test file> <needs>
 %
 % Runs the %! blocks of a test file and ends with status 1 if one fails. The tests need a "device",
-% "no-device" or "nothing"; where that is not so they are skipped, with status 77.
+% "no-device", "nothing" or "long", a device and minutes; where that is not so they are skipped, with
+% status 77.
 
 folder = fileparts (mfilename ("fullpath"));
 addpath (argv (){1}, folder);
 
+if (strcmp (argv (){3}, "long") && ! strcmp (getenv ("PISTONFIELD_LONG"), "1"))
+  printf ("SKIPPED: takes minutes (PISTONFIELD_LONG=1)\n");
+  exit (77);
+endif
 if (! strcmp (argv (){3}, "nothing"))
   message = message_of ([0; 0; 1], 0, 1, 1, 1);
   has_device = isempty (strfind (message, "src/core/cuda_init"));
-  if (has_device != strcmp (argv (){3}, "device"))
+  if (has_device == strcmp (argv (){3}, "no-device"))
     printf ("SKIPPED: needs %s\n", argv (){3});
     exit (77);
   endif

@@ -1,79 +1,72 @@
 % PISTONORDER  Smallest order of the quadrature rule for a tolerance.
 %
 %   order = pistonorder (points, l, s, k, tolerance)
+%   order = pistonorder (points, array, k, tolerance)
 %   [order, error] = pistonorder (...)
 %
-% Compares the pressures at a sample of the points with those of order 512: of the orders
-% 256, 128 ... downward until one is not within the tolerance, and then, as errors go up
-% and down before they stay small, of one after the other from four times that order
-% downward until one is not.  Where order 256 is not, none is returned.
+% Compares the pressures at the points with those of order 512.  Errors go up and down before
+% they stay small: half the order is tried until it is too low, then, from twice the last
+% one, orders 10 % apart, and then those between the last two.  An order above 384 is never
+% the answer, since 512 could not tell its error.
+%
+% Of more than 1000 points some 600 are compared: those where an edge of a piston needs
+% the most (near to it, far from its other end, and behind it), and others from end to end of
+% the list.  Their error must then be below half the tolerance, and the order is raised by 5 %
+% for the others.  This is no proof; of 1000 random lists, in any order in memory, none was
+% beyond the tolerance at any point.
 %
 % Arguments
 %
-%   points      3 x N real double, as for pistonfield.  Of more than 1000, 1000 are taken,
-%               spread over the list: leave a margin below your own tolerance.  For an
-%               array, the points as its outermost pistons see them: points less a column
-%               of positions.
+%   points      3 x N real double, as for pistonfield.
 %   l, s, k     sides and wave number, as for pistonfield.
-%   tolerance   largest error over the peak pressure, 1e-6 at least: single precision has
-%               no more digits.
+%   array       a struct, as for pistonarray; the pressure is then that of the sum.  What one
+%               piston needs is no guide to it: the one next to the points needs the most.
+%   tolerance   largest error over the peak pressure at the points, 1e-6 at least: single
+%               precision has no more digits.
 %
 % Result
 %
 %   order       for pistonfield, pistongrid and pistonarray.
-%   error       its largest error in the sample, over the peak pressure.
+%   error       its largest error at the points compared, over their peak pressure.
 %
-% Example: for a grid
+% Example: for a list of points
 %
 %   [X, Y, Z] = ndgrid (-10:10, 0, 1:40);
-%   order = pistonorder ([X(:)'; Y(:)'; Z(:)'], 7.5, 5, 2 * pi, 1e-4)
+%   order = pistonorder ([X(:)'; Y(:)'; Z(:)'], 7.5, 5, 2 * pi, 1e-3)
 %
 % Errors: "points must be ...", "l must be a finite real number.", and so for s and k;
-% "tolerance must be a number, 1e-6 at least." and "No order up to 256 has an error below
-% the tolerance. ..."
+% "array ...", with the field and what it must be; "tolerance must be a number, 1e-6 at least."
+% and "No order up to 384 has an error below the tolerance. ..."
 %
-% See also: pistonfield, pistonrule.
+% See also: pistonfield, pistongrid, pistonarray, pistonrule.
 
-function [order, largest] = pistonorder (points, l, s, k, tolerance)
+function [order, largest] = pistonorder (points, varargin)
 
-  if (nargin ~= 5)
+  if (nargin ~= 5 && ~ (nargin == 4 && isstruct (varargin{1})))
     error ('pistonorder:arguments', ...
-           'Call it as order = pistonorder (points, l, s, k, tolerance).');
+           ['Call it as order = pistonorder (points, l, s, k, tolerance) or ' ...
+            'order = pistonorder (points, array, k, tolerance).']);
   end
   checkpoints ('pistonorder', points);
-  l = readnumber ('pistonorder', 'l', l);
-  s = readnumber ('pistonorder', 's', s);
-  k = readnumber ('pistonorder', 'k', k);
+  if (nargin == 4)
+    k = readnumber ('pistonorder', 'k', varargin{2});
+    array = readarray (varargin{1}, k);
+  else
+    l = readnumber ('pistonorder', 'l', varargin{1});
+    s = readnumber ('pistonorder', 's', varargin{2});
+    k = readnumber ('pistonorder', 'k', varargin{3});
+    array = singlepiston (l, s);
+  end
+  tolerance = varargin{end};
   if (~ isnumeric (tolerance) || ~ isreal (tolerance) || numel (tolerance) ~= 1 || ~ (tolerance >= 1e-6))
     error ('pistonorder:tolerance', 'tolerance must be a number, 1e-6 at least.');
   end
-  if (size (points, 2) > 1000)
-    points = points(:,round (linspace (1, size (points, 2), 1000)));
-  end
 
-  pressure = @(n) pistonfield_quiet (points, 0, l, s, k, 'cuda', n);
-  best = pressure (512);
-  peak = max ([abs(best); realmin]);
-  errorof = @(n) max (abs (pressure (n) - best)) / peak;
-
-  order = 256;
-  if (~ (errorof (order) < tolerance))
+  [order, largest] = chooseorder (points, array, k, full (double (tolerance)), 512);
+  if (isempty (order))
     error ('pistonorder:none', ...
-           ['No order up to 256 has an error below the tolerance. Are points, sides and k in one ' ...
+           ['No order up to 384 has an error below the tolerance. Are points, sides and k in one ' ...
             'unit, k = 2 pi / wavelength?']);
-  end
-  while (order > 1 && errorof (order / 2) < tolerance)
-    order = order / 2;
-  end
-  order = min (256, 2 * order);
-  largest = errorof (order);
-  while (order > 1)
-    lower = errorof (order - 1);
-    if (~ (lower < tolerance))
-      break;
-    end
-    order = order - 1;
-    largest = lower;
   end
 
 end
@@ -99,7 +92,10 @@ end
 %! assert (errors(16) < 0.1);
 %! last = find (errors >= 0.1, 1, "last");
 %! assert (last > 16);
-%! assert (pistonorder (few, 5, 51, 2 * pi, 0.1), last + 1);
+%! [order, err] = pistonorder (few, 5, 51, 2 * pi, 0.1);
+%! assert (order > 16 && order <= last + 1);
+%! assert (err, errors(order));
+%! assert (err < 0.1);
 %!test # no pressure needs no order
 %! assert (pistonorder ([0; 0; 1], 0, 1, 1, 1e-3), 1);
 %!test # order 1, where any is good enough
@@ -107,10 +103,38 @@ end
 %!test # a long list is sampled from end to end
 %! many = repmat (points, 1, 50);
 %! order = pistonorder (many, 7.5, 5, 2 * pi, 1e-3);
-%! assert (abs (order - pistonorder (points, 7.5, 5, 2 * pi, 1e-3)) <= 1);
-%!error <No order up to 256> pistonorder ([4000; 4000; 1], 7000, 7000, 2 * pi, 1e-6)
+%! fewer = pistonorder (points, 7.5, 5, 2 * pi, 1e-3);
+%! assert (order >= fewer && order <= fewer + 4); # a margin for the points that are not in the sample
+%!test # lists of grids, whose rows a regular sample of their memory would meet in a few columns
+%! [X, Z] = ndgrid (linspace (-30e-3, 30e-3, 301), linspace (0.1e-3, 60e-3, 501));
+%! k = 2 * pi * 5e6 / 1500;
+%! orders = zeros (1, 2);
+%! for side = 1:2                                  # as the first and last element of 128 see it
+%!   seen = [X(:)' + (2 * side - 3) * 19e-3; zeros(1, numel (X)); Z(:)'];
+%!   best = pistonfield_quiet (seen, 0, 5e-3, 0.25e-3, k, "cuda", 512);
+%!   orders(side) = pistonorder (seen, 5e-3, 0.25e-3, k, 1e-3);
+%!   p = pistonfield_quiet (seen, 0, 5e-3, 0.25e-3, k, "cuda", orders(side));
+%!   assert (max (abs (p - best)) < 1e-3 * max (abs (best)));
+%! endfor
+%! assert (abs (diff (orders)) <= 1);
+%!test # an array: the peak is the sum's, and the element that is next to the points needs the most
+%! row = struct ("l", 5e-3, "s", 0.25e-3, "positions", [((1:32) - 16.5) * 0.3e-3; zeros(2, 32)], ...
+%!               "focus", [0, 0, 8e-3]);
+%! [X, Z] = ndgrid (linspace (-6e-3, 6e-3, 61), linspace (0.1e-3, 12e-3, 60));
+%! plane = [X(:)'; zeros(1, numel (X)); Z(:)'];
+%! k = 2 * pi * 5e6 / 1500;
+%! best = pistonarray (plane, row, k, 512);
+%! for tolerance = [1e-2, 1e-3, 1e-4]
+%!   order = pistonorder (plane, row, k, tolerance);
+%!   errorof = @(n) max (abs (pistonarray (plane, row, k, n) - best)) / max (abs (best));
+%!   assert (errorof (order) < tolerance);
+%!   assert (errorof (order - 4) > tolerance);
+%! endfor
+%!error <No order up to 384> pistonorder ([4000; 4000; 1], 7000, 7000, 2 * pi, 1e-6)
 %!error <tolerance must be> pistonorder (points, 1, 1, 1, 1e-7)
 %!error <tolerance must be> pistonorder (points, 1, 1, 1, "a")
 %!error <tolerance must be> pistonorder (points, 1, 1, 1, NaN)
 %!error <order = pistonorder> pistonorder (points, 1, 1, 1)
+%!error <order = pistonorder> pistonorder (points, struct ("l", 1), 1, 1, 1, 1)
+%!error <array needs the field s> pistonorder (points, struct ("l", 1), 1, 1e-3)
 %!error <s must be a finite real number> pistonorder (points, 1, {}, 1, 1e-3)

@@ -3,22 +3,34 @@
 %   pistonplot (x, y, z, p)
 %   pistonplot (x, y, z, p, quantity)
 %   pistonplot (x, y, z, p, quantity, limits)
+%   pistonplot (..., name, text, ...)
 %   handle = pistonplot (...)
 %
-% Draws into the current axes, with both directions at one scale, in millimetres, and a
-% colour bar.  Colours are perceptually even: equal steps look equal.
+% Draws into the current axes, with both directions at one scale, and a colour bar.
+% Colours are perceptually even: equal steps look equal.
 %
 % Arguments
 %
-%   x, y, z     the axes of the plane in metres, evenly spaced; one of the three has one
-%               value.  The z axis is drawn to the right, or else the x axis.
+%   x, y, z     the axes of the plane, evenly spaced; one of the three has one value.  The
+%               z axis is drawn to the right, or else the x axis.  They are in metres, 10
+%               at most, and drawn in millimetres, unless 'axes' names another unit.
 %   p           the pressures: pistongrid's for these axes, or a list in the same order,
 %               that of ndgrid; an array of meshgrid's shape is to be transposed.
-%   quantity    'linear'  magnitude, where a plane wave has 1 (when left out)
+%   quantity    'linear'  magnitude (when left out)
 %               'dB'      magnitude in decibels below the largest that is drawn
 %               'phase'   phase in degrees, in colours that end where they begin
-%   limits      lowest and highest value of the colours: 0 and the largest, -40 and 0,
-%               -180 and 180 when left out.
+%   limits      lowest and highest value of the colours, in the unit of p: 0 and the
+%               largest, -40 and 0, -180 and 180 when left out.
+%
+% Names, in any order, each before its text
+%
+%   'unit'      unit of p: 'Pa', of which the bar shows kPa or MPa where these read better,
+%               or any other.  Without it p is what pistonfield gives, where a plane wave
+%               has 1.
+%   'label'     what the colour bar shows, in place of |p| or phase.
+%   'title'     in place of the place of the plane.
+%   'axes'      unit of x, y and z: 'm', 'cm', 'mm', 'um' or 'wavelengths'.  They are drawn
+%               in it.
 %
 % Result
 %
@@ -28,24 +40,23 @@
 %
 %   x = linspace (-10e-3, 10e-3, 201);
 %   z = linspace (0.2e-3, 40e-3, 400);
-%   p = pistongrid (x, 0, z, 11e-3, 7.5e-3, 2 * pi / 1.5e-3, 20);
+%   p = pistongrid (x, 0, z, 11e-3, 7.5e-3, 2 * pi / 1.5e-3);
 %   subplot (2, 1, 1);  pistonplot (x, 0, z, p, 'dB');
-%   subplot (2, 1, 2);  pistonplot (x, 0, z, p, 'phase');
+%   subplot (2, 1, 2);  pistonplot (x, 0, z, 75e3 * p, 'linear', [0, 100e3], 'unit', 'Pa');
 %
-% Errors: "x, y and z must be evenly spaced axes, one of them of one value.", "p must have
-% a value for each point.", "quantity must be 'linear', 'dB' or 'phase'." and "limits must
-% be two ascending numbers."
+% Errors: "x, y and z must be evenly spaced axes, one of them of one value.", "x, y and z
+% must be in metres. ...", "p must have a value for each point.", "quantity must be
+% 'linear', 'dB' or 'phase'.", "limits must be two ascending numbers.", "After the limits come
+% ..." and "axes must be ..."
 %
 % See also: pistongrid, pistonarray.
 
-function handle = pistonplot (x, y, z, p, quantity, limits)
+function handle = pistonplot (x, y, z, p, varargin)
 
   if (nargin < 4)
     error ('pistonplot:arguments', 'Call it as pistonplot (x, y, z, p).');
   end
-  if (nargin < 5)
-    quantity = 'linear';
-  end
+  [quantity, limits, options] = readarguments (varargin);
   sides = {x, y, z};
   point = cellfun (@numel, sides) == 1;
   if (~ all (cellfun (@iseven_axis, sides)) || sum (point) ~= 1)
@@ -65,6 +76,7 @@ function handle = pistonplot (x, y, z, p, quantity, limits)
   end
   p = full (double (p));
   sides = cellfun (@(values) full (double (values(:))), sides, 'UniformOutput', false);
+  [sides, length_] = drawnlengths (sides, options.axes);
 
   names = 'xyz';
   drawn = find (~ point);
@@ -77,25 +89,78 @@ function handle = pistonplot (x, y, z, p, quantity, limits)
     up = drawn(2);
   end
 
-  [values, shown, unit, colours] = coloured (picture, quantity);
-  if (nargin > 5)
-    if (~ isnumeric (limits) || ~ isreal (limits) || numel (limits) ~= 2 ...
-        || ~ all (isfinite (limits)) || ~ (limits(1) < limits(2)))
-      error ('pistonplot:limits', 'limits must be two ascending numbers.');
-    end
-    shown = full (double (limits(:).'));
-  end
-
-  image_ = imagesc (sides{across} * 1e3, sides{up} * 1e3, max (values, shown(1)), shown);
+  [values, shown, label, colours] = coloured (picture, quantity, limits, options);
+  image_ = imagesc (sides{across}, sides{up}, max (values, shown(1)), shown);
   axis ('image');
   set (gca (), 'ydir', 'normal');
   colormap (gca (), colours);
-  xlabel ([names(across), ' / mm']);
-  ylabel ([names(up), ' / mm']);
-  title (sprintf ('%s = %g mm', names(point), sides{point} * 1e3));
-  ylabel (colorbar (), unit);
+  xlabel ([names(across), ' / ', length_]);
+  ylabel ([names(up), ' / ', length_]);
+  if (isempty (options.title))
+    options.title = sprintf ('%s = %g %s', names(point), sides{point}, length_);
+  end
+  title (options.title);
+  ylabel (colorbar (), label);
   if (nargout > 0)
     handle = image_;
+  end
+
+end
+
+% What may follow p: quantity, limits, and names with their texts.
+
+function [quantity, limits, options] = readarguments (rest)
+
+  quantity = 'linear';
+  limits = [];
+  options = struct ('unit', '', 'label', '', 'title', '', 'axes', '');
+  isname = @(value) istext (value) && isfield (options, char (value));
+  if (~ isempty (rest) && ~ isname (rest{1}))
+    quantity = rest{1};
+    rest(1) = [];
+    if (~ isempty (rest) && ~ isname (rest{1}))
+      limits = rest{1};
+      rest(1) = [];
+      if (~ isnumeric (limits) || ~ isreal (limits) || numel (limits) ~= 2 ...
+          || ~ all (isfinite (limits)) || ~ (limits(1) < limits(2)))
+        error ('pistonplot:limits', 'limits must be two ascending numbers.');
+      end
+      limits = full (double (limits(:).'));
+    end
+  end
+  if (mod (numel (rest), 2) ~= 0 || ~ all (cellfun (isname, rest(1:2:end))) ...
+      || ~ all (cellfun (@istext, rest)))
+    error ('pistonplot:options', ...
+           'After the limits come ''unit'', ''label'', ''title'' and ''axes'', each followed by a text.');
+  end
+  for n = 1:2:numel (rest)
+    options.(char (rest{n})) = char (rest{n+1});
+  end
+
+end
+
+function answer = istext (value)
+
+  answer = (ischar (value) && size (value, 1) == 1) || (isa (value, 'string') && numel (value) == 1);
+
+end
+
+% The axes in the unit in which they are drawn, and that unit. Numbers of millimetres or wavelengths
+% are soon too large for metres.
+
+function [sides, unit] = drawnlengths (sides, unit)
+
+  if (isempty (unit))
+    largest = max (cellfun (@(values) max (abs (values)), sides));
+    if (largest > 10)
+      error ('pistonplot:metres', ...
+             ['x, y and z must be in metres. They reach %g: add ''axes'', ''mm'' if these are ' ...
+              'millimetres, ''axes'', ''m'' if they are metres.'], largest);
+    end
+    sides = cellfun (@(values) values * 1e3, sides, 'UniformOutput', false);
+    unit = 'mm';
+  elseif (~ any (strcmp (unit, {'m', 'cm', 'mm', 'um', 'wavelengths'})))
+    error ('pistonplot:unit', 'axes must be ''m'', ''cm'', ''mm'', ''um'' or ''wavelengths''.');
   end
 
 end
@@ -110,31 +175,65 @@ function answer = iseven_axis (values)
 
 end
 
-% What is drawn of the pressures, its limits, its unit and its colours.
+% What is drawn of the pressures, its limits, the label of the bar and its colours.
 
-function [values, shown, unit, colours] = coloured (p, quantity)
+function [values, shown, label, colours] = coloured (p, quantity, limits, options)
 
   largest = max ([abs(p(isfinite (p))); realmin]);
   colours = evencolours ();
-  if (~ ischar (quantity) && ~ isa (quantity, 'string'))
+  label = '|p|';
+  if (~ istext (quantity))
     quantity = '';
   end
   switch (lower (char (quantity)))
     case 'linear'
       values = abs (p);
       shown = [0, largest];
-      unit = '|p|, plane wave = 1';
+      suffix = ', plane wave = 1';
     case 'db'
       values = 20 * log10 (abs (p) / largest);
       shown = [-40, 0];
-      unit = '|p| / dB, largest = 0';
+      suffix = ' / dB, largest = 0';
+      if (~ isempty (options.unit))
+        [factor, unit] = prefixed (options.unit, largest);
+        suffix = sprintf (' / dB, 0 = %.3g %s', largest * factor, unit);
+      end
     case 'phase'
       values = angle (p) * 180 / pi;
       shown = [-180, 180];
-      unit = 'phase / degrees';
+      label = 'phase';
+      suffix = ' / degrees';
       colours = cycliccolours ();
     otherwise
       error ('pistonplot:quantity', 'quantity must be ''linear'', ''dB'' or ''phase''.');
+  end
+  if (~ isempty (limits))
+    shown = limits;
+  end
+  if (strcmpi (quantity, 'linear') && ~ isempty (options.unit))
+    [factor, unit] = prefixed (options.unit, max (abs (shown)));
+    values = values * factor;
+    shown = shown * factor;
+    suffix = [' / ', unit];
+  end
+  if (~ isempty (options.label))
+    label = options.label;
+  end
+  label = [label, suffix];
+
+end
+
+% The unit in which that value reads well, and the factor to it.
+
+function [factor, unit] = prefixed (unit, value)
+
+  factor = 1;
+  if (strcmp (unit, 'Pa') && value >= 1e6)
+    factor = 1e-6;
+    unit = 'MPa';
+  elseif (strcmp (unit, 'Pa') && value >= 1e3)
+    factor = 1e-3;
+    unit = 'kPa';
   end
 
 end
@@ -175,6 +274,8 @@ end
 %!    drawn.xlabel = get (get (gca (), "xlabel"), "string");
 %!    drawn.ylabel = get (get (gca (), "ylabel"), "string");
 %!    drawn.title = get (get (gca (), "title"), "string");
+%!    bar = findobj (f, "type", "axes", "tag", "colorbar");
+%!    drawn.bar = get (get (bar, "ylabel"), "string");
 %!    drawn.range = caxis ();
 %!    drawn.colours = colormap (gca ());
 %!  unwind_protect_cleanup
@@ -195,6 +296,40 @@ end
 %! drawn = shown (x, z, 5e-3, p);
 %! assert (drawn.data, abs (p).');
 %! assert ({drawn.xlabel, drawn.ylabel, drawn.title}, {"x / mm", "y / mm", "z = 5 mm"});
+%! assert (drawn.bar, "|p|, plane wave = 1");
+%!test # pascals, in kPa or MPa where these read better, by what the bar shows
+%! drawn = shown (x, 0, z, 50 * p, "unit", "Pa");
+%! assert ({drawn.bar, drawn.range, drawn.data}, {"|p| / Pa", [0, 200], 50 * abs(p)});
+%! drawn = shown (x, 0, z, 300 * p, "unit", "Pa");
+%! assert (drawn.bar, "|p| / kPa");
+%! assert (drawn.range, [0, 1.2], 1e-12);
+%! assert (drawn.data, 0.3 * abs (p), 1e-12);
+%! drawn = shown (x, 0, z, 300 * p, "linear", [0, 2e6], "unit", "Pa");
+%! assert (drawn.bar, "|p| / MPa");
+%! assert (drawn.range, [0, 2], 1e-12);
+%! drawn = shown (x, 0, z, 300e3 * p, "dB", "unit", "Pa");
+%! assert (drawn.bar, "|p| / dB, 0 = 1.2 MPa");
+%! drawn = shown (x, 0, z, 300 * p, "linear", "unit", "W/m^2");
+%! assert ({drawn.bar, drawn.data}, {"|p| / W/m^2", 300 * abs(p)});
+%!test # a label and a title of the user's, beside quantity and limits or without
+%! drawn = shown (x, 0, z, 300 * p, "title", "One piston", "label", "amplitude", "unit", "Pa");
+%! assert ({drawn.bar, drawn.title}, {"amplitude / kPa", "One piston"});
+%! drawn = shown (x, 0, z, p, "phase", [-90, 90], "label", "angle of p");
+%! assert ({drawn.bar, drawn.range, drawn.title}, {"angle of p / degrees", [-90, 90], "y = 0 mm"});
+%! assert (shown (x, 0, z, p, "label", "magnitude").bar, "magnitude, plane wave = 1");
+%!test # axes in a unit that is named are drawn in it, and numbers too large for metres are none
+%! drawn = shown (x * 1e6, 2e3, z * 1e6, p, "axes", "um");
+%! assert ({drawn.xlabel, drawn.ylabel, drawn.title}, {"z / um", "x / um", "y = 2000 um"});
+%! assert (drawn.across([1, end])(:), [1e3; 2e3], 1e-9);
+%! assert (shown (x * 1e6, 0, z * 1e6, p, "axes", "m").xlabel, "z / m");
+%! assert (shown ([-10, 0, 10], 0, [1, 2], p).ylabel, "x / mm");
+%!error <must be in metres. They reach 20: add 'axes', 'mm'> pistonplot ([-10, 0, 10], 0, [10, 20], p)
+%!error <must be in metres. They reach 11> pistonplot (x, -11, z, p)
+%!error <axes must be 'm'> pistonplot (x, 0, z, p, "axes", "inch")
+%!error <After the limits come> pistonplot (x, 0, z, p, "unit")
+%!error <After the limits come> pistonplot (x, 0, z, p, "unit", 1)
+%!error <After the limits come> pistonplot (x, 0, z, p, "linear", [0, 1], "colour", "red")
+%!error <After the limits come> pistonplot (x, 0, z, p, "linear", [0, 1], "unit", "Pa", 1)
 %!test # decibels, of a list, cut off at the lower limit
 %! drawn = shown (x, 0, z, p(:), "dB", [-12, 0]);
 %! assert (drawn.data, max (20 * log10 (abs (p) / 4), -12), 1e-12);
@@ -232,7 +367,7 @@ end
 %!demo
 %! x = linspace (-10e-3, 10e-3, 201);
 %! z = linspace (0.2e-3, 40e-3, 400);
-%! p = pistongrid (x, 0, z, 11e-3, 7.5e-3, 2 * pi / 1.5e-3, 20);
+%! p = pistongrid (x, 0, z, 11e-3, 7.5e-3, 2 * pi / 1.5e-3);
 %! pistonplot (x, 0, z, p, 'dB');
 %! figure ();
 %! pistonplot (x, 0, z, p, 'phase');

@@ -1,9 +1,9 @@
 % [nabscissas, quiet] = readoptions (name, options): what may follow the other arguments of the
-% function of that name, in this order: the quadrature rule, and 'quiet'.
+% function of that name, in this order: the quadrature rule, empty when it is left out, and 'quiet'.
 
 function [nabscissas, quiet] = readoptions (name, options)
 
-  nabscissas = 10;
+  nabscissas = [];
   quiet = ~ isempty (options) && (ischar (options{end}) || isa (options{end}, 'string'));
   if (quiet)
     if (~ isequal (char (options{end}), 'quiet'))
@@ -16,12 +16,18 @@ function [nabscissas, quiet] = readoptions (name, options)
   end
   if (~ isempty (options))
     nabscissas = options{1};
-    if (~ isorder (nabscissas) && ~ istable (nabscissas))
+    if (~ isleftout (nabscissas) && ~ isorder (nabscissas) && ~ istable (nabscissas))
       error ([name, ':nabscissas'], ...
              ['nabscissas must be an order, 1 ... 512, or a table made by pistonrule, ' ...
               'which is not [x, w].']);
     end
   end
+
+end
+
+function answer = isleftout (value)
+
+  answer = isnumeric (value) && isequal (size (value), [0, 0]);
 
 end
 

@@ -1,0 +1,32 @@
+% p = arraypressure (points, array, k, nabscissas, name, quiet): the sum of the weighted pressures of
+% an array of readarray. Long work shows a bar under that name, unless it is to be quiet.
+
+function p = arraypressure (points, array, k, nabscissas, name, quiet)
+
+  % Pistons of equal sides go through one call: starting and releasing a GPU costs more than
+  % millions of points.
+  [~, ~, kind] = unique ([array.l, array.s], 'rows');
+  members = accumarray (kind(:), 1);
+  evaluate = @(first, last, group) ...
+    superposition (points(:,first:last), array, find (kind == group), k, nabscissas);
+  piece = max (1, floor (2 ^ 20 / max (members)));
+  p = inpieces (name, evaluate, size (points, 2), piece, members, quiet);
+
+end
+
+function p = superposition (points, array, members, k, nabscissas)
+
+  own = zeros ([size(points), numel(members)]);
+  for n = 1:numel (members)
+    m = members(n);
+    own(:,:,n) = inframe (points, array.positions(:,m), array.rotations(:,:,m));
+  end
+  each = pistonfield_quiet (reshape (own, 3, []), 0, array.l(members(1)), array.s(members(1)), k, ...
+                            'cuda', nabscissas);
+  each = reshape (each, [], numel (members));
+  p = complex (zeros (size (points, 2), 1));
+  for n = 1:numel (members)
+    p = p + array.weights(members(n)) * each(:,n);
+  end
+
+end

@@ -1,0 +1,85 @@
+% some = hardestpoints (points, array, k, tolerance): some 600 of the points, among them those
+% at which a piston of the array needs the highest orders for the tolerance.
+
+function some = hardestpoints (points, array, k, tolerance)
+
+  N = size (points, 2);
+  spread = unique (1 + floor (N * mod ((1:150) * (sqrt (5) - 1) / 2, 1)));
+  peak = max ([abs(arraypressure (points(:,spread), array, k, 128, '', true)); realmin]);
+
+  % In front of a piston and far from it, the order changes slowly from point to point: these points
+  % follow all the others, the nearest ones first.
+  M = numel (array.weights);
+  c = array.positions;
+  radii = sqrt (array.l .^ 2 + array.s .^ 2);
+  if (M == 1)
+    radii = Inf;
+  end
+  spheres = [-2 * c; sum(c .^ 2, 1); ones(1, M)] ./ (radii .^ 2).';
+  normals = reshape (array.rotations(:,3,:), 3, M);
+  planes = [normals; -sum(normals .* c, 1)];
+  orders = zeros (1, N);
+  piece = max (1, floor (2 ^ 21 / M));
+  for first = 1:piece:N
+    these = first:min (N, first + piece - 1);
+    place = [points(:,these); ones(1, numel (these))].';
+    distances = [place, sum(place(:,1:3) .^ 2, 2)] * spheres;
+    checked = distances < 1 | place * planes < 0;
+    orders(these) = -min (distances, [], 2);
+    for m = find (any (checked, 1))
+      here = these(checked(:,m));
+      own = inframe (points(:,here), c(:,m), array.rotations(:,:,m));
+      error_ = tolerance * peak / abs (array.weights(m));
+      orders(here) = max (orders(here), ordersfor (own, array.l(m), array.s(m), k, error_));
+    end
+  end
+  orders(isnan (orders)) = -Inf;            % of coordinates that are none
+  [~, ranked] = sort (orders, 'descend');
+  some = points(:,unique ([ranked(spreadranks (N, 500)), spread]));
+
+end
+
+% About the order that the pressure of a piston needs at each of the points for an error below the
+% tolerance. It ranks them; it is no bound.
+
+function orders = ordersfor (points, l, s, k, tolerance)
+
+  x = abs (points(1,:));
+  y = abs (points(2,:));
+  z = points(3,:);
+  l = abs (l);
+  s = abs (s);
+  k = abs (k);
+  orders = max (foredge (y, l, x - s / 2, z, k, tolerance), foredge (x, s, y - l / 2, z, k, tolerance));
+
+end
+
+% For the nearer of two edges, that far beside the point. The integral is at most the angle under
+% which the point's foot sees the edge, and next to the edge it is less.
+
+function orders = foredge (along, side, beside, z, k, tolerance)
+
+  first = max (along - side / 2, 0);        % at the foot the interval is split
+  last = along + side / 2;
+  apart = beside .^ 2;
+  angle = min (abs (beside) .* (last - first) ./ (first .^ 2 + apart), 1);
+  orders = forinterval (first, last, apart + z .^ 2, k, min (angle, k * abs (beside)) / tolerance);
+  behind = z < 0;                           % the foot is a pole there
+  if (any (behind))
+    poles = forinterval (first(behind), last(behind), apart(behind), k, angle(behind) / tolerance);
+    orders(behind) = max (orders(behind), poles);
+  end
+
+end
+
+% A quarter of the phase from one end to the other, and what a singularity takes at that squared
+% distance beside the line, by the ellipse through it whose foci are the ends.
+
+function orders = forinterval (first, last, squared, k, ratio)
+
+  a = sqrt (first .^ 2 + squared);
+  b = sqrt (last .^ 2 + squared);
+  ellipse = max ((a + b) ./ (last - first) - 1, 1e-9);
+  orders = (k / 4 * (b - a) + log (max (ratio, 2)) ./ sqrt (8 * ellipse)) .* (ratio > 1);
+
+end
