@@ -34,7 +34,9 @@ ylabel ("x / mm");
 title (sprintf ("Piston of 5 by 7.5 wavelengths, plane y = 0: %d points, order 10", N));
 bar = colorbar ();
 ylabel (bar, "|p|, plane wave = 1");
-unlink ("field.png");
+if (exist ("field.png", "file"))
+  delete ("field.png");
+endif
 print ("field.png", "-dpng", "-S960,600");
 imread ("field.png");              # an error where a full disk left none
 
