@@ -4,10 +4,10 @@
 //
 // `name` is the transducer model whose tables are written; "RectangularPiston" is the one there is.
 // Load a rule after the device has been chosen and before the first launch. It stays until replaced
-// or until the outermost CudaDeviceThread ends; loading waits while another thread has one. Progress goes to standard output; conditions and failures of
-// the CUDA runtime go to the error handler. The tables stand with the kernels that read them: those
-// of single precision in RectangularPistonCuda.cu, those of double precision in
-// RectangularPistonCuda.dp.cu.
+// or until the outermost CudaDeviceThread ends; loading waits while another thread has one.
+// Progress goes to standard output; conditions and failures of the CUDA runtime go to the error
+// handler. The tables stand with the kernels that read them: those of single precision in
+// RectangularPistonCuda.cu, those of double precision in RectangularPistonCuda.dp.cu.
 
 extern "C" {
 
