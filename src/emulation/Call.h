@@ -12,9 +12,11 @@ template <class Body>
 cudaError_t perform(const Call& call, Body body) {
   const std::lock_guard lock(stateLock());
   State& state = theState();
+  // Found before the work: there may be no memory for a new one where that has failed.
+  cudaError_t& pending = state.pendingErrors[std::this_thread::get_id()];
   const cudaError_t injected = state.begin(call);
   const cudaError_t error = injected == cudaSuccess ? body(state) : injected;
-  if (error != cudaSuccess) state.pendingErrors[std::this_thread::get_id()] = error;
+  if (error != cudaSuccess) pending = error;
   return error;
 }
 

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "emulation/Call.h"
 
 namespace emulation::runtime {
@@ -38,10 +40,7 @@ cudaError_t cudaGetLastError() {
   const cudaError_t injected = state.begin({"cudaGetLastError"});
   cudaError_t pending = cudaSuccess;
   const auto own = state.pendingErrors.find(std::this_thread::get_id());
-  if (own != state.pendingErrors.end()) {
-    pending = own->second;
-    state.pendingErrors.erase(own);
-  }
+  if (own != state.pendingErrors.end()) std::swap(pending, own->second);
   return injected == cudaSuccess ? pending : injected;
 }
 

@@ -34,7 +34,7 @@ class State final : public TestControl {
   std::vector<Device> devices;
   int selected = 0;
 
-  /// The pending error of each thread that has one.
+  /// The pending error, or success, of each thread that has called.
   std::map<std::thread::id, cudaError_t> pendingErrors;
 
   /// Every live allocation, by its base address.
