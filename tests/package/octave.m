@@ -79,9 +79,9 @@ p = pressures (points);
 if (! isempty (built))
   assert (p, expected);
 endif
-assert (squeeze (pistongrid (1, -3, 20, 7.5, 5, 2)), p(3,2));
+assert (squeeze (pistongrid (1, -3, 20, 7.5, 5, 2, 10)), p(3,2));
 array = struct ("l", 7.5, "s", 5, "positions", [0; 0; 0]);
-assert (pistonarray (points, array, 2), p(:,2));
+assert (pistonarray (points, array, 2, 10), p(:,2));
 
 if (! isempty (pictures))
   warning ("off", "Octave:gnuplot-graphics");
