@@ -1,6 +1,6 @@
 """The arithmetic of PTX that numpy has no function for, on arrays: fma, which rounds once, and the
-approximate root and reciprocal, whose results are the correctly rounded ones, moved by as many units
-in the last place as the caller chooses and the PTX manual allows."""
+approximate root and reciprocal, whose results are the correctly rounded ones or, as the caller chooses,
+as far below or above them as the PTX manual allows."""
 
 from fractions import Fraction
 
@@ -88,21 +88,24 @@ def flushed(a):
     return np.where(np.abs(a) < SMALLEST_NORMAL, np.copysign(F32(0), a), a)
 
 
-def near(nearest, exact, most, units):
-    """`nearest` moved by so many floats, where that is within `most` of the exact value."""
-    moved = (nearest.view(np.int32) + units).view(F32)
-    return np.where(np.abs(moved - exact) <= most, moved, nearest)
+def near(nearest, exact, most, way):
+    """The last float below (`way` is -1) or above (1) `nearest` that is within `most`, which is less
+    than two units in the last place, of the exact value. What is not finite stays."""
+    for _ in range(2):
+        moved = (nearest.view(np.int32) + way).view(F32)
+        nearest = np.where(np.isfinite(nearest) & (np.abs(moved - exact) <= most), moved, nearest)
+    return nearest
 
 
-def sqrt_approx(a, units):
+def sqrt_approx(a, way):
     """Right to a share of 2^-23."""
     a = flushed(a)
     exact = np.sqrt(a.astype(F64))
-    return near(exact.astype(F32), exact, exact * 2.0**-23, units)
+    return near(exact.astype(F32), exact, exact * 2.0**-23, way)
 
 
-def rcp_approx(a, units):
+def rcp_approx(a, way):
     """Right to a unit in the last place."""
     exact = 1 / flushed(a).astype(F64)
     nearest = exact.astype(F32)
-    return flushed(near(nearest, exact, np.spacing(np.abs(nearest)), units))
+    return flushed(near(nearest, exact, np.spacing(np.abs(nearest)), way))

@@ -4,12 +4,13 @@ Registers are arrays with an element a thread, or a single element where all thr
 instructions whose opcode, modifiers included, stands here are known."""
 
 import re
+from collections import Counter
 from dataclasses import dataclass
 
 import numpy as np
 
 import arithmetic
-from memory import BadAccess
+from memory import BadAccess, LocalMemory
 from ptx_text import UnknownPtx
 
 DTYPES = {
@@ -171,7 +172,12 @@ for to, of in (
 define("cvt.rni.s32.f32", "s32 f32", to_s32)
 define("cvta.to.global.u64", "u64 u64", lambda a: a)  # addresses of global memory are their own
 
-# Those that are right to a unit in the last place or so, and are made to be off by one.
+# What ptxas may compute with a product, by the sign of either operand, before it is rounded, unless a
+# rounding is asked for.
+PRODUCTS = {"mul.f32", "mul.f64"}
+SUMS = {"add.f32": (1, 1), "sub.f32": (1, -1), "add.f64": (1, 1), "sub.f64": (1, -1)}
+
+# Those that are right to a unit in the last place or so, and are made to be off by as much.
 APPROXIMATE = {
     "sqrt.approx.ftz.f32": arithmetic.sqrt_approx,
     "rcp.approx.ftz.f32": arithmetic.rcp_approx,
@@ -187,12 +193,14 @@ class Decoder:
     """Turns the instructions of one kernel into steps; `symbols` are addresses by name."""
 
     def __init__(self, kernel, symbols):
-        self.kernel, self.symbols = kernel, dict(symbols)
-        end = 0
-        for name, size in kernel.local.items():
-            self.symbols[name] = end
-            end += -(-size // 8) * 8
-        self.local_size = end
+        self.kernel, self.local = kernel, LocalMemory(kernel.local)
+        self.symbols = {**symbols, **self.local.address}
+        self.writes = Counter()  # how often the registers were written, down to the last instruction
+        self.forget_products()
+
+    def forget_products(self):
+        """Where threads may come from elsewhere."""
+        self.products = {}  # by register: the factors, and how often all three were written
 
     def step(self, instruction):
         self.text = instruction.text
@@ -201,13 +209,23 @@ class Decoder:
             return self.jump(instruction)
         if opcode in COMPUTE:
             step = self.compute(operands, *COMPUTE[opcode])
+            if opcode in SUMS:
+                step = self.perhaps_fused(step, opcode, operands)
         elif opcode in APPROXIMATE:
             step = self.approximate(operands, APPROXIMATE[opcode])
         elif ACCESS.match(opcode):
             step = self.access(operands, *ACCESS.match(opcode).groups())
         else:
             raise UnknownPtx(self.text)
-        return self.guarded(step, instruction) if instruction.guard else step
+        self.writes.update(step.writes)
+        if instruction.guard:
+            return self.guarded(step, instruction)
+        if opcode in PRODUCTS and operands[0] not in operands[1:]:
+            self.products[operands[0]] = operands[1:], self.counts(operands)
+        return step
+
+    def counts(self, registers):
+        return [self.writes[name] for name in registers]
 
     def require(self, condition):
         if not condition:
@@ -235,13 +253,10 @@ class Decoder:
         def run(group):
             mask = np.broadcast_to(predicate(group), group.threads.shape)
             if mask.any():
-                some = group.part(mask, set(step.reads) & set(group.registers))
+                some = group.part(mask, set(step.reads))
                 step.run(some)
                 for name in step.writes:
-                    old = group.registers.get(name, some.registers[name][:1])
-                    new = np.array(np.broadcast_to(old, mask.shape))
-                    new[mask] = some.registers[name].view(new.dtype)
-                    group.registers[name] = new
+                    group.write_some(mask, name, some.registers[name])
 
         return Step(step.text, [*step.reads, instruction.guard, *step.writes], step.writes, run)
 
@@ -273,7 +288,7 @@ class Decoder:
         if bits:
             size = {"f": 4, "d": 8}[bits.group(1)]
             self.require(len(bits.group(2)) == 2 * size == 2 * dtype.itemsize)
-            return np.array([int(bits.group(2), 16)], f"u{size}").view(f"f{size}")[0]
+            return np.array([int(bits.group(2), 16)], f"u{size}").view(dtype)[0]
         whole = re.fullmatch(r"-?(\d+|0[xX][0-9A-Fa-f]+)", text)
         self.require(whole and dtype.kind in "iu")
         value = int(text, 0) % (1 << 8 * dtype.itemsize)
@@ -306,13 +321,34 @@ class Decoder:
 
         return Step(self.text, reads, [target], run)
 
+    def perhaps_fused(self, step, opcode, operands):
+        """A sum or difference that, by chance, is computed from a product that was not rounded."""
+        target, *summands = operands
+        for place, name in enumerate(summands):
+            factors, counts = self.products.get(name, ((), ()))
+            if factors and counts == self.counts([name, *factors]):
+                break
+        else:
+            return step
+        fma, (dtype, *_) = COMPUTE[f"fma.rn.{opcode[-3:]}"][1], COMPUTE[opcode][0]
+        found = [self.operand(text, dtype) for text in (*factors, summands[1 - place])]
+        (first, second, other), reads = zip(*found)
+        sign, other_sign = (dtype.type(SUMS[opcode][n]) for n in (place, 1 - place))
+
+        def run(group):
+            fused = fma(sign * first(group), second(group), other_sign * other(group))
+            step.run(group)
+            group.registers[target] = np.where(group.fuses(), fused, group.registers[target])
+
+        return Step(self.text, [*step.reads, *sum(reads, [])], step.writes, run)
+
     def approximate(self, operands, function):
         self.require(len(operands) == 2)
         target = self.destination(operands[0], F32)
         source, reads = self.operand(operands[1], F32)
 
         def run(group):
-            group.registers[target] = function(source(group), group.units_off())
+            group.registers[target] = function(source(group), group.ways_off())
 
         return Step(self.text, reads, [target], run)
 

@@ -1,8 +1,10 @@
 """kernels_test.py NVCC: the kernels as nvcc compiles them, for the oldest and the newest architecture
 that it knows, run thread by thread without a GPU.
 
-Every kernel runs with orders 1 to 64 at the points of tests/data and on turned grids, with square
-roots and reciprocals exact and off by a unit in the last place; every instruction runs at least once.
+Every kernel runs with orders 1 to 64 at the points of tests/data and on turned grids: with
+approximate roots and reciprocals exact and sums of products rounded twice, and with roots and
+reciprocals off by as much as PTX allows and such sums fused by chance. Every instruction runs at least
+once.
 Exits with 77 where there is no nvcc or no numpy."""
 
 import sys

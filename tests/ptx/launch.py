@@ -6,7 +6,7 @@ from dataclasses import dataclass
 import numpy as np
 
 from instructions import LOCAL, Decoder
-from memory import BadAccess, LocalMemory
+from memory import BadAccess
 
 BASE = 0x7F0000000000
 
@@ -24,9 +24,13 @@ class Program:
 
     def __init__(self, kernel, symbols):
         decoder = Decoder(kernel, symbols)
-        self.kernel, self.local_size = kernel, decoder.local_size
-        self.steps = [decoder.step(instruction) for instruction in kernel.instructions]
-        starts = {0, *kernel.labels.values()}
+        self.kernel, self.local, self.steps = kernel, decoder.local, []
+        labelled = set(kernel.labels.values())
+        for n, instruction in enumerate(kernel.instructions):
+            if n in labelled:
+                decoder.forget_products()
+            self.steps.append(decoder.step(instruction))
+        starts = {0, *labelled}
         starts |= {n + 1 for n, step in enumerate(self.steps) if step.target or step.ends}
         self.starts = sorted(start for start in starts if start < len(self.steps))
         self.end = dict(zip(self.starts, [*self.starts[1:], len(self.steps)]))
@@ -55,26 +59,55 @@ class Program:
         return wanted
 
 
+NO_THREAD, ALL_THREADS = np.array([False]), np.array([True])
+
+
 class Group:
-    """Threads that are at the same instruction, and their registers."""
+    """Threads that are at the same instruction, and their registers. Those that only some of the
+    threads have written are apart, in `partly`, with which threads these are: who reads one there
+    finds nothing in `registers`."""
 
     def __init__(self, launches, threads, registers):
-        self.launches, self.threads, self.registers = launches, threads, registers
+        self.launches, self.threads, self.registers, self.partly = launches, threads, registers, {}
         self.launch = launches.launch_of[threads]
+
+    def state(self, name):
+        """A register's values, None if there are none, and which threads have written it."""
+        if name in self.registers:
+            return self.registers[name], ALL_THREADS
+        return self.partly.get(name, (None, NO_THREAD))
+
+    def put(self, name, values, written):
+        if written.all():
+            self.registers[name] = values
+        elif written.any():
+            self.partly[name] = self.spread(values), written
+
+    def write_some(self, mask, name, values):
+        old, written = self.state(name)
+        new = np.array(self.spread(values[:1] if old is None else old))
+        new[mask] = values.view(new.dtype)
+        self.put(name, new, written | mask)
 
     def part(self, mask, names):
         registers = {name: self.registers[name] for name in names if name in self.registers}
         kept = {name: v if len(v) == 1 else v[mask] for name, v in registers.items()}
-        return Group(self.launches, self.threads[mask], kept)
+        part = Group(self.launches, self.threads[mask], kept)
+        for name in (self.partly.keys() & names) - self.registers.keys():
+            part.put(name, *(values[mask] for values in self.partly[name]))
+        return part
 
     def joined(self, other, names):
-        registers = {}
-        for name in names:
-            both = self.registers.get(name), other.registers.get(name)
-            if both[0] is not None and both[1] is not None:
-                registers[name] = self.join(*both, other)
         threads = np.concatenate([self.threads, other.threads])
-        return Group(self.launches, threads, registers)
+        joined = Group(self.launches, threads, {})
+        for name in names:
+            (mine, written), (others, others_written) = self.state(name), other.state(name)
+            if mine is None and others is None:
+                continue
+            mine = others[:1] if mine is None else mine
+            others = mine[:1] if others is None else others
+            joined.put(name, self.join(mine, others, other), self.join(written, others_written, other))
+        return joined
 
     def join(self, mine, others, other):
         others = others.view(mine.dtype)
@@ -85,20 +118,22 @@ class Group:
     def spread(self, value):
         return np.broadcast_to(value, (len(self.threads), *value.shape[1:]))
 
-    def units_off(self):
+    def ways_off(self):
         launches = self.launches
         chance = launches.chance.integers(-1, 2, len(self.threads), np.int32)
         return chance * launches.is_off[self.launch]
+
+    def fuses(self):
+        launches = self.launches
+        chance = launches.chance.integers(0, 2, len(self.threads), bool)
+        return chance & (launches.is_off[self.launch] == 1)
 
     def load_parameter(self, target, name, dtype):
         self.registers[target] = self.launches.parameters[name].view(dtype)[self.launch]
 
     def load(self, space, address, dtype):
         if space == "local":
-            rows = self.registers[LOCAL]
-            words = rows.view(dtype)
-            row, word = LocalMemory.word(rows, self.spread(address))
-            return words[row, word * 4 // dtype.itemsize]
+            return self.launches.program.local.load(self.registers[LOCAL], self.spread(address), dtype)
         if space == "const":
             return self.launches.constants.load(self.spread(address), dtype, self.launch)
         self.launches.works[self.threads] = True
@@ -107,9 +142,7 @@ class Group:
     def store(self, space, address, value):
         address, value = self.spread(address), self.spread(value)
         if space == "local":
-            rows = self.registers[LOCAL]
-            row, word = LocalMemory.word(rows, address)
-            rows.view(value.dtype)[row, word * 4 // value.dtype.itemsize] = value
+            self.launches.program.local.store(self.registers[LOCAL], address, value)
             return
         self.launches.works[self.threads] = True
         self.launches.memory.store(address, value, self.launch)
@@ -123,7 +156,8 @@ class Launches:
     """Launches of one kernel, which are run together.
 
     `shapes`, `arguments` and `is_off` have an element a launch: what it is launched with, and
-    whether its approximate roots and reciprocals are off by up to a unit in the last place.
+    whether, by chance, its approximate roots and reciprocals are off by as much as PTX allows and its
+    sums of products fused.
     Arguments are numbers or the addresses that `memory` gave."""
 
     def __init__(self, program, memory, constants, shapes, arguments, is_off, seed):
@@ -160,8 +194,8 @@ class Launches:
         """Runs all threads to their end; how many threads came to each basic block."""
         program = self.program
         first = Group(self, np.arange(len(self.launch_of)), dict(self.special))
-        if program.local_size:
-            first.registers[LOCAL] = LocalMemory.rows(len(first.threads), program.local_size)
+        if program.kernel.local:
+            first.registers[LOCAL] = program.local.rows(len(first.threads))
         waiting, visits, blocks = {0: first}, dict.fromkeys(program.starts, 0), 0
         with np.errstate(all="ignore"):
             while waiting:

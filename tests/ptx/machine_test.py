@@ -85,25 +85,54 @@ class Fma(unittest.TestCase):
 class Approximations(unittest.TestCase):
     def test_are_as_far_off_as_they_may_be(self):
         chance = np.random.default_rng(8)
-        a = (1 + chance.random(20000)).astype(F32)
+        a = (1 + 3 * chance.random(20000)).astype(F32)
+        root, reciprocal = np.sqrt(a.astype(F64)), 1 / a.astype(F64)
         for function, exact, most in (
-            (arithmetic.sqrt_approx, np.sqrt(a.astype(F64)), 2.0**-23),
-            (arithmetic.rcp_approx, 1 / a.astype(F64), 2.0**-23 * 1.0000001),
+            (arithmetic.sqrt_approx, root, root * 2.0**-23),
+            (arithmetic.rcp_approx, reciprocal, np.spacing(reciprocal.astype(F32))),
         ):
-            found = [function(a, np.full(a.shape, units, np.int32)) for units in (-1, 0, 1)]
-            off = [np.abs(values / exact - 1).max() for values in found]
-            self.assertLessEqual(max(off), most)
-            self.assertGreater(min(off[0], off[2]), 0.9 * 2.0**-23)
-            np.testing.assert_array_equal(found[1], exact.astype(F32))
+            for way, beyond in ((-1, -np.inf), (1, np.inf)):
+                value = function(a, np.full(a.shape, way, np.int32))
+                self.assertTrue((np.abs(value - exact) <= most).all())
+                self.assertTrue((np.abs(np.nextafter(value, F32(beyond)) - exact) > most).all())
+            unmoved = function(a, np.zeros(a.shape, np.int32))
+            np.testing.assert_array_equal(unmoved, exact.astype(F32))
 
     def test_flush_subnormal_numbers(self):
-        units = np.zeros(3, np.int32)
+        ways = np.zeros(3, np.int32)
         tiny, huge = F32(1e-39), F32(2.0**127)
         with np.errstate(all="ignore"):
-            reciprocals = arithmetic.rcp_approx(np.array([tiny, -tiny, huge]), units)
-            roots = arithmetic.sqrt_approx(np.array([tiny, F32(4), F32(0)]), units)
+            reciprocals = arithmetic.rcp_approx(np.array([tiny, -tiny, huge]), ways)
+            roots = arithmetic.sqrt_approx(np.array([tiny, F32(4), F32(0)]), ways)
         self.assertEqual(reciprocals.tolist(), [np.inf, -np.inf, 0])
         self.assertEqual(roots.tolist(), [0, 2, 0])
+
+    def test_of_what_has_no_neighbours_are_exact(self):
+        for way in (-1, 0, 1):
+            ways = np.full(4, way, np.int32)
+            with np.errstate(all="ignore"):
+                roots = arithmetic.sqrt_approx(np.array([np.inf, 0, -1, np.nan], F32), ways)
+                reciprocals = arithmetic.rcp_approx(np.array([np.inf, 0, -np.inf, np.nan], F32), ways)
+            np.testing.assert_array_equal(roots, np.array([np.inf, 0, np.nan, np.nan], F32))
+            np.testing.assert_array_equal(reciprocals, np.array([0, np.inf, 0, np.nan], F32))
+
+
+class Memories(unittest.TestCase):
+    def test_global_memory_ends_with_its_last_word(self):
+        memory = Memory(BASE, 1024)
+        last = np.array([BASE + 4 * len(memory.words) - 4], np.uint64)
+        memory.reader[-1] = 0
+        memory.load(last, np.dtype(np.uint32), np.array([0]))
+        with self.assertRaises(BadAccess):
+            memory.load(last, np.dtype(np.uint64), np.array([0]))
+
+    def test_of_a_constant_every_word_must_be_written(self):
+        constants = ConstantMemory({"order": 8}, 1)
+        address = np.array([constants.address["order"]], np.uint64)
+        constants.write(0, "order", np.array([10], np.int32))
+        constants.load(address, np.dtype(np.uint32), np.array([0]))
+        with self.assertRaises(BadAccess):
+            constants.load(address, np.dtype(np.uint64), np.array([0]))
 
 
 KERNEL = """
@@ -128,13 +157,13 @@ $end:
 
 
 class Programs(unittest.TestCase):
-    def results(self, body, threads=4):
+    def results(self, body, threads=4, is_off=False):
         module = read_module(KERNEL % body)
         memory = Memory(BASE, 4096)
         address = memory.room(4 * threads, 0)
         program = Program(module.kernels[0], {})
         shapes, arguments = [Shape((1, 1, 1), 32)], [[address, threads]]
-        Launches(program, memory, ConstantMemory({}, 1), shapes, arguments, [0], seed=0).run()
+        Launches(program, memory, ConstantMemory({}, 1), shapes, arguments, [is_off], seed=0).run()
         return memory.content(address, 4 * threads)[0].view(np.int32).tolist()
 
     def test_threads_go_their_own_ways_and_meet_again(self):
@@ -154,6 +183,12 @@ class Programs(unittest.TestCase):
             ("mov.u64 %rd4, 5; mov.u64 %rd5, -1; bfi.b64 %rd6, %rd4, %rd5, 4, 8; cvt.u32.u64 %r3, %rd6;",
              [-4096 + 0x5F] * 4),
             ("mov.b32 %r4, 1000; bfe.u32 %r3, %r4, %r1, 4;", [1000 >> n & 15 for n in range(4)]),
+            ("mov.b32 %r3, 0f3F800000;", [0x3F800000] * 4),
+            ("setp.lt.u32 %p2, %r1, 3; selp.b32 %r3, 0f3F800000, 0f40000000, %p2;",
+             [0x3F800000] * 3 + [0x40000000]),
+            ("mov.f32 %f1, 0f3F800000; setp.eq.b32 %p2, %f1, 0f3F800000; selp.b32 %r3, 1, 0, %p2;", [1] * 4),
+            ("mov.b64 %rd4, 0d3FF0000000000000; shr.u64 %rd5, %rd4, 32; cvt.u32.u64 %r3, %rd5;",
+             [0x3FF00000] * 4),
             ("mov.f32 %f1, 0f40200000; cvt.rni.s32.f32 %r3, %f1;", [2] * 4),
             ("mov.f32 %f1, 0f7FC00000; setp.ltu.f32 %p2, %f1, %f1; selp.b32 %r3, 1, 0, %p2;", [1] * 4),
             ("mov.f32 %f1, 0f7FC00000; setp.ne.f32 %p2, %f1, %f1; selp.b32 %r3, 1, 0, %p2;", [0] * 4),
@@ -173,6 +208,69 @@ class Programs(unittest.TestCase):
                      "mov.u64 %rd3, %rd1; mov.u32 %r3, 1;", "mov.u32 %r3, %r7;"):  # fmt: skip
             with self.assertRaises(BadAccess, msg=body):
                 self.results(body)
+
+    def test_a_register_is_read_only_by_threads_that_have_written_it(self):
+        write = "mov.u32 %r3, 1; setp.lt.u32 %p2, %r1, 2; @%p2 mov.u32 %r4, 9; "
+        branch = "mov.u32 %r3, 1; setp.lt.u32 %p2, %r1, 2; @!%p2 bra $on; mov.u32 %r4, 9; $on: "
+        for body in (write + "mov.u32 %r3, %r4;", write + "@!%p2 mov.u32 %r3, %r4;",
+                     write + "@%p2 mov.u32 %r4, 8; mov.u32 %r3, %r4;", branch + "mov.u32 %r3, %r4;",
+                     branch + "@%p2 mov.u32 %r4, 8; mov.u32 %r3, %r4;",
+                     "setp.lt.u32 %p2, %r1, 2; @%p2 setp.lt.u32 %p0, %r1, 1; selp.b32 %r3, 1, 0, %p0;",
+                     ):  # fmt: skip
+            with self.assertRaises(BadAccess, msg=body):
+                self.results(body)
+        for body, expected in (
+            (write + "@%p2 add.s32 %r3, %r4, 1;", [10, 10, 1, 1]),
+            (write + "@!%p2 mov.u32 %r4, 5; mov.u32 %r3, %r4;", [9, 9, 5, 5]),
+            (write + "mov.u32 %r4, %r1; mov.u32 %r3, %r4;", [0, 1, 2, 3]),
+            (write + "mov.u32 %r4, 5; @%p2 mov.u32 %r3, %r4;", [5, 5, 1, 1]),
+            (write + "@!%p2 bra $on; mov.u32 %r3, %r4; $on:", [9, 9, 1, 1]),
+            (branch + "@%p2 add.s32 %r3, %r4, 1;", [10, 10, 1, 1]),
+            (branch + "@!%p2 mov.u32 %r4, %r1; mov.u32 %r3, %r4;", [9, 9, 2, 3]),
+        ):
+            self.assertEqual(self.results(body), expected, body)
+
+    def test_local_memory_has_bounds_and_is_read_after_it_is_written(self):
+        arrays = ".local .align 8 .b8 a[12]; .local .align 8 .b8 b[16]; mov.u64 %rd4, a; mov.u64 %rd5, b; "
+        fill = "st.local.u32 [%rd5], %r1; st.local.u32 [%rd5+4], 7; mov.u32 %r3, 1; "
+        guarded = "mov.u32 %r3, 1; setp.lt.u32 %p2, %r1, 2; @%p2 st.local.u32 [%rd4+8], 9; "
+        for body in ("ld.local.u32 %r3, [%rd4];", "st.local.u32 [%rd4], 1; ld.local.u32 %r3, [%rd4+4];",
+                     fill + "ld.local.u64 %rd6, [%rd5+8];", fill + "st.local.u32 [%rd4+12], 1;",
+                     "st.local.u32 [%rd4], 1; ld.local.u64 %rd6, [%rd4]; mov.u32 %r3, 1;",
+                     fill + "st.local.u64 [%rd4+8], 1;", fill + "st.local.u32 [%rd4+16], 1;",
+                     fill + "st.local.u32 [%rd5+-4], 1;", fill + "st.local.u32 [%rd5+16], 1;",
+                     fill + "st.local.u32 [%rd4+-4], 1;", fill + "ld.local.u32 %r3, [%rd4+12];",
+                     guarded + "ld.local.u32 %r3, [%rd4+8];"):  # fmt: skip
+            with self.assertRaises(BadAccess, msg=body):
+                self.results(arrays + body)
+        for body, expected in (
+            (fill + "ld.local.u32 %r3, [%rd5];", [0, 1, 2, 3]),
+            (fill + "ld.local.u64 %rd6, [%rd5]; shr.u64 %rd6, %rd6, 32; cvt.u32.u64 %r3, %rd6;", [7] * 4),
+            ("st.local.u64 [%rd4], 30064771072; ld.local.u32 %r3, [%rd4+4];", [7] * 4),
+            (guarded + "@%p2 ld.local.u32 %r3, [%rd4+8];", [9, 9, 1, 1]),
+        ):
+            self.assertEqual(self.results(arrays + body), expected, body)
+
+    def test_sums_of_products_may_be_fused(self):
+        """(1 + 2^-12)² and the product rounded, that is without its last digit 2^-24, from it."""
+        numbers = "mov.f32 %f1, 0f3F800800; mul.f32 %f2, %f1, %f1; mov.f32 %f3, 0f3F801000; "
+        fused, rounded = 0x33800000, 0
+        for body, is_fused, minus in (
+            ("sub.f32 %f4, %f2, %f3;", True, 0), ("sub.f32 %f4, %f3, %f2;", True, 1 << 31),
+            ("neg.f32 %f5, %f3; add.f32 %f4, %f5, %f2;", True, 0),
+            ("neg.f32 %f5, %f3; add.f32 %f2, %f2, %f5; mov.f32 %f4, %f2;", True, 0),
+            ("sub.rn.f32 %f4, %f2, %f3;", False, 0), ("mov.f32 %f2, %f3; sub.f32 %f4, %f2, %f3;", False, 0),
+            ("mov.f32 %f1, 0f00000000; sub.f32 %f4, %f2, %f3;", False, 0),
+            ("mul.rn.f32 %f2, %f1, %f1; sub.f32 %f4, %f2, %f3;", False, 0),
+            ("setp.lt.u32 %p2, %r1, 2; @%p2 mul.f32 %f2, %f1, %f1; sub.f32 %f4, %f2, %f3;", False, 0),
+            ("mov.f32 %f2, %f1; mul.f32 %f2, %f2, %f2; sub.f32 %f4, %f2, %f3;", False, 0),
+            ("setp.lt.u32 %p2, %r1, 99; @%p2 sub.f32 %f4, %f2, %f3;", True, 0),
+            ("bra.uni $on; $on: sub.f32 %f4, %f2, %f3;", False, 0),
+        ):  # fmt: skip
+            body = numbers + body + "mov.b32 %r3, %f4;"
+            found = {n & 0xFFFFFFFF for n in self.results(body, threads=32, is_off=True)}
+            self.assertEqual(found, {fused | minus, rounded} if is_fused else {rounded}, body)
+            self.assertEqual(self.results(body, threads=32), [rounded] * 32, body)
 
 
 if __name__ == "__main__":

@@ -14,6 +14,19 @@ class BadAccess(Exception):
     pass
 
 
+def words_of(address, size, count, is_allowed, memory, base=0):
+    """The first words of accesses of `size` bytes, which must be aligned and allowed to all of their
+    words. There is an even number of words, so that none of the aligned ones ends beyond the last."""
+    offset = address - np.uint64(base)
+    allowed = (offset < np.uint64(4 * count)) & (offset % np.uint64(size) == 0)
+    word = np.where(allowed, offset >> np.uint64(2), 0).astype(np.int64)
+    for part in range(size // 4):
+        allowed &= is_allowed(word + part)
+    if not allowed.all():
+        raise BadAccess(f"address {int(address[np.argmin(allowed)]):#x} of {memory} memory")
+    return word
+
+
 class Memory:
     """One address space of 4-byte words."""
 
@@ -50,16 +63,10 @@ class Memory:
         return self.words[first : first + size // 4], self.stores[first : first + size // 4]
 
     def word(self, address, size, owner, launch):
-        offset = address - np.uint64(self.base)
-        word = (offset >> np.uint64(2)).astype(np.int64)
-        inside = offset < np.uint64(4 * len(self.words))
-        allowed = inside & (offset % np.uint64(size) == 0)
-        for part in range(size // 4):
-            owners = owner[np.where(inside, word + part, 0)]
-            allowed &= (owners == launch) | (owners == EVERYBODY)
-        if not allowed.all():
-            raise BadAccess(f"address {int(address[np.argmin(allowed)]):#x} of global memory")
-        return word
+        def is_owned(word):
+            return (owner[word] == launch) | (owner[word] == EVERYBODY)
+
+        return words_of(address, size, len(self.words), is_owned, "global", self.base)
 
     def load(self, address, dtype, launch):
         word = self.word(address, dtype.itemsize, self.reader, launch)
@@ -94,26 +101,40 @@ class ConstantMemory:
         self.written[launch, first : first + len(words)] = True
 
     def load(self, address, dtype, launch):
-        word = (address >> np.uint64(2)).astype(np.int64)
-        inside = address < np.uint64(4 * self.words.shape[1])
-        allowed = inside & (address % np.uint64(dtype.itemsize) == 0)
-        allowed &= self.written[launch, np.where(inside, word, 0)]
-        if not allowed.all():
-            raise BadAccess(f"address {int(address[np.argmin(allowed)]):#x} of constant memory")
-        flat = launch.astype(np.int64) * self.words.shape[1] + word
+        def is_written(word):
+            return self.written[launch, word]
+
+        count = self.words.shape[1]
+        word = words_of(address, dtype.itemsize, count, is_written, "constant")
+        flat = launch.astype(np.int64) * count + word
         return self.words.ravel().view(dtype)[flat * 4 // dtype.itemsize]
 
 
 class LocalMemory:
-    """Arrays of the threads' own, as rows of one array; a thread's addresses begin at 0."""
+    """Arrays of the threads' own, with margins between them. Every thread has a row of words and a row
+    of which of them it has written; its addresses begin at 0."""
 
-    @staticmethod
-    def rows(threads, size):
-        return np.full((threads, -(-size // 4)), POISON, np.uint32)
+    def __init__(self, sizes):
+        self.address, end = {}, -MARGIN
+        for name, size in sizes.items():
+            self.address[name] = end + MARGIN
+            end = self.address[name] + -(-size // 16) * 16
+        self.is_array = np.zeros(max(end, 0) // 4, bool)
+        for name, size in sizes.items():
+            first = self.address[name] // 4
+            self.is_array[first : first + size // 4] = True
 
-    @staticmethod
-    def word(rows, address):
-        word = (address >> np.uint64(2)).astype(np.int64)
-        if ((address % np.uint64(4) != 0) | (address >= np.uint64(4 * rows.shape[1]))).any():
-            raise BadAccess("an address beyond the local memory")
-        return np.arange(len(rows)), word
+    def rows(self, threads):
+        return np.zeros((threads, 2, len(self.is_array)), np.uint32)
+
+    def load(self, rows, address, dtype):
+        row, size = np.arange(len(rows)), dtype.itemsize
+        word = words_of(address, size, rows.shape[2], lambda word: rows[row, 1, word] == 1, "local")
+        return rows.view(dtype)[row, 0, word * 4 // size]
+
+    def store(self, rows, address, value):
+        row, size = np.arange(len(rows)), value.dtype.itemsize
+        word = words_of(address, size, rows.shape[2], lambda word: self.is_array[word], "local")
+        rows.view(value.dtype)[row, 0, word * 4 // size] = value
+        for part in range(size // 4):
+            rows[row, 1, word + part] = 1
