@@ -23,10 +23,10 @@
 %     rotations   3 x 3, or 3 x 3 x M: columns are the directions of the piston's own x,
 %                 y and z.  Not turned when left out.
 %     weights     M complex numbers, the velocity of each piston: 1 when left out.
-%     steer       3 numbers, a direction, [sind(a); 0; cosd(a)] say: weights get the phases that send a plane wave
-%                 there.
+%     steer       3 numbers, a direction, [sind(a); 0; cosd(a)] say: weights get the phases
+%                 that send a plane wave there.
 %     focus       3 numbers, a point: weights get the phases with which the waves of the
-%                 pistons' centres arrive there together.  Not beside steer.
+%                 pistons' centres arrive there together.  Not together with steer.
 %   k           wave number, 2 pi / wavelength.
 %   nabscissas  order of the quadrature rule, 1 ... 512, or a table made by pistonrule,
 %               used as it is.  When it is left out or [], one order for all pistons is
@@ -41,11 +41,12 @@
 %
 % How the order is chosen: sums of lower orders are compared with those of one at least four
 % times as high (384 with 512, the highest), of up to 1000 points at all, of more at some
-% 600, which are those where an edge of a piston needs the most and others, with a margin.
+% 700, which are those where an edge of a piston needs the most, those nearest to a piston,
+% and others, with a margin.
 % The peak is that of the sum at these points: where pistons cancel each other, the order is
 % higher than each of them needs.  This is no proof; of 1000 random arrays none was beyond
-% 1e-4 of its peak at any point.  It takes as long as some thousands of points: in a loop over
-% short lists, hand the order of the first.
+% 1e-4 of its peak at any point.  It takes as long as some ten thousand points: in a loop
+% over short lists, pass the order that the first call returned.
 %
 % Points are evaluated a piece at a time; Ctrl-C ends the work.
 %

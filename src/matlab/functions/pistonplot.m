@@ -12,23 +12,23 @@
 % Arguments
 %
 %   x, y, z     the axes of the plane, evenly spaced; one of the three has one value.  The
-%               z axis is drawn to the right, or else the x axis.  They are in metres, 10
+%               z axis is drawn to the right, or else the x axis.  They are in metres, 1
 %               at most, and drawn in millimetres, unless 'axes' names another unit.
 %   p           the pressures: pistongrid's for these axes, or a list in the same order,
 %               that of ndgrid; an array of meshgrid's shape is to be transposed.
 %   quantity    'linear'  magnitude (when left out)
 %               'dB'      magnitude in decibels below the largest that is drawn
 %               'phase'   phase in degrees, in colours that end where they begin
-%   limits      lowest and highest value of the colours, in the unit of p: 0 and the
-%               largest, -40 and 0, -180 and 180 when left out.
+%   limits      lowest and highest value of the colours, in the unit of p, in decibels or in
+%               degrees: 0 and the largest, -40 and 0, -180 and 180 when left out or [].
 %
 % Names, in any order, each before its text
 %
 %   'unit'      unit of p: 'Pa', of which the bar shows kPa or MPa where these read better,
-%               or any other.  Without it p is what pistonfield gives, where a plane wave
-%               has 1.
+%               or any other.  Without it and without a label the bar says that a plane wave
+%               has 1, as in what pistonfield gives.
 %   'label'     what the colour bar shows, in place of |p| or phase.
-%   'title'     in place of the place of the plane.
+%   'title'     the title; without it, the position of the plane.
 %   'axes'      unit of x, y and z: 'm', 'cm', 'mm', 'um' or 'wavelengths'.  They are drawn
 %               in it.
 %
@@ -90,7 +90,8 @@ function handle = pistonplot (x, y, z, p, varargin)
   end
 
   [values, shown, label, colours] = coloured (picture, quantity, limits, options);
-  image_ = imagesc (sides{across}, sides{up}, max (values, shown(1)), shown);
+  values(values < shown(1)) = shown(1);     % not what is no number
+  image_ = imagesc (sides{across}, sides{up}, values, shown);
   axis ('image');
   set (gca (), 'ydir', 'normal');
   colormap (gca (), colours);
@@ -114,15 +115,15 @@ function [quantity, limits, options] = readarguments (rest)
   quantity = 'linear';
   limits = [];
   options = struct ('unit', '', 'label', '', 'title', '', 'axes', '');
-  isname = @(value) istext (value) && isfield (options, char (value));
+  isname = @(value) istext (value) && isfield (options, lower (char (value)));
   if (~ isempty (rest) && ~ isname (rest{1}))
     quantity = rest{1};
     rest(1) = [];
     if (~ isempty (rest) && ~ isname (rest{1}))
       limits = rest{1};
       rest(1) = [];
-      if (~ isnumeric (limits) || ~ isreal (limits) || numel (limits) ~= 2 ...
-          || ~ all (isfinite (limits)) || ~ (limits(1) < limits(2)))
+      if (~ isequal (limits, []) && (~ isnumeric (limits) || ~ isreal (limits) || numel (limits) ~= 2 ...
+          || ~ all (isfinite (limits)) || ~ (limits(1) < limits(2))))
         error ('pistonplot:limits', 'limits must be two ascending numbers.');
       end
       limits = full (double (limits(:).'));
@@ -134,14 +135,14 @@ function [quantity, limits, options] = readarguments (rest)
            'After the limits come ''unit'', ''label'', ''title'' and ''axes'', each followed by a text.');
   end
   for n = 1:2:numel (rest)
-    options.(char (rest{n})) = char (rest{n+1});
+    options.(lower (char (rest{n}))) = char (rest{n+1});
   end
 
 end
 
 function answer = istext (value)
 
-  answer = (ischar (value) && size (value, 1) == 1) || (isa (value, 'string') && numel (value) == 1);
+  answer = (ischar (value) && size (value, 1) <= 1) || (isa (value, 'string') && numel (value) == 1);
 
 end
 
@@ -152,7 +153,7 @@ function [sides, unit] = drawnlengths (sides, unit)
 
   if (isempty (unit))
     largest = max (cellfun (@(values) max (abs (values)), sides));
-    if (largest > 10)
+    if (largest > 1)
       error ('pistonplot:metres', ...
              ['x, y and z must be in metres. They reach %g: add ''axes'', ''mm'' if these are ' ...
               'millimetres, ''axes'', ''m'' if they are metres.'], largest);
@@ -190,11 +191,14 @@ function [values, shown, label, colours] = coloured (p, quantity, limits, option
       values = abs (p);
       shown = [0, largest];
       suffix = ', plane wave = 1';
+      if (~ isempty (options.label))
+        suffix = '';
+      end
     case 'db'
       values = 20 * log10 (abs (p) / largest);
       shown = [-40, 0];
       suffix = ' / dB, largest = 0';
-      if (~ isempty (options.unit))
+      if (~ isempty (options.unit) && largest > realmin)
         [factor, unit] = prefixed (options.unit, largest);
         suffix = sprintf (' / dB, 0 = %.3g %s', largest * factor, unit);
       end
@@ -228,10 +232,10 @@ end
 function [factor, unit] = prefixed (unit, value)
 
   factor = 1;
-  if (strcmp (unit, 'Pa') && value >= 1e6)
+  if (strcmp (unit, 'Pa') && value >= 999.5e3)
     factor = 1e-6;
     unit = 'MPa';
-  elseif (strcmp (unit, 'Pa') && value >= 1e3)
+  elseif (strcmp (unit, 'Pa') && value >= 999.5)
     factor = 1e-3;
     unit = 'kPa';
   end
@@ -316,14 +320,21 @@ end
 %! assert ({drawn.bar, drawn.title}, {"amplitude / kPa", "One piston"});
 %! drawn = shown (x, 0, z, p, "phase", [-90, 90], "label", "angle of p");
 %! assert ({drawn.bar, drawn.range, drawn.title}, {"angle of p / degrees", [-90, 90], "y = 0 mm"});
-%! assert (shown (x, 0, z, p, "label", "magnitude").bar, "magnitude, plane wave = 1");
+%! assert (shown (x, 0, z, p, "Label", "intensity").bar, "intensity");
+%! assert (shown (x, 0, z, p, "dB", [], "unit", "Pa").bar, "|p| / dB, 0 = 4 Pa");
+%!test # what is no number is not drawn as silence
+%! drawn = shown (x, 0, z, [1, 2; NaN, 3; 0, 5], "dB").data;
+%! assert (isnan (drawn(2,1)) && drawn(3,1) == -40);
+%!test # the unit changes where the number would be a thousand; a silent plane has no level
+%! assert (shown (x, 0, z, 249.9 * p, "dB", "unit", "Pa").bar, "|p| / dB, 0 = 1 kPa");
+%! assert (shown (x, 0, z, 0 * p, "dB", "unit", "Pa").bar, "|p| / dB, largest = 0");
 %!test # axes in a unit that is named are drawn in it, and numbers too large for metres are none
 %! drawn = shown (x * 1e6, 2e3, z * 1e6, p, "axes", "um");
 %! assert ({drawn.xlabel, drawn.ylabel, drawn.title}, {"z / um", "x / um", "y = 2000 um"});
 %! assert (drawn.across([1, end])(:), [1e3; 2e3], 1e-9);
 %! assert (shown (x * 1e6, 0, z * 1e6, p, "axes", "m").xlabel, "z / m");
-%! assert (shown ([-10, 0, 10], 0, [1, 2], p).ylabel, "x / mm");
-%!error <must be in metres. They reach 20: add 'axes', 'mm'> pistonplot ([-10, 0, 10], 0, [10, 20], p)
+%! assert (shown ([-1, 0, 1], 0, [0.1, 0.2], p).ylabel, "x / mm");
+%!error <must be in metres. They reach 2: add 'axes', 'mm'> pistonplot ([-1, 0, 1], 0, [1, 2], p)
 %!error <must be in metres. They reach 11> pistonplot (x, -11, z, p)
 %!error <axes must be 'm'> pistonplot (x, 0, z, p, "axes", "inch")
 %!error <After the limits come> pistonplot (x, 0, z, p, "unit")
@@ -354,14 +365,14 @@ end
 %!error <evenly spaced axes> pistonplot ([1, 2], [1, 2], [1, 2], ones (2, 2, 2))
 %!error <evenly spaced axes> pistonplot (1, 0, 1, 1)
 %!error <a value for each point> pistonplot ([1, 2], 0, [1, 2], 1)
-%!error <quantity must be> pistonplot ([1, 2], 0, [1, 2], ones (2), "loud")
+%!error <quantity must be> pistonplot ([0, 1], 0, [0, 1], ones (2), "loud")
 %!test # any class of numbers, and values that are none
-%! drawn = shown (int8 ([-1, 0, 1]), single (0), sparse ([1, 2]), single (p), "linear", int8 ([0, 3]));
+%! drawn = shown (int8 ([-1, 0, 1]), single (0), sparse ([0, 1]), single (p), "linear", int8 ([0, 3]));
 %! assert (drawn.data, abs (p));
 %! assert (drawn.range, [0, 3]);
 %! assert (shown (x, 0, z, zeros (3, 2, "single")).range, [0, realmin]);
 %! assert (shown (x, 0, z, [1, 2; NaN, Inf; 3, -Inf]).range, [0, 3]);
-%!error <quantity must be> pistonplot ([1, 2], 0, [1, 2], ones (2), {"dB"})
+%!error <quantity must be> pistonplot ([0, 1], 0, [0, 1], ones (2), {"dB"})
 %!error <two ascending numbers> pistonplot ([1, 2], 0, [1, 2], ones (2), "dB", [-Inf, 0])
 %!error <two ascending numbers> pistonplot ([1, 2], 0, [1, 2], ones (2), "dB", [0, -40])
 %!demo

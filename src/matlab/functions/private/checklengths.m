@@ -1,5 +1,5 @@
 % checklengths (name, sides, coordinates): an error of the function of that name unless single precision
-% has the squares of all lengths, which pistonfield does not ask.
+% has the squares of all lengths, which pistonfield does not check.
 
 function checklengths (name, sides, coordinates)
 

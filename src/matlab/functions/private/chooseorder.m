@@ -1,7 +1,7 @@
-% [order, error] = chooseorder (points, array, k, tolerance, reference)
+% [order, largest] = chooseorder (points, array, k, tolerance, reference)
 %
 % The order whose error at the points is below the tolerance, of their peak pressure, for an array of
-% readarray; and its error. order is empty where there is none. Errors are differences from the
+% readarray; and its largest error. order is empty where there is none. Errors are differences from the
 % reference, an order that is doubled, to 512 at most, until it is four times the order that is
 % compared with it: errors that fall slowly would be less from one order to the next than they are.
 %
@@ -14,6 +14,9 @@ function [order, largest] = chooseorder (points, array, k, tolerance, reference)
     points = hardestpoints (points, array, k, tolerance);
   end
   within = tolerance / (1 + sampled);        % the largest of many errors is not in the sample
+  if (anybehind (points, array))
+    reference = 512;                        % lower orders agree there that all miss a pole
+  end
 
   order = [];
   while (isempty (order) && reference <= 512)
@@ -24,15 +27,25 @@ function [order, largest] = chooseorder (points, array, k, tolerance, reference)
     [order, largest] = lowest (errorof, within, reference);
     reference = 2 * reference;
   end
-  while (sampled && ~ isempty (order))
-    order = ceil (1.04 * order) + 1;
+  while (sampled && ~ isempty (order) && order < 384)
+    order = min (384, ceil (1.04 * order) + 1);
     largest = errorof (order);
     if (largest < within)
       break
-    elseif (order > 384)
+    elseif (order == 384)
       order = [];
     end
   end
+
+end
+
+% Whether a point lies behind a piston.
+
+function answer = anybehind (points, array)
+
+  normals = reshape (array.rotations(:,3,:), 3, []);
+  behind = points.' * normals < sum (normals .* array.positions, 1);
+  answer = any (behind(:));
 
 end
 

@@ -1,41 +1,52 @@
-% some = hardestpoints (points, array, k, tolerance): some 600 of the points, among them those
-% at which a piston of the array needs the highest orders for the tolerance.
+% some = hardestpoints (points, array, k, tolerance): some 700 of the points, among them those at
+% which a piston of the array needs the highest orders for the tolerance, and those nearest to a
+% piston, where the pressure is high.
 
 function some = hardestpoints (points, array, k, tolerance)
 
   N = size (points, 2);
   spread = unique (1 + floor (N * mod ((1:150) * (sqrt (5) - 1) / 2, 1)));
-  peak = max ([abs(arraypressure (points(:,spread), array, k, 128, '', true)); realmin]);
-
-  % In front of a piston and far from it, the order changes slowly from point to point: these points
-  % follow all the others, the nearest ones first.
+  % Squared distances to the pistons' centres over their squared diagonals, as a product of matrices:
+  % |x - c|^2 = -2 x.c + |c|^2 + |x|^2.
   M = numel (array.weights);
   c = array.positions;
-  radii = sqrt (array.l .^ 2 + array.s .^ 2);
-  if (M == 1)
-    radii = Inf;
-  end
-  spheres = [-2 * c; sum(c .^ 2, 1); ones(1, M)] ./ (radii .^ 2).';
+  diagonals = max (sqrt (array.l .^ 2 + array.s .^ 2), realmin);
+  spheres = [-2 * c; sum(c .^ 2, 1); ones(1, M)] ./ (diagonals .^ 2).';
   normals = reshape (array.rotations(:,3,:), 3, M);
   planes = [normals; -sum(normals .* c, 1)];
-  orders = zeros (1, N);
+  distances = zeros (1, N);
   piece = max (1, floor (2 ^ 21 / M));
   for first = 1:piece:N
     these = first:min (N, first + piece - 1);
     place = [points(:,these); ones(1, numel (these))].';
-    distances = [place, sum(place(:,1:3) .^ 2, 2)] * spheres;
-    checked = distances < 1 | place * planes < 0;
-    orders(these) = -min (distances, [], 2);
+    distances(these) = min ([place, sum(place(:,1:3) .^ 2, 2)] * spheres, [], 2);
+  end
+  [~, nearest] = sort (distances);          % NaN last
+  known = unique ([nearest(1:min (N, 100)), spread]);
+  peak = max ([abs(arraypressure (points(:,known), array, k, 128, '', true)); realmin]);
+
+  % In front of a piston and far from it, the order changes slowly from point to point: these points
+  % follow all the others, the nearest ones first.
+  orders = -distances;
+  for first = 1:piece:N
+    these = first:min (N, first + piece - 1);
+    place = [points(:,these); ones(1, numel (these))].';
+    checked = place * planes < 0;
+    if (M == 1)
+      checked(:) = true;
+    else
+      checked = checked | [place, sum(place(:,1:3) .^ 2, 2)] * spheres < 1;
+    end
     for m = find (any (checked, 1))
       here = these(checked(:,m));
       own = inframe (points(:,here), c(:,m), array.rotations(:,:,m));
-      error_ = tolerance * peak / abs (array.weights(m));
-      orders(here) = max (orders(here), ordersfor (own, array.l(m), array.s(m), k, error_));
+      allowed = tolerance * peak / abs (array.weights(m));
+      orders(here) = max (orders(here), ordersfor (own, array.l(m), array.s(m), k, allowed));
     end
   end
   orders(isnan (orders)) = -Inf;            % of coordinates that are none
   [~, ranked] = sort (orders, 'descend');
-  some = points(:,unique ([ranked(spreadranks (N, 500)), spread]));
+  some = points(:,unique ([ranked(spreadranks (N, 500)), known]));
 
 end
 
