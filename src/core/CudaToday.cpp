@@ -11,8 +11,6 @@ namespace {
 #if !defined(CUDART_VERSION)
 // Nobody else can hold a context on the emulation device, which lives inside this module.
 bool isContextActive(int /*device*/) { return false; }
-#elif CUDART_VERSION < 11030
-bool isContextActive(int /*device*/) { return true; }
 #else
 // The driver is reached through the runtime, so that the module still loads where there is none.
 bool isContextActive(int device) {

@@ -21,8 +21,8 @@ inline cudaError_t cudaThreadSynchronize() { return cudaDeviceSynchronize(); }
 DeviceUse cudaThreadEnter(int device);
 
 /// Ends what `cudaThreadEnter` began: resets the device or, where its context was active before,
-/// leaves that with all that others hold in it; then makes the previous device current again.
-/// Returns the status of the reset.
+/// leaves that with all that others hold in it; then makes the previous device current again, whose
+/// context runtimes from 12 on start with that. Returns the status of the reset.
 cudaError_t cudaThreadExit(const DeviceUse& use);
 
 /// The device's clock in kHz, which the property record of today no longer tells.

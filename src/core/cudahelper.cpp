@@ -18,7 +18,8 @@ constexpr SourceLocation releaseLocation{"src/core/cudahelper", 25};
 /// The scopes of the thread that has the device.
 int scopes = 0;
 
-DeviceUse enter(int device) {
+DeviceUse enter() {
+  const int device = fastestDevice();
   if (++scopes > 1) return {};
   forgetRules();  // what was loaded outside of a scope may be on another device
   return cudaThreadEnter(device);
@@ -47,22 +48,23 @@ void CudaInterface::dumpDevices() {
   std::cout << "Total: " << count << " devices." << std::endl;
 }
 
-CudaDeviceThread::CudaDeviceThread(int device)
-    : unwinding_(std::uncaught_exceptions()), use_(enter(device)) {}
+CudaDeviceThread::CudaDeviceThread(Entered /*tag*/)
+    : unwinding_(std::uncaught_exceptions()), use_(enter()) {}
 
 // Delegates, so that the destructor runs also when the start below fails.
-CudaDeviceThread::CudaDeviceThread() : CudaDeviceThread(fastestDevice()) {
+CudaDeviceThread::CudaDeviceThread() : CudaDeviceThread(Entered()) {
   CudaInterface::init();
   CudaInterface::sync();
 }
 
 CudaDeviceThread::~CudaDeviceThread() noexcept(false) {
   if (--scopes > 0) return;
-  forgetRules();
-  if (std::uncaught_exceptions() > unwinding_)
-    static_cast<void>(cudaThreadExit(use_));
-  else
+  if (std::uncaught_exceptions() == unwinding_) {
     CudaInterface::release(use_);
+    return;
+  }
+  forgetRules();
+  static_cast<void>(cudaThreadExit(use_));
 }
 
 }  // namespace pistonfield

@@ -52,7 +52,8 @@ class CudaDeviceThread {
   ~CudaDeviceThread() noexcept(false);
 
  private:
-  explicit CudaDeviceThread(int device);
+  struct Entered {};  // the device is current, and not started yet
+  explicit CudaDeviceThread(Entered /*tag*/);
 
   const DeviceLock lock_;
   const int unwinding_;  // how many exceptions already were when it was made
