@@ -26,15 +26,16 @@ compile no_ptx.o "$newest"
 compile no_newest.o "${newest/sm/compute}"
 : >empty.o
 
-"$check" ./two whole.o
+"$check" ./two whole.o 1
 status=0
-refused() { # <object> <reason>
-  if "$check" ./two "$1" >answer || ! grep -q "$2" answer; then
+refused() { # <object> <reason> [<source files>]
+  if "$check" ./two "$1" "${3-1}" >answer || ! grep -q "$2" answer; then
     echo "FAILED: $1 is not refused for $2"
     status=1
   fi
 }
 refused no_ptx.o "nothing for ${newest/sm/compute}"
 refused no_newest.o "nothing for $newest"
-refused empty.o "no device code"
+refused empty.o "device code of 0 source files"
+refused whole.o "device code of 1 source files" 2
 exit $status

@@ -4,6 +4,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 status=0 names=0
+# shellcheck disable=SC2016 # the backquotes are the pages'
 while read -r name; do
   ((names += 1))
   # A C++ fixture stands in the sources; a name of ctest in what CMake reads, maybe its last part alone.

@@ -12,7 +12,7 @@ fails() { # <how many at least> <gtest executable> <filter>
   local status=0 failed
   "$2" --gtest_filter="$3" >"$log" 2>&1 || status=$?
   failed=$(grep -c "the emulation device does not start" "$log") || true
-  if ((status != 1 || failed < $1)) || grep -q "no CUDA device" "$log"; then
+  if ((status != 1 || failed < $1)) || grep "SKIPPED \]" "$log" | grep -vE "SecondQuotientTest|listed below"; then
     echo "$(basename "$2"): status $status, $failed tests failed for want of a device"
     tail -n 30 "$log"
     exit 1

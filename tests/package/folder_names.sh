@@ -8,7 +8,7 @@ sources=$1 cmake=$2
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-folder="$work/it's a (1) & \$b"
+folder="$work/it's, a (1) & \$b"
 mkdir "$folder"
 cp -r "$sources"/{CMakeLists.txt,COPYING,cmake,src} "$folder"
 for generator in "Unix Makefiles" Ninja; do

@@ -14,7 +14,7 @@ scripts/package --into "$work" "$build" >/dev/null
 scripts/package --into "$work/again" "$build" >/dev/null
 archive=$(echo "$work"/*-matlab.zip)
 cmp "$archive" "$work/again/${archive##*/}"
-place="$work/it's (1) & \`touch ran\`"
+place="$work/it's, (1) & \`touch ran\`"
 mkdir "$place"
 (cd "$place" && cmake -E tar xf "$archive")
 folder=$place/$(basename "$archive" -matlab.zip)

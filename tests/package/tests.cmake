@@ -14,8 +14,7 @@ add_test(NAME package.environment COMMAND ${folder}/environment.sh ${CMAKE_BINAR
 add_test(NAME package.folder_names COMMAND ${folder}/folder_names.sh ${PROJECT_SOURCE_DIR}
                                            ${CMAKE_COMMAND})
 add_test(NAME package.revision COMMAND ${folder}/revision.sh ${PROJECT_SOURCE_DIR} ${CMAKE_COMMAND})
-find_program(NVCC nvcc HINTS /usr/local/cuda/bin)
-add_test(NAME package.neighbour COMMAND ${folder}/neighbour.sh ${CMAKE_BINARY_DIR} "${NVCC}")
+add_test(NAME package.neighbour COMMAND ${folder}/neighbour.sh ${CMAKE_BINARY_DIR} "${PISTONFIELD_NVCC}")
 set_tests_properties(package.neighbour PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)
 
 if(NOT TARGET pistonfield_octave)

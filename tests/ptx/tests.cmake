@@ -5,7 +5,6 @@ if(PISTONFIELD_SANITIZE)
   return()
 endif()
 
-find_program(PISTONFIELD_NVCC nvcc HINTS ${CUDAToolkit_BIN_DIR} /usr/local/cuda/bin)
 find_program(PISTONFIELD_TEST_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH) # the one that has numpy
 
 foreach(name kernels mutants machine)
