@@ -28,8 +28,8 @@ std::vector<std::complex<double>> pressures(const Scene& scene, const HalfRule<f
   pistonfield::packedPressure(pistonfield::instructionSet())(scene.points[0].data(), out.data(),
                                                              static_cast<int>(out.size()), scene.a,
                                                              scene.b, scene.k, rule.view());
-  std::vector<std::complex<double>> wide;
-  for (const Complex& p : out) wide.emplace_back(p.re, p.im);
+  std::vector<std::complex<double>> wide(out.size());
+  for (std::size_t i = 0; i < out.size(); ++i) wide[i] = {out[i].re, out[i].im};
   return wide;
 }
 

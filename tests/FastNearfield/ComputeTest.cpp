@@ -270,7 +270,7 @@ TEST_F(ComputeInScopeTest, ARuleThatWasWrittenInPartIsNone) {
       cudaGetLastError();  // which the contract of loading leaves pending
       // The double rule comes first: its failure leaves the single one as it was, or loads it.
       const std::vector<std::string> reported = conditions();
-      EXPECT_EQ(reported[1] == "", nth > 3) << nth;
+      EXPECT_EQ(reported[1].empty(), nth > 3) << nth;
       if (nth > 3) {
         EXPECT_NE(reported[0], "") << nth;
         EXPECT_NE(reported[2], "") << nth;

@@ -14,6 +14,7 @@
 #include "FastNearfield/RectangularPiston2.h"
 #include "FastNearfield/RectangularPistonCuda.dp.h"
 #include "FastNearfield/RectangularPistonCuda.h"
+#include "core/LoadedRules.h"
 #include "emulation/TestControl.h"
 #include "fuzz/Grids.h"
 #include "fuzz/Numbers.h"
@@ -247,24 +248,39 @@ void checkDoublePrecision(FuzzedDataProvider& bytes, const Size& size) {
           "do_calculate_d fails if it must");
 }
 
+/// The grid of that size, if 32 bits count its points; it is refused if they do not.
+template <class T>
+std::optional<Grid3DR<T>> gridOf(const Size& size,
+                                 const typename Grid3DR<T>::Transform& transform) {
+  const auto length = [](int value) { return static_cast<unsigned>(value); };
+  const unsigned sx = length(size.sx), sy = length(size.sy), sz = length(size.sz);
+  const bool isCounted =
+      sz == 0 || std::uint64_t{sx} * sy <= std::numeric_limits<unsigned>::max() / sz;
+  std::optional<Grid3DR<T>> grid;
+  require(fails([&] { grid.emplace(sx, sy, sz, transform); }) == !isCounted,
+          "a grid of more points than 32 bits count is refused");
+  return grid;
+}
+
 /// A regular grid of a piston that is evaluated on the device or on the CPU.
 void checkPiston(FuzzedDataProvider& bytes, const Size& size) {
   const fuzz::Transform t = fuzz::anyTransform(bytes);
   Grid3DR<double>::Transform transform;
   std::copy(t.begin(), t.end(), transform.begin());
-  const auto length = [](int value) { return static_cast<unsigned>(value); };
-  const Grid3DR<double> grid(length(size.sx), length(size.sy), length(size.sz), transform);
+  const std::optional<Grid3DR<double>> counted = gridOf<double>(size, transform);
+  if (!counted) return;
+  const Grid3DR<double>& grid = *counted;
   const std::vector<float> p = fuzz::numbers<float>(bytes, 3);
   RectangularPistonCuda2 piston(double{p[0]}, double{p[1]}, double{p[2]});
-  if (size.isRight()) {
-    const Values<float> expected = list(fuzz::positions(size, t), {p[0], p[1], p[2]});
-    require(same(expected, pairs<float>(size.points(),
-                                        [&](Complex* data) { piston.compute(&data->re, grid); })),
+  const Values<float> computed =
+      pairs<float>(size.points(), [&](Complex* data) { piston.compute(&data->re, grid); });
+  const bool mayBeComputed = size.isRight() || grid.nbPositions() == 0;
+  require(computed.has_value() ==
+              (mayBeComputed && pistonfield::hasOwnRule(pistonfield::Precision::SINGLE)),
+          "a piston computes a grid of the device if a rule is loaded");
+  if (computed && size.isRight())
+    require(same(list(fuzz::positions(size, t), {p[0], p[1], p[2]}), computed),
             "a piston computes what the list gives");
-  } else {
-    require(!pairs<float>(0, [&](Complex* data) { piston.compute(&data->re, grid); }),
-            "a piston refuses a grid that is none");
-  }
   if (size.points() == 0 || size.points() > 16) return;
   piston.useGPU = false;
   requireWritten(
@@ -278,26 +294,22 @@ bool sameVector(const pistonfield::MVector<T, 3>& p, const pistonfield::MVector<
   return sameValue(p[0], q[0]) && sameValue(p[1], q[1]) && sameValue(p[2], q[2]);
 }
 
-/// Grids as lists of positions. One whose number of points no unsigned holds has some number.
+/// Grids as lists of positions.
 template <class T>
 void checkPositions(FuzzedDataProvider& bytes, const Size& size) {
   const std::vector<T> values = fuzz::numbers<T>(bytes, 16);
   typename Grid3DR<T>::Transform transform;
   std::copy(values.begin(), values.end(), transform.begin());
-  const auto sx = static_cast<unsigned>(size.sx), sy = static_cast<unsigned>(size.sy),
-             sz = static_cast<unsigned>(size.sz);
-  const Grid3DR<T> grid(sx, sy, sz, transform);
-  if (size.isRight()) {
-    require(grid.nbPositions() == size.points(), "a grid has sx·sy·sz positions");
+  const std::optional<Grid3DR<T>> grid = gridOf<T>(size, transform);
+  if (grid && size.isRight()) {
+    require(grid->nbPositions() == size.points(), "a grid has sx·sy·sz positions");
     int n = 0;
-    for (unsigned l = 0; l < sz; ++l)
-      for (unsigned j = 0; j < sy; ++j)
-        for (unsigned i = 0; i < sx; ++i, ++n)
-          require(sameVector(grid.getPosition(n), grid.getPosition(i, j, l)),
+    for (unsigned l = 0; l < grid->sz(); ++l)
+      for (unsigned j = 0; j < grid->sy(); ++j)
+        for (unsigned i = 0; i < grid->sx(); ++i, ++n)
+          require(sameVector(grid->getPosition(n), grid->getPosition(i, j, l)),
                   "positions are counted with the first axis varying fastest");
-  } else if (grid.nbPositions() > 0) {
-    grid.getPosition(0);
-    grid.getPosition(static_cast<int>(grid.nbPositions() - 1));
+    require(fails([&] { grid->getPosition(n); }), "a position beyond the last is refused");
   }
 
   const std::vector<T> components = fuzz::numbers<T>(bytes, 3 * (size.points() % 16));
@@ -346,6 +358,7 @@ extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   FuzzedDataProvider bytes(data, size);
   emulationTestControl()->restore();
+  pistonfield::forgetRules();
   if (bytes.ConsumeBool()) emulationTestControl()->poisonFreshMemory();
   do_timing = bytes.ConsumeBool() ? 1 : 0;
   const int choice = bytes.ConsumeIntegralInRange(0, 8);

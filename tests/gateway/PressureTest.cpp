@@ -53,8 +53,9 @@ INSTANTIATE_TEST_SUITE_P(Order, ReferencePressureTest, testing::Values(10, 17, 6
                          testing::PrintToStringParamName());
 
 TEST_F(PressureTest, ValuesAreThoseOfTheLauncherToTheLastBit) {
-  std::vector<float> positions;
-  for (int i = 0; i < 300; ++i) positions.push_back(0.02f * std::sin(static_cast<float>(i)));
+  std::vector<float> positions(300);
+  for (std::size_t i = 0; i < positions.size(); ++i)
+    positions[i] = 0.02f * std::sin(static_cast<float>(i));
   Arguments arguments;
   arguments.points = host::matrix(3, 100, {positions.begin(), positions.end()});
   const Pressures p = pressures(arguments);
