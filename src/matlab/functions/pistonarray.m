@@ -140,7 +140,7 @@ end
 %! [p, w, order] = pistonarray (points, one, k, 3);
 %! assert (p, pistonfield_quiet (points, 0, 6e-3, 4e-3, k, "cuda", 3));
 %! assert (order, 3);
-%!test # pistons that are still
+%!test # pistons without a velocity
 %! [p, w, order] = pistonarray (points, setfield (one, "weights", 0), k);
 %! assert ({p, order}, {complex(zeros(4, 1)), 1});
 %!error <No order up to 384 brings the pressure within 1e-4> pistonarray ([0; 3e-3 + 1e-9; -0.01], one, k)

@@ -1,7 +1,7 @@
 % values = inpieces (name, evaluate, count, piece, shares, quiet)
 %
 % The column of the sums of evaluate (first, last, part) over the parts, 1:numel (shares), for all
-% of 1:count, asked for a piece at a time. Unless it is to be quiet, a bar shows what is done and
+% of 1:count, computed a piece at a time. Unless it is to be quiet, a bar shows what is done and
 % the time left when that is to be more than half a second; shares are what parts take of the work,
 % in whole numbers.
 
