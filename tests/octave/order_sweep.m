@@ -122,7 +122,9 @@ function [points, l, s] = some_list (count)
     case 3
       elements = ceil (128 * rand ());
       step = s * (1.05 + rand ());
-      points(1,:) *= elements * step / max (high(1) - low(1), eps);
+      if (high(1) > low(1))
+        points(1,:) *= elements * step / (high(1) - low(1));
+      endif
       points(1,:) -= (ceil (elements * rand ()) - (elements + 1) / 2) * step;
   endswitch
 
