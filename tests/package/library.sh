@@ -28,8 +28,9 @@ run_field() { # <program>
   awk '{ p = $1 * $1 + $2 * $2; if (p > most) most = p }
        END { exit !(NR == 121 * 201 && most > 1 && most < 16) }' "$work/field.txt" ||
     { echo "$1 has not written the field"; exit 1; }
-  local linked=static
-  if ldd "$1" | grep -q libpistonfield; then linked=shared; fi
+  local linked=static libraries
+  libraries=$(ldd "$1")
+  if [[ $libraries == *libpistonfield* ]]; then linked=shared; fi
   [[ $linked == "$kind" ]] || { echo "$1 takes a $linked library"; exit 1; }
 }
 
@@ -54,6 +55,6 @@ else
   cmake --build "$work/example" >/dev/null
   run_field "$work/example/field"
   name=libpistonfield.so.${version%.*}
-  readelf -d "$lib/libpistonfield.so" | grep -qF "Library soname: [$name]"
+  [[ $(readelf -d "$lib/libpistonfield.so") == *"Library soname: [$name]"* ]]
   [[ -e $lib/$name ]]
 fi

@@ -28,8 +28,8 @@
 % least four times as high (384 with 512, the highest), on a grid of up to 1000 points at all
 % of them, on a larger one at some 700, which are those where the edges need the most, those
 % nearest to the piston, and others, with a margin.  This is no proof; of 1000 random grids
-% none was beyond 1e-4 of its peak at any point.  It takes 10 to 40 ms: in a loop over small
-% grids, pass the order that the first call returned.
+% none was beyond 1e-4 of its peak at any point.  It takes longer than a small grid itself:
+% in a loop over small grids, pass the order that the first call returned.
 %
 % Example: the plane y = 0 of a piston of 1 MHz in water
 %
