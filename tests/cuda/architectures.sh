@@ -10,6 +10,7 @@ newest=$("$nvcc" --list-gpu-arch | grep '0$' | sort -t_ -k2 -n | tail -n 1)
 all=$(python3 "$(dirname "$0")/fatbins.py" "$module")
 status=0 sources=0
 while read -r -a compiled; do
+  ((${#compiled[@]})) || continue
   ((sources += 1))
   for code in $("$nvcc" --list-gpu-code) "$newest"; do
     if [[ " ${compiled[*]} " != *" $code "* ]]; then
