@@ -6,9 +6,11 @@ enum class Precision { SINGLE, DOUBLE };
 
 // Which quadrature rules the device holds, and who loaded them. Callers hold the DeviceLock.
 
-/// The calling thread is about to load a rule of that precision, or has loaded it.
-void forgetRule(Precision precision);
+/// The calling thread has loaded a rule of that precision.
 void noteRule(Precision precision);
+
+/// The device's rule of that precision is about to be overwritten.
+void forgetRule(Precision precision);
 
 /// Whether the device's rule of that precision is the one that the calling thread loaded last.
 bool hasOwnRule(Precision precision);

@@ -59,12 +59,12 @@ CudaDeviceThread::CudaDeviceThread() : CudaDeviceThread(Entered()) {
 
 CudaDeviceThread::~CudaDeviceThread() noexcept(false) {
   if (--scopes > 0) return;
-  if (std::uncaught_exceptions() == unwinding_) {
+  if (std::uncaught_exceptions() > unwinding_) {
+    forgetRules();
+    static_cast<void>(cudaThreadExit(use_));
+  } else {
     CudaInterface::release(use_);
-    return;
   }
-  forgetRules();
-  static_cast<void>(cudaThreadExit(use_));
 }
 
 }  // namespace pistonfield

@@ -33,6 +33,16 @@ class MessagesTest : public GatewayTest {
     return actual.substr(0, end) + "\n       condition failed: (" + condition + ").\n\n";
   }
 
+  /// A call whose table has that many rows, which no rule has.
+  void expectOutOfRange(const Arguments& arguments, std::size_t rows) {
+    const host::Outcome outcome = call(arguments);
+    const std::string error = outcome.error.value_or("");
+    EXPECT_EQ(error, report("src/FastNearfield/RectangularPistonCuda", "N <= 512 && N>0", error))
+        << rows;
+    EXPECT_NE(outcome.standardOutput.find("using " + std::to_string(rows) + " abscissas.\n"),
+              std::string::npos);
+  }
+
   static std::vector<mxArray> everyOtherClass() {
     std::vector<mxArray> values;
     for (const char* name :
@@ -297,12 +307,7 @@ TEST_F(MessagesTest, TablesOutOfRangeAreReported) {
   Arguments arguments;
   for (const std::size_t rows : {0u, 513u, 600u}) {
     arguments.nabscissas = host::matrix(rows, 2, std::vector<double>(2 * rows, 0.5));
-    const host::Outcome outcome = call(arguments);
-    const std::string error = outcome.error.value_or("");
-    EXPECT_EQ(error, report("src/FastNearfield/RectangularPistonCuda", "N <= 512 && N>0", error))
-        << rows;
-    EXPECT_NE(outcome.standardOutput.find("using " + std::to_string(rows) + " abscissas.\n"),
-              std::string::npos);
+    expectOutOfRange(arguments, rows);
   }
 }
 
@@ -313,12 +318,7 @@ TEST_F(MessagesTest, MoreRowsThanAnIntCountsAreOutOfRangeToo) {
   for (const std::size_t rows :
        {std::size_t{1} << 31, (std::size_t{1} << 32) + 1, (std::size_t{1} << 32) + 5}) {
     arguments.nabscissas.dims[0] = rows;
-    const host::Outcome outcome = call(arguments);
-    const std::string error = outcome.error.value_or("");
-    EXPECT_EQ(error, report("src/FastNearfield/RectangularPistonCuda", "N <= 512 && N>0", error))
-        << rows;
-    EXPECT_NE(outcome.standardOutput.find("using " + std::to_string(rows) + " abscissas.\n"),
-              std::string::npos);
+    expectOutOfRange(arguments, rows);
   }
 }
 
