@@ -1,6 +1,7 @@
-% width = beamwidth (x, p): the full width at half the maximum (-6 dB) of a beam, from the
-% pressures p at the places x across it; a straight line between two of them. NaN where the beam
-% does not fall to the half on both sides.
+% width = beamwidth (x, p)
+%
+% Returns the full width of a beam at half its maximum (-6 dB), from the pressures p at the positions x
+% across it, interpolated linearly. NaN if the beam does not fall to half its maximum on both sides.
 
 function width = beamwidth (x, p)
 

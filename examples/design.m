@@ -1,9 +1,9 @@
-% A design loop: the smallest square piston whose beam is narrow enough at a depth: design.png
+% A design loop: finds the smallest square piston with a narrow enough beam at a depth: design.png
 %
-% Goal: at a depth of 100 mm the beam is 12 mm wide at most, at half the pressure (-6 dB).  Far away
-% the beam of a piston of side a is sinc (a sin (alpha) / lambda), 1.207 lambda z / a wide: a larger
-% piston has a narrower beam, until the depth is no longer far away and the beam is as wide as the
-% piston.  So the goal can be met, from a smallest side on, or not at all.
+% Goal: at a depth of 100 mm the beam is at most 12 mm wide at half the pressure (-6 dB).  In the far
+% field the beam of a piston of side a is sinc (a sin (alpha) / lambda), 1.207 lambda z / a wide.  A
+% larger piston has a narrower beam, until the depth is no longer in the far field and the beam is as wide
+% as the piston.  Depending on the goal, a smallest side exists, or no side meets it.
 
 lambda = 1500 / 1e6;                        % 1 MHz in water, in metres
 k = 2 * pi / lambda;
@@ -13,8 +13,8 @@ goal = 12e-3;
 x = linspace (-60e-3, 60e-3, 2401);
 widthof = @(a) beamwidth (x, pistongrid (x, 0, depth, a, a, k, 64));
 
-% The loop: all sides, coarsely; then the interval in which the goal is first met, halved until it is
-% short enough to build.
+% First try all sides in coarse steps.  Then bisect the interval in which the goal is first met, down to
+% a manufacturing tolerance.
 sides = (5:0.5:30) * 1e-3;
 widths = arrayfun (widthof, sides);
 first = find (widths <= goal, 1);

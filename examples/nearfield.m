@@ -1,14 +1,14 @@
-% The near field of a square piston, and where it ends: nearfield.png
+% The near field of a square piston, and the distance at which it ends: nearfield.png
 %
-% On the axis the pressure rises and falls until a last maximum, and falls as 1/z far away.  Both
-% places follow from the Rayleigh integral with R = z + (x^2 + y^2) / 2z in the phase and R = z
-% below the line.  For a square of side a, with u = a / sqrt (2 lambda z), it is
+% On the axis the pressure oscillates up to a last maximum, and falls as 1/z far away.  Both distances
+% follow from the Rayleigh integral with R = z + (x^2 + y^2) / 2z in the phase and R = z in the
+% denominator.  For a square of side a, with u = a / sqrt (2 lambda z), it is
 %
 %   |p| = 2 |F(u)|^2,    F(u) = integral of exp (-i pi t^2 / 2), t = 0 ... u
 %
-% Far away F(u) = u, so that |p| = 2 u^2 = a^2 / (lambda z), S / (lambda z) as for any piston.
+% Far away F(u) = u, so that |p| = 2 u^2 = a^2 / (lambda z), which is S / (lambda z) as for any piston.
 % The last maximum is the first one of |F(u)|, at u = 1.2094: z = 0.342 a^2 / lambda.
-% The next term of F gives |p| = 2 u^2 (1 - pi^2 u^4 / 45), so that 1/z holds to within a share e
+% The next term of F gives |p| = 2 u^2 (1 - pi^2 u^4 / 45).  So |p| is within a fraction e of 1/z
 % from z = a^2 / lambda * pi / (2 sqrt (45 e)) on.
 
 lambda = 1500 / 1e6;                        % 1 MHz in water, in metres
@@ -19,7 +19,7 @@ z = logspace (-3, 0.3, 6000);
 axial = abs (reshape (pistongrid (0, 0, z, a, a, k, 64), 1, []));
 far = a ^ 2 ./ (lambda * z);
 
-% The last maximum, and where Fresnel's integral has it.
+% The last maximum, and its position from Fresnel's integral.
 last = find (axial(2:end-1) > axial(1:end-2) & axial(2:end-1) > axial(3:end), 1, 'last') + 1;
 F = @(u) quadgk (@(t) exp (-1i * pi / 2 * t .^ 2), 0, u);
 u = fminsearch (@(u) -abs (F (u)), 1);
@@ -27,7 +27,7 @@ lastexpected = a ^ 2 / (2 * lambda * u ^ 2);
 fprintf ('last maximum on the axis: %.4g at %.4g mm; in Fresnel''s approximation %.4g at %.4g mm\n', ...
          axial(last), z(last) * 1e3, 2 * abs (F (u)) ^ 2, lastexpected * 1e3);
 
-% Where 1/z holds to within 1 %.
+% The distance from which |p| is within 1 % of 1/z.
 within = 0.01;
 meets = find (abs (axial ./ far - 1) > within, 1, 'last') + 1;
 meetsexpected = a ^ 2 / lambda * pi / (2 * sqrt (45 * within));

@@ -1,11 +1,13 @@
-% picture = newpicture (width, height): an empty figure of that many pixels, which is not shown.
+% picture = newpicture (width, height)
+%
+% Returns an empty, hidden figure of that many pixels.
 
 function picture = newpicture (width, height)
 
   if (exist ('OCTAVE_VERSION', 'builtin'))
     warning ('off', 'Octave:gnuplot-graphics', 'local');
     before = graphics_toolkit ();
-    graphics_toolkit ('gnuplot');           % the one that draws without a display
+    graphics_toolkit ('gnuplot');           % works without a display
     picture = figure ('visible', 'off', 'position', [0, 0, width, height]);
     graphics_toolkit (before);
   else

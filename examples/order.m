@@ -1,8 +1,8 @@
-% Error against the order of the quadrature rule, and the order that pistonorder takes: order.png
+% Error against the order of the quadrature rule, and the order that pistonorder returns: order.png
 %
-% The rule has to follow the phase along an edge: the error stays large until the order resolves
-% it, and then falls by a power of ten or more for each two steps, down to the rounding of single
-% precision.  A larger piston takes a higher order, and so do points far beside it.
+% The rule has to resolve the phase along an edge.  The error stays large until it does, and then falls
+% by a factor of ten or more for every two orders, down to the rounding error of single precision.  A
+% larger piston, or points far to the side, need a higher order.
 
 lambda = 1500 / 1e6;                        % 1 MHz in water, in metres
 k = 2 * pi / lambda;

@@ -1,10 +1,9 @@
 % A phased array of 64 elements, steered and focused: phasedarray.png
 %
-% The elements stand half a wavelength apart, so that no second main beam appears.  Steered, the
-% beam leaves at the angle asked for.  Focused at a distance R in the direction theta, the array is
-% seen from there with the aperture D cos (theta), and an aperture of that length has the beam
-% sinc (D cos (theta) sin (alpha) / lambda): the first zero is lambda R / (D cos (theta)) beside
-% the focus, and the full width at half the pressure is 1.207 times that.
+% The elements are half a wavelength apart, so that there is no second main beam.  The steered beam
+% leaves at the given angle.  Seen from a focus at the distance R in the direction theta, the array has the
+% aperture D cos (theta).  Its beam pattern is sinc (D cos (theta) sin (alpha) / lambda).  The first zero is
+% at lambda R / (D cos (theta)) from the focus, and the full width at half the pressure is 1.207 times that.
 
 frequency = 2e6;                            % Hz
 lambda = 1500 / frequency;                  % in water, in metres
@@ -24,7 +23,7 @@ plane = [X(:).'; zeros(1, numel (X)); Z(:).'];
 
 picture = newpicture (620, 860);
 
-% Steered: the angle of the loudest point on a circle far outside.
+% Steered: find the angle of the loudest point on a circle in the far field.
 angle_ = 25;                                % degrees
 steered = array;
 steered.steer = [sind(angle_); 0; cosd(angle_)];
@@ -38,7 +37,7 @@ hold ('on');
 plot (55 * [0, cosd(angle_)], 55 * [0, sind(angle_)], 'r--', 'linewidth', 2);
 title (sprintf ('64 elements, 2 MHz in water, steered to %g degrees', angle_));
 
-% Focused: the loudest point across the beam, and the beam's width there.
+% Focused: find the loudest point across the beam, and the width of the beam there.
 focused = array;
 focused.focus = [12e-3; 0; 40e-3];
 R = norm (focused.focus);

@@ -1,4 +1,6 @@
-% savepicture (picture, name): writes the figure of newpicture as a PNG file, and closes it.
+% savepicture (picture, name)
+%
+% Writes a figure from newpicture to a PNG file, and closes it.
 
 function savepicture (picture, name)
 
@@ -14,7 +16,7 @@ function savepicture (picture, name)
   end
   close (picture);
   try
-    whole = ~ isempty (imread (name));      % not every host says that a disk is full
+    whole = ~ isempty (imread (name));      % not every host reports a full disk
   catch
     whole = false;
   end

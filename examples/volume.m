@@ -1,8 +1,8 @@
-% A field volume for other programs: volume.mat, volume.vtk, and slices of it: volume.png
+% A volume for other programs: volume.mat, volume.vtk, and a picture of three planes: volume.png
 %
-% The MAT file (save -v7) is read by MATLAB, Octave and Python's scipy.io.  For more than 2 GB, or as
-% HDF5, write '-v7.3' in MATLAB or '-hdf5' in Octave instead; both are HDF5, each with a layout of its
-% own.  The VTK file is for ParaView: open volume.vtk, Apply, and show it as a volume or in slices.
+% MATLAB, Octave and Python's scipy.io read the MAT file (save -v7).  For more than 2 GB, or for HDF5, use
+% '-v7.3' in MATLAB or '-hdf5' in Octave; both write HDF5, in different layouts.  The VTK file is for
+% ParaView: open volume.vtk, press Apply, and show it as a volume or in slices.
 
 lambda = 1500 / 1e6;                        % 1 MHz in water, in metres
 k = 2 * pi / lambda;
@@ -16,7 +16,7 @@ p = pistongrid (x, y, z, l, s, k, 24);
 
 save ('volume.mat', '-v7', 'x', 'y', 'z', 'l', 's', 'k', 'p');
 try
-  saved = load ('volume.mat');              % not every host says that a disk is full
+  saved = load ('volume.mat');              % not every host reports a full disk
   whole = isequal (saved.p, p);
 catch
   whole = false;

@@ -1,15 +1,15 @@
 % writevtk (file, title, x, y, z, name, values, name, values ...)
 %
-% Writes real fields on an evenly spaced grid for ParaView and others: a legacy VTK file, structured
-% points, binary (big-endian, single precision).  values has the shape of pistongrid's result,
-% numel (x) by numel (y) by numel (z); x, y and z are the grid's axes.
+% Writes real fields on an evenly spaced grid to a legacy VTK file, for ParaView and others: structured
+% points, binary (big-endian, single precision).  values has the shape of the result of pistongrid,
+% numel (x) by numel (y) by numel (z).  x, y and z are the axes of the grid.
 
 function writevtk (file, title_, x, y, z, varargin)
 
   axes_ = {x, y, z};
   sizes = cellfun (@numel, axes_);
   origin = cellfun (@(a) a(1), axes_);
-  spacing = ones (1, 3);                    % where an axis has one value only
+  spacing = ones (1, 3);                    % for an axis with a single value
   for d = find (sizes > 1)
     spacing(d) = (axes_{d}(end) - axes_{d}(1)) / (sizes(d) - 1);
     if (any (abs (diff (axes_{d}) - spacing(d)) > 1e-6 * abs (spacing(d))))
@@ -30,7 +30,7 @@ function writevtk (file, title_, x, y, z, varargin)
   for n = 1:2:numel (varargin)
     values = varargin{n+1};
     if (~ isreal (values) || numel (values) ~= prod (sizes))
-      error ('writevtk:values', '%s must have a real value for each point.', varargin{n});
+      error ('writevtk:values', '%s must have one real value for each point.', varargin{n});
     end
     fprintf (id, 'SCALARS %s float 1\nLOOKUP_TABLE default\n', varargin{n});
     if (fwrite (id, values(:), 'float32') ~= numel (values))

@@ -1,5 +1,6 @@
-% field = clusterfield (): the field that is computed in parts, one description for computepart and
-% joinparts. Change it here.
+% field = clusterfield ()
+%
+% Returns the description of the field that computepart and joinparts process. Change it here.
 
 function field = clusterfield ()
 

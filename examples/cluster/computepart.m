@@ -1,10 +1,10 @@
 % computepart (folder)
 % computepart (folder, field)
 %
-% Computes this process's part of the points of a field, that of clusterfield or one like it, and writes
-% it to folder, which must be there and which all processes see: part-0001-of-0002.mat of two. When all
-% are done, joinparts puts them together. A value depends on its own point only, so that it is the same
-% in whatever number of parts.
+% Computes this process's part of a field (default: that of clusterfield) and writes it to folder, for
+% example as part-0001-of-0002.mat. The folder must exist and be shared by all processes. When all processes
+% have finished, joinparts joins the parts. The value at a point depends on that point only, so the result
+% is the same for any number of parts.
 %
 %   mpirun -n 2 octave-cli --eval "addpath build/auto/octave examples/cluster; computepart ('/scratch/field')"
 
@@ -19,12 +19,12 @@ function computepart (folder, field)
   last = floor ((rank + 1) * prod (sizes) / size_);
 
   if (last - first >= 2 ^ 27 - 2 ^ 10)
-    error ('computepart:size', ['A part can have 134 million points, as many as a variable of a MAT ' ...
-                                'file: start more processes.']);
+    error ('computepart:size', ['The part has more than 134 million points, the limit of a variable in a ' ...
+                                'MAT file: start more processes.']);
   end
 
   p = complex (zeros (last - first + 1, 1));
-  for n = first:2 ^ 20:last                 % in pieces, for the memory that the points take
+  for n = first:2 ^ 20:last                 % in pieces, to limit the memory for the points
     piece = n:min (n + 2 ^ 20 - 1, last);
     [i, j, m] = ind2sub (sizes, piece);
     points = [field.x(i); field.y(j); field.z(m)];

@@ -1,10 +1,10 @@
 % joinparts (folder)
 % p = joinparts (folder)
 %
-% Puts the parts that computepart wrote to folder together: p has a value for each point of the grid, as
-% pistongrid's. Without a result it writes field.mat there, with p and the field's description. Waits for
-% nothing: call it when all processes are done. Parts that are missing, of another field or of other
-% numbers of processes are errors.
+% Joins the parts that computepart wrote to folder. p has the shape of the result of pistongrid. Without a
+% result, joinparts writes p and the description of the field to field.mat in the folder. It does not wait:
+% call it when all processes have finished. Missing parts, and parts of another field or of another number
+% of processes, are errors.
 
 function result = joinparts (folder)
 
@@ -21,8 +21,8 @@ function result = joinparts (folder)
   end
   count = numbers(1,2);
   if (any (numbers(:,2) ~= count))
-    error ('joinparts:mixed', 'There are parts of %d and of %d in %s: remove those of one.', ...
-           min (numbers(:,2)), max (numbers(:,2)), folder);
+    error ('joinparts:mixed', ['There are parts of a run with %d and of a run with %d processes in %s: ' ...
+                               'remove those of one run.'], min (numbers(:,2)), max (numbers(:,2)), folder);
   end
   missing = setdiff (1:count, numbers(:,1));
   if (~ isempty (missing))
@@ -38,27 +38,27 @@ function result = joinparts (folder)
       version_ = part.version;
       sizes = [numel(field.x), numel(field.y), numel(field.z)];
       if (nargout == 0 && prod (sizes) >= 2 ^ 27 - 2 ^ 10)
-        error ('joinparts:size', ['field.mat can have 134 million points, as many as a variable of a ' ...
-                                  'MAT file: write p = joinparts (folder).']);
+        error ('joinparts:size', ['The field has more than 134 million points, the limit of a variable in ' ...
+                                  'a MAT file: write p = joinparts (folder).']);
       end
       p = complex (zeros (sizes));
       expected = 1;
     end
-    if (~ isequaln (part.field, field))     % which may hold NaN
-      error ('joinparts:field', '%s is of another field than the first part.', name);
+    if (~ isequaln (part.field, field))     % fields may hold NaN
+      error ('joinparts:field', '%s belongs to another field than the first part.', name);
     end
     if (~ strcmp (part.version, version_))
       error ('joinparts:version', '%s was computed by %s, the first part by %s.', name, part.version, ...
              version_);
     end
     if (part.first ~= expected || numel (part.p) ~= part.last - part.first + 1)
-      error ('joinparts:range', '%s has other points than it should.', name);
+      error ('joinparts:range', '%s does not hold the expected points.', name);
     end
     p(part.first:part.last) = part.p;
     expected = part.last + 1;
   end
   if (expected ~= numel (p) + 1)
-    error ('joinparts:range', 'The last part does not end with the last point.');
+    error ('joinparts:range', 'The last part does not end with the last point of the field.');
   end
 
   if (nargout > 0)
@@ -69,7 +69,7 @@ function result = joinparts (folder)
 
 end
 
-% As computepart names part pair(1) of pair(2); other files are not its own.
+% Returns the file name that computepart gives to part pair(1) of pair(2).
 
 function name = nameof (pair)
 

@@ -1,12 +1,15 @@
-% [rank, size_] = rankandsize (): which of how many processes this is, counted from 0, as the launcher
-% says in the environment; 0 of 1 where there is none.
+% [rank, size_] = rankandsize ()
+%
+% Returns the rank of this process, counted from 0, and the number of processes, from the environment
+% variables of the launcher; 0 and 1 without a launcher.
 %
 %   mpirun of Open MPI      OMPI_COMM_WORLD_RANK, OMPI_COMM_WORLD_SIZE
 %   mpirun of MPICH, Intel  PMI_RANK, PMI_SIZE
 %   srun of Slurm           SLURM_PROCID, SLURM_NTASKS
 %   a job array of Slurm    SLURM_ARRAY_TASK_ID less SLURM_ARRAY_TASK_MIN, SLURM_ARRAY_TASK_COUNT
 %
-% In a job array each of whose jobs starts several processes, all count: the first job's first.
+% If each job of an array starts several processes, the ranks are numbered across all jobs, beginning with
+% the first job.
 
 function [rank, size_] = rankandsize ()
 
@@ -38,7 +41,7 @@ function value = number (name)
   text = getenv (name);
   value = str2double (text);
   if (~ isreal (value) || ~ (value >= 0) || value ~= floor (value))
-    error ('rankandsize:environment', '%s is "%s", which is not a number of processes.', name, text);
+    error ('rankandsize:environment', '%s is "%s"; it must be a non-negative integer.', name, text);
   end
 
 end

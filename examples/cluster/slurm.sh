@@ -4,18 +4,18 @@
 #SBATCH --cpus-per-task=16
 #SBATCH --time=01:00:00
 #
-# One part of a field in each job of an array, from the root of the sources:
+# Computes one part of a field in each job of an array. Run it from the root of the sources:
 #
 #   mkdir /scratch/me/field
 #   sbatch examples/cluster/slurm.sh build/auto/octave /scratch/me/field
-#   octave-cli --eval "addpath examples/cluster; joinparts ('/scratch/me/field');"      when all are done
+#   octave-cli --eval "addpath examples/cluster; joinparts ('/scratch/me/field');"      after all jobs
 #
-# Parts that are missing, the fourth of eight say (counted from 0, as arrays are):
+# To compute a missing part again, for example the fourth of eight (counted from 0):
 #
 #   PARTS=8 sbatch --array=3 examples/cluster/slurm.sh build/auto/octave /scratch/me/field
 #
-# A module for GPUs takes the first that it sees. With "#SBATCH --gpus-per-task=1" Slurm shows each job
-# one; where processes share a node without that, show each its own before it starts:
+# A module for GPUs uses one of the visible GPUs. With "#SBATCH --gpus-per-task=1", Slurm makes one GPU
+# visible to each job. If processes share a node without this option, select a GPU for each before it starts:
 #
 #   export CUDA_VISIBLE_DEVICES=$SLURM_LOCALID
 set -euo pipefail

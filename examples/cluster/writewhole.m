@@ -1,8 +1,8 @@
 % writewhole (file, contents)
 %
-% Writes the fields of a struct to a MAT file that has its name only when it is whole: a process that is
-% killed, or a full disk, leaves none. It is read again, because not every host says that a disk is full.
-% Not compressed, which would take longer than the computing.
+% Writes the fields of a struct to a MAT file. The file gets its name only when it is complete, so a killed
+% process or a full disk leaves no damaged file. writewhole reads the file back, since not every host reports
+% a full disk. The file is not compressed, since compression would take longer than the computation.
 
 function writewhole (file, contents)
 

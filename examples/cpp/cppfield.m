@@ -1,6 +1,6 @@
-% The field that the C++ program of this folder computed, beside the same from here: cppfield.png
+% Compares the field from the C++ program in this folder with that of pistongrid: cppfield.png
 %
-% Run the program first, in the same folder: it writes field.txt, one line a point, real and
+% Run the program first, in the same folder. It writes field.txt: one line per point with the real and the
 % imaginary part, x varying fastest.
 
 x = (-60:60) * 0.125;                       % all lengths in wavelengths, as in the program
@@ -8,8 +8,8 @@ z = 0.25 + (0:200) * 0.125;
 
 numbers = load ('field.txt');
 if (~ isequal (size (numbers), [numel(x) * numel(z), 2]))
-  error ('cppfield:file', 'field.txt has %d lines of %d numbers: it is not that of field.cpp.', ...
-         size (numbers));
+  error ('cppfield:file', ['field.txt has %d lines of %d numbers: it is not from field.cpp. Run the ' ...
+                           'program again.'], size (numbers));
 end
 fromcpp = numbers * [1; 1i];
 fromhere = pistongrid (x, 0, z, 7.5, 5, 2 * pi, 20);

@@ -1,7 +1,7 @@
-#include <FastNearfield/IntegratorCuda.h>
-#include <FastNearfield/RectangularPiston2.h>
-#include <core/ThrowingErrorHandler.h>
-#include <core/cudahelper.h>
+#include <pistonfield/FastNearfield/IntegratorCuda.h>
+#include <pistonfield/FastNearfield/RectangularPiston2.h>
+#include <pistonfield/core/ThrowingErrorHandler.h>
+#include <pistonfield/core/cudahelper.h>
 
 #include <cstddef>
 #include <exception>
@@ -13,10 +13,10 @@
 
 namespace {
 
-// The field of a piston of 5 by 7.5 wavelengths on the plane y = 0, lengths in wavelengths: one
-// line a point, real and imaginary part, x varying fastest.
+// Writes the field of a piston of 5 by 7.5 wavelengths on the plane y = 0, with lengths in
+// wavelengths: one line per point, real and imaginary part, x varying fastest.
 void writeField(const char* name) {
-  const pistonfield::CudaDeviceThread device;  // the fastest device, for this scope
+  const pistonfield::CudaDeviceThread device;  // starts the fastest device for this scope
   setCudaIntegratorParameters("RectangularPiston", 20);
   const pistonfield::RectangularPistonCuda2 piston(7.5, 5, 2 * 3.14159265358979);
   const pistonfield::Grid3DR<double> grid(
@@ -31,7 +31,7 @@ void writeField(const char* name) {
 }  // namespace
 
 int main() {
-  // Errors as exceptions; without this line they end the program.
+  // Throws errors as exceptions; without this line they end the program.
   pistonfield::ErrorHandler::setErrorHandler(new pistonfield::ThrowingErrorHandler);
   try {
     writeField("field.txt");

@@ -2,23 +2,23 @@
 %
 %   setup
 %
-% Takes the first of these that gives the pressure at a point: the module for NVIDIA GPUs and
-% the one for CPUs that came with this folder, and the one that setup built here before.
-% Where none does, it builds one, which takes CMake (3.25 or later) and a C++17 compiler, and
-% for a GPU a CUDA toolkit.  The environment variables of CMake, CXX say, are heeded.
+% Uses the first of these modules that computes a pressure: the module for NVIDIA GPUs and the
+% module for CPUs in this folder, and the module that setup built here before.  If none does,
+% setup builds one.  This requires CMake (3.25 or later), a C++17 compiler and, for a GPU, a
+% CUDA toolkit.  CMake's environment variables (CXX, for example) apply.
 %
-% The path is set until the host ends; savepath keeps it for later.
+% The path is set for this session; savepath keeps it for later ones.
 %
 % Errors
 %
 %   CMake was not found ...
 %   No C++ compiler was found ...
 %   mkoctfile was not found ...
-%       What is named is missing, or not on the PATH.
+%       Install the program, or add it to the PATH.
 %   The module could not be built ...
-%       For the reason that CMake or the compiler gives below.
+%       See the message of CMake or the compiler below.
 %   The module that was built does not run ...
-%       For the reason that it gives.
+%       See the reason in the message.
 %
 % See also: pistonfield, pistoninfo.
 
@@ -49,7 +49,7 @@ function setup ()
 
 end
 
-% The host's name among the targets of the build, and the folder of what is built for it.
+% Returns the build target for this host, and the folder of the module that setup builds.
 
 function [host, built] = targets (folder)
 
@@ -67,8 +67,7 @@ function answer = isoctave ()
 
 end
 
-% Puts the modules of the place on the path; where they do not run, takes them off again and says
-% why.
+% Adds the modules in place to the path. If they do not run, removes them again and returns the reason.
 
 function problem = problemof (place)
 
@@ -78,7 +77,7 @@ function problem = problemof (place)
   try
     p = pistonfield_quiet ([0; 0; 1], 0, 1, 1, 1);
     if (exist ('pistonfield') ~= 3 || ~ (abs (p) > 0))
-      problem = 'it gives no pressure';
+      problem = 'it returns no pressure';
     end
   catch failure
     problem = failure.message;
@@ -90,7 +89,7 @@ function problem = problemof (place)
 
 end
 
-% Lets go of modules that are loaded, which hosts keep otherwise.
+% Unloads the modules, which the host would otherwise keep.
 
 function forget ()
 
@@ -112,10 +111,10 @@ function build (folder, host)
   source = fullfile (folder, 'source');
   place = fullfile (folder, 'build');
   if (run_ ('cmake --version') ~= 0)
-    error ('setup:cmake', ['CMake was not found. There is no module for this computer here, and ' ...
-                           'building one takes CMake (3.25 or later) on the PATH.']);
+    error ('setup:cmake', ['CMake was not found. This archive has no module for this computer, and ' ...
+                           'building one requires CMake (3.25 or later) on the PATH.']);
   end
-  fprintf ('There is no module for this computer here. Building one in\n%s\n', place);
+  fprintf ('This archive has no module for this computer. Building one in\n%s\n', place);
 
   options = '';
   if (~ isoctave ())
@@ -123,39 +122,39 @@ function build (folder, host)
   end
   configure = sprintf ('cmake -S %s -B %s -D CMAKE_BUILD_TYPE=Release -D BUILD_TESTING=OFF%s', ...
                        quoted (source), quoted (place), options);
-  [status, said] = run_ (configure);
-  if (status ~= 0 && ~ isempty (strfind (said, 'CMAKE_CXX_COMPILER')))
-    error ('setup:compiler', 'No C++ compiler was found. CMake says:\n%s', said);
-  elseif (~ isempty (strfind (said, 'mkoctfile was not found')))
+  [status, output] = run_ (configure);
+  if (status ~= 0 && ~ isempty (strfind (output, 'CMAKE_CXX_COMPILER')))
+    error ('setup:compiler', 'No C++ compiler was found. CMake''s output:\n%s', output);
+  elseif (~ isempty (strfind (output, 'mkoctfile was not found')))
     error ('setup:mkoctfile', ...
            'mkoctfile was not found. It comes with Octave''s development files (octave-dev).');
   elseif (status == 0)
-    [status, said] = run_ (sprintf ('cmake --build %s --config Release --parallel --target %s', ...
+    [status, output] = run_ (sprintf ('cmake --build %s --config Release --parallel --target %s', ...
                                     quoted (place), host));
   end
   if (status ~= 0)
-    error ('setup:build', 'The module could not be built:\n%s', said);
+    error ('setup:build', 'The module could not be built:\n%s', output);
   end
 
 end
 
-% One word of a command line, whatever characters it has.
+% Quotes a word for the command line.
 
 function word = quoted (word)
 
   if (ispc ())
-    word = ['"', word, '"'];                % which no name of a file has there
+    word = ['"', word, '"'];                % file names cannot contain quotation marks there
   else
     word = ['''', strrep(word, '''', '''\'''''), ''''];
   end
 
 end
 
-function [status, said] = run_ (command)
+function [status, output] = run_ (command)
 
   if (isunix () && ~ isoctave ())
-    command = ['env LD_LIBRARY_PATH= ', command]; % MATLAB's own libraries are not for other programs
+    command = ['env LD_LIBRARY_PATH= ', command]; % other programs must not load MATLAB's libraries
   end
-  [status, said] = system ([command, ' 2>&1']);
+  [status, output] = system ([command, ' 2>&1']);
 
 end

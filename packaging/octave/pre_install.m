@@ -1,16 +1,18 @@
-% Installs what building takes, or says what is missing. pkg calls it before it looks for a compiler.
+% Installs the packages that the build requires, or reports what is missing. pkg calls this function before
+% it looks for a compiler.
 %
-% Where that takes sudo it asks first. The preference
+% If the installation requires sudo, the function asks first. The preference
 %
 %   setpref ("pistonfield", "use_sudo", false)
 %
-% says no, and true says yes, once and for all; where nobody can answer and there is none, it is no.
+% answers no beforehand, and true answers yes. Without the preference and without a terminal the answer is no.
 function pre_install (desc)
 
   command = in_setup ("sudo_command", desc);
   if (! isempty (command) && ! may_run (command))
-    error (["%s %s could not be installed: building it takes packages that are missing. Install them by\n" ...
-            "  %s\nand then this again, or let it run that: setpref (\"pistonfield\", \"use_sudo\", true)"],
+    error (["%s %s could not be installed: building it requires packages that are missing. " ...
+            "Install them with\n  %s\nand repeat, or allow sudo: " ...
+            "setpref (\"pistonfield\", \"use_sudo\", true)"],
            desc.name, desc.version, command);
   endif
   in_setup ("install_missing", desc);
@@ -22,8 +24,8 @@ function yes = may_run (command)
   if (ispref ("pistonfield", "use_sudo"))
     yes = getpref ("pistonfield", "use_sudo");
   elseif (isguirunning () || system ("test -t 0") == 0)
-    answer = input (sprintf ("Building this takes packages that are missing:\n  %s\nRun that? (y/n) ", ...
-                             command), "s");
+    answer = input (sprintf (["Building this requires packages that are missing:\n  %s\n" ...
+                              "Run this command? (y/n) "], command), "s");
     yes = any (strcmpi (strtrim (answer), {"y", "yes"}));
   else
     yes = false;
@@ -31,8 +33,8 @@ function yes = may_run (command)
 
 endfunction
 
-% What the function of the script setup prints on standard output, which is shown while it runs but for a
-% command; what goes wrong becomes the error.
+% Calls a function of the script setup and returns its standard output. The output of install_missing is
+% shown while it runs, and its standard error becomes the text of the error.
 function text = in_setup (name, desc)
 
   call = ["bash -c 'set -euo pipefail; . ./setup; sudo=(sudo); " name " \"${package_tools[@]}\"'"];

@@ -70,10 +70,10 @@ cp "$work/two/part-0001-of-0002.mat" "$work/refused"
 head -c 1000 "$work/two/part-0002-of-0002.mat" >"$work/refused/oct-abcdef.tmp"
 fails "these are missing: 2." join "$work/refused"
 cp "$work/three/part-0002-of-0003.mat" "$work/refused"
-fails "There are parts of 2 and of 3" join "$work/refused"
+fails "There are parts of a run with 2 and of a run with 3 processes" join "$work/refused"
 mv "$work/refused/part-0002-of-0003.mat" "$work/refused/part-0002-of-0002.mat"
-fails "has other points than it should" join "$work/refused"
-for change in "part.field.k *= 2;is of another field" "part.version = 'x';was computed by x" \
+fails "does not hold the expected points" join "$work/refused"
+for change in "part.field.k *= 2;belongs to another field" "part.version = 'x';was computed by x" \
   "part.last -= 1; part.p(end) = [];The last part does not end"; do
   "${run[@]}" "part = load ('$work/two/part-0002-of-0002.mat'); ${change%;*};
         save ('-v6', '$work/refused/part-0002-of-0002.mat', '-struct', 'part');"
@@ -108,8 +108,8 @@ fails "start more processes" "${run[@]}" "$large computepart ('$work/refused', f
       save ('-v6', '$work/one/part-0001-of-0001.mat', '-struct', 'part');"
 fails "write p = joinparts" join "$work/one"
 fails 'There is no process 2 of 2' env OMPI_COMM_WORLD_RANK=2 OMPI_COMM_WORLD_SIZE=2 "${run[@]}" "rankandsize ();"
-fails 'SLURM_NTASKS is "", which' env SLURM_PROCID=0 "${run[@]}" "rankandsize ();"
-fails 'SLURM_PROCID is "x", which' env SLURM_PROCID=x SLURM_NTASKS=1 "${run[@]}" "rankandsize ();"
+fails 'SLURM_NTASKS is ""; it must' env SLURM_PROCID=0 "${run[@]}" "rankandsize ();"
+fails 'SLURM_PROCID is "x"; it must' env SLURM_PROCID=x SLURM_NTASKS=1 "${run[@]}" "rankandsize ();"
 fails "$work/none" part "$work/none"
 for launch in "PMI_RANK=3 PMI_SIZE=4" "SLURM_PROCID=3 SLURM_NTASKS=4" \
   "OMPI_COMM_WORLD_RANK=3 OMPI_COMM_WORLD_SIZE=4 SLURM_PROCID=0 SLURM_NTASKS=1" \

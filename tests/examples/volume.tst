@@ -27,7 +27,7 @@
 %! plane = read_vtk ("plane.vtk");
 %! assert ({plane.dimensions, plane.origin, plane.spacing}, {[2, 1, 3], [1, 5, 0], [1, 1, 3]});
 %!error <must be evenly spaced> writevtk ("no.vtk", "t", [1, 2, 4], 1, 1, "a", [1, 2, 3])
-%!error <a must have a real value> writevtk ("no.vtk", "t", [1, 2, 3], 1, 1, "a", [1, 2, 3i])
-%!error <a must have a real value> writevtk ("no.vtk", "t", [1, 2, 3], 1, 1, "a", [1, 2])
+%!error <a must have one real value> writevtk ("no.vtk", "t", [1, 2, 3], 1, 1, "a", [1, 2, 3i])
+%!error <a must have one real value> writevtk ("no.vtk", "t", [1, 2, 3], 1, 1, "a", [1, 2])
 %!error <no/no.vtk: > writevtk ("no/no.vtk", "t", [1, 2, 3], 1, 1, "a", [1, 2, 3])
 %!error <could not be written> writevtk ("/dev/full", "t", 1:1e5, 1, 1, "a", 1:1e5)

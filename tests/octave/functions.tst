@@ -6,10 +6,10 @@
 %!endfunction
 
 %!function complain (name, arguments, failure) # unless it says what is wrong in words of the user's
-%!  own = ['^(Call it as|There are too many|The only option|x, y and z must be|points must be|array[. ]|' ...
+%!  own = ['^((Too few|Too many|Wrong number of) arguments|The only option|x, y and z must be|points must be|array[. ]|' ...
 %!         '[lsk] must be|nabscissas must be|quantity must be|limits must be|p must have|order must be|' ...
-%!         '[a-z]+: function called with too many inputs|x and w must be|tolerance must be|Sides must be|points must have|No order up to|' ...
-%!         'After the limits come|axes must be|pistonfield_quiet: (Input must be|Points \(argument 1\)|The given grid))'];
+%!         '[a-z]+: function called with too many inputs|x and w must be|tolerance must be|Sides must be|points must include|No order up to|' ...
+%!         'After limits, only|axes must be|pistonfield_quiet: (Input must be|Points \(argument 1\)|The given grid))'];
 %!  if (isempty (regexp (failure.message, own)))
 %!    error ("%s (%s) says: %s", name, disp (arguments), failure.message);
 %!  endif
@@ -62,7 +62,7 @@
 %!         p = pistonarray ([0; 0; 1], other, 3);
 %!         assert (size (p), [1, 1]);
 %!       catch failure
-%!         assert (! isempty (regexp (failure.message, '^(array\.[a-z]+(\(:,:,\d\))? must (be|have)|Sides must be 1e-18)')));
+%!         assert (! isempty (regexp (failure.message, '^(array\.[a-z]+(\(:,:,\d\))? must (be|have)|Sides must be from 1e-18)')));
 %!       end_try_catch
 %!     endfor
 %!   endfor

@@ -1,4 +1,4 @@
-% PISTONFIELD_ABOUT  What the modules behind pistonfield say of themselves.
+% PISTONFIELD_ABOUT  Facts about the compiled modules behind pistonfield.
 %
 %   about = pistonfield_about ()
 %
@@ -6,6 +6,6 @@
 
 function about = pistonfield_about ()
 
-  about = pistonfield ();  % only where the compiled module is missing: it says so
+  about = pistonfield ();  % runs only if the compiled module is missing; raises that error
 
 end

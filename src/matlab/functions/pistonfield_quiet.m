@@ -2,11 +2,11 @@
 %
 %   p = pistonfield_quiet (points, ignored, l, s, k, mode, nabscissas)
 %
-% For the functions beside it.  Use pistonfield, or pistongrid and pistonarray, which
-% are quiet.
+% For the other functions of this package.  Users call pistonfield, or pistongrid and
+% pistonarray, which print nothing.
 
 function p = pistonfield_quiet (varargin)
 
-  p = pistonfield (varargin{:});  % only where the compiled module is missing
+  p = pistonfield (varargin{:});  % runs only if the compiled module is missing; raises that error
 
 end

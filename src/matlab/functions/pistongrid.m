@@ -5,31 +5,33 @@
 %   p = pistongrid (..., 'quiet')
 %   [p, order] = pistongrid (...)
 %
-% p(i,j,m) is the complex pressure at the point x(i), y(j), z(m), so that
-% abs (p(:,:,1)) is a picture of the plane z(1), and pistonplot (x, y, z, p) draws a
-% plane.  The piston, the units and the scale of p are those of pistonfield.
+% p(i,j,m) is the complex pressure at the point x(i), y(j), z(m): abs (p(:,:,1)) is a
+% picture of the plane z(1), and pistonplot (x, y, z, p) draws a plane.  The piston, the
+% units and the scale of p are those of pistonfield.
 %
 % Arguments (all lengths, and 1/k, in one unit; pistonplot takes metres)
 %
-%   x, y, z     the axes of the grid: real vectors, of one value or more.
+%   x, y, z     the axes of the grid: real vectors of one or more values.
 %   l, s        sides of the piston along y and along x, full lengths.
 %   k           wave number, 2 pi / wavelength.
-%   nabscissas  order of the quadrature rule, 1 ... 512, or a table made by pistonrule,
-%               used as it is.  When it is left out or [], an order is chosen whose error
-%               is below 1e-4 of the peak pressure on the grid.
-%   'quiet'     shows no progress bar, which work of more than half a second has.
+%   nabscissas  order of the quadrature rule, 1 to 512, or a table made by pistonrule.
+%               If it is omitted or [], pistongrid chooses an order with an error below
+%               1e-4 of the peak pressure on the grid.
+%   'quiet'     suppresses the progress bar, which appears if the work takes more than
+%               half a second.
 %
 % Result
 %
 %   p           numel (x) by numel (y) by numel (z), complex double.
-%   order       the order that was chosen, or nabscissas.
+%   order       the chosen order, or nabscissas.
 %
-% How the order is chosen: the pressures of lower orders are compared with those of one at
-% least four times as high (384 with 512, the highest), on a grid of up to 1000 points at all
-% of them, on a larger one at some 700, which are those where the edges need the most, those
-% nearest to the piston, and others, with a margin.  This is no proof; of 1000 random grids
-% none was beyond 1e-4 of its peak at any point.  It takes longer than a small grid itself:
-% in a loop over small grids, pass the order that the first call returned.
+% How the order is chosen: pistongrid compares the pressures of lower orders with those
+% of an order at least four times as high (384 with 512, the highest).  It compares all
+% points of a grid of up to 1000 points.  On a larger grid it compares some 700 points,
+% with a safety margin: those that need the highest orders, those nearest to the piston,
+% and others.  This is no proof, but of 1000 random grids none had an error above 1e-4 of
+% its peak at any point.  The search takes longer than the pressure of a small grid: in a
+% loop over small grids, pass the order that the first call returned.
 %
 % Example: the plane y = 0 of a piston of 1 MHz in water
 %
@@ -39,21 +41,21 @@
 %   p = pistongrid (x, 0, z, 7.5 * lambda, 5 * lambda, 2 * pi / lambda);
 %   pistonplot (x, 0, z, p);
 %
-% Errors: "x, y and z must be real vectors."; "l must be a finite real number.", and so for s
-% and k; "nabscissas must be an order, 1 ... 512, or a table made by pistonrule, which is not
-% [x, w]."; "Sides must be 1e-18 ... 1e18 and coordinates at most 1e18: ..."; "No order up to
-% 384 brings the pressure within 1e-4 of its peak. ..." (next to the edges of very long sides,
-% and behind the piston); and those of pistonfield's device and memory.
+% Errors: "x, y and z must be non-empty real vectors."; "l must be a finite real number.",
+% the same for s and k; "nabscissas must be an order from 1 to 512, ..."; "Sides must be
+% from 1e-18 to 1e18 ..."; "No order up to 384 keeps the error below 1e-4 ..." (next to the
+% edges of very long sides, and behind the piston); and pistonfield's errors of the device
+% and of memory.
 %
 % See also: pistonfield, pistonplot, pistonarray, pistonorder.
 
 function [p, nabscissas] = pistongrid (x, y, z, l, s, k, varargin)
 
   if (nargin < 6)
-    error ('pistongrid:arguments', 'Call it as p = pistongrid (x, y, z, l, s, k).');
+    error ('pistongrid:arguments', 'Too few arguments. Call it as p = pistongrid (x, y, z, l, s, k).');
   end
   if (~ isaxis (x) || ~ isaxis (y) || ~ isaxis (z))
-    error ('pistongrid:axes', 'x, y and z must be real vectors.');
+    error ('pistongrid:axes', 'x, y and z must be non-empty real vectors.');
   end
   l = readnumber ('pistongrid', 'l', l);
   s = readnumber ('pistongrid', 's', s);
@@ -83,8 +85,8 @@ function p = piece (first, last, x, y, z, l, s, k, nabscissas)
 
 end
 
-% Some thousands of the grid's points: along each axis those nearest to an edge, and others. What a
-% short axis leaves of them goes to the longer ones.
+% Selects some thousands of the grid's points: along each axis those nearest to an edge, and others. If
+% an axis is short, the longer ones get more values.
 
 function points = somepoints (x, y, z, l, s)
 
@@ -114,7 +116,7 @@ end
 
 %!shared x, y, z
 %! x = [-2, 0.5, 1, 3];  y = [0, 0.25, 7];  z = [0.5, 4];
-%!test # the value at every point, in the order of ndgrid
+%!test # values are in the order of ndgrid
 %! p = pistongrid (x, y, z, 7.5, 5, 2 * pi, 20);
 %! assert (size (p), [4, 3, 2]);
 %! for i = 1:4
@@ -125,9 +127,9 @@ end
 %!     endfor
 %!   endfor
 %! endfor
-%!test # columns are axes too
+%!test # axes may be columns
 %! assert (pistongrid (x', y', z', 1, 2, 3), pistongrid (x, y, z, 1, 2, 3));
-%!test # the order that is left out is chosen for 1e-4 of the peak, and shown
+%!test # the default order keeps the error below 1e-4 of the peak, and is returned
 %! across = (-100:100) * 0.1e-3;
 %! depths = (1:300) * 0.1e-3;
 %! k = 2 * pi * 2.25e6 / 1500;
@@ -135,20 +137,20 @@ end
 %! best = pistongrid (across, 0, depths, 20e-3, 10e-3, k, 512);
 %! errorof = @(q) max (abs (q(:) - best(:))) / max (abs (best(:)));
 %! assert (errorof (p) < 1e-4);
-%! assert (errorof (pistongrid (across, 0, depths, 20e-3, 10e-3, k, order - 4)) > 1e-4); # and not far too high
+%! assert (errorof (pistongrid (across, 0, depths, 20e-3, 10e-3, k, order - 4)) > 1e-4); # the order is not far too high
 %! assert (p, pistongrid (across, 0, depths, 20e-3, 10e-3, k, order));
 %! [q, again] = pistongrid (across, 0, depths, 20e-3, 10e-3, k, [], "quiet");
 %! assert ({q, again}, {p, order});
-%!test # an order that is given is used as it is
+%!test # a given order is used unchanged
 %! [p, order] = pistongrid (x, y, z, 7.5, 5, 2 * pi, 4);
 %! assert (order, 4);
 %! assert (p(2,1,1), pistonfield_quiet ([0.5; 0; 0.5], 0, 7.5, 5, 2 * pi, "cuda", 4));
-%!test # no pressure, and none that is a number
+%!test # the pressure is 0 or NaN everywhere
 %! [p, order] = pistongrid (x, y, z, 7.5, 5, 0);
 %! assert ({p, order}, {complex(zeros(4, 3, 2)), 1});
 %! [p, order] = pistongrid (NaN, NaN, 1, 7.5, 5, 1);
 %! assert (isnan (p) && order == 1);
-%!error <No order up to 384 brings the pressure within 1e-4> pistongrid (0, 1.001e-4, -1, 2e-4 + 2e-10, 3, 6)
+%!error <No order up to 384 keeps the error below 1e-4> pistongrid (0, 1.001e-4, -1, 2e-4 + 2e-10, 3, 6)
 %!test # one point
 %! assert (size (pistongrid (0, 0, 1, 1, 1, 1)), [1, 1]);
 %!test # a table of pistonrule
@@ -165,18 +167,18 @@ end
 %!     p = pistongrid (grid{1}{:});
 %!     assert (max (abs (p(:) - best(:))) < 1e-4 * max (abs (best(:))));
 %!   catch failure
-%!     assert (! isempty (strfind (failure.message, "No order up to 384 brings")));
+%!     assert (! isempty (strfind (failure.message, "No order up to 384 keeps")));
 %!   end_try_catch
 %! endfor
 %!error <p = pistongrid> pistongrid (1, 2, 3, 4, 5)
-%!error <x, y and z must be real vectors> pistongrid (ones (2), 2, 3, 4, 5, 6)
-%!error <x, y and z must be real vectors> pistongrid ([], 2, 3, 4, 5, 6)
-%!error <x, y and z must be real vectors> pistongrid ("x", 2, 3, 4, 5, 6)
-%!error <x, y and z must be real vectors> pistongrid (1i, 2, 3, 4, 5, 6)
-%!error <Sides must be 1e-18> pistongrid (1, 2, 3, 1e-19, 5, 6)
+%!error <x, y and z must be non-empty real vectors> pistongrid (ones (2), 2, 3, 4, 5, 6)
+%!error <x, y and z must be non-empty real vectors> pistongrid ([], 2, 3, 4, 5, 6)
+%!error <x, y and z must be non-empty real vectors> pistongrid ("x", 2, 3, 4, 5, 6)
+%!error <x, y and z must be non-empty real vectors> pistongrid (1i, 2, 3, 4, 5, 6)
+%!error <Sides must be from 1e-18> pistongrid (1, 2, 3, 1e-19, 5, 6)
 %!error <coordinates at most 1e18> pistongrid (1, -1e19, 3, 4, 5, 6, 10)
 %!error <s must be a finite real number> pistongrid (1, 2, 3, 4, {}, 6)
-%!error <nabscissas must be an order, 1 ... 512> pistongrid (1, 2, 3, 4, 5, 6, 0)
+%!error <nabscissas must be an order from 1 to 512> pistongrid (1, 2, 3, 4, 5, 6, 0)
 %!error <a table made by pistonrule> pistongrid (1, 2, 3, 4, 5, 6, [[-1; 1] / sqrt(3), [1; 1]])
 %!demo
 %! lambda = 1500 / 1e6;

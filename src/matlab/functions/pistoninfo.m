@@ -1,18 +1,18 @@
-% PISTONINFO  What pistonfield runs on here.
+% PISTONINFO  Version, device and host of pistonfield.
 %
 %   pistoninfo
 %   info = pistoninfo ()
 %
-% Prints, or returns as a struct of texts, what a report of a problem should say:
+% Prints, or returns as a struct of texts, the facts to include in a problem report:
 %
-%   version       of pistonfield, and the revision of its sources
-%   built         when, and with which compiler
-%   device        that calls run on, and how many threads or multiprocessors it has
+%   version       version of pistonfield and revision of its sources
+%   built         date and compiler of the build
+%   device        the device in use, and its number of threads or multiprocessors
 %   reason        why the module was built for this kind of device
-%   instructions  that the kernels use: CUDA, or a set of this CPU's
-%   host          that runs this function, and the kind of computer
+%   instructions  the instructions of the kernels: CUDA, or the CPU's instruction set
+%   host          the program that runs this function, and the kind of computer
 %
-% Errors: "pistonfield is not built", as pistonfield's.
+% Errors: "pistonfield is not built", as for pistonfield.
 %
 % See also: pistonfield.
 
@@ -49,7 +49,7 @@ function words = host ()
 
 end
 
-%!test # every line says something, printed as returned
+%!test # no text is empty, and the printed texts are the returned ones
 %! info = pistoninfo ();
 %! printed = evalc ("pistoninfo");
 %! names = {"version", "built", "device", "reason", "instructions", "host"};
@@ -61,7 +61,7 @@ end
 %! assert (strncmp (info.host, ["GNU Octave " version()], 12));
 %! assert (! isempty (regexp (info.version, '^pistonfield \d+\.\d+\.\d+')));
 
-%!test # the instructions are those that calls use, whatever the environment says
+%!test # the environment does not change the instructions
 %! used = pistoninfo ().instructions;
 %! assert (any (strcmp (used, {"CUDA", "NEON", "SSE2", "AVX2", "AVX-512"})));
 %! variable = "PISTONFIELD_INSTRUCTION_SET";

@@ -4,40 +4,43 @@
 %   order = pistonorder (points, array, k, tolerance)
 %   [order, error] = pistonorder (...)
 %
-% Compares the pressures at the points with those of order 512.  Errors go up and down before
-% they stay small: half the order is tried until it is too low, then, from twice the last
-% one, orders 10 % apart, and then those between the last two.  An order above 384 is never
-% the answer, since 512 is no measure of its error.
+% Compares the pressures at the points with those of order 512.  The error may go up and
+% down before it stays small, so the search has three steps.  It halves the order until it
+% is too low.  From twice the last sufficient order it goes down again in steps of 10 %.
+% Finally it bisects between the last two orders.  It never returns an order above 384, since
+% order 512 is not accurate enough to measure its error.
 %
-% Of more than 1000 points some 700 are compared: those where an edge of a piston needs
-% the most (near to it, far from its other end, and behind it), those nearest to a piston, and
-% others from end to end of the list.  Their error must then be below half the tolerance, and
-% the order is raised by 4 % and 1 for the others.  This is no proof; of 1000 random lists, in any order in memory, none was
-% beyond the tolerance at any point.
+% Of more than 1000 points, pistonorder compares some 700: those where an edge of a piston
+% needs the highest orders (near to it, far from its other end, and behind it), those nearest
+% to a piston, and others from the whole list.  Their error must then be below half the
+% tolerance, and the order is raised by 4 % and 1 for the other points.  This is no proof, but
+% of 1000 random lists, in any order in memory, none had an error above the tolerance at any
+% point.
 %
 % Arguments
 %
 %   points      3 x N real double, as for pistonfield.
 %   l, s, k     sides and wave number, as for pistonfield.
-%   array       a struct, as for pistonarray; the pressure is then that of the sum.  What one
-%               piston needs is no guide to it: the one next to the points needs the most.
-%   tolerance   largest error over the peak pressure at the points, 1e-6 at least: single
-%               precision has no more digits.
+%   array       a struct, as for pistonarray; the pressure is then that of the sum.  Do not
+%               use the order of a single piston: the piston next to the points needs the
+%               highest order.
+%   tolerance   largest error relative to the peak pressure at the points, at least 1e-6:
+%               single precision is not more accurate.
 %
 % Result
 %
 %   order       for pistonfield, pistongrid and pistonarray.
-%   error       its largest error at the points compared, over their peak pressure.
+%   error       its largest error at the compared points, relative to their peak pressure.
 %
 % Example: for a list of points
 %
 %   [X, Y, Z] = ndgrid (-10:10, 0, 1:40);
 %   order = pistonorder ([X(:)'; Y(:)'; Z(:)'], 7.5, 5, 2 * pi, 1e-3)
 %
-% Errors: "points must be ...", "l must be a finite real number.", and so for s and k;
-% "array ...", with the field and what it must be; "points must have finite coordinates.",
-% "Sides must be 1e-18 ... 1e18 and coordinates at most 1e18: ...", "tolerance must be a number
-% of at least 1e-6, below 1." and "No order up to 384 has an error below the tolerance. ..."
+% Errors: "points must be ...", "l must be a finite real number.", the same for s and k; "array
+% ...", with the field and its requirement; "points must include at least one point with finite
+% coordinates.", "Sides must be from 1e-18 to 1e18 ...", "tolerance must be at least 1e-6 and
+% less than 1." and "No order up to 384 meets the tolerance. ..."
 %
 % See also: pistonfield, pistongrid, pistonarray, pistonrule.
 
@@ -45,8 +48,8 @@ function [order, largest] = pistonorder (points, varargin)
 
   if (nargin ~= 5 && ~ (nargin == 4 && isstruct (varargin{1})))
     error ('pistonorder:arguments', ...
-           ['Call it as order = pistonorder (points, l, s, k, tolerance) or ' ...
-            'order = pistonorder (points, array, k, tolerance).']);
+           ['Wrong number of arguments. Call it as order = pistonorder (points, l, s, k, tolerance) ' ...
+            'or order = pistonorder (points, array, k, tolerance).']);
   end
   checkpoints ('pistonorder', points);
   if (nargin == 4)
@@ -61,19 +64,19 @@ function [order, largest] = pistonorder (points, varargin)
   tolerance = varargin{end};
   if (~ isnumeric (tolerance) || ~ isreal (tolerance) || numel (tolerance) ~= 1 ...
       || ~ (tolerance >= 1e-6 && tolerance < 1))
-    error ('pistonorder:tolerance', 'tolerance must be a number of at least 1e-6, below 1.');
+    error ('pistonorder:tolerance', 'tolerance must be at least 1e-6 and less than 1.');
   end
   if (~ any (all (isfinite (points), 1)))
-    error ('pistonorder:finite', 'points must have finite coordinates.');
+    error ('pistonorder:finite', 'points must include at least one point with finite coordinates.');
   end
   checklengths ('pistonorder', [array.l; array.s], [points, array.positions]);
 
   [order, largest] = chooseorder (points, array, k, full (double (tolerance)), 512);
   if (isempty (order))
     error ('pistonorder:none', ...
-           ['No order up to 384 has an error below the tolerance. Raise the tolerance, or leave out ' ...
-            'points behind a piston and next to very long edges. Are points, sides and k in one unit, ' ...
-            'k = 2 pi / wavelength?']);
+           ['No order up to 384 meets the tolerance. Check that points, sides and k are in one unit, ' ...
+            'with k = 2 pi / wavelength. Otherwise raise the tolerance, or leave out points behind a ' ...
+            'piston and next to very long edges.']);
   end
 
 end
@@ -82,7 +85,7 @@ end
 %! [X, Y, Z] = ndgrid (linspace (-6, 6, 7), linspace (-6, 6, 7), [0.5, 2, 10, 40]);
 %! points = [X(:)'; Y(:)'; Z(:)'];
 %! best = pistonfield_quiet (points, 0, 7.5, 5, 2 * pi, "cuda", 512);
-%!test # from this order on all are within the tolerance, and the one before is not
+%!test # from the returned order on all errors are below the tolerance; that of the order before is not
 %! for tolerance = [1e-2, 1e-3, 1e-5]
 %!   [order, err] = pistonorder (points, 7.5, 5, 2 * pi, tolerance);
 %!   errors = arrayfun (@(n) max (abs (pistonfield_quiet (points, 0, 7.5, 5, 2 * pi, "cuda", n) - best)), 1:128) ...
@@ -90,7 +93,7 @@ end
 %!   assert (order, find (errors >= tolerance, 1, "last") + 1);
 %!   assert (err, errors(order));
 %! endfor
-%!test # also where errors go up again
+%!test # the same if the error goes up again
 %! R = 10;
 %! few = [linspace(-R, R, 6); linspace(R / 2, -R, 6); linspace(R / 20, R, 6)];
 %! exact = pistonfield_quiet (few, 0, 5, 51, 2 * pi, "cuda", 512);
@@ -103,20 +106,20 @@ end
 %! assert (order > 16 && order <= last + 1);
 %! assert (err, errors(order));
 %! assert (err < 0.1);
-%!test # no pressure needs no order
+%!test # a field of zeros needs order 1
 %! assert (pistonorder ([0; 0; 1], 0, 1, 1, 1e-3), 1);
-%!test # order 1, where any is good enough
+%!test # order 1 if every order is sufficient
 %! assert (pistonorder ([0; 0; 1], 1e-3, 1e-3, 1, 0.5), 1);
-%!test # a long list is sampled from end to end
+%!test # the sample covers a whole long list
 %! many = repmat (points, 1, 50);
 %! order = pistonorder (many, 7.5, 5, 2 * pi, 1e-3);
 %! fewer = pistonorder (points, 7.5, 5, 2 * pi, 1e-3);
-%! assert (order >= fewer && order <= fewer + 4); # a margin for the points that are not in the sample
-%!test # lists of grids, whose rows a regular sample of their memory would meet in a few columns
+%! assert (order >= fewer && order <= fewer + 4); # margin for the points outside the sample
+%!test # a list made from a grid: a regular sample would contain only a few of the grid's columns
 %! [X, Z] = ndgrid (linspace (-30e-3, 30e-3, 301), linspace (0.1e-3, 60e-3, 501));
 %! k = 2 * pi * 5e6 / 1500;
 %! orders = zeros (1, 2);
-%! for side = 1:2                                  # as the first and last element of 128 see it
+%! for side = 1:2                                  # seen from the first and the last of 128 elements
 %!   seen = [X(:)' + (2 * side - 3) * 19e-3; zeros(1, numel (X)); Z(:)'];
 %!   best = pistonfield_quiet (seen, 0, 5e-3, 0.25e-3, k, "cuda", 512);
 %!   orders(side) = pistonorder (seen, 5e-3, 0.25e-3, k, 1e-3);
@@ -124,7 +127,7 @@ end
 %!   assert (max (abs (p - best)) < 1e-3 * max (abs (best)));
 %! endfor
 %! assert (abs (diff (orders)) <= 1);
-%!test # an array: the peak is the sum's, and the element that is next to the points needs the most
+%!test # for an array, the error is relative to the peak of the sum
 %! row = struct ("l", 5e-3, "s", 0.25e-3, "positions", [((1:32) - 16.5) * 0.3e-3; zeros(2, 32)], ...
 %!               "focus", [0, 0, 8e-3]);
 %! [X, Z] = ndgrid (linspace (-6e-3, 6e-3, 61), linspace (0.1e-3, 12e-3, 60));

@@ -1,9 +1,11 @@
-% p = arraypressure (points, array, k, nabscissas, name, quiet): the sum of the weighted pressures of
-% an array of readarray. Long work shows a bar under that name, unless it is to be quiet.
+% p = arraypressure (points, array, k, nabscissas, name, quiet)
+%
+% Returns the sum of the weighted pressures of an array from readarray. Long work shows a progress bar
+% with that name, unless quiet is true.
 
 function p = arraypressure (points, array, k, nabscissas, name, quiet)
 
-  % Pistons of equal sides go through one call: starting and releasing a GPU costs more than
+  % Pistons of equal sides share one call: starting and releasing a GPU takes longer than computing
   % millions of points.
   [~, ~, kind] = unique ([array.l, array.s], 'rows');
   members = accumarray (kind(:), 1);

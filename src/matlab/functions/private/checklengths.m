@@ -1,12 +1,15 @@
-% checklengths (name, sides, coordinates): an error of the function of that name unless single precision
-% has the squares of all lengths, which pistonfield does not check.
+% checklengths (name, sides, coordinates)
+%
+% Raises an error of the function of that name if the square of a length is out of range in single
+% precision. pistonfield does not check this.
 
 function checklengths (name, sides, coordinates)
 
   sides = abs (sides(sides ~= 0));
   if (any (sides < 1e-18) || any (sides > 1e18) || any (abs (coordinates(:)) > 1e18))
     error ([name, ':lengths'], ...
-           'Sides must be 1e-18 ... 1e18 and coordinates at most 1e18: choose another unit of length.');
+           ['Sides must be from 1e-18 to 1e18 and coordinates at most 1e18 in magnitude: choose another ' ...
+            'unit of length.']);
   end
 
 end

@@ -1,11 +1,13 @@
 % [order, largest] = chooseorder (points, array, k, tolerance, reference)
 %
-% The order whose error at the points is below the tolerance, of their peak pressure, for an array of
-% readarray; and its largest error. order is empty where there is none. Errors are differences from the
-% reference, an order that is doubled, to 512 at most, until it is four times the order that is
-% compared with it: errors that fall slowly would be less from one order to the next than they are.
+% Returns the lowest order whose error at the points is below the tolerance, and its largest error, both
+% relative to the peak pressure, for an array from readarray. order is empty if no order is sufficient.
 %
-% Of more than 1000 points some are compared, and the order has a margin for the others.
+% The error of an order is measured against a reference order that is at least four times as high (384
+% against 512). Against a closer reference, an error that decreases slowly would look too small. If no order
+% meets the tolerance, the reference is doubled, up to 512.
+%
+% Of more than 1000 points only some are compared, and the order gets a margin for the others.
 
 function [order, largest] = chooseorder (points, array, k, tolerance, reference)
 
@@ -13,9 +15,9 @@ function [order, largest] = chooseorder (points, array, k, tolerance, reference)
   if (sampled)
     points = hardestpoints (points, array, k, tolerance);
   end
-  within = tolerance / (1 + sampled);        % the largest of many errors is not in the sample
+  within = tolerance / (1 + sampled);        % the sample may miss the largest error
   if (anybehind (points, array))
-    reference = 512;                        % lower orders agree there that all miss a pole
+    reference = 512;                        % all lower orders may miss a pole, and still agree
   end
 
   order = [];
@@ -39,7 +41,7 @@ function [order, largest] = chooseorder (points, array, k, tolerance, reference)
 
 end
 
-% Whether a point lies behind a piston.
+% Returns whether a point lies behind a piston.
 
 function answer = anybehind (points, array)
 
@@ -49,15 +51,15 @@ function answer = anybehind (points, array)
 
 end
 
-% The lowest order from which on errors are below the tolerance, and its error. Before they stay small
-% they go up and down: so it goes downward in steps to the half until one is too low, then from twice
-% the last one in small steps, and the gap that is left is bisected.
+% Returns the lowest order from which on errors are below the tolerance, and its error. Errors go up and
+% down before they stay small. So the search halves the order until it is too low, then descends in small
+% steps from twice the last sufficient order, and bisects the remaining gap.
 
 function [order, largest] = lowest (errorof, tolerance, reference)
 
   highest = reference / 4;
   if (reference == 512)
-    highest = 384;                          % there is no higher reference
+    highest = 384;                          % 512 is the highest reference
   end
   order = [];
   largest = errorof (highest);
@@ -80,7 +82,7 @@ function [order, largest] = lowest (errorof, tolerance, reference)
 
 end
 
-% The last order before one that is too low, from one that is not downward by that factor.
+% Divides a sufficient order by the factor until the next one is too low; returns the last sufficient one.
 
 function order = descend (errorof, tolerance, order, factor)
 

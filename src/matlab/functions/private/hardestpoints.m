@@ -1,12 +1,13 @@
-% some = hardestpoints (points, array, k, tolerance): some 700 of the points, among them those at
-% which a piston of the array needs the highest orders for the tolerance, and those nearest to a
-% piston, where the pressure is high.
+% some = hardestpoints (points, array, k, tolerance)
+%
+% Returns some 700 of the points, among them those at which a piston of the array needs the highest orders
+% for the tolerance, and those nearest to a piston, where the pressure is high.
 
 function some = hardestpoints (points, array, k, tolerance)
 
   N = size (points, 2);
   spread = unique (1 + floor (N * mod ((1:150) * (sqrt (5) - 1) / 2, 1)));
-  % Squared distances to the pistons' centres over their squared diagonals, as a product of matrices:
+  % Squared distances to the pistons' centres, divided by their squared diagonals, as a matrix product:
   % |x - c|^2 = -2 x.c + |c|^2 + |x|^2.
   M = numel (array.weights);
   c = array.positions;
@@ -25,8 +26,8 @@ function some = hardestpoints (points, array, k, tolerance)
   known = unique ([nearest(1:min (N, 100)), spread]);
   peak = max ([abs(arraypressure (points(:,known), array, k, 128, '', true)); realmin]);
 
-  % In front of a piston and far from it, the order changes slowly from point to point: these points
-  % follow all the others, the nearest ones first.
+  % In front of a piston and far from it, the order changes slowly from point to point. These points
+  % rank after all others, the nearest first.
   orders = -distances;
   for first = 1:piece:N
     these = first:min (N, first + piece - 1);
@@ -44,14 +45,14 @@ function some = hardestpoints (points, array, k, tolerance)
       orders(here) = max (orders(here), ordersfor (own, array.l(m), array.s(m), k, allowed));
     end
   end
-  orders(isnan (orders)) = -Inf;            % of coordinates that are none
+  orders(isnan (orders)) = -Inf;            % from NaN coordinates
   [~, ranked] = sort (orders, 'descend');
   some = points(:,unique ([ranked(spreadranks (N, 500)), known]));
 
 end
 
-% About the order that the pressure of a piston needs at each of the points for an error below the
-% tolerance. It ranks them; it is no bound.
+% Estimates the order that the pressure of a piston needs at each of the points for an error below the
+% tolerance. The estimate is good enough to rank the points, but is no bound.
 
 function orders = ordersfor (points, l, s, k, tolerance)
 
@@ -65,17 +66,17 @@ function orders = ordersfor (points, l, s, k, tolerance)
 
 end
 
-% For the nearer of two edges, that far beside the point. The integral is at most the angle under
-% which the point's foot sees the edge, and next to the edge it is less.
+% Estimates the order for the nearer of two edges, at the distance beside. The integral is at most the
+% angle that the edge subtends at the foot of the point, and smaller next to the edge.
 
 function orders = foredge (along, side, beside, z, k, tolerance)
 
-  first = max (along - side / 2, 0);        % at the foot the interval is split
+  first = max (along - side / 2, 0);        % the interval is split at the foot
   last = along + side / 2;
   apart = beside .^ 2;
   angle = min (abs (beside) .* (last - first) ./ (first .^ 2 + apart), 1);
   orders = forinterval (first, last, apart + z .^ 2, k, min (angle, k * abs (beside)) / tolerance);
-  behind = z < 0;                           % the foot is a pole there
+  behind = z < 0;                           % the integrand has a pole at the foot
   if (any (behind))
     poles = forinterval (first(behind), last(behind), apart(behind), k, angle(behind) / tolerance);
     orders(behind) = max (orders(behind), poles);
@@ -83,8 +84,9 @@ function orders = foredge (along, side, beside, z, k, tolerance)
 
 end
 
-% A quarter of the phase from one end to the other, and what a singularity takes at that squared
-% distance beside the line, by the ellipse through it whose foci are the ends.
+% Adds a quarter of the phase difference between the ends and the order that a singularity at that squared
+% distance from the line requires. The latter follows from the ellipse through the singularity with its
+% foci at the ends.
 
 function orders = forinterval (first, last, squared, k, ratio)
 

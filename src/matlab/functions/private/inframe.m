@@ -1,5 +1,7 @@
-% own = inframe (points, centre, rotation): the points in the coordinates of a piston. Not a product
-% of matrices, whose last digit may depend on how many columns there are.
+% own = inframe (points, centre, rotation)
+%
+% Returns the points in the coordinates of a piston. A matrix product is avoided, since its last digit may
+% depend on the number of columns.
 
 function own = inframe (points, centre, rotation)
 

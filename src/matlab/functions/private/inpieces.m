@@ -1,9 +1,8 @@
 % values = inpieces (name, evaluate, count, piece, shares, quiet)
 %
-% The column of the sums of evaluate (first, last, part) over the parts, 1:numel (shares), for all
-% of 1:count, computed a piece at a time. Unless it is to be quiet, a bar shows what is done and
-% the time left when that is to be more than half a second; shares are what parts take of the work,
-% in whole numbers.
+% Returns a column of count values: the sums of evaluate (first, last, part) over the parts
+% 1:numel (shares), computed one piece at a time. shares are whole numbers proportional to the work of each
+% part. Unless quiet is true, work of more than half a second shows a progress bar with the remaining time.
 
 function values = inpieces (name, evaluate, count, piece, shares, quiet)
 
@@ -20,7 +19,7 @@ function values = inpieces (name, evaluate, count, piece, shares, quiet)
       seconds = toc (started);
       if (~ quiet && (~ isempty (shown) || (done < total && seconds * total / done > 0.5)))
         if (isempty (shown))
-          closing = onCleanup (@() fprintf ('\n'));  % also when the user ends it
+          closing = onCleanup (@() fprintf ('\n'));  % also on Ctrl-C
         end
         current = progressbar (name, done / total, seconds);
         fprintf ('%s%s', repmat (char (8), 1, numel (shown)), current);

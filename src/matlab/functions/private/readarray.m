@@ -1,16 +1,18 @@
-% array = readarray (array, k): the array of pistonarray, complete: sides, positions, rotations and
-% weights of every piston, in columns (rotations: 3 x 3 x M), the phases of steer and focus in the
-% weights.
+% array = readarray (array, k)
+%
+% Checks and completes the array argument of pistonarray: returns the sides, positions, rotations and
+% weights of every piston, in columns (rotations: 3 x 3 x M). The weights include the phases of steer and
+% focus.
 
 function array = readarray (array, k)
 
   if (~ isstruct (array) || numel (array) ~= 1)
-    fail ('must be a struct.');
+    fail ('must be a scalar struct.');
   end
   known = {'l', 's', 'positions', 'rotations', 'weights', 'steer', 'focus'};
   unknown = setdiff (fieldnames (array), known);
   if (~ isempty (unknown))
-    fail (['has an unknown field: %s. It can have l, s, positions, rotations, weights, steer and ' ...
+    fail (['has an unknown field: %s. The fields are l, s, positions, rotations, weights, steer and ' ...
            'focus.'], unknown{1});
   end
   for field = {'l', 's', 'positions'}
@@ -21,7 +23,7 @@ function array = readarray (array, k)
 
   c = array.positions;
   if (~ isreals (c) || size (c, 1) ~= 3 || ndims (c) > 2 || isempty (c))
-    fail ('.positions must be real, three rows and a column for each piston.');
+    fail ('.positions must be a finite real matrix with three rows and one column for each piston.');
   end
   array.positions = full (double (c));
   M = size (c, 2);
@@ -36,7 +38,7 @@ end
 function values = oneeach (values, name, M)
 
   if (~ isreals (values) || ~ any (numel (values) == [1, M]))
-    fail ('.%s must be a number, or one for each piston.', name);
+    fail ('.%s must be a finite real number, or one for each piston.', name);
   end
   values = repmat (full (double (values(:))), M / numel (values), 1);
 
@@ -50,12 +52,12 @@ function R = readrotations (array, M)
   end
   if (~ isreals (R) || size (R, 1) ~= 3 || size (R, 2) ~= 3 || ~ any (size (R, 3) == [1, M]) ...
       || ndims (R) > 3)
-    fail ('.rotations must be 3 x 3, or 3 x 3 x the number of pistons.');
+    fail ('.rotations must be 3 x 3, or 3 x 3 x M for M pistons.');
   end
   R = full (double (R));
   for m = 1:size (R, 3)
     if (~ (norm (R(:,:,m)' * R(:,:,m) - eye (3)) < 1e-6) || det (R(:,:,m)) < 0)
-      fail ('.rotations(:,:,%d) must be a rotation.', m);
+      fail ('.rotations(:,:,%d) must be a rotation matrix.', m);
     end
   end
   R = repmat (R, [1, 1, M / size(R, 3)]);
@@ -68,26 +70,26 @@ function weights = readweights (array, M)
   if (isfield (array, 'weights'))
     weights = array.weights;
     if (~ isnumeric (weights) || numel (weights) ~= M || ~ all (isfinite (weights(:))))
-      fail ('.weights must be a finite number for each piston.');
+      fail ('.weights must be one finite number for each piston.');
     end
     weights = full (double (weights(:)));
   end
 
 end
 
-% How much longer the way of a piston's wave is than that of one from the origin; waves turn as
-% exp (-i k R).
+% Returns how much longer the path of each piston's wave is than that of a wave from the origin; the
+% phase of a wave is exp (-i k R).
 
 function lengths = leads (array)
 
   lengths = zeros (size (array.positions, 2), 1);
   if (isfield (array, 'steer') && isfield (array, 'focus'))
-    fail ('can have one of steer and focus.');
+    fail ('must not have both steer and focus: remove one of them.');
   end
   if (isfield (array, 'steer'))
     direction = readpoint (array.steer, 'steer');
     if (~ (norm (direction) > 0))
-      fail ('.steer must have a length.');
+      fail ('.steer must be a nonzero vector.');
     end
     lengths = -array.positions.' * direction / norm (direction);
   elseif (isfield (array, 'focus'))
@@ -100,7 +102,7 @@ end
 function point = readpoint (values, name)
 
   if (~ isreals (values) || numel (values) ~= 3)
-    fail ('.%s must be three numbers.', name);
+    fail ('.%s must be three finite real numbers.', name);
   end
   point = full (double (values(:)));
 

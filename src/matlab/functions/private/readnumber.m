@@ -1,5 +1,7 @@
-% number = readnumber (name, argument, value): the value of that argument of the function of that
-% name, which must be a number, as a double.
+% number = readnumber (name, argument, value)
+%
+% Returns the value as a double. Raises an error of the function of that name, about the argument of that
+% name, unless the value is a finite real number.
 
 function number = readnumber (name, argument, value)
 

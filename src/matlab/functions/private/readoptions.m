@@ -1,5 +1,7 @@
-% [nabscissas, quiet] = readoptions (name, options): what may follow the other arguments of the
-% function of that name, in this order: the quadrature rule, empty when it is left out, and 'quiet'.
+% [nabscissas, quiet] = readoptions (name, options)
+%
+% Reads the optional last arguments of the function of that name: the quadrature rule, empty if omitted,
+% and 'quiet'.
 
 function [nabscissas, quiet] = readoptions (name, options)
 
@@ -7,25 +9,26 @@ function [nabscissas, quiet] = readoptions (name, options)
   quiet = ~ isempty (options) && (ischar (options{end}) || isa (options{end}, 'string'));
   if (quiet)
     if (~ isequal (char (options{end}), 'quiet'))
-      error ([name, ':option'], 'The only option is ''quiet'', which comes last.');
+      error ([name, ':option'], 'The only option is ''quiet'', and it must be the last argument.');
     end
     options(end) = [];
   end
   if (numel (options) > 1)
-    error ([name, ':arguments'], 'There are too many arguments: after k come the order and ''quiet''.');
+    error ([name, ':arguments'], ...
+           'Too many arguments: after k, only the order and ''quiet'' are allowed.');
   end
   if (~ isempty (options))
     nabscissas = options{1};
-    if (~ isleftout (nabscissas) && ~ isorder (nabscissas) && ~ istable (nabscissas))
+    if (~ isomitted (nabscissas) && ~ isorder (nabscissas) && ~ istable (nabscissas))
       error ([name, ':nabscissas'], ...
-             ['nabscissas must be an order, 1 ... 512, or a table made by pistonrule, ' ...
-              'which is not [x, w].']);
+             ['nabscissas must be an order from 1 to 512, or a table made by pistonrule. ' ...
+              'Pack a table [x, w] with pistonrule (x, w).']);
     end
   end
 
 end
 
-function answer = isleftout (value)
+function answer = isomitted (value)
 
   answer = isnumeric (value) && isequal (size (value), [0, 0]);
 
@@ -38,7 +41,8 @@ function answer = isorder (value)
 
 end
 
-% In the layout of pistonrule: what it packs has these signs and this sum, [x, w] as a rule has not.
+% Returns whether the value has the layout of pistonrule. A table [x, w] usually fails the check of the
+% signs or of the sum.
 
 function answer = istable (value)
 

@@ -1,4 +1,6 @@
-% array = singlepiston (l, s): the array, complete as from readarray, of one piston.
+% array = singlepiston (l, s)
+%
+% Returns the array of one piston, complete as from readarray.
 
 function array = singlepiston (l, s)
 

@@ -1,5 +1,7 @@
-% ranks = spreadranks (N, count): about that many of 1:N, rising: the first half of them one after
-% the other, then ever wider apart, up to N.
+% ranks = spreadranks (N, count)
+%
+% Returns about count of 1:N in ascending order: the first half are consecutive, the others are spaced ever
+% wider, up to N.
 
 function ranks = spreadranks (N, count)
 
