@@ -2,8 +2,6 @@
 
 #include <cuda_runtime.h>
 
-#include <cstddef>
-
 #include "FastNearfield/IntegratorCuda.h"
 #include "FastNearfield/RectangularPistonCuda.h"
 #include "benchmarks/Fields.h"
@@ -18,12 +16,14 @@ constexpr const char* sourceFile = "benchmarks/KernelOnField";
 
 KernelOnField::KernelOnField(const std::vector<float>& positions)
     : points_(static_cast<int>(positions.size() / 3)),
+      positions_(positions),
+      pressures_(positions.size() / 3),
       nodesOfOrderOne_(fields::nodes(positions, 1)) {
-  tellProgress(false);
-  const std::size_t bytes = positions.size() * sizeof(float);
-  ready_ = d_pos_.allocate(bytes) == cudaSuccess &&
-           d_array_.allocate(static_cast<std::size_t>(points_) * sizeof(Complex)) == cudaSuccess &&
-           cudaMemcpy(d_pos_.get(), positions.data(), bytes, cudaMemcpyHostToDevice) == cudaSuccess;
+  showProgress(false);
+  ready_ =
+      d_pos_.allocate(positions_.data(), positions_.size() * sizeof(float)) == cudaSuccess &&
+      d_array_.allocate(pressures_.data(), pressures_.size() * sizeof(Complex)) == cudaSuccess &&
+      d_pos_.upload() == cudaSuccess;
   if (!ready_) return;
   setOrder(2);
   run();  // the first touch of the buffers

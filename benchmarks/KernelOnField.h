@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "FastNearfield/Complex.h"
+#include "core/Complex.h"
 #include "core/DeviceBuffer.h"
 
 /// The kernel for a list of points of the field, on buffers that are there.
@@ -28,8 +28,10 @@ class KernelOnField {
 
  private:
   int points_;
-  std::int64_t nodesOfOrderOne_;
+  std::vector<float> positions_;
+  std::vector<pistonfield::Complex> pressures_;
   pistonfield::DeviceBuffer<float> d_pos_;
   pistonfield::DeviceBuffer<pistonfield::Complex> d_array_;
+  std::int64_t nodesOfOrderOne_;
   bool ready_;
 };

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "FastNearfield/PackedPressure.h"
 #include "FastNearfield/RectangularPiston2.h"
+#include "FastNearfield/packs/PackedPressure.h"
 #include "support/LiteralPressure.h"
 
 // The accuracy of the evaluations for a piston of 5λ × 7.5λ, as data files of two columns or more:

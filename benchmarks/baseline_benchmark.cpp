@@ -193,7 +193,7 @@ void cpuToLiteral(benchmark::State& state) {
   std::vector<T> out(std::size_t{2} * grid.nbPositions());
   const LiteralSum<T> literalSum;
   T d = static_cast<T>(fields::wavelength);
-  pistonfield::tellProgress(false);
+  pistonfield::showProgress(false);
   const auto prepare = [] {};
   fields::useCores(1);
   const std::vector<double> seconds =

@@ -1,5 +1,5 @@
-# Chooses the device that the system is built for, and says why in <build>/device.txt: its name in
-# the first line, the reason in the second.
+# Chooses the device of the build. Writes its name (first line) and the reason (second line) to
+# <build>/device.txt.
 
 set(PISTONFIELD_DEVICE auto CACHE STRING
     "The device to build for: cuda, emulation, or auto (cuda if a toolkit and a usable GPU are found)")
@@ -10,11 +10,11 @@ set(emulation_name "Device Emulation (CPU)")
 if(PISTONFIELD_DEVICE STREQUAL "cuda")
   set(PISTONFIELD_USE_CUDA ON)
   set(device_name "CUDA")
-  set(device_reason "asked for with PISTONFIELD_DEVICE=cuda")
+  set(device_reason "set by PISTONFIELD_DEVICE=cuda")
 elseif(PISTONFIELD_DEVICE STREQUAL "emulation")
   set(PISTONFIELD_USE_CUDA OFF)
   set(device_name "${emulation_name}")
-  set(device_reason "asked for with PISTONFIELD_DEVICE=emulation")
+  set(device_reason "set by PISTONFIELD_DEVICE=emulation")
 elseif(PISTONFIELD_DEVICE STREQUAL "auto")
   set(PISTONFIELD_USE_CUDA OFF)
   set(device_name "${emulation_name}")
@@ -36,19 +36,19 @@ elseif(PISTONFIELD_DEVICE STREQUAL "auto")
     endif()
   endif()
 else()
-  message(FATAL_ERROR "PISTONFIELD_DEVICE is \"${PISTONFIELD_DEVICE}\"; it can be auto, cuda or emulation")
+  message(FATAL_ERROR "PISTONFIELD_DEVICE is \"${PISTONFIELD_DEVICE}\"; it must be auto, cuda or emulation")
 endif()
 
 if(PISTONFIELD_USE_CUDA)
   if(NOT DEFINED CMAKE_CUDA_ARCHITECTURES)
-    set(CMAKE_CUDA_ARCHITECTURES all) # and PTX of the newest major one
+    set(CMAKE_CUDA_ARCHITECTURES all) # and PTX for the newest major architecture
   endif()
   set(CMAKE_CUDA_STANDARD 17)
   set(CMAKE_CUDA_STANDARD_REQUIRED ON)
   set(CMAKE_CUDA_RUNTIME_LIBRARY Static)
   find_package(CUDAToolkit REQUIRED)
   if(NOT DEFINED CMAKE_CUDA_COMPILER AND CUDAToolkit_NVCC_EXECUTABLE)
-    set(CMAKE_CUDA_COMPILER ${CUDAToolkit_NVCC_EXECUTABLE}) # also where it is not on the PATH
+    set(CMAKE_CUDA_COMPILER ${CUDAToolkit_NVCC_EXECUTABLE}) # which need not be on the PATH
   endif()
   enable_language(CUDA)
 endif()

@@ -1,18 +1,18 @@
-# Makes mistakes in what is built with optimisation harder to exploit. Sanitizers, which look for the
-# same mistakes, and GPU code go without.
+# Makes memory errors in optimised builds harder to exploit. Sanitizer builds, which detect the same
+# errors, and GPU code are not hardened.
 
 include(CheckCXXCompilerFlag)
 include(CheckPIESupported)
 
-check_pie_supported() # for programs to be linked as position-independent, too
+check_pie_supported() # so that programs are also linked as position-independent
 if(NOT CMAKE_CXX_COMPILER_ID MATCHES "^(GNU|Clang|AppleClang)$" OR PISTONFIELD_SANITIZE)
   return()
 endif()
 
-# Distributions set a level of their own. The standard library's assertions are left to the builds that
-# look for mistakes: with them a module needs a library as new as the compiler, which hosts may lack.
+# Distributions preset their own _FORTIFY_SOURCE level. The standard library's assertions are enabled in
+# sanitizer builds only: they need a library as new as the compiler, which hosts may not have.
 set(hardening -fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
-check_cxx_compiler_flag(-fcf-protection has_cf_protection) # x86 alone
+check_cxx_compiler_flag(-fcf-protection has_cf_protection) # x86 only
 if(has_cf_protection)
   list(APPEND hardening -fcf-protection)
 endif()

@@ -1,5 +1,5 @@
-# For MATLAB, with the separate complex interface that the gateway is written for: <build>/matlab
-# holds the modules and the functions.
+# Builds the modules for MATLAB and copies the functions: <build>/matlab. The gateway uses the separate
+# complex interface.
 
 option(PISTONFIELD_MATLAB "Build the modules for MATLAB" OFF)
 if(NOT PISTONFIELD_MATLAB)

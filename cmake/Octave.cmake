@@ -1,4 +1,4 @@
-# For GNU Octave: <build>/octave holds the modules and the functions.
+# Builds the modules for GNU Octave and copies the functions: <build>/octave.
 
 find_program(MKOCTFILE mkoctfile)
 find_program(OCTAVE NAMES octave-cli octave)
@@ -7,7 +7,7 @@ if(NOT MKOCTFILE)
   return()
 endif()
 if(PISTONFIELD_SANITIZE)
-  return() # Octave, which is not sanitized, could not load it
+  return() # Octave is not sanitized and cannot load sanitized modules
 endif()
 
 execute_process(COMMAND ${MKOCTFILE} -p OCTINCLUDEDIR OUTPUT_VARIABLE octave_include

@@ -1,19 +1,23 @@
-# What `cmake --install` puts where: the C++ library and its headers for find_package(pistonfield) and
-# pkg-config, the program gauss_legendre, the licence, and what Octave loads in lib/pistonfield/octave.
+# The rules of `cmake --install`: the C++ library and its headers for find_package(pistonfield) and
+# pkg-config, the program gauss_legendre, the licence, and the Octave modules in lib/pistonfield/octave.
 
 include(CMakePackageConfigHelpers)
 include(GNUInstallDirs)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/pistonfield)
-set(header_dir ${CMAKE_INSTALL_INCLUDEDIR}/pistonfield)
 
 set(libraries pistonfield pistonfield_parallel)
 if(NOT PISTONFIELD_USE_CUDA)
   list(APPEND libraries pistonfield_emulation)
 endif()
-install(TARGETS ${libraries} EXPORT pistonfieldTargets
-        FILE_SET HEADERS DESTINATION ${header_dir}
-        FILE_SET version DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(TARGETS ${libraries} EXPORT pistonfieldTargets INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+set(header_dir ${CMAKE_INSTALL_INCLUDEDIR}/pistonfield)
+get_property(public_headers GLOBAL PROPERTY PISTONFIELD_PUBLIC_HEADERS)
+foreach(header IN LISTS public_headers)
+  get_filename_component(room ${header} DIRECTORY)
+  install(FILES ${PROJECT_SOURCE_DIR}/src/${header} DESTINATION ${header_dir}/${room})
+endforeach()
+install(FILES ${PROJECT_BINARY_DIR}/include/pistonfield/version.h DESTINATION ${header_dir})
 install(EXPORT pistonfieldTargets NAMESPACE pistonfield:: DESTINATION ${package_dir})
 install(FILES ${PROJECT_SOURCE_DIR}/COPYING DESTINATION ${CMAKE_INSTALL_DOCDIR})
 if(TARGET gauss_legendre)
@@ -25,7 +29,7 @@ if(TARGET gauss_legendre)
   install(TARGETS gauss_legendre)
 endif()
 
-# What the library itself needs. Programs that link it need that only if it is static.
+# The dependencies of the library. Programs that link it need them only if it is static.
 set(private_libraries -pthread)
 if(PISTONFIELD_USE_CUDA)
   string(APPEND private_libraries " -L${CUDAToolkit_LIBRARY_DIR} -lcudart_static -ldl -lrt")

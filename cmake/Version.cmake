@@ -1,4 +1,4 @@
-# Provides the header version.h, made anew in every build that follows a commit.
+# Provides the header version.h, which is regenerated after each commit.
 
 set(version_dir ${PROJECT_BINARY_DIR}/generated)
 set(write_version

@@ -1,14 +1,14 @@
 # cmake -D SOURCE=… -D OUTPUT=… -D VERSION=… -P WriteVersion.cmake
 #
-# The revision is the commit: that in the file "revision" of an archive, or the last one of the sources' own
-# repository. Without either it is the project's version.
+# The revision is the commit in the file "revision" (in an archive), or the last commit of the repository.
+# Without either it is the version of the project.
 
 set(PISTONFIELD_REVISION ${VERSION})
 set(PISTONFIELD_COMMIT_DATE "unknown")
 set(commit "")
 if(EXISTS ${SOURCE}/revision)
   file(READ ${SOURCE}/revision commit)
-elseif(EXISTS ${SOURCE}/.git) # not one that happens to lie further up
+elseif(EXISTS ${SOURCE}/.git) # not a repository in a parent folder
   find_package(Git QUIET)
   if(Git_FOUND)
     execute_process(

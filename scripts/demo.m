@@ -1,6 +1,7 @@
 % octave-cli scripts/demo.m <build folder>
 %
-% The field of a 5λ × 7.5λ piston, 1 MHz in water, in the plane y = 0: printed figures and field.png.
+% Computes the field of a 5λ × 7.5λ piston, 1 MHz in water, in the plane y = 0. Prints the speed and the
+% error, and draws field.png.
 
 build = argv (){1};
 addpath (fullfile (build, "octave"));
@@ -24,7 +25,7 @@ rate = N / seconds;
 difference = max (abs (p10 - p64)) / max (abs (p64));
 
 warning ("off", "Octave:gnuplot-graphics");
-graphics_toolkit ("gnuplot");     % draws without a display
+graphics_toolkit ("gnuplot");     % works without a display
 figure ("visible", "off");
 imagesc (z * 1e3, x * 1e3, reshape (abs (p10), size (X)));
 axis ("image");
@@ -38,7 +39,7 @@ if (exist ("field.png", "file"))
   delete ("field.png");
 endif
 print ("field.png", "-dpng", "-S960,600");
-imread ("field.png");              # an error where a full disk left none
+imread ("field.png");              # fails if the disk was full
 
 printf ("\n");
 printf ("device             %s\n", device{1});

@@ -1,7 +1,7 @@
-#include "emulation/lanes/Avx2.h"
+#include "lanes/Avx2.h"
 
 #include "benchmarks/limit/IntegrandOnly.h"
 
 std::int64_t limit::evaluateAvx2(float* memory, bool ahead) {
-  return evaluateIntegrand<emulation::Avx2>(memory, ahead);
+  return evaluateIntegrand<pistonfield::Avx2>(memory, ahead);
 }

@@ -1,10 +1,10 @@
-#include "emulation/lanes/Avx512.h"
+#include "lanes/Avx512.h"
 
 #include "benchmarks/limit/IntegrandOnly.h"
-#include "core/InstructionSet.h"
+#include "lanes/InstructionSet.h"
 
 std::int64_t limit::evaluateAvx512(float* memory, bool ahead) {
   return pistonfield::dividesSlowly()
-             ? evaluateIntegrand<emulation::Avx512SlowDivision>(memory, ahead)
-             : evaluateIntegrand<emulation::Avx512>(memory, ahead);
+             ? evaluateIntegrand<pistonfield::Avx512SlowDivision>(memory, ahead)
+             : evaluateIntegrand<pistonfield::Avx512>(memory, ahead);
 }

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "benchmarks/limit/IntegrandSum.h"
-#include "emulation/Lanes.h"
+#include "lanes/Pack.h"
 
 namespace limit {
 
@@ -11,7 +11,7 @@ namespace limit {
 /// leave out what is not wanted. Returns the number of values.
 template <class Set>
 std::int64_t evaluateIntegrand(float* memory, bool ahead) {
-  using Pack = emulation::Lanes<Set>;
+  using Pack = pistonfield::Pack<Set>;
   constexpr int rounds = 40000;
   const pistonfield::ComplexPair<Pack> sum =
       integrandSum(Pack::load(memory), Pack::load(memory + Pack::count), rounds, ahead);

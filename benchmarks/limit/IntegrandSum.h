@@ -1,55 +1,58 @@
 #pragma once
 
-#include "FastNearfield/PointPressure.h"
+#include "FastNearfield/point/HalfAngleIntegrand.h"
 
 namespace limit {
 
 /// The sum of the integrand at d² + σ², for one pair of σ after the other and two d: four values a
 /// round, from registers and into registers. `ahead`: with the roots and quotients of the next
-/// round on their way, as the kernels do it.
-template <class Lane>
-__host__ __device__ inline pistonfield::ComplexPair<Lane> integrandSum(Lane z, Lane sigma,
-                                                                       int rounds, bool ahead) {
+/// round on their way, as the packs do it.
+template <class V>
+PISTONFIELD_HOST_DEVICE inline pistonfield::ComplexPair<V> integrandSum(V z, V sigma, int rounds,
+                                                                        bool ahead) {
   using pistonfield::ComplexPair;
   using pistonfield::multiplyAdd;
-  using pistonfield::Nodes;
-  const pistonfield::HalfAngleIntegrand<Lane> f(z, pistonfield::HalfPhase<Lane>(7.0f));
-  const Lane dd1(0.25f), dd2(1.5f), step(1e-3f);
-  ComplexPair<Lane> sums[2] = {{Lane(0.0f), Lane(0.0f)}, {Lane(0.0f), Lane(0.0f)}};
-  Lane plus = sigma, minus = dd2 - sigma;
+  struct Round {
+    V D[4], path[4];
+  };
+  const pistonfield::HalfAngleIntegrand<V> f(z, pistonfield::HalfPhase<V>(7.0f));
+  const V dd1(0.25f), dd2(1.5f), step(1e-3f);
+  ComplexPair<V> sums[2] = {{V(0.0f), V(0.0f)}, {V(0.0f), V(0.0f)}};
+  V plus = sigma, minus = dd2 - sigma;
   const auto following = [&]() __attribute__((always_inline)) {
     plus = plus + step;
     minus = minus - step;
-    Nodes<Lane> nodes;
-    nodes.D[0] = multiplyAdd(plus, plus, dd1);
-    nodes.D[1] = multiplyAdd(minus, minus, dd1);
-    nodes.D[2] = multiplyAdd(plus, plus, dd2);
-    nodes.D[3] = multiplyAdd(minus, minus, dd2);
-    return nodes;
+    Round round;
+    round.D[0] = multiplyAdd(plus, plus, dd1);
+    round.D[1] = multiplyAdd(minus, minus, dd1);
+    round.D[2] = multiplyAdd(plus, plus, dd2);
+    round.D[3] = multiplyAdd(minus, minus, dd2);
+    return round;
   };
-  const auto start = [&](Nodes<Lane> & nodes, int n) __attribute__((always_inline)) {
-    nodes.path[n] = f.path(nodes.D[n]);
+  const auto start = [&](Round & round, int n) __attribute__((always_inline)) {
+    round.path[n] = f.path(round.D[n]);
   };
-  const auto add = [&](const Nodes<Lane>& nodes, int n) __attribute__((always_inline)) {
-    sums[n / 2] = f.addTo(sums[n / 2], nodes.D[n], nodes.path[n]);
+  const auto add = [&](const Round& round, int n) __attribute__((always_inline)) {
+    const auto value = f.value(round.D[n], round.path[n]);
+    sums[n / 2] = multiplyAdd(value.scale, value.value, sums[n / 2]);
   };
   if (ahead) {
-    Nodes<Lane> nodes = following();
-    for (int n = 0; n < 4; ++n) start(nodes, n);
-    for (int round = 0; round < rounds; ++round) {
-      Nodes<Lane> next = following();
+    Round round = following();
+    for (int n = 0; n < 4; ++n) start(round, n);
+    for (int i = 0; i < rounds; ++i) {
+      Round next = following();
       for (int n = 0; n < 4; ++n) {
         start(next, n);
-        add(nodes, n);
+        add(round, n);
       }
-      nodes = next;
+      round = next;
     }
   } else {
-    for (int round = 0; round < rounds; ++round) {
-      Nodes<Lane> nodes = following();
+    for (int i = 0; i < rounds; ++i) {
+      Round round = following();
       for (int n = 0; n < 4; ++n) {
-        start(nodes, n);
-        add(nodes, n);
+        start(round, n);
+        add(round, n);
       }
     }
   }

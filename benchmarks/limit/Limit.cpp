@@ -1,7 +1,7 @@
 #include "benchmarks/limit/Limit.h"
 
 #include "benchmarks/limit/IntegrandOnly.h"
-#include "core/InstructionSet.h"
+#include "lanes/InstructionSet.h"
 
 namespace limit {
 

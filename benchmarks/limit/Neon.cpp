@@ -1,7 +1,7 @@
-#include "emulation/lanes/Neon.h"
+#include "lanes/Neon.h"
 
 #include "benchmarks/limit/IntegrandOnly.h"
 
 std::int64_t limit::evaluateNeon(float* memory, bool ahead) {
-  return evaluateIntegrand<emulation::Neon>(memory, ahead);
+  return evaluateIntegrand<pistonfield::Neon>(memory, ahead);
 }

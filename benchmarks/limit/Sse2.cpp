@@ -1,7 +1,7 @@
-#include "emulation/lanes/Sse2.h"
+#include "lanes/Sse2.h"
 
 #include "benchmarks/limit/IntegrandOnly.h"
 
 std::int64_t limit::evaluateSse2(float* memory, bool ahead) {
-  return evaluateIntegrand<emulation::Sse2>(memory, ahead);
+  return evaluateIntegrand<pistonfield::Sse2>(memory, ahead);
 }

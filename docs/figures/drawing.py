@@ -1,4 +1,4 @@
-"""A drawing in SVG, made of lines, areas and labels in the plane of the page."""
+"""An SVG drawing of lines, areas and labels in the plane of the page."""
 
 from math import hypot
 
@@ -37,7 +37,7 @@ class Drawing:
                        (back[0] + 4 * u[1], back[1] - 4 * u[0])], colour)
 
     def label(self, at, text, colour=INK, anchor="middle", size=16):
-        """Letters between * are variables."""
+        """Letters between * are set as variables."""
         pieces = text.split("*")
         spans = "".join(f'<tspan font-style="italic">{piece}</tspan>' if n % 2 else piece
                         for n, piece in enumerate(pieces))

@@ -1,5 +1,5 @@
-"""edges.py <file>: draws the piston from the front, and what an edge adds for a point before it
-and for one beside it."""
+"""edges.py <file>: draws the piston from the front, and the contribution of an edge for a point in front
+of the piston and for one beside it."""
 
 import sys
 from math import atan2, cos, hypot, sin
@@ -10,8 +10,8 @@ HALF_X, HALF_Y = 70, 105  # of the piston, in the plane of the page: x up, y to 
 
 
 def panel(drawing, origin, foot, low, high, title):
-    """The piston about origin, the projection of a point at foot, and a piece of the edge at the
-    right, from low to high, as seen from there."""
+    """Draws the piston around origin, the projection of a point at foot, and the part of the right edge from
+    low to high as seen from there."""
     def at(across, up):
         return origin[0] + across, origin[1] - up
 
@@ -24,7 +24,7 @@ def panel(drawing, origin, foot, low, high, title):
         drawing.line([at(*foot), end], RAY, 1)
     drawing.line(piece, RAY, 4)
 
-    # Where the perpendicular meets the edge, and σ counted from there.
+    # The foot of the perpendicular, and σ measured from there.
     drawing.arrow(at(*foot), at(HALF_Y, foot[1]), INK, 1.3)
     drawing.label(at(foot[0] + 0.42 * distance, foot[1] - 18), "*d*")
     away = 18 if distance > 0 else -18

@@ -1,4 +1,4 @@
-# The site that scripts/docs builds, from a copy of the repository's pages: see there.
+# Configuration of the site that scripts/docs builds.
 
 import os
 import sys

@@ -1,4 +1,4 @@
-"""Formulas as MathML, which browsers draw by themselves: no script, no network."""
+"""Formulas as MathML, which browsers draw without scripts or a network."""
 
 from docutils import nodes
 from docutils.utils.math.latex2mathml import tex2mathml

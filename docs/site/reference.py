@@ -1,7 +1,6 @@
 """reference.py <repository> <folder>: writes the pages of the reference.
 
-The help text of every function that users call, and every header that the C++ library installs, as
-they stand in the sources.
+It contains the help text of every function for users, and every header that the C++ library installs.
 """
 
 import re
@@ -12,7 +11,7 @@ INTERNAL = {"pistonfield_quiet", "pistonfield_about"}
 
 
 def help_text(source):
-    """The lines of the first block of comments, without their marks."""
+    """Returns the lines of the first block of comments, without the comment characters."""
     lines = []
     for line in source.splitlines():
         if not line.startswith("%"):
@@ -42,7 +41,7 @@ def block(lines, language):
 
 
 def grouped(lines):
-    """Runs of lines that are all indented, or all not; empty lines stay within the indented."""
+    """Yields runs of lines that are all indented or all unindented; an indented run may contain empty lines."""
     runs = []
     for line in lines:
         indented = line.startswith(" ") or (not line and bool(runs) and runs[-1][0])
@@ -62,7 +61,7 @@ def grouped(lines):
 def function_page(lines, names):
     name, summary = lines[0].split(None, 1)
     page = [f"# {name.lower()}", "", summary, ""]
-    language = "octave"  # the ways to call it come first
+    language = "octave"  # the first block shows the calls
     for indented, run in grouped(lines[1:]):
         if indented:
             page += block(run, language)
@@ -82,7 +81,7 @@ def function_page(lines, names):
 
 
 def header_summary(text):
-    """The first sentence of the comment on the first class, or of the first comment."""
+    """Returns the first sentence of the comment on the first class, or else of the first comment."""
     comment = r"^((?:///?(?: .*)?\n)+)"
     found = re.search(comment + r"(?:template <.*>\n)?class ", text, re.M) or re.search(comment, text, re.M)
     if not found:
@@ -93,7 +92,7 @@ def header_summary(text):
 
 def public_headers(repository):
     lists = (repository / "src/CMakeLists.txt").read_text()
-    files = re.search(r"FILE_SET HEADERS.*?FILES\s+(.*?)\)", lists, re.S)[1].split()
+    files = re.search(r"set\(public_headers\s+(.*?)\)", lists, re.S)[1].split()
     return sorted(files, key=lambda file: (not file.startswith("Fast"), file.lower()))
 
 
@@ -112,7 +111,7 @@ def main(repository, folder):
     sources = {file.stem: help_text(file.read_text(encoding="utf-8")) for file in sources
                if file.stem not in INTERNAL}
     index = ["# Functions", "",
-             "What users call in Octave and MATLAB. `help pistonfield` and so on show the same texts.",
+             "The functions for Octave and MATLAB. `help pistonfield` and so on show the same texts.",
              "", "| | |", "| --- | --- |"]
     for name, lines in sources.items():
         page, summary = function_page(lines, sources)
@@ -122,13 +121,13 @@ def main(repository, folder):
 
     headers = public_headers(repository)
     index = ["# C++ headers", "",
-             "Of the library that `find_package(pistonfield)` gives, as they stand.", "",
+             "The headers of the library that `find_package(pistonfield)` provides.", "",
              "| | |", "| --- | --- |"]
     for header in headers:
         text = (repository / "src" / header).read_text(encoding="utf-8")
-        page = f"# {Path(header).name}\n\n`#include <{header}>`\n\n````cpp\n{text}````\n"
+        page = f"# {Path(header).name}\n\n`#include <pistonfield/{header}>`\n\n````cpp\n{text}````\n"
         write(folder / f"{header}.md", page)
-        index.append(f"| [`{header}`]({header}.md) | {escaped(header_summary(text))} |")
+        index.append(f"| [`pistonfield/{header}`]({header}.md) | {escaped(header_summary(text))} |")
     write(folder / "headers.md", "\n".join([*index, *contents(headers)]))
 
 

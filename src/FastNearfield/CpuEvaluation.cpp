@@ -1,12 +1,12 @@
 #include <cmath>
 
-#include "FastNearfield/NodeSum.h"
 #include "FastNearfield/RectangularPiston2.h"
-#include "FastNearfield/SineCosine.h"
+#include "FastNearfield/nodes/NodeSum.h"
+#include "FastNearfield/nodes/SineCosine.h"
 #include "core/Progress.h"
 
-// The evaluation on the CPU. Its order of calls, of operations and of additions is its contract, as
-// are the corners where it has no value.
+// The evaluation on the CPU. The order of its calls, operations and additions is fixed, and so are
+// the corners where the result is NaN.
 
 namespace pistonfield {
 namespace {
@@ -27,8 +27,8 @@ std::complex<T> over(std::complex<T> p, T t) {
 
 struct Anywhere;
 
-/// exp(iθ), with the bits that the nodes' phases give: where a node is as far away as the plane,
-/// the difference of the two must vanish.
+/// exp(iθ), with the same bits as in the sum over nodes: at a node whose R equals z the difference
+/// of the two exponentials must vanish.
 template <class T>
 std::complex<T> turn(T theta) {
   const SineCosine<Anywhere, T> e(theta);
@@ -41,7 +41,7 @@ bool nearlyEqual(T a, T b) {
   return static_cast<double>(std::abs(a - b)) < 1e-07;
 }
 
-/// A NaN counts as at most 0 and as not above it.
+/// Treats NaN as not above 0.
 template <class T>
 bool crossesZero(T a, T b) {
   return !(a > T(0)) == (b > T(0));
@@ -63,7 +63,7 @@ std::complex<T> RectangularPistonCuda2::Integ<T>::operator()(const FirstIntegral
                                     {f.s2, f.k, f.z, f.expKz.real(), f.expKz.imag()});
   if (std::isfinite(fast.re) && std::isfinite(fast.im)) return {fast.re, fast.im};
 
-  // The complex operations as they are written: zeros that multiply what is not finite count.
+  // Complex operations with all their products, since zero times infinity is NaN.
   std::complex<T> sum;
   for (int i = 0; i < n; ++i) {
     const T t = mappedX[i] * mappedX[i] + f.s2;
@@ -111,7 +111,7 @@ std::complex<T> RectangularPistonCuda2::doFastNearfield_Private(
     S2 = times(x2, -I(G2, y1, y2));
   }
 
-  // Unlike the pair above, this one integrates the whole interval before it doubles.
+  // Unlike the pair above, this pair integrates the whole interval and doubles the result.
   if (nearlyEqual(x1, x2)) {
     S3 = times(T(2) * y1, I(G3, x1, x2));
     S4 = times(T(2) * y2, -I(G4, x1, x2));

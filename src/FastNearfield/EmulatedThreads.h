@@ -1,61 +1,62 @@
 #pragma once
 
+#include "core/CudaCompatibility.h"
+
 #include <algorithm>
 #include <cstdint>
+#include <memory>
+#include <type_traits>
 
-#include "FastNearfield/PackedPressure.h"
+#include "FastNearfield/packs/PackedPressure.h"
 
-// The threads of the emulation device: it calls a kernel once for all of them.
+// The emulation device calls a kernel once per launch. The kernel takes ranges of its threads.
 
 namespace pistonfield {
 
-/// Calls body(first, last) for ranges that make up the threads that have a point.
-template <class Body>
-void forThreadsWithPoint(int count, const Body& body) {
-  const auto points = static_cast<std::uint64_t>(std::max(count, 0));
-  emulation::forThreads([&](std::uint64_t first, std::uint64_t last) {
-    if (first < points)
-      body(static_cast<unsigned>(first), static_cast<unsigned>(std::min(last, points)));
-  });
-}
-
-/// In double precision one by one.
-template <class Points, class Results>
-void evaluate(const KernelPiston<double>& piston, const Points& points, const Results& results) {
-  forThreadsWithPoint(points.count(), [&](unsigned n, unsigned last) {
-    for (auto cursor = points.cursor(n); n < last; ++n, points.advance(cursor))
-      results.store(n, pressureAt(points.at(cursor), piston));
-  });
-}
-
 inline void evaluateList(const KernelPiston<float>& piston, const float* positions,
                          Complex* pressures, unsigned count) {
-  packedPressure(instructionSet())(positions, pressures, static_cast<int>(count), piston.a,
-                                   piston.b, piston.k, piston.rule);
+  packedPressure(instructionSet())(positions, pressures, static_cast<int>(count), piston.halfWidth,
+                                   piston.halfHeight, piston.k, piston.rule);
 }
 
-/// In single precision in packs of lanes.
-inline void evaluate(const KernelPiston<float>& piston, const PointList<float>& points,
-                     const Pairs<float>& results) {
-  forThreadsWithPoint(points.count(), [&](unsigned n, unsigned last) {
-    evaluateList(piston, points.cursor(n), results.values + n, last - n);
-  });
-}
-
-/// The same where the points make no list yet, or their pressures are not to become one.
+/// Copies the points to lists for the packs, and the pressures from them.
 template <class Points, class Results>
-void evaluate(const KernelPiston<float>& piston, const Points& points, const Results& results) {
-  forThreadsWithPoint(points.count(), [&](unsigned n, unsigned last) {
-    constexpr unsigned most = 1024;  // 20 kB: a thread may have a stack of 64 kB
-    Point<float> list[most];
-    Complex pressures[most];
-    auto cursor = points.cursor(n);
-    while (n < last) {
-      const unsigned count = std::min(most, last - n);
-      for (unsigned i = 0; i < count; ++i, points.advance(cursor)) list[i] = points.at(cursor);
-      evaluateList(piston, &list[0].x, pressures, count);
-      for (unsigned i = 0; i < count; ++i, ++n) results.store(n, pressures[i]);
-    }
+void evaluateByLists(const KernelPiston<float>& piston, const Points& points,
+                     const Results& results, unsigned n, unsigned last) {
+  // The lists fit the second-level cache. Shorter lists would fill more packs only partly; an
+  // allocator may return longer ones to the system after every range.
+  const unsigned most = std::min(4096U, last - n);
+  const std::unique_ptr<Point<float>[]> list(new Point<float>[most]);
+  const std::unique_ptr<Complex[]> pressures(new Complex[most]);
+  auto cursor = points.cursor(n);
+  while (n < last) {
+    const unsigned count = std::min(most, last - n);
+    for (unsigned i = 0; i < count; ++i, points.advance(cursor)) list[i] = points.at(cursor);
+    evaluateList(piston, &list[0].x, pressures.get(), count);
+    for (unsigned i = 0; i < count; ++i, ++n) results.store(n, pressures[i]);
+  }
+}
+
+template <class T, class Points, class Results>
+void evaluateOneByOne(const KernelPiston<T>& piston, const Points& points, const Results& results,
+                      unsigned n, unsigned last) {
+  for (auto cursor = points.cursor(n); n < last; ++n, points.advance(cursor))
+    results.store(n, pressureAt(points.at(cursor), piston));
+}
+
+template <class T, class Points, class Results>
+void evaluate(const KernelPiston<T>& piston, const Points& points, const Results& results) {
+  const auto count = static_cast<std::uint64_t>(std::max(points.count(), 0));
+  emulation::forThreads([&](std::uint64_t firstThread, std::uint64_t lastThread) {
+    if (firstThread >= count) return;
+    const auto n = static_cast<unsigned>(firstThread);
+    const auto last = static_cast<unsigned>(std::min(lastThread, count));
+    if constexpr (std::is_same_v<T, double>)
+      evaluateOneByOne(piston, points, results, n, last);
+    else if constexpr (std::is_same_v<Points, PointList<T>> && std::is_same_v<Results, Pairs<T>>)
+      evaluateList(piston, points.cursor(n), results.values + n, last - n);
+    else
+      evaluateByLists(piston, points, results, n, last);
   });
 }
 

@@ -15,8 +15,8 @@ namespace {
 
 constexpr int digits = 16;
 
-/// While it lives, a stream writes numbers as every reader of rules knows them: the locale of a
-/// program may have other points, and separators.
+/// Makes a stream write numbers in the C locale for the length of a scope. The program's locale may
+/// have decimal commas and separators.
 class ClassicNumbers {
  public:
   explicit ClassicNumbers(std::ostream& out)
@@ -30,7 +30,7 @@ class ClassicNumbers {
   const std::locale before_;
 };
 
-/// How a language writes comments and assignments to array elements.
+/// The syntax of comments and of assignments to array elements.
 struct Syntax {
   const char* names[2];
   const char* comment;
@@ -71,7 +71,7 @@ void printAssignments(const Syntax& syntax, char name, const double* values, int
               << values[i] << syntax.end;
 }
 
-/// Whether the file holds all of the table.
+/// Returns whether the file was written completely.
 bool writeTable(const std::string& name, int m, int n, const double* table) {
   std::ofstream file(name);
   if (!file) {

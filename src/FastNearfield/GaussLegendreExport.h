@@ -5,21 +5,23 @@
 namespace pistonfield {
 
 /// Prints the Gauss–Legendre rule of `order` ≥ 1 nodes on [−1, 1] as source text, or writes it to
-/// files. Numbers have a decimal point and no separators, whatever the locale.
+/// files. Numbers have a decimal point and no separators in every locale.
 ///
-/// `output` is "C++" or "c++", "F77" or "f77", "F90" or "f90", "MAT" or "mat" for text on standard
-/// output; anything else is the root of the names of three files: root + "_w.txt" holds the
-/// weights, root + "_x.txt" the abscissas, root + "_r.txt" the ends −1 and 1, one number a line.
-/// Existing files are overwritten. Leaves the precision of standard output at 16 digits.
+/// If `output` is "C++" or "c++", "F77" or "f77", "F90" or "f90", "MAT" or "mat", writes source
+/// text to standard output. Any other `output` is the root of three file names: root + "_w.txt"
+/// receives the weights, root + "_x.txt" the abscissas, root + "_r.txt" the ends −1 and 1, one
+/// number a line. Existing files are overwritten. Sets the precision of standard output to 16
+/// digits.
 ///
-/// An order of 0 ends the process as `legendre_compute` does; a negative one throws std::bad_alloc.
+/// An order of 0 ends the process as `legendre_compute` does; a negative order throws
+/// std::bad_alloc.
 void legendre_handle(int order, std::string output);
 
-/// The same, and returns whether the files, if any, were written whole.
+/// The same. Returns false if a file could not be written completely.
 bool exportRule(int order, const std::string& output);
 
-/// Writes n lines of m values; `table` holds the values line after line. A file that cannot be
-/// opened is said on standard error, one that cannot be written whole is not.
+/// Writes n lines of m values to a file; `table` holds the values line by line. Prints a message to
+/// standard error if the file cannot be opened, but none if it cannot be written completely.
 void dtable_write0(std::string outputFileName, int m, int n, double* table);
 
 /// Prints the local date and time.

@@ -34,8 +34,8 @@ void setCudaIntegratorParameters(const char* name, int order) {
   const int M = order / 2 + order % 2;
   progress() << "setting order " << order << "elements: " << M << std::endl;
 
-  // An order beyond the tables is refused by the next step, which then reads no values: computing
-  // those could take hours.
+  // The next step rejects an order beyond the tables before it reads any values. Computing them
+  // could take hours.
   const int computed = order <= 512 ? order : 0;
   std::unique_ptr<double[]> x(new double[static_cast<std::size_t>(computed)]);
   std::unique_ptr<double[]> w(new double[static_cast<std::size_t>(computed)]);

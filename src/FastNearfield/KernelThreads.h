@@ -1,54 +1,43 @@
 #pragma once
 
-#include <cuda_runtime.h>
-
-#include "FastNearfield/PointPressure.h"
 #include "FastNearfield/PointSources.h"
+#include "FastNearfield/point/HalfAngleIntegrand.h"
+#include "FastNearfield/point/PointPressure.h"
+#include "FastNearfield/point/SingleRootIntegrand.h"
 
-// The work of a kernel's threads: one point each, the point whose number is the thread's. Threads
-// are counted in one unsigned 32-bit number; the shape of the grid of blocks has no other meaning.
-// Those beyond the last point do nothing.
+// The work of a kernel's threads,
 //
-//     evaluate(piston, points, results)
+//     evaluate(piston, points, results),
+//
+// one point each: the point whose number is the thread's. Threads are counted in one unsigned
+// 32-bit number; the shape of the grid of blocks has no other meaning. Threads beyond the last
+// point do nothing.
 
 namespace pistonfield {
 
+/// A piston and a rule as kernels take them.
 template <class T>
 struct KernelPiston {
-  T a, b, k;
+  T halfWidth, halfHeight, k;
   SymmetricRule<T> rule;
 };
 
-__host__ __device__ inline Complex pressureAt(const Point<float>& p,
-                                              const KernelPiston<float>& piston) {
-  return pointPressure<HalfAngleIntegrand>(p.x, p.y, p.z, piston.a, piston.b, piston.k,
-                                           piston.rule);
+PISTONFIELD_HOST_DEVICE inline Complex pressureAt(const Point<float>& p,
+                                                  const KernelPiston<float>& piston) {
+  return pointPressure<HalfAngleIntegrand>(p.x, p.y, p.z, piston.halfWidth, piston.halfHeight,
+                                           piston.k, piston.rule);
 }
 
-__host__ __device__ inline Complexd pressureAt(const Point<double>& p,
-                                               const KernelPiston<double>& piston) {
-  return pointPressure<SingleRootIntegrand>(p.x, p.y, p.z, piston.a, piston.b, piston.k,
-                                            piston.rule);
+PISTONFIELD_HOST_DEVICE inline Complexd pressureAt(const Point<double>& p,
+                                                   const KernelPiston<double>& piston) {
+  return pointPressure<SingleRootIntegrand>(p.x, p.y, p.z, piston.halfWidth, piston.halfHeight,
+                                            piston.k, piston.rule);
 }
 
 }  // namespace pistonfield
 
 #if defined(__CUDACC__)
-
-namespace pistonfield {
-
-template <class T, class Points, class Results>
-__device__ inline void evaluate(const KernelPiston<T>& piston, const Points& points,
-                                const Results& results) {
-  const unsigned n =
-      threadIdx.x + blockDim.x * (blockIdx.x + gridDim.x * (blockIdx.y + gridDim.y * blockIdx.z));
-  const int count = points.count();
-  if (count > 0 && n < static_cast<unsigned>(count))
-    results.store(n, pressureAt(points.at(points.cursor(n)), piston));
-}
-
-}  // namespace pistonfield
-
+#include "FastNearfield/GpuThreads.h"
 #else
 #include "FastNearfield/EmulatedThreads.h"
 #endif

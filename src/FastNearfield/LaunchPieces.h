@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cuda_runtime.h>
+#include "core/CudaCompatibility.h"
 
 #include <algorithm>
 #include <chrono>
@@ -9,11 +9,11 @@
 
 namespace pistonfield {
 
-/// Has launch(first, count) launch a list of `points` in pieces, has wait() wait for each but the
-/// last, and lets the host's user interrupt between them. Ends early if one of the two fails.
+/// Calls launch(first, count) for consecutive pieces of a list of `points`. After each piece but
+/// the last it calls wait() and lets the user interrupt. Returns early if launch or wait fails.
 ///
-/// Up to some 10⁷/`order` points, which take less than half a second on the slowest of devices, are
-/// one piece; on a faster one the pieces grow, so that waiting for them costs nothing.
+/// The first piece has some 10⁷/`order` points, which take less than half a second on the slowest
+/// devices. On faster devices the pieces grow, so that waiting costs nothing.
 template <class Launch, class Wait>
 void launchInPieces(int points, int order, const Launch& launch, const Wait& wait) {
   using std::chrono::steady_clock;

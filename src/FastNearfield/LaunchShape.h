@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cuda_runtime.h>
+#include "core/CudaCompatibility.h"
 
 #include <cmath>
 #include <cstddef>
@@ -15,7 +15,7 @@ constexpr Int iDivUp(Int a, Int b) {
   return a / b + (a % b != 0 ? 1 : 0);
 }
 
-/// Launchers hand kernels half the side lengths.
+/// Half a side length; kernels take these.
 template <class Real>
 Real half(Real side) {
   return std::ldexp(side, -1);
@@ -34,10 +34,9 @@ inline dim3 pointListShape(int nbPositions) {
   return {static_cast<unsigned>(iDivUp(iDivUp(nbPositions, 128), 64)), 64};
 }
 
-/// The grid of blocks for sx·sy·sz points. It only provides enough threads: kernels fold block and
-/// thread into one index, so a block is not a tile. For more points than that index can count, and
-/// for negative sizes, two of which would make a number of points, it is a shape that every device
-/// refuses.
+/// The grid of blocks for sx·sy·sz points. A block is not a tile of the grid: kernels fold block
+/// and thread indices into one point index. For negative sizes, and for more points than an int
+/// counts, returns a shape that every device rejects.
 inline dim3 regularGridShape(int sx, int sy, int sz) {
   const auto width = static_cast<unsigned>(iDivUp(sx, 16));
   const std::int64_t page = std::int64_t{sx} * sy;

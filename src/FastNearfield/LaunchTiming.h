@@ -5,12 +5,12 @@
 
 #include "FastNearfield/RectangularPistonCuda.h"
 #include "core/CudaCheck.h"
-#include "core/CudaToday.h"
+#include "core/CudaCompatibility.h"
 
 namespace pistonfield {
 
-/// Has `launches` launch kernels, without waiting or, while `do_timing` is set, waits and stores
-/// the time in `global_time`.
+/// Calls `launches`, which launches kernels. If `do_timing` is set, waits for them and stores the
+/// time in `global_time`.
 template <class Launches>
 void timed(SourceLocation location, const Launches& launches) {
   using std::chrono::system_clock;
@@ -23,7 +23,7 @@ void timed(SourceLocation location, const Launches& launches) {
   global_time = static_cast<std::int32_t>(elapsed.count());
 }
 
-/// Launches one kernel so.
+/// Launches one kernel, and times it if `do_timing` is set.
 template <class... Arguments>
 void launchTimed(SourceLocation location, typename KernelOf<Arguments...>::Type kernel, dim3 grid,
                  dim3 block, Arguments... arguments) {

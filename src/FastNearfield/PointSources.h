@@ -1,12 +1,11 @@
 #pragma once
 
-#include <cuda_runtime.h>
-
 #include <cstddef>
 
-#include "FastNearfield/Complex.h"
+#include "core/Complex.h"
+#include "lanes/HostDevice.h"
 
-// Where a kernel's points come from, and where their pressures go.
+// The sources of a kernel's points and the destinations of their pressures.
 
 namespace pistonfield {
 
@@ -16,7 +15,7 @@ struct Point {
 };
 
 /// The number of points of a grid, in 32-bit arithmetic.
-__host__ __device__ inline int gridPoints(int sx, int sy, int sz) {
+PISTONFIELD_HOST_DEVICE inline int gridPoints(int sx, int sy, int sz) {
   return static_cast<int>(static_cast<unsigned>(sx) * static_cast<unsigned>(sy) *
                           static_cast<unsigned>(sz));
 }
@@ -26,39 +25,43 @@ struct GridIndex {
   int i, j, l;
 };
 
-// A source has `count()` points; `cursor(n)` stands at number n, `at(cursor)` is its place, and
-// `advance(cursor)` goes on to the next, which costs less than to find it anew.
+// A source has `count()` points. `cursor(n)` refers to point n and `at(cursor)` is its position.
+// `advance(cursor)` moves to the next point, which costs less than a new cursor.
 
-/// A list: x, y, z of each point.
-template <class T>
+/// A list: x, y, z of each point, converted where they are read.
+template <class T, class Stored = T>
 class PointList {
  public:
-  __host__ __device__ PointList(int points, const T* pos) : points_(points), pos_(pos) {}
+  PISTONFIELD_HOST_DEVICE PointList(int points, const Stored* pos) : points_(points), pos_(pos) {}
 
-  __host__ __device__ int count() const { return points_; }
-  __host__ __device__ const T* cursor(unsigned n) const { return pos_ + std::size_t{3} * n; }
-  __host__ __device__ static Point<T> at(const T* p) { return {p[0], p[1], p[2]}; }
-  __host__ __device__ static void advance(const T*& p) { p += 3; }
+  PISTONFIELD_HOST_DEVICE int count() const { return points_; }
+  PISTONFIELD_HOST_DEVICE const Stored* cursor(unsigned n) const {
+    return pos_ + std::size_t{3} * n;
+  }
+  PISTONFIELD_HOST_DEVICE static Point<T> at(const Stored* p) {
+    return {static_cast<T>(p[0]), static_cast<T>(p[1]), static_cast<T>(p[2])};
+  }
+  PISTONFIELD_HOST_DEVICE static void advance(const Stored*& p) { p += 3; }
 
  private:
   int points_;
-  const T* pos_;
+  const Stored* pos_;
 };
 
 /// A grid whose points `Place` gives by their indices.
 template <class T, class Place>
 class GridOf {
  public:
-  __host__ __device__ GridOf(int sx, int sy, int sz, const Place& place)
+  PISTONFIELD_HOST_DEVICE GridOf(int sx, int sy, int sz, const Place& place)
       : sx_(sx), sy_(sy), sz_(sz), place_(place) {}
 
-  __host__ __device__ int count() const { return gridPoints(sx_, sy_, sz_); }
-  __host__ __device__ GridIndex cursor(unsigned n) const {
+  PISTONFIELD_HOST_DEVICE int count() const { return gridPoints(sx_, sy_, sz_); }
+  PISTONFIELD_HOST_DEVICE GridIndex cursor(unsigned n) const {
     const int thread = static_cast<int>(n);
     return {thread % sx_, thread / sx_ % sy_, thread / sx_ / sy_};
   }
-  __host__ __device__ Point<T> at(const GridIndex& index) const { return place_(index); }
-  __host__ __device__ void advance(GridIndex& index) const {
+  PISTONFIELD_HOST_DEVICE Point<T> at(const GridIndex& index) const { return place_(index); }
+  PISTONFIELD_HOST_DEVICE void advance(GridIndex& index) const {
     if (++index.i < sx_) return;
     index.i = 0;
     if (++index.j < sy_) return;
@@ -75,7 +78,7 @@ class GridOf {
 template <class T>
 struct Steps {
   T dx, dy, dz;
-  __host__ __device__ Point<T> operator()(const GridIndex& index) const {
+  PISTONFIELD_HOST_DEVICE Point<T> operator()(const GridIndex& index) const {
     return {static_cast<T>(index.i) * dx, static_cast<T>(index.j) * dy,
             static_cast<T>(index.l) * dz};
   }
@@ -85,7 +88,7 @@ struct Steps {
 template <class T>
 struct Axes {
   const T *x, *y, *z;
-  __host__ __device__ Point<T> operator()(const GridIndex& index) const {
+  PISTONFIELD_HOST_DEVICE Point<T> operator()(const GridIndex& index) const {
     return {x[index.i], y[index.j], z[index.l]};
   }
 };
@@ -94,19 +97,19 @@ struct Axes {
 template <class T>
 struct AffineMap {
   T t[12];
-  __host__ __device__ Point<T> operator()(const GridIndex& index) const {
+  PISTONFIELD_HOST_DEVICE Point<T> operator()(const GridIndex& index) const {
     return {row(t, index), row(t + 4, index), row(t + 8, index)};
   }
 
  private:
-  __host__ __device__ static T row(const T* r, const GridIndex& index) {
+  PISTONFIELD_HOST_DEVICE static T row(const T* r, const GridIndex& index) {
     return r[0] * static_cast<T>(index.i) + r[1] * static_cast<T>(index.j) +
            r[2] * static_cast<T>(index.l) + r[3];
   }
 };
 
 template <class T>
-__host__ __device__ inline AffineMap<T> loadAffineMap(const T* transform) {
+PISTONFIELD_HOST_DEVICE inline AffineMap<T> loadAffineMap(const T* transform) {
   AffineMap<T> map;
   for (int n = 0; n < 12; ++n) map.t[n] = transform[n];
   return map;
@@ -123,16 +126,16 @@ using MappedGrid = GridOf<T, AffineMap<T>>;
 template <class T>
 struct Pairs {
   ComplexPair<T>* values;
-  __host__ __device__ void store(unsigned n, ComplexPair<T> p) const { values[n] = p; }
+  PISTONFIELD_HOST_DEVICE void store(unsigned n, ComplexPair<T> p) const { values[n] = p; }
 };
 
-/// Real and imaginary parts in arrays of their own.
-template <class T>
+/// Real and imaginary parts in arrays of their own, converted where they are written.
+template <class T, class Stored = T>
 struct Parts {
-  T *re, *im;
-  __host__ __device__ void store(unsigned n, ComplexPair<T> p) const {
-    re[n] = p.re;
-    im[n] = p.im;
+  Stored *re, *im;
+  PISTONFIELD_HOST_DEVICE void store(unsigned n, ComplexPair<T> p) const {
+    re[n] = static_cast<Stored>(p.re);
+    im[n] = static_cast<Stored>(p.im);
   }
 };
 

@@ -5,14 +5,15 @@
 #include <limits>
 #include <memory>
 
-#include "FastNearfield/GaussLegendre.h"
+#include "GaussLegendre.h"
 
 namespace pistonfield {
 
-/// A quadrature rule on [−1, 1] with room for its image on another interval.
+/// A quadrature rule on [−1, 1], and the rule mapped to another interval.
 template <class T>
 struct QuadratureRule {
-  /// The Gauss–Legendre rule of `n` ≥ 1 nodes; no interval is mapped yet, which NaN says.
+  /// The Gauss–Legendre rule of `n` ≥ 1 nodes. The mapped values are NaN: no interval is mapped
+  /// yet.
   explicit QuadratureRule(int n) : order(n) {
     const auto size = static_cast<std::size_t>(n);
     std::unique_ptr<T[]> abscissas(new T[size]), weights(new T[size]);
@@ -40,7 +41,7 @@ struct QuadratureRule {
   T* w;                   ///< weights
   T* mappedX;             ///< abscissas on the most recent interval
   T* mappedW;             ///< weights on the most recent interval
-  bool borrowed = false;  ///< whether the four arrays belong to somebody else
+  bool borrowed = false;  ///< if set, the destructor does not delete the four arrays
 };
 
 }  // namespace pistonfield

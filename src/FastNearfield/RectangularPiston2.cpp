@@ -28,7 +28,7 @@ std::array<float, 16> asFloats(const Grid3DR<double>::Transform& transform) {
   return floats;
 }
 
-/// Whether the device can compute: the calling thread must have loaded a rule.
+/// Whether the calling thread has loaded a rule. Calls the error handler if it has not.
 bool isReady(Precision precision) {
   if (hasOwnRule(precision)) return true;
   constexpr SourceLocation location{"src/FastNearfield/RectangularPiston2", __LINE__};
@@ -46,10 +46,10 @@ bool isReady(Precision precision) {
   return false;
 }
 
-/// A size of the grid as the launchers take it.
+/// A size of the grid as launchers take it.
 int launched(unsigned size) { return static_cast<int>(size); }
 
-/// The first two results.
+/// Prints the first two results.
 void echo(const float* out, unsigned points) {
   progress() << " CUDADATA: ";
   for (unsigned n = 0; n < 2 * std::min(points, 2U); ++n)
@@ -78,7 +78,7 @@ void RectangularPistonCuda2::compute(float* out, const Grid3DR<double>& grid) co
   const DeviceLock lock;
   const ReportedErrorIsCleared guard;
   if (!isReady(Precision::SINGLE)) return;
-  if (grid.nbPositions() > 0) {  // an empty launch is an error on every device
+  if (grid.nbPositions() > 0) {  // an empty launch is an error
     std::array<float, 16> transform = asFloats(grid.transform());
     RectangularPiston_func(reinterpret_cast<Complex*>(out), launched(grid.sx()),
                            launched(grid.sy()), launched(grid.sz()), transform.data(),

@@ -3,33 +3,35 @@
 #include <complex>
 #include <mutex>
 
-#include "FastNearfield/QuadratureRule.h"
-#include "FastNearfield/Transducer.h"
+#include "QuadratureRule.h"
+#include "Transducer.h"
 
 namespace pistonfield {
 
-/// A flat rectangular piston, centred on the origin of the plane z = 0: side s along x, side l
+/// A flat rectangular piston in the plane z = 0, centred on the origin: side s along x, side l
 /// along y, both full lengths; wave number k in 1/(unit of the sides).
 ///
-/// Its pressure, with the time factor exp(+iωt), is by the fast near-field method
+/// By the fast near-field method its pressure, with the time factor exp(+iωt), is
 ///
 ///     p = −i/(2π)·[ x1·∫ g(x1) dσ − x2·∫ g(x2) dσ   over [y1, y2]
 ///                 + y1·∫ g(y1) dσ − y2·∫ g(y2) dσ ]  over [x1, x2],
 ///
 ///     g(d) = (exp(−ik√(z² + σ² + d²)) − exp(−ikz)) / (σ² + d²),
 ///
-/// with x1, x2 = x ∓ s/2 and y1, y2 = y ∓ l/2; for z ≥ 0 that is (k/2π)·∬ exp(−ikR)/R dS over the
-/// piston. On the CPU the rule has order 100. For z ≥ 0 rounding moves its result by less than
-/// 5·u·(1 + |k|R), u being 2⁻²⁴ or 2⁻⁵³ and R the distance to the farthest corner; behind the
-/// piston by less than 12·u·(1 + |k|R), and next to the planes through its edges there by 3000. The
-/// rule's own error comes on top: it grows next to an edge, and with sides above some 50
-/// wavelengths. Sides below 1e-7, in the unit of the lengths, give other values.
+/// with x1, x2 = x ∓ s/2 and y1, y2 = y ∓ l/2. For z ≥ 0 this equals (k/2π)·∬ exp(−ikR)/R dS over
+/// the piston. The evaluation on the CPU uses a rule of order 100. With u = 2⁻²⁴ or 2⁻⁵³ and the
+/// distance R to the farthest corner, its rounding error is less than 5·u·(1 + |k|R) for z ≥ 0 and
+/// less than 12·u·(1 + |k|R) behind the piston, but up to 3000·u·(1 + |k|R) behind it next to the
+/// planes through its edges. The error of the rule adds to that; it grows next to an edge and with
+/// sides above some 50 wavelengths. Results for sides below 1e-7, in the unit of the lengths, are
+/// wrong.
 ///
-/// Any number of threads may call `compute` at once. Those that compute on the device wait for each
-/// other as CudaDeviceThread says; so do those that compute with the same piston on the CPU.
+/// Any number of threads may call `compute` at once. Threads that compute on the device run one
+/// after the other (see CudaDeviceThread), as do threads that compute with the same piston on the
+/// CPU.
 class RectangularPistonCuda2 : public Piston {
  public:
-  /// Stores l, s and k as they are, and computes the rules of order 100 in both precisions.
+  /// Stores l, s and k and computes the rules of order 100 in both precisions.
   RectangularPistonCuda2(double l, double s, double k);
   RectangularPistonCuda2(const RectangularPistonCuda2&) = delete;
   RectangularPistonCuda2& operator=(const RectangularPistonCuda2&) = delete;
@@ -37,26 +39,26 @@ class RectangularPistonCuda2 : public Piston {
   /// Writes the real and imaginary part at each point of the grid, first axis fastest, to
   /// 2·nbPositions() elements.
   ///
-  /// With `useGPU` on the device. The calling thread must have a CudaDeviceThread and have loaded a
-  /// quadrature rule in it (IntegratorCuda.h): without one an error goes to the error handler, as
-  /// do failures of the device. The grid's m(3,3) is taken for 1.
+  /// If `useGPU` is set, it computes on the device. The calling thread must hold a CudaDeviceThread
+  /// and have loaded a quadrature rule in it (IntegratorCuda.h); otherwise, and if the device
+  /// fails, it calls the error handler. The grid's m(3,3) is taken as 1.
   ///
-  /// Otherwise on the CPU. Exactly above three corners, (s/2, l/2), (s/2, −l/2) and (−s/2, l/2),
-  /// the result is NaN.
+  /// If not, it computes on the CPU. Exactly above three corners, (s/2, l/2), (s/2, −l/2) and
+  /// (−s/2, l/2), the result is NaN.
   ///
-  /// Progress goes to standard output.
+  /// Progress lines go to standard output.
   void compute(float* out, const Grid3DR<double>& grid) const override;
 
-  /// A storage of floats: on the GPU into its device side, on the CPU into its host side. One of
-  /// doubles: on the CPU only. A size other than 2·nbPositions() goes to the error handler; doubles
-  /// with `useGPU` set fail a plain assertion, which aborts.
+  /// The same into a storage: on the device into its device side, on the CPU into its host side. A
+  /// storage of doubles works on the CPU only; with `useGPU` set it fails a plain assertion, which
+  /// aborts. A size other than 2·nbPositions() calls the error handler.
   void compute(CudaStorage* data, const Grid3DR<double>& grid) const override;
 
-  /// The same as into floats, in double precision. On the GPU square roots, sines and cosines keep
-  /// single precision.
+  /// The same in double precision. On the device, square roots, sines and cosines have single
+  /// precision only.
   virtual void compute(double* out, const Grid3DR<double>& grid) const;
 
-  /// The integrand g of one point and one edge. Where σ² + s2 = 0 it is NaN.
+  /// The integrand g of one point and one edge. It is NaN where σ² + s2 = 0.
   template <class T>
   struct FirstIntegral {
     using return_type = std::complex<T>;
@@ -66,15 +68,15 @@ class RectangularPistonCuda2 : public Piston {
     return_type expKz;  ///< exp(−ikz)
   };
 
-  /// Gauss–Legendre quadrature of a FirstIntegral<T> from lo to hi, with the nodes of a rule.
-  /// Leaves the nodes of [lo, hi] in the rule, and takes those that are there when the interval
-  /// begins and ends exactly on the outermost of them.
+  /// Gauss–Legendre quadrature of a FirstIntegral<T> from lo to hi. It leaves the nodes of [lo, hi]
+  /// in the rule's mapped arrays, and uses the nodes that are there if lo and hi equal the first
+  /// and the last of them.
   ///
-  /// Operations and additions are those of a complex sum over the nodes in their order, but sines
-  /// and cosines have an error of up to 0.85·2⁻⁵³, and for floats 0.502·2⁻²⁴ (the standard
-  /// library's above 2²⁸). With std::exp the sum would differ by at most 8·u·Σ|w/t|, u being 2⁻⁵³
-  /// or 2⁻²⁴, w a node's weight and t = σ² + s2. It is the same on every machine, if no phase is
-  /// above 2²⁸.
+  /// It performs the operations of a complex sum over the nodes in ascending order. Its sines and
+  /// cosines have errors of up to 0.85·2⁻⁵³ in double and 0.502·2⁻²⁴ in single precision, and those
+  /// of the standard library for phases above 2²⁸. The sum differs from one with std::exp by at
+  /// most 8·u·Σ|w/t|, where u is 2⁻⁵³ or 2⁻²⁴, w a node's weight and t = σ² + s2. It has the same
+  /// bits on every machine if no phase exceeds 2²⁸.
   template <class T>
   class Integ {
    public:
@@ -85,15 +87,16 @@ class RectangularPistonCuda2 : public Piston {
     const QuadratureRule<T>* rule_;
   };
 
-  /// The pressure at one point: `f` holds its k, z and expKz; x1 … y2 are as above, `scale` is the
-  /// factor before the bracket. k and z are not read. NaN at the three corners where an interval of
-  /// zero length meets s2 = 0. Not re-entrant: it writes into the piston's rules.
+  /// Returns the pressure at one point. `f` holds its k, z and expKz; x1 … y2 are as above; `scale`
+  /// is the factor before the bracket. k and z are not read. The result is NaN at the three corners
+  /// where an interval of zero length meets s2 = 0. Not re-entrant: it writes to the piston's
+  /// rules.
   template <class T>
   std::complex<T> doFastNearfield_Private(FirstIntegral<T>& f, const T& x1, const T& x2,
                                           const T& y1, const T& y2, const T& k, const T& z,
                                           const std::complex<T>& scale) const;
 
-  /// Every point of a grid on the CPU, in precision T, into 2·nbPositions() values.
+  /// Computes every point of a grid on the CPU in precision T. Writes 2·nbPositions() values.
   template <class T, class GridT>
   void computeCPU(T* out, const Grid3DR<GridT>& grid) const;
 
@@ -112,11 +115,11 @@ class RectangularPistonCuda2 : public Piston {
   const QuadratureRule<float>* const floatRule;
   const QuadratureRule<double>* const doubleRule;
 
-  /// Whether fields are evaluated on the GPU.
+  /// Whether `compute` uses the device.
   bool useGPU = true;
 
  private:
-  mutable std::mutex onCPU_;  // held while an evaluation on the CPU writes into the rules
+  mutable std::mutex onCPU_;  // held while an evaluation on the CPU writes to the rules
 };
 
 }  // namespace pistonfield

@@ -1,17 +1,17 @@
 #pragma once
 
-#include "FastNearfield/Complex.h"
+#include "../core/Complex.h"
 
-// The field of a rectangular piston on a regular grid, evaluated on the device in double precision;
-// square roots, sines and cosines, and the distance of a point from the planes of symmetry, keep
-// the digits of single precision. Everything else is as with the single-precision launchers: a is
-// the side along y, b the side along x, k the wave number; a device must be current and a rule
-// loaded, in double precision; failures of the CUDA runtime go to the error handler. Nothing is
-// printed.
+// The field of a rectangular piston on a regular grid, evaluated on the device in double precision.
+// Square roots, sines and cosines, and the distance of a point from the planes of symmetry, have
+// single precision only. Otherwise these launchers are as those of single precision: a is the side
+// along y, b the side along x, k the wave number; they require a current device and a rule loaded
+// in double precision; failures of the CUDA runtime call the error handler. They print nothing.
 
 extern "C" {
 
-/// Placed by a transform: 16 values on the host, a 4×4 matrix row by row, the last row not used.
+/// A grid placed by a transform: 16 values on the host, a 4×4 matrix row by row whose last row is
+/// not used.
 void RectangularPiston_func_d(pistonfield::Complexd* data, int sx, int sy, int sz,
                               double* transform, double a, double b, double k);
 
@@ -19,14 +19,14 @@ void RectangularPiston_func_d(pistonfield::Complexd* data, int sx, int sy, int s
 void RectangularPiston_func2_d(double* datar, double* datai, int sx, int sy, int sz,
                                double* transform, double a, double b, double k);
 
-/// Placed by the twelve values of the first three rows of a transform.
+/// A grid placed by the first three rows of a transform.
 void do_calculate_grid_d(pistonfield::Complexd* data, int sx, int sy, int sz, double transform00,
                          double transform01, double transform02, double transform03,
                          double transform10, double transform11, double transform12,
                          double transform13, double transform20, double transform21,
                          double transform22, double transform23, double a, double b, double k);
 
-/// From the piston's centre: point (i, j, l) stands at (i·dx, j·dy, l·dz).
+/// A grid from the piston's centre: point (i, j, l) is at (i·dx, j·dy, l·dz).
 void do_calculate_d(pistonfield::Complexd* data, int sx, int sy, int sz, double dx, double dy,
                     double dz, double a, double b, double k);
 }

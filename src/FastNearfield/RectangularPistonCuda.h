@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FastNearfield/Complex.h"
+#include "../core/Complex.h"
 
 // The field of a rectangular piston at many points, evaluated on the device in single precision:
 //
@@ -9,19 +9,19 @@
 // which for z ≥ 0 is (k/2π)·∬ exp(−ikR)/R dS over the piston. Lengths and 1/k in one unit.
 //
 // In all functions a is the piston's side along y, b its side along x (both full lengths) and k the
-// wave number. A device must be current and a quadrature rule loaded. Results of a grid of
-// sx × sy × sz points come with the first axis varying fastest. Functions ending in `_device` take
-// device pointers, launch and do not wait; the others take host pointers and return when the
-// results are there. They are for one thread at a time: RectangularPistonCuda2::compute is for
-// several. Progress goes to standard output, failures of the CUDA runtime to the error
-// handler.
+// wave number. They require a current device and a loaded quadrature rule. Results of a grid of
+// sx × sy × sz points are stored with the first axis varying fastest. Functions ending in `_device`
+// take device pointers, launch a kernel and do not wait for it; the others take host pointers to
+// arrays that do not overlap, and return when the results have arrived. Only one thread at a time
+// may call these functions; RectangularPistonCuda2::compute is thread-safe. Progress lines go to
+// standard output. Failures of the CUDA runtime call the error handler.
 
 extern "C" {
 
-/// Not 0: every launcher but `do_calculate` waits for its kernel and times it.
+/// If not 0, every launcher except `do_calculate` waits for its kernel and measures its time.
 extern int do_timing;
 
-/// How long the last timed launch took, in microseconds.
+/// The time of the last measured launch in microseconds.
 extern double global_time;
 
 /// A list of points: pos holds x, y, z of each of the nbPositions points; data receives as many
@@ -31,8 +31,8 @@ void RectangularPiston_func_unstructured(pistonfield::Complex* data, int nbPosit
 void RectangularPiston_func_unstructured_device(pistonfield::Complex* d_array, int nbPos,
                                                 float* d_pos, float a, float b, float k);
 
-/// A regular grid placed by a transform: point (i, j, l) stands at the first three components of
-/// transform·(i, j, l, 1), transform being 16 values on the host, a 4×4 matrix row by row whose
+/// A regular grid placed by a transform: point (i, j, l) is at the first three components of
+/// transform·(i, j, l, 1). `transform` holds 16 values on the host, a 4×4 matrix row by row; its
 /// last row is not used.
 void RectangularPiston_func(pistonfield::Complex* data, int sx, int sy, int sz, float* transform,
                             float a, float b, float k);
@@ -60,7 +60,7 @@ void do_calculate_grid(pistonfield::Complex* data, int sx, int sy, int sz, float
                        float transform21, float transform22, float transform23, float a, float b,
                        float k);
 
-/// A regular grid that starts at the piston's centre: point (i, j, l) stands at
+/// A regular grid that starts at the piston's centre: point (i, j, l) is at
 /// (i·dx, j·dy, l·dz).
 void do_calculate(pistonfield::Complex* data, int sx, int sy, int sz, float dx, float dy, float dz,
                   float a, float b, float k);

@@ -1,20 +1,21 @@
 #pragma once
 
-#include "core/CudaStorage.h"
-#include "core/Grid3DR.h"
+#include "../core/CudaStorage.h"
+#include "../core/Grid3DR.h"
 
 namespace pistonfield {
 
-/// A source of sound that computes its complex pressure on a regular grid: real and imaginary part
-/// of each point in turn, in the grid's order.
+/// A sound source whose complex pressure is computed on a regular grid. Results are in the grid's
+/// point order, real and imaginary part of each point in turn.
 class Transducer {
  public:
   virtual ~Transducer() = default;
 
-  /// Into an array of 2·nbPositions() floats.
+  /// Writes 2·nbPositions() floats to `out`.
   virtual void compute(float* out, const Grid3DR<double>& grid) const = 0;
 
-  /// Into a storage of 2·nbPositions() elements; here its host side, which must hold floats.
+  /// Writes to a storage of 2·nbPositions() elements. This implementation writes to its host side,
+  /// which must hold floats.
   virtual void compute(CudaStorage* data, const Grid3DR<double>& grid) const;
 
  protected:
@@ -23,7 +24,7 @@ class Transducer {
   Transducer& operator=(const Transducer&) = default;
 };
 
-/// A source whose whole face moves as one.
+/// A sound source whose face moves as a rigid body.
 class Piston : public Transducer {};
 
 }  // namespace pistonfield

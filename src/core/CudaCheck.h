@@ -8,8 +8,8 @@
 
 namespace pistonfield {
 
-/// Clears the runtime's pending error when the error handler throws out of its scope: an error that
-/// has been reported must not fail the next call as well.
+/// Clears the runtime's pending error when the error handler throws out of this object's scope. An
+/// error that has been reported must not fail the next call as well.
 class ReportedErrorIsCleared {
  public:
   ReportedErrorIsCleared() = default;
@@ -25,15 +25,16 @@ class ReportedErrorIsCleared {
 
 /// Reads and clears the runtime's pending error; if there is one, writes
 /// "Cuda error: STAGE in file 'FILE' in line LINE : ERROR." to standard error and fails with the
-/// runtime's error string. Returns what was pending.
+/// runtime's error string. Returns the pending error.
 cudaError_t stageCheck(const char* stage, SourceLocation location);
 
-/// Whether `code` is success. If not, fails with "Cuda error when calling " + `call` + ": " + error
-/// string. `call` is what users read, so it is given as a text that no formatter can change.
+/// Returns whether `code` is success. If it is not, fails with "Cuda error when calling " + `call`
+/// +
+/// ": " + error string. Users read `call`, so it is a string that no formatter changes.
 bool callCheck(cudaError_t code, const char* call, SourceLocation location);
 
 }  // namespace pistonfield
 
-/// The place of a check in a file that defines `sourceFile`.
+/// The location of a check. The scope must define `sourceFile`.
 #define HERE \
   ::pistonfield::SourceLocation { sourceFile, __LINE__ }

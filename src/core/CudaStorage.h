@@ -5,27 +5,27 @@
 
 namespace pistonfield {
 
-/// A typed result buffer with a host side and a device side of the same size. Neither side follows
-/// the other by itself: `toDevice` and `toHost` copy.
+/// A result buffer of floats or doubles with a host side and a device side of the same size. The
+/// sides are independent; `toDevice` and `toHost` copy one to the other.
 ///
-/// Make it, copy and destroy it inside one CudaDeviceThread, on that one's thread: the device side
-/// ends with the outermost such scope of any thread.
+/// Construct, copy and destroy it inside one CudaDeviceThread, on the thread of that scope. The
+/// device side is freed when the outermost scope ends.
 class CudaStorage {
  public:
   enum Type { DT_FLOAT, DT_DOUBLE };
 
-  /// A storage of `size` scalars (twice the number of points for complex values), zero on both
-  /// sides. A device without memory for it goes to the error handler.
+  /// Allocates `size` scalars, twice the number of points for complex values, and sets both sides
+  /// to zero. Calls the error handler if the device has too little memory.
   CudaStorage(Type type, std::size_t size);
 
   Type getType() const { return type_; }
   std::size_t getSize() const { return size_; }
 
-  /// The host side; null when the storage is of the other type.
+  /// The host side, or null if the storage is of the other type.
   float* getFloatData() { return floats_.get(); }
   double* getDoubleData() { return doubles_.get(); }
 
-  /// The device side, of the storage's type.
+  /// The device side.
   void* getDeviceData() const { return device_.get(); }
 
   void toDevice();

@@ -3,10 +3,15 @@
 #include <cuda_runtime.h>
 
 #include <cstddef>
+#include <limits>
+
+#include "core/CudaCompatibility.h"
 
 namespace pistonfield {
 
-/// Device memory that is freed at the latest when its owner goes, also when an error unwinds.
+/// The device's copy of a host array. If the device works in the host's memory, it is the array
+/// itself and copying does nothing. Otherwise it is device memory, which the destructor frees if
+/// `free` has not.
 template <class T>
 class DeviceBuffer {
  public:
@@ -17,21 +22,42 @@ class DeviceBuffer {
     if (data_) static_cast<void>(free());
   }
 
-  /// Call once, on an empty buffer.
-  cudaError_t allocate(std::size_t bytes) {
-    return cudaMalloc(reinterpret_cast<void**>(&data_), bytes);
+  /// Call once. The array must outlive the buffer.
+  cudaError_t allocate(T* array, std::size_t bytes) {
+    array_ = array;
+    bytes_ = bytes;
+    isArray_ = usesHostMemory();
+    if (!isArray_) return cudaMalloc(reinterpret_cast<void**>(&data_), bytes);
+    // Only a negative size becomes so large a number.
+    if (bytes > std::numeric_limits<std::ptrdiff_t>::max()) return cudaErrorMemoryAllocation;
+    data_ = array;
+    return cudaSuccess;
+  }
+
+  /// Copies the array to the device.
+  cudaError_t upload() {
+    return isArray_ ? cudaSuccess : cudaMemcpy(data_, array_, bytes_, cudaMemcpyHostToDevice);
+  }
+
+  /// Copies the device's values to the array.
+  cudaError_t download() {
+    return isArray_ ? cudaSuccess : cudaMemcpy(array_, data_, bytes_, cudaMemcpyDeviceToHost);
   }
 
   cudaError_t free() {
     T* const data = data_;
     data_ = nullptr;
-    return cudaFree(data);
+    return isArray_ ? cudaSuccess : cudaFree(data);
   }
 
+  /// The values on the device.
   T* get() const { return data_; }
 
  private:
+  T* array_ = nullptr;
+  std::size_t bytes_ = 0;
   T* data_ = nullptr;
+  bool isArray_ = false;
 };
 
 }  // namespace pistonfield

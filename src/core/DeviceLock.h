@@ -2,8 +2,9 @@
 
 namespace pistonfield {
 
-/// Keeps the device, and the quadrature rule that it holds, to the calling thread. Another thread
-/// that makes one waits until this one ends; the same thread may make several.
+/// Gives the calling thread exclusive use of the device and of the quadrature rule loaded on it.
+/// Another thread that constructs one waits until this one is destroyed. The same thread may hold
+/// several.
 class DeviceLock {
  public:
   DeviceLock();

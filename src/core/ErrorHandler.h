@@ -4,8 +4,8 @@
 
 namespace pistonfield {
 
-/// Where a check stands: the path of its source file from the root of the sources, without
-/// extension (for example "src/core/Vector"), and the line that a report shows.
+/// The location of a check: the path of its source file without extension ("src/core/Vector", say)
+/// and the line that the report shows.
 struct SourceLocation {
   const char* file;
   int line;
@@ -13,12 +13,12 @@ struct SourceLocation {
 
 /// The process-wide, replaceable receiver of failed conditions.
 ///
-/// Code that finds a condition violated calls `ErrorHandler::getErrorHandler()->fail(...)`. No
-/// handler of this project returns from `fail`: the default one ends the process, a
-/// `ThrowingErrorHandler` throws. Where a handler of a program's own returns, the code goes on with
-/// its next step, and what it computes is undefined.
+/// Code that finds a violated condition calls `ErrorHandler::getErrorHandler()->fail(...)`. The
+/// handlers of this library do not return from `fail`: `DefaultErrorHandler` ends the process,
+/// `ThrowingErrorHandler` throws. If a handler of your own returns, the code continues with its
+/// next step and its results are undefined.
 ///
-/// Install a handler before other threads call the system: installing is not locked. `fail` is
+/// Install a handler before other threads use the library: installing is not thread-safe. `fail` is
 /// called on the thread whose condition failed.
 class ErrorHandler {
  public:
@@ -27,14 +27,14 @@ class ErrorHandler {
   ErrorHandler& operator=(const ErrorHandler&) = delete;
   virtual ~ErrorHandler();
 
-  /// Reports the failed `condition` (its source text, or a message) found at `line` of `file`.
+  /// Reports the failed `condition` (its source text or a message) at `line` of `file`.
   virtual void fail(const char* condition, int line, const char* file) = 0;
 
-  /// The installed handler, or a static `DefaultErrorHandler` while there is none.
+  /// The installed handler, or a static `DefaultErrorHandler` if none is installed.
   static ErrorHandler* getErrorHandler();
 
-  /// Deletes the installed handler and installs `handler`, taking ownership; a null pointer
-  /// installs a new `DefaultErrorHandler`. Pass a fresh object: the installed one is deleted first.
+  /// Deletes the installed handler, installs `handler` and owns it from then on. A null pointer
+  /// installs a new `DefaultErrorHandler`. Do not pass the installed handler: it is deleted first.
   static void setErrorHandler(ErrorHandler* handler);
 
  private:

@@ -5,7 +5,7 @@
 
 namespace pistonfield {
 
-/// The two-line report of a failed condition, followed by an empty line; flushes `out`.
+/// Writes the two-line report of a failed condition and an empty line, and flushes `out`.
 inline void writeErrorReport(std::ostream& out, const char* condition, int line, const char* file) {
   // A locale would group the digits of a number.
   out << "ERROR: assertion failure in " << file << " at line " << std::to_string(line) << "\n"

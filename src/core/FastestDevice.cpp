@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "core/CudaToday.h"
+#include "core/CudaCompatibility.h"
 #include "core/Progress.h"
 
 namespace pistonfield {

@@ -2,9 +2,10 @@
 
 namespace pistonfield {
 
-/// The device with the highest cores × multiprocessors × clock; where one of a compute capability
-/// above 2 is found, only the newest major capability counts. 0 if there is none at all. Says on
-/// standard output when it does not know a capability's number of cores.
+/// Returns the device with the highest cores × multiprocessors × clock rate, or 0 if there is none.
+/// If a device has a major compute capability above 2, only devices of the newest major capability
+/// are considered. Writes a line to standard output for each capability whose number of cores is
+/// unknown.
 int fastestDevice();
 
 }  // namespace pistonfield

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "core/Vector.h"
+#include "Vector.h"
 
 namespace pistonfield {
 
@@ -13,7 +13,7 @@ class Grid {
  public:
   virtual ~Grid() = default;
 
-  /// Position i, 0 ≤ i < nbPositions(); i is not checked.
+  /// Position i, where 0 ≤ i < nbPositions(). GridUnstructured does not check i; Grid3DR does.
   virtual MVector<T, 3> getPosition(int i) const = 0;
 
   unsigned nbPositions() const { return nbPositions_; }
@@ -27,11 +27,11 @@ class Grid {
   unsigned nbPositions_;
 };
 
-/// An explicit list of positions, which are written through `positions`.
+/// A list of positions. Write them through `positions`.
 template <class T>
 class GridUnstructured final : public Grid<T> {
  public:
-  /// All are zero.
+  /// All positions are zero.
   explicit GridUnstructured(unsigned nbPositions) : Grid<T>(nbPositions), positions(nbPositions) {}
 
   MVector<T, 3> getPosition(int i) const override { return positions[static_cast<std::size_t>(i)]; }

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <limits>
 
-#include "core/ErrorHandler.h"
-#include "core/Grid.h"
+#include "ErrorHandler.h"
+#include "Grid.h"
 
 namespace pistonfield {
 
@@ -16,22 +16,23 @@ namespace pistonfield {
 ///
 ///     p_r = (m(r,3) + m(r,0)·i + m(r,1)·j + m(r,2)·l) / m(3,3),   r = 0, 1, 2,
 ///
-/// here and where a field is computed on the CPU. A field computed on the device takes m(3,3)
-/// for 1.
+/// in `getPosition` and in fields computed on the CPU. Fields computed on the device take m(3,3)
+/// as 1.
 template <class T>
 class Grid3DR : public Grid<T> {
  public:
   /// Row by row: element (r, c) of the matrix is transform[4r + c].
   using Transform = std::array<T, 16>;
 
-  /// A grid of more than 2³² − 1 points goes to the error handler; it has no points then.
+  /// Calls the error handler for more than 2³² − 1 points; the grid is then empty.
   Grid3DR(unsigned sx, unsigned sy, unsigned sz, const Transform& transform)
       : Grid<T>(count(sx, sy, sz)), sx_(sx), sy_(sy), sz_(sz), transform_(transform) {
     if (this->nbPositions() == 0 && sx > 0 && sy > 0 && sz > 0) sx_ = sy_ = sz_ = 0;
   }
 
   /// The axis-parallel grid whose point (i, j, l) is origin + (i·dx, j·dy, l·dz).
-  Grid3DR(unsigned sx, unsigned sy, unsigned sz, MVector<T, 3> origin, MVector<T, 3> spacing)
+  Grid3DR(unsigned sx, unsigned sy, unsigned sz, const MVector<T, 3>& origin,
+          const MVector<T, 3>& spacing)
       : Grid3DR(sx, sy, sz,
                 {spacing[0], 0, 0, origin[0],  //
                  0, spacing[1], 0, origin[1],  //
@@ -43,8 +44,8 @@ class Grid3DR : public Grid<T> {
   unsigned sz() const { return sz_; }
   const Transform& transform() const { return transform_; }
 
-  /// The position of the grid point of that linear index; one that the grid does not have goes to
-  /// the error handler.
+  /// The position of the grid point with this linear index. Calls the error handler if there is no
+  /// such point.
   MVector<T, 3> getPosition(int index) const override {
     const auto n = static_cast<unsigned>(index);
     if (n >= this->nbPositions()) {

@@ -2,14 +2,14 @@
 
 namespace pistonfield {
 
-/// Asks the host whether its user wants the call to end, and if so throws: what the host itself
-/// throws then. Called on the thread that made the call, and on no other.
+/// Throws the host's own exception if the user has interrupted the call (Ctrl-C), and returns
+/// otherwise. It is called only on the thread that made the call.
 using InterruptionCheck = void (*)();
 
-/// From now on `checkInterruption` calls this one; none with nullptr, which is so at the start.
+/// Sets the function that `checkInterruption` calls. nullptr, the initial state, disables it.
 void setInterruptionCheck(InterruptionCheck check);
 
-/// To be called every now and then in long work, where nothing but objects holds resources.
+/// Long computations call this between pieces of work, where only objects own resources.
 void checkInterruption();
 
 }  // namespace pistonfield

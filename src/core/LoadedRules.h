@@ -4,18 +4,19 @@ namespace pistonfield {
 
 enum class Precision { SINGLE, DOUBLE };
 
-// Which quadrature rules the device holds, and who loaded them. Callers hold the DeviceLock.
+// Which quadrature rules are loaded on the device, and by which thread. Callers hold the
+// DeviceLock.
 
-/// The calling thread has loaded a rule of that precision.
+/// Records that the calling thread has loaded a rule of this precision.
 void noteRule(Precision precision);
 
-/// The device's rule of that precision is about to be overwritten.
+/// Records that the rule of this precision is about to be overwritten.
 void forgetRule(Precision precision);
 
-/// Whether the device's rule of that precision is the one that the calling thread loaded last.
+/// Returns whether the calling thread loaded the device's rule of this precision.
 bool hasOwnRule(Precision precision);
 
-/// The device holds no rules any more.
+/// Records that the device holds no rule.
 void forgetRules();
 
 }  // namespace pistonfield

@@ -7,8 +7,8 @@
 
 namespace pistonfield {
 
-/// What a failed plain assertion does, in release builds too: it prints and aborts, past any
-/// handler.
+/// Fails a plain assertion: prints the condition and aborts without calling the error handler, in
+/// release builds too.
 [[noreturn]] inline void failPlainAssertion(const char* condition, const char* function,
                                             SourceLocation location) {
   std::fprintf(stderr, "%s:%d: %s: Assertion `%s' failed.\n", location.file, location.line,

@@ -5,17 +5,17 @@
 namespace pistonfield {
 namespace {
 
-bool isTold = true;
+bool isShown = true;
 
 }  // namespace
 
-void tellProgress(bool told) { isTold = told; }
+void showProgress(bool shown) { isShown = shown; }
 
-bool progressIsTold() { return isTold; }
+bool progressIsShown() { return isShown; }
 
 std::ostream& progress() {
   static std::ostream nowhere(nullptr);
-  return isTold ? std::cout : nowhere;
+  return isShown ? std::cout : nowhere;
 }
 
 std::mutex& progressMutex() {

@@ -5,14 +5,15 @@
 
 namespace pistonfield {
 
-/// Whether calls tell on standard output what they do; at the start they do.
-void tellProgress(bool told);
-bool progressIsTold();
+/// Whether calls write progress lines to standard output. Initially they do.
+void showProgress(bool shown);
+bool progressIsShown();
 
-/// Where calls tell what they do: standard output, or a stream that drops it.
+/// The stream for progress lines: standard output, or a stream that discards them.
 std::ostream& progress();
 
-/// Locked by the evaluation on the CPU while it writes a line there: several threads may evaluate.
+/// The CPU evaluation locks this while it writes a progress line, because several threads may run
+/// it.
 std::mutex& progressMutex();
 
 }  // namespace pistonfield

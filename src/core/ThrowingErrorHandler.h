@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "core/ErrorHandler.h"
+#include "ErrorHandler.h"
 
 namespace pistonfield {
 
@@ -13,8 +13,7 @@ class Error : public std::runtime_error {
   Error(const char* condition, int line, const char* file)
       : std::runtime_error(condition), line_(line), file_(file) {}
 
-  /// Where the condition was found: the path below the root of the sources, without extension, and
-  /// the line.
+  /// The source file that reported the condition, without extension, and the line.
   const std::string& file() const { return file_; }
   int line() const { return line_; }
 
@@ -23,8 +22,7 @@ class Error : public std::runtime_error {
   std::string file_;
 };
 
-/// Throws an `Error` where the default handler ends the process. A program installs it once, before
-/// it computes:
+/// Throws an `Error` instead of ending the process. Install it once, before the first computation:
 ///
 ///     ErrorHandler::setErrorHandler(new ThrowingErrorHandler);
 class ThrowingErrorHandler : public ErrorHandler {

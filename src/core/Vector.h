@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <array>
 
-#include "core/ErrorHandler.h"
+#include "ErrorHandler.h"
 
 namespace pistonfield {
 
-/// N values of type T, contiguous and in index order; a new one holds zeros.
+/// N values of type T, contiguous and in index order, initially zero.
 ///
-/// An index outside 0 … N−1 is reported to the error handler as "i>=0" or "i<N". The lines of these
+/// An index outside 0 … N−1 calls the error handler with "i>=0" or "i<N". The lines in these
 /// reports, 42 for read-only access and 48 otherwise, are part of the messages that users know.
 template <class T, int N>
 class LinearStorage {

@@ -1,7 +1,7 @@
 #include "core/cuda_init.h"
 
 #include "core/CudaCheck.h"
-#include "core/CudaToday.h"
+#include "core/CudaCompatibility.h"
 
 // The lines in the two locations are those that users know from the messages.
 namespace {

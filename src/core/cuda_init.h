@@ -4,11 +4,11 @@
 
 extern "C" {
 
-/// Starts the runtime on the current device with an empty kernel. Errors pending before or found
-/// after it go to standard error and to the error handler. Returns 0 when there was none, else the
-/// code.
+/// Starts the runtime on the current device by launching an empty kernel. Writes an error that is
+/// pending before or after the launch to standard error and calls the error handler. Returns the
+/// error code, 0 on success.
 int cuda_init();
 
-/// Waits for the device; the runtime's code, unchanged.
+/// Waits for the device. Returns the runtime's error code.
 cudaError_t cuda_sync();
 }

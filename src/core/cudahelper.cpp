@@ -4,7 +4,7 @@
 #include <iostream>
 
 #include "core/CudaCheck.h"
-#include "core/CudaToday.h"
+#include "core/CudaCompatibility.h"
 #include "core/FastestDevice.h"
 #include "core/LoadedRules.h"
 #include "core/cuda_init.h"

@@ -1,62 +1,62 @@
 #pragma once
 
-#include "core/DeviceLock.h"
+#include "DeviceLock.h"
 
 namespace pistonfield {
 
-/// What a thread found when it took a device for a call.
+/// The state of a thread's devices before a call took one of them.
 struct DeviceUse {
-  bool contextIsShared = false;  ///< somebody else holds the device's context
-  int previousDevice = -1;       ///< the thread's current device, if it was another one
+  bool contextIsShared = false;  ///< other code in the process uses the device's context
+  int previousDevice = -1;       ///< the thread's current device, if that was another one
 };
 
-/// What a call does with the device as a whole.
+/// Operations on the device as a whole.
 class CudaInterface {
  public:
   CudaInterface() = delete;
 
-  /// Starts the runtime on the current device; 0 on success, errors go to the error handler.
+  /// Starts the runtime on the current device. Returns 0 on success; calls the error handler
+  /// otherwise.
   static int init();
 
-  /// Waits for the device; the runtime's error code, 0 on success.
+  /// Waits for the device. Returns the runtime's error code, 0 on success.
   static int sync();
 
-  /// Ends the use of the current device; an error goes to the error handler. Without an argument it
-  /// ends the device's context, whoever else holds it.
+  /// Ends the use of the current device; calls the error handler on failure. Without an argument it
+  /// destroys the device's context even if other code uses it.
   static void release(const DeviceUse& use = {});
 
-  /// Lists the devices on standard output: multiprocessors, and clock in kHz.
+  /// Writes a list of the devices to standard output: multiprocessors, and clock rate in kHz.
   static void dumpDevices();
 };
 
-/// Brings the fastest device up for the length of a scope.
+/// Holds the fastest device for the length of a scope.
 ///
-/// Construct one before anything else of a call. It picks the device with the highest
-/// cores × multiprocessors × clock, makes it current, starts the runtime and waits for it; the
-/// destructor releases it, and with it the quadrature rule, and restores the thread's previous
-/// device. All of a call's device work happens on the thread that made the object, which also
-/// destroys it.
+/// Construct one before any other device work. The constructor selects the device with the highest
+/// cores × multiprocessors × clock rate, makes it current, starts the runtime and waits for it. The
+/// destructor releases the device and the quadrature rule loaded on it, and restores the thread's
+/// previous device. Do all device work on the thread that constructed the object, and destroy it
+/// there.
 ///
-/// One thread at a time has the device: other threads that make such a scope, load a rule or
-/// compute on the device wait until this one ends. So do not wait, inside a scope, for a thread
-/// that does. A scope within a scope of the same thread leaves the device and the rule as they are
-/// when it ends.
+/// Only one thread at a time holds the device. Another thread that constructs a scope, loads a rule
+/// or computes on the device waits until this scope ends; waiting for such a thread inside a scope
+/// is a deadlock. A nested scope of the same thread leaves the device and the rule unchanged.
 class CudaDeviceThread {
  public:
   CudaDeviceThread();
   CudaDeviceThread(const CudaDeviceThread&) = delete;
   CudaDeviceThread& operator=(const CudaDeviceThread&) = delete;
 
-  /// Reports a failing release through the error handler, which may throw; stays silent when an
-  /// error is already unwinding, since a second one would end the host.
+  /// Calls the error handler, which may throw, if the release fails. Ignores the failure while
+  /// another exception unwinds, since a second one would end the process.
   ~CudaDeviceThread() noexcept(false);
 
  private:
-  struct Entered {};  // the device is current, and not started yet
+  struct Entered {};  // the device is current but not started
   explicit CudaDeviceThread(Entered /*tag*/);
 
   const DeviceLock lock_;
-  const int unwinding_;  // how many exceptions already were when it was made
+  const int unwinding_;  // std::uncaught_exceptions() at construction
   const DeviceUse use_;
 };
 

@@ -4,15 +4,15 @@
 
 #include "emulation/State.h"
 
-namespace emulation {
+namespace pistonfield::emulation {
 
-/// One call of the runtime: keeps the record, lets it fail where a test asked for that, otherwise
-/// has `body` do the work; an error is remembered as the calling thread's last one.
+/// One call of the runtime: records it, returns an error if a test has made it fail, and otherwise
+/// calls `body`. Stores an error as the calling thread's pending error.
 template <class Body>
 cudaError_t perform(const Call& call, Body body) {
   const std::lock_guard lock(stateLock());
   State& state = theState();
-  // Found before the work: there may be no memory for a new one where that has failed.
+  // Found before the work, since there may be no memory for a new entry after it has failed.
   cudaError_t& pending = state.pendingErrors[std::this_thread::get_id()];
   const cudaError_t injected = state.begin(call);
   const cudaError_t error = injected == cudaSuccess ? body(state) : injected;
@@ -27,4 +27,4 @@ cudaError_t performOnDevice(const Call& call, Body body) {
       call, [&](State& state) { return state.devices.empty() ? cudaErrorNoDevice : body(state); });
 }
 
-}  // namespace emulation
+}  // namespace pistonfield::emulation

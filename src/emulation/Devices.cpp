@@ -1,6 +1,6 @@
 #include "emulation/Call.h"
 
-namespace emulation::runtime {
+namespace pistonfield::emulation::runtime {
 namespace {
 
 const Device* find(const State& state, int device) {
@@ -64,4 +64,4 @@ cudaError_t cudaDeviceReset() {
   });
 }
 
-}  // namespace emulation::runtime
+}  // namespace pistonfield::emulation::runtime

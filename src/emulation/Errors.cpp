@@ -2,7 +2,7 @@
 
 #include "emulation/Call.h"
 
-namespace emulation::runtime {
+namespace pistonfield::emulation::runtime {
 
 const char* cudaGetErrorString(cudaError_t error) {
   switch (error) {
@@ -44,4 +44,4 @@ cudaError_t cudaGetLastError() {
   return injected == cudaSuccess ? pending : injected;
 }
 
-}  // namespace emulation::runtime
+}  // namespace pistonfield::emulation::runtime

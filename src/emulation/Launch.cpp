@@ -3,24 +3,24 @@
 #include "emulation/Call.h"
 #include "parallel/Spread.h"
 
-namespace emulation {
+namespace pistonfield::emulation {
 namespace {
 
 bool fits(dim3 grid, dim3 block) {
   const auto within = [](dim3 size, unsigned x, unsigned y, unsigned z) {
     return 0 < size.x && size.x <= x && 0 < size.y && size.y <= y && 0 < size.z && size.z <= z;
   };
-  constexpr std::uint64_t mostBlocks = std::uint64_t{1} << 53;  // so that threads can be counted
+  constexpr std::uint64_t mostBlocks = std::uint64_t{1} << 53;  // the threads fit 64 bits
   return within(grid, 2147483647, 65535, 65535) && within(block, 1024, 1024, 64) &&
          std::uint64_t{block.x} * block.y * block.z <= 1024 &&
          std::uint64_t{grid.x} * grid.y * grid.z <= mostBlocks;
 }
 
-/// How many threads a core takes at once in the end: enough to fill lanes and to be worth handing
-/// out, few enough to share a launch out evenly.
+/// The fewest threads that a core takes at once: enough to outweigh the cost of distributing them,
+/// few enough to keep all cores busy to the end.
 constexpr std::uint64_t rangeLength = 2048;
 
-/// Those of the current launch; there is one at a time.
+/// The threads of the current launch. There is one launch at a time.
 std::uint64_t launchedThreads = 0;
 
 }  // namespace
@@ -39,4 +39,4 @@ cudaError_t launch(dim3 grid, dim3 block, std::size_t sharedMemory,
   });
 }
 
-}  // namespace emulation
+}  // namespace pistonfield::emulation

@@ -3,28 +3,19 @@
 #include <limits>
 
 #include "emulation/Call.h"
-#include "parallel/Cores.h"
-#include "parallel/Spread.h"
 
-namespace emulation::runtime {
-namespace {
-
-/// One core alone does not fill the way to the memory; where there is but one, a copy in one piece
-/// is the fastest.
-void copy(std::byte* destination, const std::byte* source, std::size_t size) {
-  const std::size_t length = parallel::cores() > 1 ? std::size_t{1} << 18 : size;
-  parallel::spread(size, length, [&](std::size_t first, std::size_t last) {
-    std::memcpy(destination + first, source + first, last - first);
-  });
+bool pistonfield::emulation::usesHostMemory() {
+  const std::lock_guard lock(stateLock());
+  return !theState().memoryIsSeparate;
 }
 
-}  // namespace
+namespace pistonfield::emulation::runtime {
 
 cudaError_t cudaMalloc(void** pointer, std::size_t size) {
   return performOnDevice({"cudaMalloc", size}, [&](State& state) {
     *pointer = nullptr;
     if (size == 0) return cudaSuccess;
-    // Rounding a size near the largest one up to the alignment would make it a small one.
+    // Rounding up to the alignment would wrap a size near the largest.
     const bool countable = size <= std::numeric_limits<std::ptrdiff_t>::max();
     void* const memory = countable ? ::operator new(size, memoryAlignment, std::nothrow) : nullptr;
     if (!memory) return cudaErrorMemoryAllocation;
@@ -53,15 +44,16 @@ cudaError_t cudaMemcpy(void* destination, const void* source, std::size_t size,
     const void* const onDevice = kind == cudaMemcpyHostToDevice ? destination : source;
     const void* const onHost = kind == cudaMemcpyHostToDevice ? source : destination;
     if (!onHost || !state.owns(onDevice, size)) return cudaErrorInvalidValue;
-    copy(static_cast<std::byte*>(destination), static_cast<const std::byte*>(source), size);
+    std::memcpy(destination, source, size);
     return cudaSuccess;
   });
 }
 
-}  // namespace emulation::runtime
+}  // namespace pistonfield::emulation::runtime
 
-cudaError_t emulation::copyToSymbol(void* symbol, std::size_t symbolSize, const void* source,
-                                    std::size_t size, std::size_t offset, cudaMemcpyKind kind) {
+cudaError_t pistonfield::emulation::copyToSymbol(void* symbol, std::size_t symbolSize,
+                                                 const void* source, std::size_t size,
+                                                 std::size_t offset, cudaMemcpyKind kind) {
   return performOnDevice({"cudaMemcpyToSymbol", size}, [&](State& state) {
     if (!symbol) return cudaErrorInvalidSymbol;
     if (kind != cudaMemcpyHostToDevice) return cudaErrorInvalidMemcpyDirection;

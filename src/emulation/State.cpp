@@ -5,7 +5,7 @@
 
 #include "parallel/Cores.h"
 
-namespace emulation {
+namespace pistonfield::emulation {
 namespace {
 
 std::vector<Device> ownDevices() {
@@ -14,7 +14,7 @@ std::vector<Device> ownDevices() {
   device.properties.major = 9999;
   device.properties.minor = 9999;
   device.properties.multiProcessorCount = static_cast<int>(parallel::cores());
-  device.clockRate = 1000000;  // nominal: whoever ranks devices by it wants a positive number
+  device.clockRate = 1000000;  // nominal; the ranking of devices needs a positive number
   return {device};
 }
 
@@ -54,6 +54,8 @@ void State::failCall(const std::string& function, int nth, cudaError_t error, bo
 
 void State::pretendDevices(const std::vector<Device>& pretended) { devices = pretended; }
 
+void State::separateMemory() { memoryIsSeparate = true; }
+
 void State::poisonFreshMemory() { poison = true; }
 
 void State::recordCalls() {
@@ -91,6 +93,8 @@ std::mutex& stateLock() {
   return lock;
 }
 
-}  // namespace emulation
+}  // namespace pistonfield::emulation
 
-emulation::TestControl* emulationTestControl() { return &emulation::theState(); }
+pistonfield::emulation::TestControl* emulationTestControl() {
+  return &pistonfield::emulation::theState();
+}

@@ -11,9 +11,9 @@
 
 #include "emulation/TestControl.h"
 
-namespace emulation {
+namespace pistonfield::emulation {
 
-/// Device memory is aligned as the runtime aligns it.
+/// The runtime's alignment of device memory.
 constexpr std::align_val_t memoryAlignment{256};
 
 struct FreeDeviceMemory {
@@ -25,8 +25,8 @@ struct Allocation {
   std::size_t size;
 };
 
-/// What the device and its test bench remember between calls of the runtime. Calls of the runtime
-/// lock it; the test bench is used while no other thread calls.
+/// The state of the device and its test control between calls of the runtime. Calls of the runtime
+/// lock it. Use the test control only while no other thread calls the runtime.
 class State final : public TestControl {
  public:
   State();
@@ -34,17 +34,18 @@ class State final : public TestControl {
   std::vector<Device> devices;
   int selected = 0;
 
-  /// The pending error, or success, of each thread that has called.
+  /// The pending error, or success, of each thread that has called the runtime.
   std::map<std::thread::id, cudaError_t> pendingErrors;
 
   /// Every live allocation, by its base address.
   std::map<const std::byte*, Allocation> allocations;
   bool poison = false;
+  bool memoryIsSeparate = false;
 
   /// Symbols written since the last reset, with their sizes.
   std::map<void*, std::size_t> symbols;
 
-  /// Records a call; an error if a test wants this one to fail.
+  /// Records a call. Returns an error if a test has made this call fail.
   cudaError_t begin(const Call& call);
 
   /// Frees all memory and zeroes all symbols.
@@ -55,6 +56,7 @@ class State final : public TestControl {
 
   void failCall(const std::string& function, int nth, cudaError_t error, bool lasting) override;
   void pretendDevices(const std::vector<Device>& pretended) override;
+  void separateMemory() override;
   void poisonFreshMemory() override;
   void recordCalls() override;
   void restore() override;
@@ -81,7 +83,7 @@ class State final : public TestControl {
 
 State& theState();
 
-/// Locked by every call of the runtime for its length, a launch included.
+/// Every call of the runtime holds this lock, launches included.
 std::mutex& stateLock();
 
-}  // namespace emulation
+}  // namespace pistonfield::emulation

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-namespace emulation {
+namespace pistonfield::emulation {
 
-/// A call of the runtime, as a test sees it afterwards.
+/// A recorded call of the runtime.
 struct Call {
   const char* function;
   std::size_t bytes = 0;  // allocations, copies, shared memory of launches
@@ -22,30 +22,33 @@ struct Device {
   int clockRate;  // kHz
 };
 
-/// For tests only: makes the device fail, lie about itself and keep a record.
+/// For tests only: makes calls fail, replaces the list of devices and records calls.
 ///
-/// An interface of virtual functions, so that a test can reach it inside a module that it has
-/// loaded, through `emulationTestControl` alone.
+/// Its functions are virtual so that a test can use them in a module that it has loaded, through
+/// `emulationTestControl` alone.
 class TestControl {
  public:
-  /// Lets the nth call from now (1 is the next) of `function`, or of any function if it is empty,
-  /// end with `error` and do nothing; with `lasting`, also every such call after it.
+  /// Makes the nth call from now (1 is the next) of `function`, or of any function if it is empty,
+  /// return `error` and do nothing. With `lasting`, all such calls after it do so too.
   virtual void failCall(const std::string& function, int nth, cudaError_t error, bool lasting) = 0;
 
   virtual void pretendDevices(const std::vector<Device>& devices) = 0;
+
+  /// Gives the device memory of its own, like a GPU's, so that launchers allocate and copy.
+  virtual void separateMemory() = 0;
 
   /// Fills memory from cudaMalloc with 0xFF bytes, which read as NaN.
   virtual void poisonFreshMemory() = 0;
 
   virtual void recordCalls() = 0;
 
-  /// Forgets all of the above and the last error, and resets the device.
+  /// Undoes all of the above, clears the last error and resets the device.
   virtual void restore() = 0;
 
   /// The calls since `recordCalls`, oldest first.
   virtual std::vector<Call> calls() const = 0;
 
-  // The runtime's own functions, whose names a module does not show.
+  // Functions of the runtime, whose symbols a module does not export.
   virtual const char* errorString(cudaError_t error) const = 0;
   virtual cudaError_t allocate(void** pointer, std::size_t size) = 0;
   virtual cudaError_t copy(void* destination, const void* source, std::size_t size,
@@ -58,6 +61,6 @@ class TestControl {
   ~TestControl() = default;
 };
 
-}  // namespace emulation
+}  // namespace pistonfield::emulation
 
-extern "C" emulation::TestControl* emulationTestControl();
+extern "C" pistonfield::emulation::TestControl* emulationTestControl();

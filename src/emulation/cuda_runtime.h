@@ -5,16 +5,16 @@
 #include <functional>
 #include <utility>
 
-// The part of the CUDA runtime that the system calls, on a device made of the CPU's cores. Names,
-// error codes, error strings and checks of arguments are the runtime's own. All of it is in a
-// namespace: a program that links the library may use a real CUDA runtime as well.
+// The part of the CUDA runtime that this project calls, on a device that consists of the CPU's
+// cores. Names, error codes, error strings and checks of arguments are the runtime's. Everything is
+// in a namespace, since a program that links the library may use a real CUDA runtime too.
 
 #define __global__
 #define __device__
 #define __host__
 #define __constant__
 
-namespace emulation::runtime {
+namespace pistonfield::emulation::runtime {
 
 struct dim3 {
   constexpr dim3(unsigned width = 1, unsigned height = 1, unsigned depth = 1)
@@ -52,7 +52,7 @@ using cudaStream_t = struct CUstream_st*;
 
 const char* cudaGetErrorString(cudaError_t error);
 
-/// The calling thread's last error, which is cleared.
+/// Returns and clears the calling thread's pending error.
 cudaError_t cudaGetLastError();
 
 cudaError_t cudaGetDeviceCount(int* count);
@@ -70,28 +70,31 @@ cudaError_t cudaFree(void* pointer);
 cudaError_t cudaMemcpy(void* destination, const void* source, std::size_t size,
                        cudaMemcpyKind kind);
 
-}  // namespace emulation::runtime
+}  // namespace pistonfield::emulation::runtime
 
-// The sources use the runtime's names without a namespace.
+// The sources use the runtime's names unqualified.
 // NOLINTNEXTLINE(google-build-using-namespace,google-global-names-in-headers)
-using namespace emulation::runtime;
+using namespace pistonfield::emulation::runtime;
 
-namespace emulation {
+namespace pistonfield::emulation {
+
+/// Whether kernels work on the host's arrays as they are, so that nothing need be allocated or
+/// copied. They do unless a test has separated the memories.
+bool usesHostMemory();
 
 cudaError_t copyToSymbol(void* symbol, std::size_t symbolSize, const void* source, std::size_t size,
                          std::size_t offset, cudaMemcpyKind kind);
 
-/// The work of a kernel's threads, from number `first` to before `last`, counted through the blocks
-/// of a launch.
+/// The work of a kernel's threads number `first` to `last` − 1, counted across the blocks of a
+/// launch.
 using ThreadWork = std::function<void(std::uint64_t first, std::uint64_t last)>;
 
-/// For kernels: calls `work` for ranges that make up all threads of the current launch, on all of
-/// the CPU's cores. A kernel takes many threads at once so that it can put them into the lanes of
-/// the processor.
+/// For kernels: calls `work` for ranges that together cover all threads of the current launch, on
+/// all cores of the CPU. A kernel takes many threads at once to use the processor's SIMD lanes.
 void forThreads(const ThreadWork& work);
 
-/// Calls `kernel` once, for all threads of the launch. An empty one stands for a kernel that is not
-/// in the device's image.
+/// Calls `kernel` once for all threads of the launch. An empty function represents a kernel that
+/// the device's image does not contain.
 cudaError_t launch(dim3 grid, dim3 block, std::size_t sharedMemory,
                    const std::function<void()>& kernel);
 
@@ -100,11 +103,11 @@ void call(void (*kernel)(Parameters...), void** arguments, std::index_sequence<I
   kernel(*static_cast<Parameters*>(arguments[I])...);
 }
 
-}  // namespace emulation
+}  // namespace pistonfield::emulation
 
-namespace emulation::runtime {
+namespace pistonfield::emulation::runtime {
 
-/// `symbol` is the variable itself.
+/// `symbol` is the variable.
 template <class Symbol>
 cudaError_t cudaMemcpyToSymbol(Symbol& symbol, const void* source, std::size_t size,
                                std::size_t offset = 0,
@@ -112,7 +115,7 @@ cudaError_t cudaMemcpyToSymbol(Symbol& symbol, const void* source, std::size_t s
   return emulation::copyToSymbol(&symbol, sizeof(Symbol), source, size, offset, kind);
 }
 
-/// A pointer names no symbol here.
+/// Fails: a pointer is not a symbol here.
 inline cudaError_t cudaMemcpyToSymbol(const void*& /*symbol*/, const void* source, std::size_t size,
                                       std::size_t offset, cudaMemcpyKind kind) {
   return emulation::copyToSymbol(nullptr, 0, source, size, offset, kind);
@@ -127,4 +130,4 @@ cudaError_t cudaLaunchKernel(void (*kernel)(Parameters...), dim3 grid, dim3 bloc
   return emulation::launch(grid, block, sharedMemory, run);
 }
 
-}  // namespace emulation::runtime
+}  // namespace pistonfield::emulation::runtime

@@ -13,14 +13,14 @@ namespace {
 
 constexpr std::size_t mostInt = std::numeric_limits<int>::max();
 
-/// Whether mxGetScalar can read a number from it, on every host. Of a sparse array it reads the
-/// first element that is not zero, or 0.
+/// Whether mxGetScalar can read a number from it on every host. From a sparse array it reads the
+/// first nonzero element, or 0.
 bool hasScalar(const mxArray* array) {
   return (mxIsNumeric(array) || mxIsLogical(array) || mxIsChar(array)) && mxGetM(array) > 0 &&
          mxGetN(array) > 0;
 }
 
-/// Truncates toward zero; what no int can hold, NaN included, becomes the most negative one.
+/// Truncates toward zero. NaN and values out of range become the most negative int.
 int toInt(double value) {
   constexpr double limit = 2147483648.0;
   return value > -limit - 1 && value < limit ? static_cast<int>(value)
@@ -31,9 +31,9 @@ struct FreeText {
   void operator()(char* text) const { mxFree(text); }
 };
 
-/// The characters column by column, up to a zero; "" of what has none.
+/// The characters column by column up to a NUL, or "" if the array holds no characters.
 std::string textOf(const mxArray* array) {
-  // Freed here: not every host takes back what mxArrayToString returns.
+  // Freed here, because not every host frees what mxArrayToString returns.
   const std::unique_ptr<char, FreeText> text(mxIsChar(array) ? mxArrayToString(array) : nullptr);
   return text ? text.get() : "";
 }
@@ -49,7 +49,7 @@ void checkCounts(int nlhs, int nrhs) {
 }
 
 void checkPointsType(const mxArray* points) {
-  // No host of today answers the class "sparse", and every class but double is laid out otherwise.
+  // Current hosts have no class "sparse". Classes other than double have another layout.
   if (mxIsComplex(points) || mxIsClass(points, "sparse") || mxIsSparse(points) ||
       mxIsChar(points) || !mxIsDouble(points))
     mexErrMsgTxt("Input must be real, full, and nonstring");
@@ -84,7 +84,7 @@ double readScalar(const mxArray* const* prhs, Argument argument) {
 unsigned countPoints(const mxArray* points) {
   if (mxGetM(points) != 3) mexErrMsgTxt("Points (argument 1) must have dimension of three.");
   const std::size_t count = mxGetN(points);
-  if (count > mostInt) mexErrMsgTxt("Points (argument 1) must be at most 2147483647.");
+  if (count > mostInt) mexErrMsgTxt("Points (argument 1) must have at most 2147483647 columns.");
   return static_cast<unsigned>(count);
 }
 

@@ -1,16 +1,16 @@
-#include <cuda_runtime.h>
 #include <mex.h>
+#include "core/CudaCompatibility.h"
 
 #include <new>
 #include <string>
 
 #include "core/FastestDevice.h"
-#include "core/InstructionSet.h"
 #include "core/Progress.h"
 #include "device.h"
+#include "lanes/InstructionSet.h"
 #include "version.h"
 
-// about = pistonfield_about(): what stands behind pistonfield here, as a struct of texts.
+// about = pistonfield_about(): version, build and device of pistonfield, as a struct of texts.
 
 namespace pistonfield {
 namespace {
@@ -63,9 +63,9 @@ struct Device {
   std::string name, workers;
 };
 
-/// The device that calls run on, or in place of its name why there is none.
+/// The device that calls run on. If there is none, `name` is the reason.
 Device device() {
-  tellProgress(false);  // the choice tells of devices that it does not know
+  showProgress(false);  // selecting a device writes lines about unknown ones
   int count = 0;
   cudaError_t error = cudaGetDeviceCount(&count);
   cudaDeviceProp properties{};
@@ -94,7 +94,8 @@ mxArray* about() {
 
 void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   static_cast<void>(prhs);
-  if (nlhs > 1 || nrhs > 0) mexErrMsgTxt("Call it as about = pistonfield_about ().");
+  if (nlhs > 1 || nrhs > 0)
+    mexErrMsgTxt("Too many arguments. Call it as about = pistonfield_about ().");
   bool outOfMemory = false;
   try {
     plhs[0] = pistonfield::about();

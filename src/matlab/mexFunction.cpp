@@ -2,39 +2,35 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <new>
 #include <stdexcept>
 
 #include "FastNearfield/IntegratorCuda.h"
-#include "FastNearfield/RectangularPiston2.h"
-#include "FastNearfield/RectangularPistonCuda.h"
-#include "core/Grid.h"
+#include "FastNearfield/PressuresAt.h"
 #include "core/Interruption.h"
 #include "core/Progress.h"
 #include "core/cudahelper.h"
 #include "matlab/Arguments.h"
 #include "matlab/MatlabErrorHandler.h"
 #include "matlab/hosts/Interruption.h"
-#include "parallel/Spread.h"
 #include "version.h"
 
 // p = pistonfield(points, ignored, l, s, k, mode, nabscissas)
 //
-// The order of checks, printing and work is what users see, and is kept. Errors of the host unwind
-// through here as exceptions of the host's own, so nothing here catches what it does not know.
+// Users see the order of checks, printed lines and work, so it must not change. Host errors unwind
+// through this file as exceptions of the host, so it catches only exceptions of its own.
 
 namespace pistonfield {
 namespace {
 
 constexpr const char* model = "RectangularPiston";
 
-// The module that other functions call differs from the one that users call in this alone.
+// The module that the functions beside pistonfield call differs from it only in this.
 #ifdef PISTONFIELD_QUIET
-constexpr bool tellsProgress = false;
+constexpr bool showsProgress = false;
 #else
-constexpr bool tellsProgress = true;
+constexpr bool showsProgress = true;
 #endif
 
 void printInfo() {
@@ -49,12 +45,12 @@ void echoFirstPoint(const double* points) {
 }
 
 mxArray* createResult(unsigned count) {
-  const mwSize dims[] = {static_cast<mwSize>(count), 1};  // the second for hosts that want two
+  const mwSize dims[] = {static_cast<mwSize>(count), 1};  // some hosts require two dimensions
   return mxCreateNumericArray(1, dims, mxDOUBLE_CLASS, mxCOMPLEX);
 }
 
-/// The table's column-major data, read as pairs: entry i is (data[2i], data[2i + 1]). Of a table
-/// longer than the device's, which the last step refuses, only as many are read as that would hold.
+/// Reads the table's column-major data as pairs: entry i is (data[2i], data[2i + 1]). The last step
+/// rejects a table longer than the device's, of which at most 256 entries are read.
 void loadTable(const Quadrature& quadrature) {
   progress() << "3" << std::endl;
   constexpr std::size_t mostHeld = 256;
@@ -73,56 +69,10 @@ void loadOrder(int order) {
   setCudaIntegratorParameters(model, order);
 }
 
-// Numbers are copied and converted by all cores, each at least so many points at once.
-constexpr std::uint64_t pointsAtOnce = 1 << 14;
-
-/// The points x, y, z that stand one after the other.
-GridUnstructured<double> gridOf(const double* points, unsigned count) {
-  GridUnstructured<double> grid(count);
-  parallel::spread(count, pointsAtOnce, [&](std::size_t first, std::size_t last) {
-    for (std::size_t i = first; i < last; ++i)
-      grid.positions[i] = MVector<double, 3>(points + 3 * i);
-  });
-  return grid;
-}
-
-/// x, y, z of every point of the grid.
-std::unique_ptr<float[]> narrowed(const GridUnstructured<double>& grid) {
-  std::unique_ptr<float[]> positions(new float[3 * grid.positions.size()]);
-  parallel::spread(grid.positions.size(), pointsAtOnce, [&](std::size_t first, std::size_t last) {
-    float* component = &positions[3 * first];
-    for (std::size_t i = first; i < last; ++i)
-      for (int axis = 0; axis < 3; ++axis)
-        *component++ = static_cast<float>(grid.positions[i][axis]);
-  });
-  return positions;
-}
-
-/// The pressure at every point of the grid.
-std::unique_ptr<Complex[]> evaluate(const RectangularPistonCuda2& piston,
-                                    const GridUnstructured<double>& grid) {
-  const std::size_t count = grid.nbPositions();
-  const std::unique_ptr<float[]> positions = narrowed(grid);
-  std::unique_ptr<Complex[]> result(new Complex[count]);
-  RectangularPiston_func_unstructured(result.get(), static_cast<int>(count), positions.get(),
-                                      static_cast<float>(piston.l), static_cast<float>(piston.s),
-                                      static_cast<float>(piston.k));
-  return result;
-}
-
-void widen(const Complex* pressures, std::size_t count, double* re, double* im) {
-  parallel::spread(count, pointsAtOnce, [&](std::size_t first, std::size_t last) {
-    for (std::size_t i = first; i < last; ++i) {
-      re[i] = pressures[i].re;
-      im[i] = pressures[i].im;
-    }
-  });
-}
-
 void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   ErrorHandler::setErrorHandler(new MatlabErrorHandler);
   setInterruptionCheck(endInterruptedCall);
-  tellProgress(tellsProgress);
+  showProgress(showsProgress);
   const CudaDeviceThread device;
 
   if (nlhs == 0 && nrhs == 1 && isText(prhs[POINTS], "info")) {
@@ -137,7 +87,7 @@ void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   const double l = readScalar(prhs, L);
   const double s = readScalar(prhs, S);
   const double k = readScalar(prhs, K);
-  if (progressIsTold()) mexPrintf("l=%f, s=%f, k=%f\n", l, s, k);
+  if (progressIsShown()) mexPrintf("l=%f, s=%f, k=%f\n", l, s, k);
 
   const unsigned count = countPoints(prhs[POINTS]);
   const double* const points = mxGetPr(prhs[POINTS]);
@@ -146,12 +96,6 @@ void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   if (count == 0) mexErrMsgTxt("The given grid must have at least one data point");
 
   const bool useGPU = readUseGPU(nrhs, prhs);
-  plhs[0] = createResult(count);
-  auto* const re = static_cast<double*>(mxGetData(plhs[0]));
-  auto* const im = static_cast<double*>(mxGetImagData(plhs[0]));
-
-  const RectangularPistonCuda2 piston(l, s, k);
-  const GridUnstructured<double> grid = gridOf(points, count);
   if (!useGPU) mexErrMsgTxt("CPU version not implemented, yet.");
 
   if (quadrature.isTable)
@@ -159,8 +103,9 @@ void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   else
     loadOrder(quadrature.nabs);
 
-  const std::unique_ptr<Complex[]> result = evaluate(piston, grid);
-  widen(result.get(), count, re, im);
+  pressuresAt(points, static_cast<int>(count), static_cast<float>(l), static_cast<float>(s),
+              static_cast<float>(k), static_cast<double*>(mxGetData(plhs[0])),
+              static_cast<double*>(mxGetImagData(plhs[0])));
 }
 
 }  // namespace

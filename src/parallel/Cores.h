@@ -6,10 +6,10 @@
 
 #include <thread>
 
-namespace parallel {
+namespace pistonfield::parallel {
 
-/// The CPU cores that this process may use, at least 1. A batch system, or a user with taskset, may
-/// leave it fewer than the machine has.
+/// The number of CPU cores that this process may use, at least 1. A batch system or taskset may
+/// allow fewer than the machine has.
 inline unsigned cores() {
 #if defined(__linux__)
   cpu_set_t allowed;
@@ -20,4 +20,4 @@ inline unsigned cores() {
   return count > 0 ? count : 1;
 }
 
-}  // namespace parallel
+}  // namespace pistonfield::parallel

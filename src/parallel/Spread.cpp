@@ -12,27 +12,27 @@
 
 #include "parallel/Cores.h"
 
-namespace parallel {
+namespace pistonfield::parallel {
 namespace {
 
-/// Work that ends within this time never starts a thread, which costs about as much.
+/// The calling thread works alone for this long, which is about what starting a thread costs.
 constexpr std::chrono::microseconds aloneTime{100};
 
 using Body = std::function<void(std::uint64_t, std::uint64_t)>;
 
-/// Hands ranges out, one by one, to whoever asks, until none is left or one has thrown.
+/// Distributes ranges among threads until none is left or a body has thrown.
 class Ranges {
  public:
   Ranges(std::uint64_t count, std::uint64_t length, const Body& body)
       : count_(count), length_(length), body_(body) {}
 
-  /// How many ranges nobody has taken yet, at most.
+  /// The number of ranges left, at most.
   std::uint64_t left() const {
     const std::uint64_t next = next_;
     return next < count_ ? (count_ - next - 1) / length_ + 1 : 0;
   }
 
-  /// In one of so many threads.
+  /// The work of one of `threads` threads.
   void runAll(std::uint64_t threads) {
     while (runOne(threads, 8 * length_)) {
     }
@@ -44,14 +44,14 @@ class Ranges {
     }
   }
 
-  /// The first exception that a body threw, in the caller's hands.
+  /// Rethrows the first exception that a body threw.
   void rethrow() const {
     if (failure_) std::rethrow_exception(failure_);
   }
 
  private:
-  /// Of several threads each takes at most a quarter of its share of what is left, so that all have
-  /// work to the end.
+  /// With several threads, takes at most a quarter of a thread's share of the remaining work, so
+  /// that all threads finish at about the same time.
   bool runOne(std::uint64_t threads, std::uint64_t longest) {
     std::uint64_t first = next_, last = 0;
     do {
@@ -89,7 +89,7 @@ void spread(std::uint64_t count, std::uint64_t length, const Body& body) {
     helpers.reserve(wanted);
     while (helpers.size() < wanted) helpers.emplace_back([&] { ranges.runAll(wanted + 1); });
   } catch (const std::system_error&) {
-    // The machine gives no more: the threads that run suffice.
+    // The system has no more threads; those that run do the work.
   } catch (const std::bad_alloc&) {
   }
   ranges.runAll(wanted + 1);
@@ -97,4 +97,4 @@ void spread(std::uint64_t count, std::uint64_t length, const Body& body) {
   ranges.rethrow();
 }
 
-}  // namespace parallel
+}  // namespace pistonfield::parallel

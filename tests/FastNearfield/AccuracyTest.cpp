@@ -8,7 +8,7 @@
 #include <sstream>
 #include <vector>
 
-#include "FastNearfield/PackedPressure.h"
+#include "FastNearfield/packs/PackedPressure.h"
 #include "support/LiteralPressure.h"
 
 // How right single precision is on the emulation device: a piston of 5λ × 7.5λ at 1 MHz in water,

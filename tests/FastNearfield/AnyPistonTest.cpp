@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "FastNearfield/PackedPressure.h"
+#include "FastNearfield/packs/PackedPressure.h"
 #include "support/AnyScene.h"
 #include "support/LiteralPressure.h"
 

@@ -306,6 +306,7 @@ TEST_F(ComputeInScopeTest, AnEmptyGridComputesNothing) {
 TEST_F(ComputeInScopeTest, AnOutOfMemoryThatWasReportedFailsNoLaterCall) {
   const CudaDeviceThread scope;
   setCudaIntegratorParameters("RectangularPiston", 64);
+  emulationTestControl()->separateMemory();
   emulationTestControl()->failCall("cudaMalloc", 1, cudaErrorMemoryAllocation, false);
   EXPECT_EQ(failureOf([&] { computed<float>(true); }).condition,
             "Cuda error when calling cudaMalloc((void**)&d_array, datasize): out of memory");

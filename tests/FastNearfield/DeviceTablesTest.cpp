@@ -79,7 +79,7 @@ TEST_F(DeviceTablesTest, Order513IsRefusedBeforeAnyCopy) {
   EXPECT_EQ(failure.file, "src/FastNearfield/RectangularPistonCuda.dp");
   EXPECT_EQ(output(), "setting order 513elements: 257\nset weights double\n");
   captureAgain();
-  for (const emulation::Call& call : device.calls())
+  for (const pistonfield::emulation::Call& call : device.calls())
     EXPECT_STRNE(call.function, "cudaMemcpyToSymbol");
 }
 
@@ -100,18 +100,6 @@ TEST_F(DeviceTablesTest, OrdersBelowOneAreRefused) {
   captureAgain();
 }
 
-TEST_F(DeviceTablesTest, TellsItsProgress) {
-  setCudaIntegratorParameters(model, 20);
-  EXPECT_EQ(output(),
-            "setting order 20elements: 10\n"
-            "set weights double\n"
-            "-0.993129\n"
-            "set weights float\n"
-            "-0.993129\n"
-            "symbol: \"global_RectangularPiston_float_x\"\n");
-  captureAgain();
-}
-
 TEST_F(DeviceTablesTest, ReadsOnlyTheFirstHalfOfACallersTable) {
   // Exactly (N + 1)/2 entries, so that a sanitizer sees any read beyond them.
   const std::unique_ptr<float[]> abscissas(new float[3]{-0.5f, -0.25f, 0.0f});
@@ -124,7 +112,7 @@ TEST_F(DeviceTablesTest, ReadsOnlyTheFirstHalfOfACallersTable) {
     EXPECT_EQ(global_RectangularPiston_float_w[i], w[i]);
   }
   std::vector<std::size_t> copies;
-  for (const emulation::Call& call : device.calls())
+  for (const pistonfield::emulation::Call& call : device.calls())
     if (call.bytes > 0) copies.push_back(call.bytes);
   EXPECT_EQ(copies, (std::vector<std::size_t>{12, 12, 4}));
 }
@@ -192,7 +180,8 @@ TEST_F(DeviceTablesTest, WithoutDoubleSupportTheErrorIsClearedAndNothingElseDone
   setIntegratorWeightsSym_d(model, xd.data(), wd.data(), 5);
   testing::internal::GetCapturedStderr();
   std::vector<std::string> functions;
-  for (const emulation::Call& call : device.calls()) functions.emplace_back(call.function);
+  for (const pistonfield::emulation::Call& call : device.calls())
+    functions.emplace_back(call.function);
   EXPECT_EQ(functions, (std::vector<std::string>{"cudaGetLastError", "cudaMemcpyToSymbol",
                                                  "cudaGetLastError"}));
 }
@@ -209,74 +198,6 @@ TEST_F(DeviceTablesTest, AnUnknownModelHasNoSymbols) {
   testing::internal::CaptureStderr();
   setIntegratorWeightsSym_d("Disc", xd.data(), wd.data(), 5);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "Support for double not found\n");
-}
-
-TEST_F(DeviceTablesTest, EveryFailingCopyInSinglePrecisionNamesItsCall) {
-  const std::array<const char*, 3> calls = {"cudaMemcpyToSymbol( buf, data_x, datasize )",
-                                            "cudaMemcpyToSymbol( buf, data_w, datasize )",
-                                            "cudaMemcpyToSymbol( buf, (void*)&N, sizeof(int) )"};
-  for (int n = 0; n < 3; ++n) {
-    device.restore();
-    failCopy(n + 1, cudaErrorLaunchFailure);
-    const Failure failure =
-        failureOf([&] { setIntegratorWeightsSym(model, x.data(), w.data(), 5); });
-    EXPECT_EQ(failure.condition, std::string("Cuda error when calling ") +
-                                     calls[static_cast<std::size_t>(n)] +
-                                     ": unspecified launch failure");
-    EXPECT_EQ(failure.file, "src/FastNearfield/RectangularPistonCuda");
-  }
-}
-
-TEST_F(DeviceTablesTest, EveryFailingCopyInDoublePrecisionNamesItsCall) {
-  const std::array<const char*, 3> calls = {"err", "cudaMemcpyToSymbol( buf, data_w, datasize )",
-                                            "cudaMemcpyToSymbol( buf, (void*)&N, sizeof(int) )"};
-  for (int n = 0; n < 3; ++n) {
-    device.restore();
-    failCopy(n + 1, cudaErrorLaunchFailure);
-    const Failure failure =
-        failureOf([&] { setIntegratorWeightsSym_d(model, xd.data(), wd.data(), 5); });
-    EXPECT_EQ(failure.condition, std::string("Cuda error when calling ") +
-                                     calls[static_cast<std::size_t>(n)] +
-                                     ": unspecified launch failure");
-    EXPECT_EQ(failure.file, "src/FastNearfield/RectangularPistonCuda.dp");
-  }
-}
-
-TEST_F(DeviceTablesTest, PendingErrorsShowAtTheStageWhereTheyAreFound) {
-  struct Stage {
-    int check;  // the how manieth reading of the last error finds it
-    const char* label;
-    const char* file;
-    int linesPrinted;  // of the progress lines below
-  };
-  const std::vector<std::string> progress = {"setting order 3elements: 2\n",
-                                             "set weights double\n",
-                                             "-0.774597\n",
-                                             "set weights float\n",
-                                             "-0.774597\n",
-                                             "symbol: \"global_RectangularPiston_float_x\"\n"};
-  for (const Stage& stage :
-       {Stage{1, "start setCudaIntegratorParameters", "src/FastNearfield/IntegratorCuda", 0},
-        Stage{2, "start setIntegratorWeightsSym", "src/FastNearfield/RectangularPistonCuda.dp", 2},
-        Stage{3, "end setIntegratorWeightsSym", "src/FastNearfield/RectangularPistonCuda.dp", 3},
-        Stage{4, "start setIntegratorWeightsSym", "src/FastNearfield/RectangularPistonCuda", 4},
-        Stage{5, "end setIntegratorWeightsSym", "src/FastNearfield/RectangularPistonCuda", 6},
-        Stage{6, "end setCudaIntegratorParameters", "src/FastNearfield/IntegratorCuda", 6}}) {
-    device.restore();
-    device.failCall("cudaGetLastError", stage.check, cudaErrorUnknown, false);
-    testing::internal::CaptureStderr();
-    const Failure failure = failureOf([] { setCudaIntegratorParameters(model, 3); });
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              std::string("Cuda error: ") + stage.label + " in file '" + stage.file + "' in line " +
-                  std::to_string(failure.line) + " : unknown error.\n");
-    EXPECT_EQ(failure.condition, "unknown error");
-    EXPECT_EQ(failure.file, stage.file);
-    std::string printed;
-    for (int line = 0; line < stage.linesPrinted; ++line)
-      printed += progress[static_cast<std::size_t>(line)];
-    EXPECT_EQ(output(), printed) << stage.label;
-    captureAgain();
-  }
 }
 
 }  // namespace

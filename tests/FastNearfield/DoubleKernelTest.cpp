@@ -3,15 +3,16 @@
 #include <complex>
 #include <vector>
 
-#include "FastNearfield/GaussLegendre.h"
 #include "FastNearfield/IntegratorCuda.h"
 #include "FastNearfield/LaunchShape.h"
-#include "FastNearfield/PointPressure.h"
-#include "FastNearfield/RectangularPistonKernels.dp.h"
+#include "FastNearfield/RectangularPistonKernels.h"
 #include "FastNearfield/TestGrids.h"
-#include "core/CudaToday.h"
+#include "FastNearfield/point/PointPressure.h"
+#include "FastNearfield/point/SingleRootIntegrand.h"
+#include "core/CudaCompatibility.h"
 #include "support/DeviceArrays.h"
 #include "support/DeviceTest.h"
+#include "support/LiteralPressure.h"
 
 using pistonfield::blockShape;
 using pistonfield::Complexd;
@@ -31,17 +32,11 @@ constexpr double deviceTolerance = 1e-5;  // of the device's own roots, sines an
 constexpr double deviceTolerance = 0;
 #endif
 
-struct HalfRule {
-  explicit HalfRule(int n) : N(n), x(static_cast<std::size_t>(n)), w(static_cast<std::size_t>(n)) {
-    pistonfield::legendre_compute(n, x.data(), w.data());
-  }
-  int N;
-  std::vector<double> x, w;
-};
+using HalfRule = support::HalfRule<double>;
 
 std::complex<double> pressure(double x, double y, double z, const HalfRule& rule) {
-  const Complexd p = pistonfield::pointPressure<pistonfield::SingleRootIntegrand>(
-      x, y, z, a, b, k, pistonfield::SymmetricRule<double>{rule.x.data(), rule.w.data(), rule.N});
+  const Complexd p =
+      pistonfield::pointPressure<pistonfield::SingleRootIntegrand>(x, y, z, a, b, k, rule.view());
   return {p.re, p.im};
 }
 

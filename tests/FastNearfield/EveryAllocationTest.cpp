@@ -46,10 +46,10 @@ Values longWork() {
 }
 
 std::vector<Way> allWays() {
-  std::vector<Way> all = ways::all;
-  all.push_back({"longWork", longWork, false});
-  all.push_back({"evaluatedOnCPU", evaluatedOnCPU, false});
-  all.push_back({"resorted", resorted, false});
+  std::vector<Way> all = ways::all();
+  all.push_back({"longWork", longWork, {}});
+  all.push_back({"evaluatedOnCPU", evaluatedOnCPU, {}});
+  all.push_back({"resorted", resorted, {}});
   return all;
 }
 
@@ -92,9 +92,11 @@ class EveryAllocationTest : public launchers::Test, public testing::WithParamInt
   };
 
   Count failEach(bool lasting) {
+    const Memory memory = GetParam().inHostMemory ? Memory::HOSTS : Memory::SEPARATE;
+    startAfresh(memory);
     endingOf(0, false);  // what is only made once
     const Ending good = endingOf(0, false);
-    startAfresh();
+    startAfresh(memory);
     Count count;
     for (;; ++count.failed) {
       const std::ptrdiff_t threads = support::threadsOfThisProcess();
@@ -119,7 +121,7 @@ class EveryAllocationTest : public launchers::Test, public testing::WithParamInt
       EXPECT_TRUE(support::hasThreads(threads));
       pistonfield::CudaInterface::init();
       EXPECT_TRUE(endingOf(0, false).values == good.values);
-      startAfresh();
+      startAfresh(memory);
       EXPECT_EQ(support::liveBlocks(), blocks);
       if (HasFailure()) {
         ADD_FAILURE() << "at allocation " << count.failed + 1;
@@ -132,7 +134,7 @@ class EveryAllocationTest : public launchers::Test, public testing::WithParamInt
 TEST_P(EveryAllocationTest, FailsAsAnErrorAndLeavesNothing) {
   const Count once = failEach(false);
   EXPECT_GT(once.failed, 0u);
-  const bool wantsThreads = GetParam().call == longWork && parallel::cores() > 1;
+  const bool wantsThreads = GetParam().call == longWork && pistonfield::parallel::cores() > 1;
   EXPECT_TRUE(once.survived > 0 || !wantsThreads) << "no thread was wanted";
   EXPECT_GT(failEach(true).failed, 0u);
 }

@@ -1,4 +1,4 @@
-#include "FastNearfield/HalfPhase.h"
+#include "FastNearfield/point/HalfPhase.h"
 
 #include <gtest/gtest.h>
 
@@ -11,8 +11,8 @@
 #include <vector>
 
 #if defined(__x86_64__)
-#include "emulation/Lanes.h"
-#include "emulation/lanes/Sse2.h"
+#include "lanes/Pack.h"
+#include "lanes/Sse2.h"
 #endif
 
 using pistonfield::HalfPhase;
@@ -23,25 +23,25 @@ float first(float x) { return x; }
 
 #if defined(__x86_64__)
 /// The oldest set of x86 has no fused multiply-add, so that its digits are its own.
-using OldestLanes = emulation::Lanes<emulation::Sse2>;
+using OldestPack = pistonfield::Pack<pistonfield::Sse2>;
 
-float first(OldestLanes x) {
-  float values[OldestLanes::count];
+float first(OldestPack x) {
+  float values[OldestPack::count];
   x.store(values);
   return values[0];
 }
 #endif
 
-template <class Lane>
+template <class V>
 class HalfPhaseTest : public testing::Test {
  protected:
   /// The roundings of the sine at a quarter turn add up to 3 units, and to 3.7 where products are
   /// rounded by themselves; its square is off by twice that, and a rounding of its own.
-  static constexpr double bound = std::is_same_v<Lane, float> ? 6.5 : 8;
+  static constexpr double bound = std::is_same_v<V, float> ? 6.5 : 8;
 
   /// How far the products sine·sine and sine·cosine are off, in units of 2^-24.
   static double error(float k, float path) {
-    const auto [sine, cosine] = HalfPhase<Lane>(k)(Lane(path));
+    const auto [sine, cosine] = HalfPhase<V>(k)(V(path));
     const double exact = double{k} * double{path} / 2;  // it is: 48 bits
     return std::ldexp(
         std::max(std::abs(double{first(sine * sine)} - std::sin(exact) * std::sin(exact)),
@@ -66,19 +66,19 @@ class HalfPhaseTest : public testing::Test {
   }
 };
 
-struct NameOfLane {
-  template <class Lane>
+struct NameOfValue {
+  template <class V>
   static std::string GetName(int) {
-    return std::is_same_v<Lane, float> ? "Scalar" : "Oldest";
+    return std::is_same_v<V, float> ? "Scalar" : "Oldest";
   }
 };
 
 #if defined(__x86_64__)
-using LaneTypes = testing::Types<float, OldestLanes>;
+using ValueTypes = testing::Types<float, OldestPack>;
 #else
-using LaneTypes = testing::Types<float>;
+using ValueTypes = testing::Types<float>;
 #endif
-TYPED_TEST_SUITE(HalfPhaseTest, LaneTypes, NameOfLane);
+TYPED_TEST_SUITE(HalfPhaseTest, ValueTypes, NameOfValue);
 
 TYPED_TEST(HalfPhaseTest, ProductsAreRightWhereverThePhaseIs) {
   std::mt19937 random(1);

@@ -1,6 +1,5 @@
 #include <cmath>
 #include <complex>
-#include <cstring>
 #include <ostream>
 #include <vector>
 
@@ -9,7 +8,7 @@
 #include "FastNearfield/RectangularPistonCuda.h"
 #include "FastNearfield/RectangularPistonKernels.h"
 #include "FastNearfield/TestGrids.h"
-#include "core/CudaToday.h"
+#include "core/CudaCompatibility.h"
 #include "support/DeviceArrays.h"
 #include "support/DeviceTest.h"
 #include "support/ReferenceField.h"
@@ -184,34 +183,6 @@ TEST_F(KernelTest, MoreGridPointsThanAnIndexCountsAreNotLaunched) {
   EXPECT_EQ(regularGridShape(8192, 524280, 1).y, 4294967295u);
   EXPECT_EQ(regularGridShape(1, 65536, 65536).y, 4294967295u);
   EXPECT_EQ(regularGridShape(2147483647, 1, 1).y, 1u);
-}
-
-TEST_F(KernelTest, MirroredPointsGiveIdenticalBits) {
-  const std::vector<Complex> p =
-      list({0.3f, 0.2f, 1, -0.3f, 0.2f, 1, 0.3f, -0.2f, 1, -0.3f, -0.2f, 1, 0.3f, 0.2f, -1});
-  for (std::size_t i = 1; i < 4; ++i) EXPECT_TRUE(sameBits(p[i], p[0]));
-  EXPECT_FALSE(sameBits(p[4], p[0]));
-}
-
-TEST_F(KernelTest, APointWithoutANumberSpoilsOnlyItself) {
-  const float nan = std::nanf("");
-  const std::vector<Complex> p = list({0.3f, 0.2f, 1, nan, 0.2f, 1, 0.3f, 0.2f, 1});
-  EXPECT_TRUE(std::isnan(p[1].re));
-  EXPECT_TRUE(sameBits(p[0], p[2]));
-  EXPECT_TRUE(std::isfinite(p[0].re));
-}
-
-TEST_F(KernelTest, OrderOneUsesTheCentresOfTheIntervals) {
-  setCudaIntegratorParameters("RectangularPiston", 1);
-  // On the axis: S = −4·(a·F(a) + b·F(b)) with F(d) = 2·(h)·f(h) at the middle h of [0, side].
-  const auto F = [](double d, double side) {
-    const double sigma = side / 2, D = d * d + sigma * sigma;
-    return side * (std::polar(1.0, -k * std::sqrt(1 + D)) - std::polar(1.0, -double{k})) / D;
-  };
-  const std::complex<double> S = -4.0 * (double{a} * F(a, b) + double{b} * F(b, a));
-  const std::complex<double> p = std::complex<double>(0, -1) * S / (2 * M_PI);
-  const Complex actual = list({0, 0, 1})[0];
-  EXPECT_LE(std::abs(std::complex<double>(actual.re, actual.im) - p), 1e-5);
 }
 
 struct DeviceFile {

@@ -1,6 +1,7 @@
 #include <chrono>
 #include <limits>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "FastNearfield/LaunchShape.h"
@@ -29,21 +30,13 @@ class LauncherTest : public launchers::Test {
   /// How often the runtime's function was called since `recordCalls`.
   std::size_t callsOf(const std::string& function) {
     std::size_t count = 0;
-    for (const emulation::Call& call : device.calls()) count += call.function == function ? 1 : 0;
+    for (const pistonfield::emulation::Call& call : device.calls())
+      count += call.function == function ? 1 : 0;
     return count;
   }
 
   static inline std::size_t checks = 0;  // for an interruption
 };
-
-TEST_F(LauncherTest, OnePointPrintsItsShapeAndHalfItsBytes) {
-  Complex data{};
-  float pos[] = {0, 0, 1};
-  device.recordCalls();
-  RectangularPiston_func_unstructured(&data, 1, pos, a, b, k);
-  EXPECT_EQ(printed(), "allocating 4 bytes\nnbPos1\ngrid: 1 64 1\n8192\n");
-  EXPECT_EQ(device.calls()[1].bytes, 8u);
-}
 
 TEST_F(LauncherTest, PointNumber8193StartsASecondColumnOfBlocks) {
   std::vector<Complex> data(8193);
@@ -55,13 +48,13 @@ TEST_F(LauncherTest, PointNumber8193StartsASecondColumnOfBlocks) {
 }
 
 TEST_F(LauncherTest, ALongListIsOneLaunchOnTheDeviceAndInPiecesFromTheHost) {
-  constexpr int count = 70000;
+  constexpr int count = 21000;
   setCudaIntegratorParameters("RectangularPiston", 512);
   std::vector<float> pos;
   for (int n = 0; n < count; ++n) pos.insert(pos.end(), {0.1f, 0.2f, 1 + 0.001f * float(n)});
   support::GuardedArray<Complex> d_array(count);
   const support::Uploaded<float> d_pos(pos);
-  const std::string shape = "nbPos70000\ngrid: 9 64 1\n73728\n";
+  const std::string shape = "nbPos21000\ngrid: 3 64 1\n24576\n";
   checks = 0;
   pistonfield::setInterruptionCheck([] { ++checks; });
   printed();
@@ -77,28 +70,11 @@ TEST_F(LauncherTest, ALongListIsOneLaunchOnTheDeviceAndInPiecesFromTheHost) {
   device.recordCalls();
   std::vector<Complex> pieces(count);
   RectangularPiston_func_unstructured(pieces.data(), count, pos.data(), a, b, k);
-  EXPECT_GE(callsOf("cudaLaunchKernel"), 3u);
+  EXPECT_GE(callsOf("cudaLaunchKernel"), 2u);
   EXPECT_EQ(callsOf("cudaDeviceSynchronize"), callsOf("cudaLaunchKernel") - 1);
   EXPECT_EQ(checks, callsOf("cudaLaunchKernel") - 1);
-  EXPECT_EQ(printed(), "allocating 280000 bytes\n" + shape);
+  EXPECT_EQ(printed(), "allocating 84000 bytes\n" + shape);
   EXPECT_TRUE(support::sameBits(pieces, d_array.read()));
-}
-
-TEST_F(LauncherTest, OnePointInDoublePrecision) {
-  Complexd data{};
-  std::vector<double> t = launchers::doubleTransform();
-  device.recordCalls();
-  RectangularPiston_func_d(&data, 1, 1, 1, t.data(), a, b, k);
-  EXPECT_EQ(printed(), "");
-  std::vector<std::size_t> allocated;
-  for (const emulation::Call& call : device.calls()) {
-    if (std::string(call.function) == "cudaMalloc") allocated.push_back(call.bytes);
-    if (std::string(call.function) == "cudaLaunchKernel") {
-      EXPECT_EQ(call.grid.x * call.grid.y * call.grid.z, 1u);
-      EXPECT_EQ(call.block.x, 128u);
-    }
-  }
-  EXPECT_EQ(allocated, (std::vector<std::size_t>{16, 128}));
 }
 
 TEST_F(LauncherTest, DividesRoundingUp) {
@@ -109,16 +85,20 @@ TEST_F(LauncherTest, DividesRoundingUp) {
   EXPECT_EQ(iDivUp(2147483647, 16), 134217728);
 }
 
-TEST_F(LauncherTest, TheTimeIsThatOfTheKernelInMicroseconds) {
-  const int count = 100000;
+TEST_F(LauncherTest, TheTimeIsThatOfAllPiecesInMicroseconds) {
+  using std::chrono::steady_clock;
+  constexpr int count = 20481;  // two pieces
+  setCudaIntegratorParameters("RectangularPiston", 512);
   std::vector<Complex> data(count);
   std::vector<float> pos(std::size_t{3} * count, 1);
   do_timing = 1;
-  const auto start = std::chrono::steady_clock::now();
+  pistonfield::setInterruptionCheck(
+      [] { std::this_thread::sleep_for(std::chrono::milliseconds(20)); });
+  const steady_clock::time_point start = steady_clock::now();
   RectangularPiston_func_unstructured(data.data(), count, pos.data(), a, b, k);
-  const std::chrono::duration<double, std::micro> whole = std::chrono::steady_clock::now() - start;
+  const std::chrono::duration<double, std::micro> whole = steady_clock::now() - start;
+  EXPECT_GE(global_time, 20000);
   EXPECT_LE(global_time, whole.count() + 1);
-  EXPECT_GE(global_time, whole.count() / 4);  // the rest is copying
 }
 
 TEST_F(LauncherTest, EmptyGridsAndListsFailInTheLaunch) {

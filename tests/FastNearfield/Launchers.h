@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "FastNearfield/IntegratorCuda.h"
+#include "FastNearfield/PressuresAt.h"
 #include "FastNearfield/RectangularPistonCuda.dp.h"
 #include "FastNearfield/RectangularPistonCuda.h"
 #include "FastNearfield/TestGrids.h"
@@ -73,6 +74,16 @@ inline Values list(const Size& size, Origin origin) {
 }
 
 inline Values unstructured(const Size& size) { return list(size, Origin::PLACED); }
+
+/// The list in double precision.
+inline Values doubles(const Size& size) {
+  const std::vector<float> positions = gridPositions(size, Origin::PLACED);
+  const std::vector<double> points(positions.begin(), positions.end());
+  GuardedVector<double> re(size.points()), im(size.points());
+  pistonfield::pressuresAt(points.data(), static_cast<int>(size.points()), a, b, k, re.data(),
+                           im.data());
+  return joined(re.read(), im.read());
+}
 
 inline Values grid(const Size& size) {
   GuardedVector<Complex> data(size.points());
@@ -152,8 +163,11 @@ class Test : public support::EmulationTest {
     EmulationTest::TearDown();
   }
 
-  void startAfresh() {
+  enum class Memory { SEPARATE, HOSTS };
+
+  void startAfresh(Memory memory = Memory::SEPARATE) {
     device.restore();
+    if (memory == Memory::SEPARATE) device.separateMemory();
     do_timing = 0;
     setCudaIntegratorParameters("RectangularPiston", 10);
     printed();

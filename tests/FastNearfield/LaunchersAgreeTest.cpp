@@ -19,9 +19,16 @@ class LaunchersAgreeTest : public support::DeviceTest,
     if (IsSkipped()) return;
     setCudaIntegratorParameters("RectangularPiston", 10);
 #if !defined(CUDART_VERSION)
+    emulationTestControl()->separateMemory();
     emulationTestControl()->poisonFreshMemory();
 #endif
   }
+#if !defined(CUDART_VERSION)
+  void TearDown() override {
+    emulationTestControl()->restore();
+    DeviceTest::TearDown();
+  }
+#endif
 
   /// The list that a launcher's grid amounts to.
   static Values list(Origin origin) { return launchers::list(GetParam(), origin); }
@@ -51,6 +58,7 @@ class LaunchersAgreeTest : public support::DeviceTest,
 };
 
 TEST_P(LaunchersAgreeTest, InSinglePrecision) {
+  EXPECT_EQ(launchers::doubles(GetParam()), list(Origin::PLACED));
   expectSame(launchers::grid(GetParam()), Origin::PLACED);
   expectSame(launchers::split(GetParam()), Origin::PLACED);
   expectSame(launchers::structured(GetParam()), Origin::PLACED);

@@ -1,4 +1,4 @@
-#include "FastNearfield/NodeSum.h"
+#include "FastNearfield/nodes/NodeSum.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "FastNearfield/PackedPressure.h"
+#include "FastNearfield/packs/PackedPressure.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "FastNearfield/point/HalfAngleIntegrand.h"
 #include "support/GuardedVector.h"
 #include "support/LiteralPressure.h"
 #include "support/SameBits.h"
@@ -22,6 +23,7 @@ using pistonfield::ComplexPair;
 using pistonfield::has;
 using pistonfield::InstructionSet;
 using pistonfield::packedPressure;
+using pistonfield::ScaledPair;
 using pistonfield::SymmetricRule;
 using support::HalfRule;
 
@@ -176,41 +178,34 @@ testing::AssertionResult meetsScalar(const Way& way, const std::vector<Point>& p
 }
 
 /// The half-angle form in double precision.
-template <class Lane>
+template <class V>
 class DoubleIntegrand {
  public:
-  using Wave = Lane;
+  using Wave = V;
 
-  DoubleIntegrand(Lane z, Wave k) : z_(z), k_(k) {}
+  DoubleIntegrand(V z, Wave k) : z_(z), k_(k) {}
 
-  static Lane distance(Lane x) { return std::abs(x); }
-  static ComplexPair<Lane> ifTold(ComplexPair<Lane> p, Lane /*across*/, Lane /*along*/) {
-    return p;
-  }
+  static V distance(V x) { return std::abs(x); }
+  static ComplexPair<V> zeroIfPhaseIsLost(ComplexPair<V> p, V /*across*/, V /*along*/) { return p; }
 
-  Lane path(Lane D) const {
-    const Lane R = std::sqrt(z_ * z_ + D);
+  V path(V D) const {
+    const V R = std::sqrt(z_ * z_ + D);
     return z_ < 0 ? R - z_ : D / (R + z_);
   }
 
-  ComplexPair<Lane> at(Lane D, Lane path) const {
-    const Lane half = k_ * path / 2;
-    return {std::sin(half) * std::sin(half) / D, std::sin(half) * std::cos(half) / D};
+  ScaledPair<V> value(V D, V path) const {
+    const V half = k_ * path / 2;
+    return {std::sin(half) / D, {std::sin(half), std::cos(half)}};
   }
 
-  ComplexPair<Lane> addTo(ComplexPair<Lane> sum, Lane D, Lane path) const {
-    return sum + at(D, path);
-  }
-
-  ComplexPair<Lane> complete(ComplexPair<Lane> sum) const {
-    const std::complex<Lane> S =
-        Lane{-2} * std::polar(Lane{1}, -k_ * z_) * std::complex<Lane>(sum.re, sum.im);
-    const std::complex<Lane> p = std::complex<Lane>(0, -1) * S / (2 * M_PI);
+  ComplexPair<V> complete(ComplexPair<V> sum) const {
+    const std::complex<V> S = V{-2} * std::polar(V{1}, -k_ * z_) * std::complex<V>(sum.re, sum.im);
+    const std::complex<V> p = std::complex<V>(0, -1) * S / (2 * M_PI);
     return {p.real(), p.imag()};
   }
 
  private:
-  Lane z_, k_;
+  V z_, k_;
 };
 
 std::complex<double> inDouble(const Point& point, const HalfRule<float>& rule, const Piston& p) {

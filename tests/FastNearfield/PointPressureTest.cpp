@@ -1,4 +1,4 @@
-#include "FastNearfield/PointPressure.h"
+#include "FastNearfield/point/PointPressure.h"
 
 #include <gtest/gtest.h>
 
@@ -7,6 +7,7 @@
 #include <random>
 #include <vector>
 
+#include "FastNearfield/point/HalfAngleIntegrand.h"
 #include "support/LiteralPressure.h"
 
 using pistonfield::Complex;

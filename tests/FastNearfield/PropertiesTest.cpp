@@ -1,7 +1,3 @@
-#if defined(__linux__)
-#include <sched.h>
-#endif
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -10,8 +6,8 @@
 #include <vector>
 
 #include "FastNearfield/Launchers.h"
-#include "FastNearfield/PackedPressure.h"
 #include "FastNearfield/RectangularPiston2.h"
+#include "FastNearfield/packs/PackedPressure.h"
 #include "support/LiteralPressure.h"
 #include "support/SameBits.h"
 
@@ -167,55 +163,6 @@ TEST_P(OrderedPropertiesTest, TheOrderOfPointsDoesNotMatter) {
   }
 }
 
-TEST_P(OrderedPropertiesTest, AListInTwoPiecesGivesWhatItGivesWhole) {
-  const Piston piston = anyPiston();
-  const Points points = anyPoints(piston, 20000);
-  const Pressures whole = evaluate(points, piston);
-  for (const std::ptrdiff_t first : {1, 15, 2047, 2048, 8191, 8193, 12345, 19999}) {
-    Pressures pieces = evaluate({points.begin(), points.begin() + first}, piston);
-    const Pressures rest = evaluate({points.begin() + first, points.end()}, piston);
-    pieces.insert(pieces.end(), rest.begin(), rest.end());
-    EXPECT_TRUE(support::sameBits(pieces, whole)) << first;
-  }
-}
-
-#if defined(__linux__)
-/// Lets the calling thread, and those that it starts, run on the first of its cores only.
-class OneCore {
- public:
-  OneCore() {
-    CPU_ZERO(&before_);
-    EXPECT_EQ(sched_getaffinity(0, sizeof before_, &before_), 0);
-    int core = 0;
-    while (core < CPU_SETSIZE && !CPU_ISSET(core, &before_)) ++core;
-    cpu_set_t one;
-    CPU_ZERO(&one);
-    CPU_SET(core, &one);
-    EXPECT_EQ(sched_setaffinity(0, sizeof one, &one), 0);
-  }
-  OneCore(const OneCore&) = delete;
-  OneCore& operator=(const OneCore&) = delete;
-  ~OneCore() { sched_setaffinity(0, sizeof before_, &before_); }
-  int coresBefore() const { return CPU_COUNT(&before_); }
-
- private:
-  cpu_set_t before_;
-};
-
-TEST_P(OrderedPropertiesTest, TheNumberOfThreadsDoesNotMatter) {
-  const Piston piston = anyPiston();
-  const Points points = anyPoints(piston, 100000);
-  Pressures alone;
-  {
-    const OneCore one;
-    if (one.coresBefore() < 2) GTEST_SKIP() << "this process may use one core only";
-    alone = evaluate(points, piston);
-  }
-  for (int repeat = 0; repeat < 5; ++repeat)
-    EXPECT_TRUE(support::sameBits(evaluate(points, piston), alone));
-}
-#endif
-
 TEST_P(OrderedPropertiesTest, InstructionSetsAgreeWithinARoundingOfThePhase) {
   const support::HalfRule<float> rule(GetParam());
   const auto evaluateWith = [&](InstructionSet set, const Points& points, const Piston& piston) {
@@ -267,17 +214,22 @@ TEST_P(OrderedPropertiesTest, APointThatIsNoneSpoilsOnlyItsOwnPressure) {
   const std::size_t count = 9000;
   const Points points = anyPoints(piston, count);
   const Pressures expected = evaluate(points, piston);
-  for (const std::size_t place : {0u, 1u, 15u, 16u, 2047u, 2048u, 5000u, 8191u, 8192u, 8999u})
-    for (const float bad : {nan, inf, -inf})
-      for (int axis = 0; axis < 3; ++axis) {
-        Points spoilt = points;
-        (axis == 0 ? spoilt[place].x : axis == 1 ? spoilt[place].y : spoilt[place].z) = bad;
-        Pressures actual = evaluate(spoilt, piston);
-        EXPECT_TRUE(std::isnan(actual[place].re) && std::isnan(actual[place].im))
-            << bad << " on axis " << axis;
-        actual[place] = expected[place];
-        EXPECT_TRUE(support::sameBits(actual, expected)) << bad << " at " << place;
-      }
+  const float none[] = {nan, inf, -inf};
+  std::size_t turn = 0;  // all three at all three axes, in turns
+  for (const std::size_t place : {0u, 1u, 15u, 16u, 2047u, 2048u, 5000u, 8191u, 8999u}) {
+    for (std::size_t n = 0; n < 3; ++n) {
+      const float bad = none[n];
+      const std::size_t axis = (n + turn) % 3;
+      Points spoilt = points;
+      (axis == 0 ? spoilt[place].x : axis == 1 ? spoilt[place].y : spoilt[place].z) = bad;
+      Pressures actual = evaluate(spoilt, piston);
+      EXPECT_TRUE(std::isnan(actual[place].re) && std::isnan(actual[place].im))
+          << bad << " on axis " << axis;
+      actual[place] = expected[place];
+      EXPECT_TRUE(support::sameBits(actual, expected)) << bad << " at " << place;
+    }
+    ++turn;
+  }
 }
 
 TEST_P(OrderedPropertiesTest, TheOppositeWaveNumberTurnsTheSignOfTheRealPart) {

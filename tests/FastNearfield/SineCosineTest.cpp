@@ -1,4 +1,4 @@
-#include "FastNearfield/SineCosine.h"
+#include "FastNearfield/nodes/SineCosine.h"
 
 #include <gtest/gtest.h>
 

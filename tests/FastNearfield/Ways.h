@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "FastNearfield/CheckedCalls.h"
 #include "FastNearfield/Launchers.h"
 #include "FastNearfield/RectangularPiston2.h"
 #include "core/cudahelper.h"
@@ -73,10 +74,17 @@ inline Values listInPieces() {
   return launchers::unstructured({121, 85, 2});
 }
 
+/// A list of points in double precision.
+inline Values listOfDoubles() {
+  setCudaIntegratorParameters("RectangularPiston", 12);
+  return launchers::doubles(small);
+}
+
 struct Way {
   std::string name;
   Values (*call)();
-  bool releasesSilently;  // the last of its device memory, in a destructor
+  checked_calls::Steps steps;
+  bool inHostMemory = false;  // on a device that works there
 };
 
 inline void PrintTo(const Way& way, std::ostream* out) { *out << way.name; }
@@ -86,26 +94,45 @@ Values launched() {
   return launcher(small);
 }
 
-inline const std::vector<Way> all = {
-    {"RectangularPiston_func_unstructured", launched<launchers::unstructured>, false},
-    {"RectangularPiston_func", launched<launchers::grid>, false},
-    {"RectangularPiston_func2", launched<launchers::split>, false},
-    {"RectangularPiston_func_structured", launched<launchers::structured>, false},
-    {"do_calculate_grid", launched<launchers::twelveScalars>, false},
-    {"do_calculate", launched<launchers::fromCentre>, false},
-    {"RectangularPiston_func_d", launched<launchers::grid_d>, false},
-    {"RectangularPiston_func2_d", launched<launchers::split_d>, false},
-    {"do_calculate_grid_d", launched<launchers::twelveScalars_d>, false},
-    {"do_calculate_d", launched<launchers::fromCentre_d>, false},
-    {"computeFloats", computed<float>, false},
-    {"computeDoubles", computed<double>, false},
-    {"computeOnStorage", computedOnStorage, true},
-    {"wholeCallWithOrder", wholeCallWithOrder, false},
-    {"wholeCallWithTable", wholeCallWithTable, false},
-    {"interruptedCall", interruptedCall, false},
+inline std::vector<Way> all() {
+  using namespace checked_calls;
+  // Of the grid of the launchers, and of the one above.
+  const char* const shown = "0.5 0 0 -1 0";
+  const char* const shownOfCompute = "0.5 0 0 -0.75 0";
+  const dim3 ofCompute(1, 1);
+  const Steps order12 = order(12, "-0.981561");
+  return {
+    {"RectangularPiston_func_unstructured", launched<launchers::unstructured>, smallList},
+        {"RectangularPiston_func", launched<launchers::grid>,
+         checked_calls::grid(1224, shown, gridShape)},
+        {"RectangularPiston_func2", launched<launchers::split>, split},
+        {"RectangularPiston_func_structured", launched<launchers::structured>, structured},
+        {"do_calculate_grid", launched<launchers::twelveScalars>, twelveScalars(single, 1224)},
+        {"do_calculate", launched<launchers::fromCentre>, fromCentre(single, 1224)},
+        {"RectangularPiston_func_d", launched<launchers::grid_d>, grid_d(2448, gridShape)},
+        {"RectangularPiston_func2_d", launched<launchers::split_d>, split_d},
+        {"do_calculate_grid_d", launched<launchers::twelveScalars_d>, twelveScalars(dual, 2448)},
+        {"do_calculate_d", launched<launchers::fromCentre_d>, fromCentre(dual, 2448)},
+        {"computeFloats", computed<float>, checked_calls::grid(96, shownOfCompute, ofCompute)},
+        {"computeDoubles", computed<double>,
+         Steps{print("computeCudaDouble 1")} + grid_d(192, ofCompute)},
+        {"computeOnStorage", computedOnStorage,
+         storage(Steps{print("CudaStorage function in RectangularPistonCuda2")} +
+                 grid_device(shownOfCompute, ofCompute))},
+        {"listOfDoubles", listOfDoubles, order12 + smallList},
+        {"listOfDoublesInHostMemory", listOfDoubles, order12 + inHostMemory(smallList), true},
+        {"wholeCallWithOrder", wholeCallWithOrder, start + order12 + smallList + end},
+        {"wholeCallWithTable", wholeCallWithTable, start + table("0.861136") + smallList + end},
+        {"interruptedCall", interruptedCall, start + order12 + smallList + silentEnd},
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-    {"listInPieces", listInPieces, false},  // sanitized, hundreds of them take minutes
+        // Sanitized, hundreds of them take minutes. The first piece is waited for.
+        {"listInPieces", listInPieces,
+         order(512, "-0.999989") +
+             unstructured(20570, "grid: 3 64 1\n24576",
+                          Steps{piece(), call("cudaDeviceSynchronize", "cudaThreadSynchronize()")} +
+                              launch(dim3(1, 64)))},
 #endif
-};
+  };
+}
 
 }  // namespace ways

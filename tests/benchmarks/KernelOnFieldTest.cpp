@@ -14,7 +14,7 @@ namespace {
 class KernelOnFieldTest : public support::EmulationTest {
  protected:
   void TearDown() override {
-    pistonfield::tellProgress(true);  // which a benchmark switches off
+    pistonfield::showProgress(true);  // which a benchmark switches off
     EmulationTest::TearDown();
   }
 };
@@ -26,7 +26,8 @@ TEST_F(KernelOnFieldTest, ARunEndsWithTheKernel) {
   device.recordCalls();
   kernel.run();
   std::vector<std::string> functions;
-  for (const emulation::Call& call : device.calls()) functions.emplace_back(call.function);
+  for (const pistonfield::emulation::Call& call : device.calls())
+    functions.emplace_back(call.function);
   EXPECT_EQ(functions, (std::vector<std::string>{"cudaGetLastError", "cudaLaunchKernel",
                                                  "cudaGetLastError", "cudaDeviceSynchronize"}));
 }

@@ -6,9 +6,9 @@
 #include "core/cudahelper.h"
 #include "support/DeviceTest.h"
 
-using emulation::Device;
 using pistonfield::CudaDeviceThread;
 using pistonfield::CudaInterface;
+using pistonfield::emulation::Device;
 using support::Failure;
 using support::failureOf;
 
@@ -57,7 +57,7 @@ TEST_F(CudaDeviceThreadTest, NoDeviceRequestsDevice0) {
   failureOf([] { const CudaDeviceThread scope; });
   testing::internal::GetCapturedStderr();
   int requests = 0;
-  for (const emulation::Call& call : device.calls())
+  for (const pistonfield::emulation::Call& call : device.calls())
     if (std::string(call.function) == "cudaSetDevice") {
       EXPECT_EQ(call.device, 0);
       ++requests;
@@ -69,7 +69,7 @@ TEST_F(CudaDeviceThreadTest, SelectsStartsWaitsAndReleases) {
   device.recordCalls();
   { const CudaDeviceThread scope; }
   std::vector<std::string> functions;
-  for (const emulation::Call& call : device.calls()) {
+  for (const pistonfield::emulation::Call& call : device.calls()) {
     functions.emplace_back(call.function);
     if (functions.back() == "cudaLaunchKernel") {
       EXPECT_EQ(call.grid.x * call.grid.y * call.grid.z, 1u);
@@ -201,7 +201,7 @@ TEST_F(CudaDeviceThreadTest, TheThreadsDeviceIsAfterwardsWhatItWas) {
     EXPECT_EQ(device.selectedDevice(), before);
     // The reset comes first, while the call's device is current; it is the last call where the
     // device has not changed.
-    const std::vector<emulation::Call> calls = device.calls();
+    const std::vector<pistonfield::emulation::Call> calls = device.calls();
     const std::size_t last = calls.size() - (before == 1 ? 1 : 2);
     EXPECT_EQ(std::string(calls[last].function), "cudaDeviceReset");
   }
@@ -231,17 +231,6 @@ TEST_F(CudaDeviceThreadTest, AFailingStartStillResetsTheDevice) {
             "unspecified launch failure.\n");
   EXPECT_EQ(failure.condition, "unspecified launch failure");
   EXPECT_EQ(std::string(device.calls().back().function), "cudaDeviceReset");
-}
-
-TEST_F(CudaDeviceThreadTest, APersistentErrorShowsBeforeTheStart) {
-  device.failCall("cudaGetLastError", 1, cudaErrorInsufficientDriver, true);
-  testing::internal::CaptureStderr();
-  const Failure failure = failureOf([] { cuda_init(); });
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "Cuda error: pre cuda_init() in file 'src/core/cuda_init' in line 14 : "
-            "CUDA driver version is insufficient for CUDA runtime version.\n");
-  EXPECT_EQ(failure.condition, "CUDA driver version is insufficient for CUDA runtime version");
-  EXPECT_EQ(failure.line, 14);
 }
 
 TEST_F(CudaDeviceThreadTest, AHandlerThatReturnsIsToldOfTheFirstErrorToo) {
@@ -277,26 +266,6 @@ TEST_F(CudaDeviceThreadTest, FailuresOfSelectionAndWaitAreNotChecked) {
     const bool selects = name == "cudaDeviceSynchronize" || name == "cudaGetDevice";
     EXPECT_EQ(selected, selects ? 1 : 0) << function;
   }
-}
-
-TEST_F(CudaDeviceThreadTest, AFailingReleaseIsReported) {
-  device.failCall("cudaDeviceReset", 1, cudaErrorUnknown, false);
-  testing::internal::CaptureStderr();
-  const Failure failure = failureOf([] { const CudaDeviceThread scope; });
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-  EXPECT_EQ(failure.condition, "Cuda error when calling cudaThreadExit(): unknown error");
-  EXPECT_EQ(failure.file, "src/core/cudahelper");
-  EXPECT_EQ(failure.line, 25);
-}
-
-TEST_F(CudaDeviceThreadTest, AFailingReleaseIsSilentWhileAnErrorUnwinds) {
-  device.failCall("cudaDeviceReset", 1, cudaErrorUnknown, false);
-  EXPECT_THROW(
-      {
-        const CudaDeviceThread scope;
-        throw std::domain_error("first");
-      },
-      std::domain_error);
 }
 
 TEST_F(CudaDeviceThreadTest, AFailingReleaseIsReportedInACallThatAnUnwindingErrorMakes) {

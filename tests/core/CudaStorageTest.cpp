@@ -52,23 +52,6 @@ TEST_F(EmulatedStorageTest, StartsAtZeroInMemoryThatIsNot) {
   storage.toHost();
   for (int i = 0; i < 4; ++i) EXPECT_EQ(storage.getDoubleData()[i], 0.0);
 }
-
-TEST_F(EmulatedStorageTest, EveryCallOfTheRuntimeIsChecked) {
-  const auto conditionOf = [this](const char* function, int nth) {
-    device.restore();
-    device.failCall(function, nth, cudaErrorUnknown, false);
-    return support::failureOf([] { CudaStorage(CudaStorage::DT_FLOAT, 4).toHost(); }).condition;
-  };
-  EXPECT_EQ(conditionOf("cudaMalloc", 1),
-            "Cuda error when calling cudaMalloc(&device, bytes): unknown error");
-  EXPECT_EQ(conditionOf("cudaMemcpy", 1),
-            "Cuda error when calling cudaMemcpy(device, host, bytes, cudaMemcpyHostToDevice): "
-            "unknown error");
-  EXPECT_EQ(conditionOf("cudaMemcpy", 2),
-            "Cuda error when calling cudaMemcpy(host, device, bytes, cudaMemcpyDeviceToHost): "
-            "unknown error");
-  EXPECT_EQ(device.liveAllocations(), 0u);
-}
 #endif
 
 }  // namespace

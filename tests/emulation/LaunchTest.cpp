@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "core/CudaToday.h"
+#include "core/CudaCompatibility.h"
 #include "parallel/Cores.h"
 #include "support/DeviceTest.h"
 
@@ -19,7 +19,7 @@ constexpr unsigned threads = 5 * 3 * 2 * 32 * 8 * 4;  // more than a handful of 
 std::atomic<unsigned> visits[threads];
 
 void visit() {
-  emulation::forThreads([](std::uint64_t first, std::uint64_t last) {
+  pistonfield::emulation::forThreads([](std::uint64_t first, std::uint64_t last) {
     for (std::uint64_t thread = first; thread < last; ++thread) ++visits[thread];
   });
 }
@@ -29,7 +29,7 @@ void doNothing() {}
 using Ids = std::vector<std::thread::id>;
 
 void sleepAndNote(Ids* ids, std::mutex* mutex, int milliseconds) {
-  emulation::forThreads([=](std::uint64_t /*first*/, std::uint64_t /*last*/) {
+  pistonfield::emulation::forThreads([=](std::uint64_t /*first*/, std::uint64_t /*last*/) {
     {
       const std::lock_guard lock(*mutex);
       ids->push_back(std::this_thread::get_id());
@@ -39,14 +39,14 @@ void sleepAndNote(Ids* ids, std::mutex* mutex, int milliseconds) {
 }
 
 void throwAtThread(unsigned which) {
-  emulation::forThreads([=](std::uint64_t first, std::uint64_t last) {
+  pistonfield::emulation::forThreads([=](std::uint64_t first, std::uint64_t last) {
     if (first <= which && which < last) throw std::range_error("kernel");
     std::this_thread::sleep_for(std::chrono::microseconds(200));
   });
 }
 
 void throwFromThread(unsigned least) {
-  emulation::forThreads([=](std::uint64_t first, std::uint64_t /*last*/) {
+  pistonfield::emulation::forThreads([=](std::uint64_t first, std::uint64_t /*last*/) {
     std::this_thread::sleep_for(std::chrono::microseconds(200));
     if (first >= least) throw std::range_error("kernel");
   });
@@ -66,8 +66,8 @@ TEST_F(EmulatedLaunchTest, LongWorkIsSpreadOverAllCores) {
   EXPECT_EQ(launch(sleepAndNote, dim3(64), dim3(1024), &ids, &mutex, 1), cudaSuccess);
   EXPECT_GT(ids.size(), 4u);
   const std::set<std::thread::id> distinct(ids.begin(), ids.end());
-  EXPECT_LE(distinct.size(), parallel::cores());
-  if (parallel::cores() > 1) {
+  EXPECT_LE(distinct.size(), pistonfield::parallel::cores());
+  if (pistonfield::parallel::cores() > 1) {
     EXPECT_GT(distinct.size(), 1u);
   }
 }

@@ -2,10 +2,9 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <numeric>
 #include <vector>
 
-#include "core/CudaToday.h"
+#include "core/CudaCompatibility.h"
 #include "support/DeviceTest.h"
 
 namespace {
@@ -71,23 +70,6 @@ TEST_F(EmulatedMemoryTest, CopiesMustStayInsideAnAllocation) {
             cudaErrorInvalidMemcpyDirection);
 }
 
-TEST_F(EmulatedMemoryTest, LongCopiesArriveWhole) {
-  for (const std::size_t size : {(1u << 18) - 1, 1u << 18, (1u << 18) + 1, 5'000'001u}) {
-    std::vector<unsigned> host(size / sizeof(unsigned) + 1);
-    std::iota(host.begin(), host.end(), 1u);
-    void* const memory = allocate(size);
-    ASSERT_EQ(cudaMemcpy(memory, host.data(), size, cudaMemcpyHostToDevice), cudaSuccess);
-    std::vector<unsigned> back(host.size());
-    ASSERT_EQ(cudaMemcpy(back.data(), memory, size, cudaMemcpyDeviceToHost), cudaSuccess);
-    EXPECT_EQ(std::memcmp(back.data(), host.data(), size), 0) << size;
-    // and not a byte more
-    const auto* const end = reinterpret_cast<const unsigned char*>(back.data());
-    EXPECT_TRUE(std::all_of(end + size, end + back.size() * sizeof(unsigned),
-                            [](unsigned char byte) { return byte == 0; }))
-        << size;
-  }
-}
-
 TEST_F(EmulatedMemoryTest, CopiesToASymbolMustFitIt) {
   const float values[] = {1, 2, 3, 4, 5};
   EXPECT_EQ(cudaMemcpyToSymbol(table, values, 16), cudaSuccess);
@@ -118,6 +100,14 @@ TEST_F(EmulatedMemoryTest, ResetFreesMemoryAndForgetsSymbols) {
   EXPECT_EQ(cudaDeviceReset(), cudaSuccess);
   EXPECT_EQ(device.liveAllocations(), 0u);
   EXPECT_EQ(table[0], 0.0f);
+}
+
+TEST_F(EmulatedMemoryTest, IsTheHostsUnlessATestSeparatesIt) {
+  EXPECT_FALSE(pistonfield::emulation::usesHostMemory());
+  device.restore();
+  EXPECT_TRUE(pistonfield::emulation::usesHostMemory());
+  device.separateMemory();
+  EXPECT_FALSE(pistonfield::emulation::usesHostMemory());
 }
 
 TEST_F(EmulatedMemoryTest, FreshMemoryCanBePoisoned) {
@@ -155,7 +145,7 @@ TEST_F(EmulatedMemoryTest, WithoutADeviceEveryCallSaysSo) {
 }
 
 TEST_F(EmulatedMemoryTest, TheCurrentDeviceIsTheOneThatWasSet) {
-  device.pretendDevices(std::vector<emulation::Device>(2));
+  device.pretendDevices(std::vector<pistonfield::emulation::Device>(2));
   int current = -7;
   EXPECT_EQ(cudaGetDevice(&current), cudaSuccess);
   EXPECT_EQ(current, 0);

@@ -114,7 +114,7 @@ bool isKnown(const std::string& message) {
         "abscissas must be a number or a 2D matrix containing abscissas and weights.",
         "l (argument 3) must be a number.", "s (argument 4) must be a number.",
         "k (argument 5) must be a number.", "Points (argument 1) must have dimension of three.",
-        "Points (argument 1) must be at most 2147483647.",
+        "Points (argument 1) must have at most 2147483647 columns.",
         "The given grid must have at least one data point",
         "Input 5 must be a character string and either be 'cuda' or 'cpu'",
         "Input 5 must either be 'cuda' or 'cpu[sp,dp]'", "CPU version not implemented, yet."})

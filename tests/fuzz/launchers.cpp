@@ -359,7 +359,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FuzzedDataProvider bytes(data, size);
   emulationTestControl()->restore();
   pistonfield::forgetRules();
-  if (bytes.ConsumeBool()) emulationTestControl()->poisonFreshMemory();
+  if (bytes.ConsumeBool()) {
+    emulationTestControl()->separateMemory();
+    emulationTestControl()->poisonFreshMemory();
+  }
   do_timing = bytes.ConsumeBool() ? 1 : 0;
   const int choice = bytes.ConsumeIntegralInRange(0, 8);
   const Size grid = fuzz::anySize(bytes);

@@ -3,10 +3,18 @@
 #include <cuda_runtime.h>
 
 #include <cstddef>
+#include <ostream>
 #include <vector>
 
 #include "emulation/TestControl.h"
 #include "gateway/GatewayTest.h"
+
+/// The device's memory: its own, as a GPU has, or the host's, as for users of the emulation device.
+enum class Memory { SEPARATE, HOSTS };
+
+inline void PrintTo(Memory memory, std::ostream* out) {
+  *out << (memory == Memory::SEPARATE ? "SeparateMemory" : "HostMemory");
+}
 
 /// A test that makes the device below the gateway fail, lie or keep a record, through the module's
 /// own test control.
@@ -14,8 +22,16 @@ class EmulatedGatewayTest : public GatewayTest {
  protected:
   EmulatedGatewayTest()
       : device(*reinterpret_cast<decltype(&emulationTestControl)>(
-            module.symbol("emulationTestControl"))()) {}
+            module.symbol("emulationTestControl"))()) {
+    startAfresh();
+  }
   void TearDown() override { device.restore(); }
+
+  /// Forgets all faults.
+  void startAfresh(Memory memory = Memory::SEPARATE) {
+    device.restore();
+    if (memory == Memory::SEPARATE) device.separateMemory();
+  }
 
   /// Points enough for the emulation device to take threads to its help.
   static mxArray pointsForThreads() {
@@ -26,5 +42,15 @@ class EmulatedGatewayTest : public GatewayTest {
     return host::matrix(3, count, points);
   }
 
-  emulation::TestControl& device;
+  pistonfield::emulation::TestControl& device;
 };
+
+/// The same in either memory, with no faults at the start.
+class InEitherMemory : public EmulatedGatewayTest, public testing::WithParamInterface<Memory> {
+ protected:
+  InEitherMemory() { startAfresh(GetParam()); }
+};
+
+#define INSTANTIATE_IN_EITHER_MEMORY(Test)                                             \
+  INSTANTIATE_TEST_SUITE_P(In, Test, testing::Values(Memory::SEPARATE, Memory::HOSTS), \
+                           testing::PrintToStringParamName())

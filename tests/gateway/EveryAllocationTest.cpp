@@ -18,7 +18,7 @@ const std::string tooManyPoints = "There is not enough memory for this many poin
 const std::string noResult = "mxCreateNumericArray: out of memory";  // of the host's own
 const std::string noText = "mxArrayToString: out of memory";         // of the host's own
 
-class GatewayEveryAllocationTest : public EmulatedGatewayTest {
+class GatewayEveryAllocationTest : public InEitherMemory {
  protected:
   GatewayEveryAllocationTest() { arguments.points = pointsForThreads(); }
 
@@ -50,12 +50,13 @@ class GatewayEveryAllocationTest : public EmulatedGatewayTest {
   };
 
   /// Before every call `breakDevice` sees to its faults.
-  Count failEach(bool lasting, void (*breakDevice)(emulation::TestControl&)) {
+  Count failEach(bool lasting, void (*breakDevice)(pistonfield::emulation::TestControl&)) {
     breakDevice(device);
     failing(0, false);  // for what is only made once
+    startAfresh(GetParam());
     breakDevice(device);
     const host::Outcome good = failing(0, false);
-    device.restore();
+    startAfresh(GetParam());
     Count count;
     for (;; ++count.failed) {
       const std::ptrdiff_t threads = support::threadsOfThisProcess();
@@ -80,9 +81,10 @@ class GatewayEveryAllocationTest : public EmulatedGatewayTest {
       }
       EXPECT_EQ(device.liveAllocations(), 0u);
       EXPECT_TRUE(support::hasThreads(threads));
+      startAfresh(GetParam());
       breakDevice(device);
       expectSame(failing(0, false), good);
-      device.restore();
+      startAfresh(GetParam());
       EXPECT_EQ(support::liveBlocks(), blocks);
       if (HasFailure()) {
         ADD_FAILURE() << "at allocation " << count.failed + 1;
@@ -91,21 +93,21 @@ class GatewayEveryAllocationTest : public EmulatedGatewayTest {
     }
   }
 
-  static void leaveAlone(emulation::TestControl&) {}
+  static void leaveAlone(pistonfield::emulation::TestControl&) {}
 
   Arguments arguments;
   std::vector<mxArray> inputs;
 };
 
-TEST_F(GatewayEveryAllocationTest, FailsAsOneErrorUnlessAThreadCanBeDoneWithout) {
+TEST_P(GatewayEveryAllocationTest, FailsAsOneErrorUnlessAThreadCanBeDoneWithout) {
   arguments.nabscissas = host::scalar(50);  // work enough for the device to want threads
   inputs = arguments.first(7);
   const Count once = failEach(false, leaveAlone);
   EXPECT_GT(once.failed, 10u);
-  EXPECT_TRUE(once.survived > 0 || parallel::cores() == 1) << "no thread was wanted";
+  EXPECT_TRUE(once.survived > 0 || pistonfield::parallel::cores() == 1) << "no thread was wanted";
 }
 
-TEST_F(GatewayEveryAllocationTest, FailsAsOneErrorInACallWithAnOrder) {
+TEST_P(GatewayEveryAllocationTest, FailsAsOneErrorInACallWithAnOrder) {
   inputs = arguments.first(7);
   EXPECT_GT(failEach(true, leaveAlone).failed, 10u);
   const support::OneCore alone;
@@ -114,26 +116,24 @@ TEST_F(GatewayEveryAllocationTest, FailsAsOneErrorInACallWithAnOrder) {
   EXPECT_EQ(once.survived, 0u);
 }
 
-TEST_F(GatewayEveryAllocationTest, FailsAsOneErrorInACallWithATable) {
+TEST_P(GatewayEveryAllocationTest, FailsAsOneErrorInACallWithATable) {
   arguments.nabscissas = host::matrix(4, 2, {0.861136, 0.347855, 0.339981, 0.652145, 0, 0, 0, 0});
   inputs = arguments.first(7);
   for (const bool lasting : {false, true}) EXPECT_GT(failEach(lasting, leaveAlone).failed, 10u);
 }
 
-TEST_F(GatewayEveryAllocationTest, FailsAsOneErrorWhileAnotherIsReported) {
+TEST_P(GatewayEveryAllocationTest, FailsAsOneErrorWhileAnotherIsReported) {
   arguments.l = host::text("");  // which is no number
   inputs = arguments.first(7);
   for (const bool lasting : {false, true}) EXPECT_GT(failEach(lasting, leaveAlone).failed, 0u);
 }
 
-TEST_F(GatewayEveryAllocationTest, LeavesNoPieceOfAReport) {
+TEST_P(GatewayEveryAllocationTest, LeavesNoPieceOfAReport) {
   inputs = arguments.first(7);
-  const auto failCopy = [](emulation::TestControl& control) {
-    control.restore();
+  const auto failCopy = [](pistonfield::emulation::TestControl& control) {
     control.failCall("cudaMemcpyToSymbol", 2, cudaErrorUnknown, false);
   };
-  const auto failRelease = [](emulation::TestControl& control) {
-    control.restore();
+  const auto failRelease = [](pistonfield::emulation::TestControl& control) {
     control.failCall("cudaDeviceReset", 1, cudaErrorUnknown, false);
   };
   for (const bool lasting : {false, true}) {
@@ -141,5 +141,7 @@ TEST_F(GatewayEveryAllocationTest, LeavesNoPieceOfAReport) {
     EXPECT_GT(failEach(lasting, failRelease).failed, 0u);
   }
 }
+
+INSTANTIATE_IN_EITHER_MEMORY(GatewayEveryAllocationTest);
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "FastNearfield/CheckedCalls.h"
 #include "gateway/EmulatedGatewayTest.h"
 
 using support::Ending;
@@ -14,7 +15,9 @@ using support::EveryCall;
 
 namespace {
 
-class GatewayEveryCallTest : public EmulatedGatewayTest {
+using namespace checked_calls;
+
+class GatewayEveryCallTest : public InEitherMemory {
  protected:
   GatewayEveryCallTest() { arguments.points = pointsForThreads(); }
 
@@ -39,29 +42,38 @@ class GatewayEveryCallTest : public EmulatedGatewayTest {
     return ending;
   }
 
-  void failEach(int nlhs, const std::vector<mxArray>& inputs) {
+  static Steps list() {
+    const Steps steps = unstructured(10000, "", launch(dim3(2, 64)));
+    return GetParam() == Memory::HOSTS ? support::inHostMemory(steps) : steps;
+  }
+
+  void failEach(int nlhs, const std::vector<mxArray>& inputs, const support::Steps& steps) {
     EveryCall(device).failEach(
-        {[&] { return endingOf(nlhs, inputs); }, [&] { device.restore(); }, [] {}});
+        {[&] { return endingOf(nlhs, inputs); }, [&] { startAfresh(GetParam()); }, [] {}, steps});
   }
 
   Arguments arguments;
 };
 
-TEST_F(GatewayEveryCallTest, FailsAsOneErrorInACallWithAnOrder) { failEach(1, arguments.first(7)); }
+TEST_P(GatewayEveryCallTest, FailsAsOneErrorInACallWithAnOrder) {
+  failEach(1, arguments.first(7), start + order(10, "") + list() + end);
+}
 
-TEST_F(GatewayEveryCallTest, FailsAsOneErrorInACallWithATable) {
+TEST_P(GatewayEveryCallTest, FailsAsOneErrorInACallWithATable) {
   arguments.nabscissas = host::matrix(4, 2, {0.861136, 0.347855, 0.339981, 0.652145, 0, 0, 0, 0});
-  failEach(1, arguments.first(7));
+  failEach(1, arguments.first(7), start + table("") + list() + end);
 }
 
-TEST_F(GatewayEveryCallTest, FailsAsOneErrorInACallForTheVersion) {
-  failEach(0, {host::text("info")});
+TEST_P(GatewayEveryCallTest, FailsAsOneErrorInACallForTheVersion) {
+  failEach(0, {host::text("info")}, start + end);
 }
 
-TEST_F(GatewayEveryCallTest, LeavesTheErrorOfAWrongCallAlone) {
-  failEach(1, arguments.first(4));
+TEST_P(GatewayEveryCallTest, LeavesTheErrorOfAWrongCallAlone) {
+  failEach(1, arguments.first(4), start + silentEnd);
   arguments.mode = host::text("cpu");
-  failEach(1, arguments.first(7));
+  failEach(1, arguments.first(7), start + silentEnd);
 }
+
+INSTANTIATE_IN_EITHER_MEMORY(GatewayEveryCallTest);
 
 }  // namespace

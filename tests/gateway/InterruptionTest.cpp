@@ -6,7 +6,7 @@
 
 namespace {
 
-class InterruptionTest : public EmulatedGatewayTest {
+class InterruptionTest : public InEitherMemory {
  protected:
   InterruptionTest() {
     std::vector<double> points;
@@ -23,7 +23,7 @@ class InterruptionTest : public EmulatedGatewayTest {
   Arguments arguments;
 };
 
-TEST_F(InterruptionTest, AsksBetweenPiecesOnly) {
+TEST_P(InterruptionTest, AsksBetweenPiecesOnly) {
   EXPECT_EQ(call({}).checks, 0);
   const host::Outcome outcome = interrupted(0);
   EXPECT_GE(outcome.checks, 2);
@@ -31,7 +31,7 @@ TEST_F(InterruptionTest, AsksBetweenPiecesOnly) {
   EXPECT_FALSE(outcome.error) << *outcome.error;
 }
 
-TEST_F(InterruptionTest, EndsWithEverythingFreedAndNothingPrintedAfter) {
+TEST_P(InterruptionTest, EndsWithEverythingFreedAndNothingPrintedAfter) {
   for (const int check : {1, 2}) {
     const host::Outcome outcome = interrupted(check);
     EXPECT_TRUE(outcome.interrupted);
@@ -42,38 +42,12 @@ TEST_F(InterruptionTest, EndsWithEverythingFreedAndNothingPrintedAfter) {
   }
 }
 
-TEST_F(InterruptionTest, TheNextCallIsRight) {
+TEST_P(InterruptionTest, TheNextCallIsRight) {
   const std::vector<std::complex<double>> expected = pressures(arguments);
   interrupted(1);
   EXPECT_EQ(pressures(arguments), expected);
 }
 
-TEST_F(InterruptionTest, PiecesGiveTheValuesOfShortLists) {
-  const std::vector<std::complex<double>> whole = pressures(arguments);
-  for (const std::size_t first :
-       {std::size_t{0}, std::size_t{20479}, std::size_t{20480}, count - 3}) {
-    Arguments few = arguments;
-    few.points =
-        host::matrix(3, 3,
-                     {arguments.points.re.begin() + static_cast<std::ptrdiff_t>(3 * first),
-                      arguments.points.re.begin() + static_cast<std::ptrdiff_t>(3 * first + 9)});
-    const std::vector<std::complex<double>> values = pressures(few);
-    for (std::size_t n = 0; n < 3; ++n) EXPECT_EQ(values[n], whole[first + n]) << first + n;
-  }
-}
-
-TEST_F(InterruptionTest, AFailingPieceEndsTheWork) {
-  for (const char* function : {"cudaLaunchKernel", "cudaDeviceSynchronize"}) {
-    device.recordCalls();
-    device.failCall(function, 2, cudaErrorLaunchFailure, false);
-    const host::Outcome outcome = interrupted(0);
-    ASSERT_TRUE(outcome.error) << function;
-    EXPECT_NE(outcome.error->find("unspecified launch failure)"), std::string::npos)
-        << *outcome.error;
-    EXPECT_LT(outcome.checks, 2) << function;
-    EXPECT_EQ(device.liveAllocations(), 0u);
-    device.restore();
-  }
-}
+INSTANTIATE_IN_EITHER_MEMORY(InterruptionTest);
 
 }  // namespace

@@ -103,7 +103,9 @@ class DeviceMemory {
  public:
   explicit DeviceMemory(const host::MexHost& module)
       : device_(*reinterpret_cast<decltype(&emulationTestControl)>(
-            module.symbol("emulationTestControl"))()) {}
+            module.symbol("emulationTestControl"))()) {
+    device_.separateMemory();
+  }
   DeviceMemory(const DeviceMemory&) = delete;
   DeviceMemory& operator=(const DeviceMemory&) = delete;
   ~DeviceMemory() { device_.restore(); }
@@ -112,7 +114,7 @@ class DeviceMemory {
   host::Outcome during(Call call) {
     device_.recordCalls();
     host::Outcome outcome = call();
-    for (const emulation::Call& made : device_.calls()) {
+    for (const pistonfield::emulation::Call& made : device_.calls()) {
       if (std::string(made.function) == "cudaMalloc") ++notGivenBack_;
       if (std::string(made.function) == "cudaFree") --notGivenBack_;
     }
@@ -127,6 +129,7 @@ class DeviceMemory {
     if (std::string(fault.function) == "cudaMalloc") --notGivenBack_;
     host::Outcome outcome = during(call);
     device_.restore();
+    device_.separateMemory();
     return outcome;
   }
 
@@ -137,7 +140,7 @@ class DeviceMemory {
   static constexpr long mostResident = 4 << 20;
 
  private:
-  emulation::TestControl& device_;
+  pistonfield::emulation::TestControl& device_;
   long notGivenBack_ = 0;
 };
 

@@ -135,7 +135,7 @@ TEST_F(MessagesTest, NoPointsAreWrong) {
 TEST_F(MessagesTest, MoreColumnsThanAnIntCountsAreWrong) {
   Arguments arguments;
   arguments.points.dims = {3, std::size_t{1} << 31};
-  EXPECT_EQ(errorOf(arguments), "Points (argument 1) must be at most 2147483647.");
+  EXPECT_EQ(errorOf(arguments), "Points (argument 1) must have at most 2147483647 columns.");
 }
 
 TEST_F(MessagesTest, PagesOfPointsCountAsColumns) {
@@ -320,17 +320,6 @@ TEST_F(MessagesTest, MoreRowsThanAnIntCountsAreOutOfRangeToo) {
     arguments.nabscissas.dims[0] = rows;
     expectOutOfRange(arguments, rows);
   }
-}
-
-TEST_F(MessagesTest, AfterEveryErrorTheNextCallIsRight) {
-  const auto expected = pressures({});
-  Arguments wrong;
-  wrong.nabscissas = host::scalar(513);
-  EXPECT_NE(errorOf(wrong), "");
-  EXPECT_EQ(pressures({}), expected);
-  wrong.points = host::matrix(3, 0, {});
-  EXPECT_NE(errorOf(wrong), "");
-  EXPECT_EQ(pressures({}), expected);
 }
 
 TEST_F(MessagesTest, MessagesWinInTheOrderOfTheChecks) {

@@ -4,7 +4,6 @@
 #include "FastNearfield/IntegratorCuda.h"
 #include "FastNearfield/RectangularPistonCuda.h"
 #include "gateway/GatewayTest.h"
-#include "support/ReferenceField.h"
 
 // The numbers that the gateway returns.
 
@@ -26,31 +25,6 @@ class PressureTest : public GatewayTest {
     return pressures(arguments);
   }
 };
-
-class ReferencePressureTest : public PressureTest, public testing::WithParamInterface<int> {};
-
-TEST_P(ReferencePressureTest, EveryPointIsWithinTheBound) {
-  const std::string file = "dev" + std::to_string(GetParam()) + ".txt";
-  for (const support::ReferenceField& field : support::readReferenceFields(file)) {
-    std::vector<double> positions;
-    for (const support::Position& p : field.points)
-      positions.insert(positions.end(), {p.x, p.y, p.z});
-    Arguments arguments;
-    arguments.points = host::matrix(3, field.points.size(), positions);
-    arguments.l = host::scalar(field.l);
-    arguments.s = host::scalar(field.s);
-    arguments.k = host::scalar(field.k);
-    arguments.nabscissas = host::scalar(GetParam());
-    const Pressures p = pressures(arguments);
-    ASSERT_EQ(p.size(), field.points.size());
-    for (std::size_t i = 0; i < p.size(); ++i)
-      EXPECT_LE(std::abs(p[i] - field.pressure[i]), field.tolerance(i))
-          << file << ", l = " << field.l << ", point " << i;
-  }
-}
-
-INSTANTIATE_TEST_SUITE_P(Order, ReferencePressureTest, testing::Values(10, 17, 64),
-                         testing::PrintToStringParamName());
 
 TEST_F(PressureTest, ValuesAreThoseOfTheLauncherToTheLastBit) {
   std::vector<float> positions(300);
@@ -160,18 +134,6 @@ TEST_F(PressureTest, TheNaturalTableIsNotWhatIsRead) {
   EXPECT_NE(withTable(natural, 4), withOrder(4));
 }
 
-TEST_F(PressureTest, PointsKeepTheirOrder) {
-  Arguments both;
-  both.points = host::matrix(3, 2, {0, 0, 0.01, 0.001, 0.002, 0.02});
-  Arguments swapped;
-  swapped.points = host::matrix(3, 2, {0.001, 0.002, 0.02, 0, 0, 0.01});
-  const Pressures p = pressures(both);
-  const Pressures q = pressures(swapped);
-  EXPECT_EQ(p[0], q[1]);
-  EXPECT_EQ(p[1], q[0]);
-  EXPECT_NE(p[0], p[1]);
-}
-
 TEST_F(PressureTest, ManyPointsGiveWhatFewGive) {
   // So many that their numbers are converted by all cores.
   constexpr std::size_t count = 300000, few = 5000;
@@ -187,25 +149,6 @@ TEST_F(PressureTest, ManyPointsGiveWhatFewGive) {
     const auto part = together.begin() + static_cast<std::ptrdiff_t>(first);
     ASSERT_EQ(pressures(arguments), Pressures(part, part + few)) << first;
   }
-}
-
-TEST_F(PressureTest, SidesLieAlongTheirAxes) {
-  // l = 0.01 along y, s = 0.005 along x: close to the plane, only one of the points is in front.
-  Arguments along_x, along_y;
-  along_x.points = host::matrix(3, 1, {0.004, 0, 0.0005});
-  along_y.points = host::matrix(3, 1, {0, 0.004, 0.0005});
-  EXPECT_LT(std::abs(pressures(along_x)[0]), 0.5);
-  EXPECT_GT(std::abs(pressures(along_y)[0]), 0.5);
-}
-
-TEST_F(PressureTest, TheFarFieldIsThatOfAPointOfThePistonsArea) {
-  // exp(−ikR)·k·l·s/(2πR), with the sign of i that the reference has.
-  Arguments arguments;
-  const double R = 10, k = 10, l = 0.01, s = 0.005;
-  arguments.points = host::matrix(3, 1, {0, 0, R});
-  arguments.k = host::scalar(k);
-  const std::complex<double> expected = std::polar(k * l * s / (2 * M_PI * R), -k * R);
-  EXPECT_LE(std::abs(pressures(arguments)[0] - expected), 1e-4 * std::abs(expected));
 }
 
 }  // namespace

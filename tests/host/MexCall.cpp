@@ -191,8 +191,8 @@ Outcome call(MexFunction* function, int nlhs, const std::vector<mxArray>& argume
     die("an exception that is not the host's own left the module");
   }
   if (!outcome.error && !outcome.interrupted)
-    for (const mxArray* result : plhs)
-      if (result) outcome.results.push_back(*result);
+    for (mxArray* result : plhs)
+      if (result) outcome.results.push_back(std::move(*result));
   if (!call.texts.empty()) die("the module kept a text of the host's");
   if (call.errorsRaised != (outcome.error ? 1 : 0)) die("the module kept an error of the host's");
   outcome.errorsRaised = call.errorsRaised;

@@ -6,7 +6,8 @@
 #include <random>
 #include <vector>
 
-#include "core/InstructionSet.h"
+#include "lanes/Arithmetic.h"
+#include "lanes/InstructionSet.h"
 #include "lanes/SecondQuotients.h"
 
 namespace {
@@ -101,14 +102,16 @@ TEST_F(SecondQuotientTest, RoundsAsADivisionWhereThatIsHardest) {
 TEST_F(SecondQuotientTest, RoundsAsADivisionInAllModerateNumbers) {
   std::mt19937 random(1);
   std::uniform_real_distribution<float> digits(1, 2);
-  std::uniform_int_distribution<int> exponentOfX(-75, 0), exponentOfY(-40, 41), sign(0, 1);
+  using Range = pistonfield::SecondQuotientRange;
+  std::uniform_int_distribution<int> exponentOfX(std::ilogb(Range::leastX), 0),
+      exponentOfY(std::ilogb(Range::leastY), std::ilogb(Range::mostY) - 1), sign(0, 1);
   Pairs pairs;
   for (int n = 0; n < 3'000'000; ++n) {
     const float x = std::ldexp(digits(random), exponentOfX(random));
     pairs.add(sign(random) == 0 ? x : -x, std::ldexp(digits(random), exponentOfY(random)));
   }
-  for (const float x : {0.0f, -0.0f, 1.0f, -1.0f, 0x1p-75f})
-    for (const float y : {0x1p-40f, 1.0f, 3.0f, 0x1p42f}) pairs.add(x, y);
+  for (const float x : {0.0f, -0.0f, 1.0f, -1.0f, Range::leastX})
+    for (const float y : {Range::leastY, 1.0f, 3.0f, Range::mostY}) pairs.add(x, y);
   EXPECT_GT(pairs.finish(), 3'000'000);
 }
 

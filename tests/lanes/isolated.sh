@@ -14,7 +14,7 @@ for object in "$@"; do
   symbols=$(nm -C --defined-only --extern-only "$object")
   own="pistonfield::(packed|nodes)$set_name\w*\("
   grep -qE "T $own" <<<"$symbols" || { echo "$object lacks its own function"; status=1; }
-  if shared=$(grep -vE "emulation::$set_name|$own" <<<"$symbols"); then
+  if shared=$(grep -vE "pistonfield::$set_name|$own" <<<"$symbols"); then
     echo "$object shares with other files:"
     echo "$shared"
     status=1

@@ -9,7 +9,8 @@
 #include <limits>
 #include <vector>
 
-#include "FastNearfield/PackedPressure.h"
+#include "FastNearfield/packs/PackedPressure.h"
+#include "FastNearfield/point/HalfAngleIntegrand.h"
 #include "support/LiteralPressure.h"
 
 using pistonfield::Complex;

@@ -19,11 +19,11 @@ done
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 objects=()
-for source in src/FastNearfield/{nodes/Neon,packed/Neon,PackedPressure,GaussLegendre}.cpp \
-  src/core/InstructionSet.cpp tests/lanes/lane_bits.cpp; do
+for source in src/FastNearfield/{nodes/Neon,packs/Neon,packs/PackedPressure,GaussLegendre}.cpp \
+  src/lanes/InstructionSet.cpp tests/lanes/lane_bits.cpp; do
   mkdir -p "$work/$(dirname "$source")"
   "${compiler[@]}" -std=c++17 -Wall -Wextra -Wconversion -Wshadow -Werror -O3 \
-    -ffp-contract=off -fno-math-errno -I "$root/src" -I "$root/src/emulation" -I "$root/tests" \
+    -ffp-contract=off -fno-math-errno -I "$root/src" -I "$root/tests" \
     -c "$root/$source" -o "$work/$source.o"
   objects+=("$work/$source.o")
 done

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# library.sh <build folder> static|shared
+# library.sh <build folder> static|shared <octave-cli or "">
 #
 # The installed library, static as the build folder has it or shared: what programs take that find it
-# with pkg-config or CMake.
+# with pkg-config or CMake. The module that is installed with it gives the same field.
 set -euo pipefail
-build=$1 kind=$2
+build=$1 kind=$2 octave=$3
 root=$(cd "$(dirname "$0")/../.." && pwd)
 
 work=$(mktemp -d)
@@ -51,10 +51,20 @@ if [[ $kind == static ]]; then
   run_field "$work/program"
 else
   [[ $(pkg-config --libs pistonfield) != *pthread* ]] || { echo "pkg-config names what is private"; exit 1; }
-  cmake -S "$root/examples/cpp" -B "$work/example" -G Ninja -D CMAKE_PREFIX_PATH="$work/prefix" >/dev/null
-  cmake --build "$work/example" >/dev/null
-  run_field "$work/example/field"
   name=libpistonfield.so.${version%.*}
   [[ $(readelf -d "$lib/libpistonfield.so") == *"Library soname: [$name]"* ]]
   [[ -e $lib/$name ]]
+fi
+cmake -S "$root/examples/cpp" -B "$work/example" -G Ninja -D CMAKE_PREFIX_PATH="$work/prefix" >/dev/null
+cmake --build "$work/example" >/dev/null
+run_field "$work/example/field"
+
+if [[ $octave && $kind == static ]]; then
+  module=$(dirname "$(find "$work/prefix" -name pistonfield.mex)")
+  "$octave" --no-history --norc --quiet --eval "
+    addpath ('$module');
+    [X, Z] = ndgrid ((-60:60) * 0.125, 0.25 + (0:200) * 0.125);
+    p = pistonfield ([X(:)'; zeros(1, numel (X)); Z(:)'], 0, 7.5, 5, 2 * 3.14159265358979, 'cuda', 20);
+    q = dlmread ('$work/field.txt') * [1; 1i];
+    assert (max (abs (p - q)) < 1e-5);" >/dev/null
 fi

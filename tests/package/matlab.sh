@@ -20,6 +20,7 @@ mkdir "$place"
 folder=$place/$(basename "$archive" -matlab.zip)
 version=${folder##*-}
 
+export CMAKE_CXX_COMPILER_LAUNCHER="$PWD/tests/package/from_build.sh;$build"
 run() { "$octave" --no-history --norc --quiet "$@" >"$work/said" 2>&1; }
 setup_takes() { # <folder of the module>
   run tests/package/matlab.m "$folder" "$build/octave" "$1" || { cat "$work/said"; exit 1; }

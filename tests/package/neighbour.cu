@@ -1,8 +1,8 @@
-#include <FastNearfield/IntegratorCuda.h>
-#include <FastNearfield/RectangularPiston2.h>
-#include <core/ThrowingErrorHandler.h>
-#include <core/cudahelper.h>
 #include <cuda_runtime.h>
+#include <pistonfield/FastNearfield/IntegratorCuda.h>
+#include <pistonfield/FastNearfield/RectangularPiston2.h>
+#include <pistonfield/core/ThrowingErrorHandler.h>
+#include <pistonfield/core/cudahelper.h>
 
 #include <algorithm>
 #include <cmath>

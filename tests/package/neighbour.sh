@@ -25,7 +25,7 @@ fi
 [[ -x $nvcc ]] || { echo "SKIPPED: no CUDA toolkit (nvcc) on this machine"; exit 77; }
 cd "$work"
 "$nvcc" -std=c++17 -arch="$("$nvcc" --list-gpu-arch | tail -n 1 | sed s/compute/sm/)" \
-  -I "$work/prefix/include/pistonfield" -c "$OLDPWD/neighbour.cu" -o neighbour.o
+  -I "$work/prefix/include" -c "$OLDPWD/neighbour.cu" -o neighbour.o
 answers=()
 for runtime in shared static; do
   "$nvcc" -cudart "$runtime" neighbour.o "$library" -o "last_$runtime"

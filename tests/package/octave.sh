@@ -18,7 +18,8 @@ cmp "$tarball" "$work/again/${tarball##*/}"
 revision=$(tar -xOf "$tarball" --wildcards '*/src/pistonfield/revision' | head -n 1)
 commit=$(git log -1 --format=%h)
 [[ $revision == "$commit"* ]] || { echo "the package is of $revision, not of $commit"; exit 1; }
-HOME=$work/home XDG_DATA_HOME='' "$octave" --no-history --norc --quiet tests/package/octave.m \
+CMAKE_CXX_COMPILER_LAUNCHER="$PWD/tests/package/from_build.sh;$(dirname "$modules")" \
+  HOME=$work/home XDG_DATA_HOME='' "$octave" --no-history --norc --quiet tests/package/octave.m \
   "$tarball" "$work/prefix" "$revision" "$modules" "$work/pictures" >"$work/log" 2>&1 ||
   { tail -n 40 "$work/log"; exit 1; }
 

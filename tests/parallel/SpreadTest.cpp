@@ -20,7 +20,7 @@ using Range = std::pair<std::uint64_t, std::uint64_t>;
 std::vector<Range> ranges(std::uint64_t count, std::uint64_t length) {
   std::vector<Range> handedOut;
   std::mutex mutex;
-  parallel::spread(count, length, [&](std::uint64_t first, std::uint64_t last) {
+  pistonfield::parallel::spread(count, length, [&](std::uint64_t first, std::uint64_t last) {
     static std::atomic<std::uint64_t> work;
     for (std::uint64_t n = 0; n < 200 * std::min<std::uint64_t>(last - first, 1000); ++n) work += n;
     const std::lock_guard lock(mutex);
@@ -53,7 +53,7 @@ TEST(SpreadTest, RangesAreLongWhileMuchIsLeft) {
     longest = std::max(longest, last - first);
   }
   EXPECT_EQ(longest, 8 * length);
-  const bool shared = parallel::cores() > 1;
+  const bool shared = pistonfield::parallel::cores() > 1;
   EXPECT_LE(all.back().second - all.back().first, shared ? length : 8 * length);
 }
 
@@ -67,12 +67,12 @@ TEST(SpreadTest, CountsNearTheEndOfNumbersAreCounted) {
 TEST(SpreadTest, NoRangeFollowsAnException) {
   std::atomic<int> after{0};
   std::atomic<bool> thrown{false};
-  EXPECT_THROW(parallel::spread(1000000, 1,
-                                [&](std::uint64_t /*first*/, std::uint64_t /*last*/) {
-                                  if (thrown) ++after;
-                                  thrown = true;
-                                  throw std::runtime_error("enough");
-                                }),
+  EXPECT_THROW(pistonfield::parallel::spread(1000000, 1,
+                                             [&](std::uint64_t /*first*/, std::uint64_t /*last*/) {
+                                               if (thrown) ++after;
+                                               thrown = true;
+                                               throw std::runtime_error("enough");
+                                             }),
                std::runtime_error);
   EXPECT_LE(after, 1) << "but for one that had begun";
 }

@@ -3,16 +3,19 @@ PTX of a kernel makes its test fail.
 
 Changes one instruction at a time, of every kind in mutations.py, in a kernel and at a place drawn by
 chance. A change that leaves every bit of every result as it was, such as the sign of what is then
-squared, is none; another place is drawn. Exits with 77 where there is no nvcc or no numpy."""
+squared, is none; another place is drawn. Exits with 77 where there is no nvcc or no numpy, and unless PISTONFIELD_LONG is set: it tests the test."""
 
 import copy
+import os
 import random
 import sys
 import tempfile
 import time
 
-from prerequisites import nvcc_or_skip
+from prerequisites import nvcc_or_skip, skip
 
+if not os.environ.get("PISTONFIELD_LONG"):
+    skip("takes half a minute (PISTONFIELD_LONG=1)")
 nvcc = nvcc_or_skip(__doc__)
 
 import numpy as np

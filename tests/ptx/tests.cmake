@@ -1,5 +1,5 @@
-# The kernels as nvcc compiles them, run without a GPU: in every build on a machine with a toolkit,
-# whatever device the build is for. A sanitizer would see nothing of them.
+# The kernels as nvcc compiles them, run without a GPU: in the builds for CUDA. What runs them is tested
+# in the others, which need no toolkit for that. A sanitizer would see nothing of them.
 
 if(PISTONFIELD_SANITIZE)
   return()
@@ -7,16 +7,23 @@ endif()
 
 find_program(PISTONFIELD_TEST_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH) # the one that has numpy
 
-foreach(name kernels mutants machine)
+set(names machine)
+if(PISTONFIELD_USE_CUDA)
+  set(names kernels mutants)
+endif()
+foreach(name IN LISTS names)
   if(PISTONFIELD_TEST_PYTHON)
     set(command ${PISTONFIELD_TEST_PYTHON} -B ${CMAKE_CURRENT_LIST_DIR}/${name}_test.py)
   else()
     set(command ${CMAKE_COMMAND} -E echo "SKIPPED: no /usr/bin/python3")
   endif()
-  if(NOT name STREQUAL "machine")
+  if(PISTONFIELD_USE_CUDA)
     list(APPEND command ${PISTONFIELD_NVCC})
   endif()
   add_test(NAME ptx.${name} COMMAND ${command})
   set_tests_properties(ptx.${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 600
                                               SKIP_REGULAR_EXPRESSION "^SKIPPED: ")
 endforeach()
+if(TEST ptx.mutants)
+  set_tests_properties(ptx.mutants PROPERTIES LABELS long)
+endif()

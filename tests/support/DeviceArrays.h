@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "core/DeviceBuffer.h"
@@ -16,16 +17,14 @@ template <class T>
 class GuardedArray {
  public:
   explicit GuardedArray(std::size_t size) : host_(size) {
-    EXPECT_EQ(device_.allocate(host_.bytes()), cudaSuccess);
-    EXPECT_EQ(cudaMemcpy(device_.get(), host_.data(), host_.bytes(), cudaMemcpyHostToDevice),
-              cudaSuccess);
+    EXPECT_EQ(device_.allocate(host_.data(), host_.bytes()), cudaSuccess);
+    EXPECT_EQ(device_.upload(), cudaSuccess);
   }
   T* device() const { return device_.get(); }
 
   /// What the kernels wrote; the margin must be as it was.
   std::vector<T> read() {
-    EXPECT_EQ(cudaMemcpy(host_.data(), device_.get(), host_.bytes(), cudaMemcpyDeviceToHost),
-              cudaSuccess);
+    EXPECT_EQ(device_.download(), cudaSuccess);
     return host_.read();
   }
 
@@ -37,14 +36,14 @@ class GuardedArray {
 template <class T>
 class Uploaded {
  public:
-  explicit Uploaded(const std::vector<T>& values) {
-    const std::size_t bytes = values.size() * sizeof(T);
-    EXPECT_EQ(buffer_.allocate(bytes), cudaSuccess);
-    EXPECT_EQ(cudaMemcpy(buffer_.get(), values.data(), bytes, cudaMemcpyHostToDevice), cudaSuccess);
+  explicit Uploaded(std::vector<T> values) : values_(std::move(values)) {
+    EXPECT_EQ(buffer_.allocate(values_.data(), values_.size() * sizeof(T)), cudaSuccess);
+    EXPECT_EQ(buffer_.upload(), cudaSuccess);
   }
   T* get() const { return buffer_.get(); }
 
  private:
+  std::vector<T> values_;
   pistonfield::DeviceBuffer<T> buffer_;
 };
 

@@ -54,18 +54,20 @@ class DeviceTest : public testing::Test {
 };
 
 #if !defined(CUDART_VERSION)
-/// A test that makes the emulation device fail, lie or keep a record.
+/// A test that makes the emulation device fail, lie or keep a record. The device has memory of its
+/// own, as a GPU has: else launchers would neither allocate nor copy.
 class EmulationTest : public DeviceTest {
  protected:
   void SetUp() override {
     emulationTestControl()->restore();
+    emulationTestControl()->separateMemory();
     DeviceTest::SetUp();
   }
   void TearDown() override {
     emulationTestControl()->restore();
     DeviceTest::TearDown();
   }
-  emulation::TestControl& device = *emulationTestControl();
+  pistonfield::emulation::TestControl& device = *emulationTestControl();
 };
 #endif
 

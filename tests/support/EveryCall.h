@@ -5,13 +5,14 @@
 #include <complex>
 #include <cstddef>
 #include <functional>
+#include <map>
 #include <optional>
-#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "emulation/TestControl.h"
-#include "support/CheckSites.h"
+#include "support/Step.h"
 
 // Makes every call of the CUDA runtime fail that some work makes, one after the other.
 
@@ -42,48 +43,41 @@ struct Work {
   /// What a good run needs after one that failed, if it follows without a fresh start.
   std::function<void()> goOn;
 
-  /// Whether its last cudaFree is that of a destructor, which has nobody to tell.
-  bool releasesSilently = false;
+  Steps steps;
+  bool isTimed = false;
+
+  /// Whether the steps have every line of the first output, up to the last call.
+  bool listsOutput = false;
 };
 
-/// Runs work again and again, each time with a later call failing, by itself or with all calls that
-/// follow, and expects
+/// Expects work to make the calls of its steps, no more and no less. Then runs it again and again,
+/// each time with a later call failing, by itself or with all calls that follow, and expects
 ///
-/// - the one report that the call's place in the record asks for, with the text that the sources
-///   say, or the ending of a good run if nobody looks at the call's answer;
+/// - the one report that its steps ask for, from a line that no other text comes from, or the
+/// ending
+///   of a good run if nobody looks at the call's answer;
 /// - the output of a good run up to there;
 /// - as much device memory left as could not be freed, and no thread;
 /// - a good run's ending from the next one.
 class EveryCall {
  public:
-  explicit EveryCall(emulation::TestControl& device) : device_(device) {}
+  explicit EveryCall(pistonfield::emulation::TestControl& device) : device_(device) {}
 
   void failEach(const Work& work);
-
-  /// The places of the sources that have reported.
-  const std::set<CheckSite>& reported() const { return reported_; }
-
-  /// The functions of the runtime that have failed.
-  const std::set<std::string>& failed() const { return failed_; }
 
  private:
   struct Fault {
     cudaError_t error;
     bool lasting;
   };
-  using Calls = std::vector<emulation::Call>;
 
-  std::size_t failNth(const Work& work, const Ending& good, std::size_t nth, const Fault& fault);
-  std::optional<CheckSite> siteOf(const Ending& ending) const;
-  void expectReport(const CheckSite& site, const Ending& ending, const emulation::Call& call,
-                    cudaError_t error) const;
-  void expectMemory(const Calls& calls, std::size_t failed, bool lasting) const;
+  void expectSteps(const Steps& calls) const;
+  void failNth(const Work& work, const Ending& good, std::size_t failed, const Fault& fault);
+  void expectReport(const Step& step, const Ending& ending, cudaError_t error);
+  void expectMemory(std::size_t failed, bool lasting) const;
 
-  emulation::TestControl& device_;
-  const std::set<CheckSite> sites_ = checkSites();
-  std::set<CheckSite> reported_;
-  std::set<std::string> failed_;
-  std::set<CheckSite> reportedInLoop_;
+  pistonfield::emulation::TestControl& device_;
+  std::map<std::pair<std::string, int>, std::string> texts_;  // by file and line
 };
 
 }  // namespace support

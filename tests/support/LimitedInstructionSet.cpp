@@ -2,7 +2,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "core/InstructionSet.h"
+#include "lanes/InstructionSet.h"
 
 // In programs and modules of the tests and the benchmarks: the environment's
 // PISTONFIELD_INSTRUCTION_SET, "oldest", "avx2" or "avx512", limits the instruction set, to see

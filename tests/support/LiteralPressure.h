@@ -7,7 +7,8 @@
 #include <vector>
 
 #include "FastNearfield/GaussLegendre.h"
-#include "FastNearfield/PointPressure.h"
+#include "FastNearfield/point/PointPressure.h"
+#include "support/Bound.h"
 
 // The formula as it is written, in double precision or wider, and nothing clever.
 
@@ -79,27 +80,6 @@ std::complex<Wide> literalPressure(Converted<Wide> x, Converted<Wide> y, Convert
   const Wide u = std::abs(x), v = std::abs(y);
   const std::complex<Wide> S = f.pair(u - a, u + a, v, b) + f.pair(v - b, v + b, u, a);
   return std::complex<Wide>(0, -1) * S / (2 * std::acos(Wide(-1)));
-}
-
-/// 2^-24·(1 + |k|R), R being the distance to the farthest corner: what errors of single precision
-/// are counted in.
-inline double unitOfError(double x, double y, double z, double a, double b, double k) {
-  const double R = std::hypot(std::abs(x) + a, std::abs(y) + b, z);
-  return std::ldexp(1.0, -24) * (1 + std::abs(k) * R);
-}
-
-/// What all but a few points keep to, of any rule: 3 units. Single ones in unlucky places, and high
-/// orders, take more: `promisedUnits`.
-inline double tolerance(double x, double y, double z, double a, double b, double k) {
-  return 3 * unitOfError(x, y, z, a, b, k);
-}
-
-/// How far the rounding of the kernels may be off at any point, before the piston (z ≥ 0) and
-/// behind it, in units.
-inline double promisedUnits(int order, double z) {
-  if (order <= 64) return z >= 0 ? 4.5 : 9;
-  if (order <= 256) return z >= 0 ? 6 : 16;
-  return z >= 0 ? 7.5 : 27;
 }
 
 }  // namespace support

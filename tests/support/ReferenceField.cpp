@@ -6,17 +6,13 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "support/Bound.h"
+
 namespace support {
 
-double ReferenceField::farthestCorner(std::size_t i) const {
-  const auto [x, y, z] = points[i];
-  const double dx = std::abs(x) + s / 2;
-  const double dy = std::abs(y) + l / 2;
-  return std::sqrt(dx * dx + dy * dy + z * z);
-}
-
 double ReferenceField::tolerance(std::size_t i) const {
-  return 3 * std::ldexp(1.0, -24) * (1 + k * farthestCorner(i));
+  const auto [x, y, z] = points[i];
+  return support::tolerance(x, y, z, s / 2, l / 2, k);
 }
 
 double ReferenceField::doubleTolerance(std::size_t i) const {

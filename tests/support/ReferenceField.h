@@ -16,9 +16,6 @@ struct ReferenceField {
   std::vector<Position> points;
   std::vector<std::complex<double>> pressure;
 
-  /// The distance from point i to the farthest corner of the piston.
-  double farthestCorner(std::size_t i) const;
-
   /// How far single precision may be off at point i: 3·2^-24·(1 + kR).
   double tolerance(std::size_t i) const;
 

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <vector>
 
-#include "FastNearfield/Complex.h"
+#include "core/Complex.h"
 
 namespace support {
 

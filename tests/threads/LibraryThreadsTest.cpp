@@ -71,10 +71,10 @@ class LibraryThreadsTest : public testing::TestWithParam<std::size_t> {
  protected:
   void SetUp() override {
     ErrorHandler::setErrorHandler(new pistonfield::ThrowingErrorHandler);
-    pistonfield::tellProgress(false);
+    pistonfield::showProgress(false);
   }
   void TearDown() override {
-    pistonfield::tellProgress(true);
+    pistonfield::showProgress(true);
     ErrorHandler::setErrorHandler(nullptr);
   }
 

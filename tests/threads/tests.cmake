@@ -14,3 +14,4 @@ add_executable(thread_tests EXCLUDE_FROM_ALL
   threads/LibraryThreadsTest.cpp)
 target_link_libraries(thread_tests PRIVATE pistonfield_with_device pistonfield_parallel test_support
                                            GTest::gtest_main)
+precompile(thread_tests)

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "FastNearfield/NodeSum.h"
-#include "FastNearfield/SineCosine.h"
+#include "FastNearfield/nodes/NodeSum.h"
+#include "FastNearfield/nodes/SineCosine.h"
 
 // Evaluates the nodes of a rule side by side, in a plain loop that the compiler turns into one over
 // the registers of an instruction set.

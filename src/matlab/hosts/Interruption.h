@@ -2,8 +2,8 @@
 
 namespace pistonfield {
 
-/// Ends the call the way its host ends one that the user interrupts (Ctrl-C), if the user did.
-/// Each host has its own.
+/// If the user has interrupted the call (Ctrl-C), ends it as the host does. Each host has its own
+/// implementation.
 void endInterruptedCall();
 
 }  // namespace pistonfield

@@ -2,10 +2,10 @@
 
 #include "matlab/hosts/Interruption.h"
 
-// In libut, which has no header.
+// Defined in libut, which has no header.
 extern "C" bool utIsInterruptPending();
 
-// MATLAB, which still has the user's wish pending, shows its own text in place of this one.
+// The interruption is still pending in MATLAB, which shows its own text instead of this one.
 void pistonfield::endInterruptedCall() {
   if (utIsInterruptPending()) mexErrMsgTxt("Operation terminated by user.");
 }

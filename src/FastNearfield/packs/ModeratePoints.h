@@ -1,0 +1,60 @@
+#pragma once
+
+#include "FastNearfield/point/HalfPhase.h"
+#include "FastNearfield/point/PointPressure.h"
+
+namespace pistonfield {
+
+/// Which points are moderate, for a piston and a rule: those for which no interval is empty, no
+/// phase is lost, and `secondQuotient` stays in its range. The limits suit lengths in metres,
+/// millimetres or micrometres. docs/theory.md has the argument ("Moderate points").
+template <class V>
+class ModeratePoints {
+ public:
+  ModeratePoints(float a, float b, float k, const SymmetricRule<float>& rule)
+      : a_(a), b_(b), reach_(reach(a, b, k, rule)) {}
+
+  /// The points (±u, ±v, z).
+  auto operator()(V u, V v, V z) const {
+    const V nearX = u - V(a_), nearY = v - V(b_), least(leastSquare);
+    const V length = multiplyAdd(V(2.0f), absolute(z), u + v);
+    return (length <= V(reach_)) & (least <= nearX * nearX) & (least <= nearY * nearY);
+  }
+
+ private:
+  // L = |x| + |y| + 2·|z| + a + b is at least as long as every sum of two distances that occurs.
+  static constexpr float mostL = 0x1p20f;
+  static constexpr float mostKL = 0x1p21f;
+  static constexpr float mostLOverSide = 0x1p22f;
+  static constexpr float leastK = 0x1p-10f;
+  /// Of the distance from a plane through an edge.
+  static constexpr float leastSquare = 0x1p-40f;
+
+  // What follows. Factors of 2 are room for roundings.
+  static constexpr float mostD = 2 * mostL * mostL;
+  static constexpr float leastPath = leastSquare / (2 * mostL);
+  /// sin(kR/2 − kz/2) below half a turn, at least k·path/π.
+  static constexpr float leastSine = leastK * leastPath / 4;
+
+  using Range = SecondQuotientRange;
+  static_assert(Range::leastY <= leastSquare && mostD <= Range::mostY, "D is in the range");
+  static_assert(Range::leastX <= leastSine, "so is the sine; above half a turn by a test");
+  static_assert(mostKL / 6 <= HalfPhase<float>::mostHalfTurns / 2, "no phase is lost");
+  static_assert(mostLOverSide <= 0x1p22f, "v − b and v + b are different floats");
+
+  /// How far |x| + |y| + 2·|z| may go: at most 0 for a piston or a rule of no moderate numbers.
+  static float reach(float a, float b, float k, const SymmetricRule<float>& rule) {
+    if (rule.N < 2) return -1;
+    for (int i = 0; i < rule.N / 2; ++i)
+      if (!(-1 <= rule.x[i] && rule.x[i] <= 1)) return -1;
+    const float wavenumber = k < 0 ? -k : k;
+    if (!(a >= 0 && b >= 0 && wavenumber >= leastK)) return -1;
+    const float ofPhase = mostKL / wavenumber, ofSides = mostLOverSide * (a < b ? a : b);
+    const float reach = ofPhase < ofSides ? ofPhase : ofSides;
+    return (reach < mostL ? reach : mostL) - (a + b);
+  }
+
+  float a_, b_, reach_;
+};
+
+}  // namespace pistonfield

@@ -1,0 +1,291 @@
+#pragma once
+
+#include <cstddef>
+#include <utility>
+
+#include "FastNearfield/packs/ModeratePoints.h"
+#include "FastNearfield/packs/PackedPressure.h"
+#include "FastNearfield/point/HalfAngleIntegrand.h"
+#include "lanes/Pack.h"
+
+// Evaluates points in packs.
+//
+// For a pair of edges a point takes one integral beyond their ends and two between them, and a pack
+// takes two as soon as one of its lanes does. So points are first sorted by their case, and then
+// evaluated case by case, pack after pack. The schedule of a case is one loop of steps. A step adds
+// the values of four nodes, of which the roots and quotients were started in the step before, and
+// starts those of the next step: a processor does both at once.
+//
+// Nothing here may be a function that other files share: theirs could become this file's, with
+// instructions that not every machine has.
+
+namespace pistonfield {
+
+/// `ModerateSet` evaluates moderate points.
+template <class Set, class ModerateSet>
+class PackEvaluation {
+ public:
+  PackEvaluation(const float* positions, Complex* pressures, int count, float a, float b, float k,
+                 const SymmetricRule<float>& rule)
+      : positions_(positions),
+        pressures_(pressures),
+        count_(count),
+        a_(a),
+        b_(b),
+        k_(k),
+        wave_(k),
+        moderate_(a, b, k, rule),
+        rule_(rule) {
+    // A register is filled with a number from memory at no cost, but not with a sum. After the last
+    // pair of nodes comes the first one of other points.
+    for (int i = 0; i < rule.N / 2; ++i) fromEnds_[i] = 1 + rule.x[i];
+    if (rule.N > 1) fromEnds_[rule.N / 2] = fromEnds_[0];
+  }
+
+  void run() {
+    for (int first = 0, last = 0; first < count_; first = last) {
+      last = count_ - first < block ? count_ : first + block;
+      for (int n = first; n < last; n += Points::count) sort(n);
+      if (last == count_)
+        for (Indices& indices : ofCase_) indices.fillPack();
+      ahead_ = last;
+      evaluateKnown<false, false>(ofCase_[0]);
+      evaluateKnown<true, false>(ofCase_[splitInX]);
+      evaluateKnown<false, true>(ofCase_[splitInY]);
+      evaluateKnown<true, true>(ofCase_[splitInX | splitInY]);
+      evaluateAny(ofCase_[notModerate]);
+      for (Indices& indices : ofCase_) indices.dropWhole();
+    }
+  }
+
+ private:
+  using Points = Pack<Set>;
+  using V = Pack<ModerateSet>;
+  using Integrand = HalfAngleIntegrand<V>;
+  using Edges = EdgePair<V>;
+
+  /// So many points are sorted and then evaluated, while they are in the cache. Their indices take
+  /// 21 kB of the stack; a thread may have as little as 64 kB.
+  static constexpr int block = 1024;
+
+  /// The cases: moderate points by the directions in which they are split, and all others.
+  static constexpr unsigned splitInX = 1, splitInY = 2, notModerate = 4, cases = 5;
+
+  /// A pack of points, mirrored to where x and y are not negative.
+  struct Mirrored {
+    Points u, v, z;
+  };
+
+  /// Indices of points in the list.
+  struct Indices {
+    /// Of the points first + n, for each n whose bit is set in `lanes`.
+    void append(int first, unsigned lanes) {
+      Set::storeIndices(of + count, lanes, first);
+      count += __builtin_popcount(lanes);
+    }
+
+    /// Repeats the last one up to a whole pack.
+    void fillPack() {
+      while (count != whole()) {
+        of[count] = of[count - 1];
+        ++count;
+      }
+    }
+
+    /// How many make whole packs.
+    int whole() const { return count - count % Points::count; }
+
+    void dropWhole() {
+      const int first = whole();
+      if (first == 0) return;
+      __builtin_memcpy(of, of + first, sizeof(int) * Points::count);
+      count -= first;
+    }
+
+    // Less than a pack is left of the block before, and a whole register is written.
+    int of[block + 2 * Points::count];
+    int count = 0;
+  };
+
+  /// A pack of moderate points of one case: their integrals, in the order of the schedule.
+  template <bool splitX, bool splitY>
+  struct KnownPoints {
+    void set(const Mirrored& points, float halfWidth, float halfHeight, HalfPhase<V> wave) {
+      f = Integrand(V::of(points.z.value), wave);
+      const V u = V::of(points.u.value), v = V::of(points.v.value);
+      const V a(halfWidth), b(halfHeight), foot(0.0f);
+      beyondX = u > a;
+      beyondY = v > b;
+      edges[0] = Edges(u - a, u + a, splitY ? foot : select(beyondY, v - b, foot), v + b);
+      edges[1] = Edges(v - b, v + b, splitX ? foot : select(beyondX, u - a, foot), u + a);
+      if constexpr (splitY) edges[2] = Edges(u - a, u + a, v - b, foot);
+      if constexpr (splitX) edges[2 + splitY] = Edges(v - b, v + b, u - a, foot);
+    }
+
+    ComplexPair<V> pressure() const {
+      ComplexPair<V> sumY, sumX;
+      if constexpr (splitY)
+        sumY = edges[0].difference() + edges[2].difference();
+      else
+        sumY = edges[0].difference(beyondY);
+      if constexpr (splitX)
+        sumX = edges[1].difference() + edges[2 + splitY].difference();
+      else
+        sumX = edges[1].difference(beyondX);
+      return f.complete(sumY + sumX);
+    }
+
+    static constexpr int count = 2 + splitX + splitY;
+    Integrand f;
+    PackMask<ModerateSet> beyondX, beyondY;
+    Edges edges[count];
+  };
+
+  const float* point(std::ptrdiff_t n) const { return positions_ + 3 * n; }
+
+  static Mirrored load(const float* positions) {
+    Points x, y, z;
+    Set::loadTriples(positions, x.value, y.value, z.value);
+    return {absolute(x), absolute(y), z};
+  }
+  /// The points of a pack of indices, which ascend.
+  Mirrored gather(const int* indices) const {
+    // A number more than a point has may be read, and after the last point there is none.
+    if (indices[Points::count - 1] == count_ - 1) return copy(indices);
+    Points x, y, z;
+    Set::gatherTriples(positions_, indices, x.value, y.value, z.value);
+    return {absolute(x), absolute(y), z};
+  }
+  __attribute__((noinline)) Mirrored copy(const int* indices) const {
+    float positions[3 * Points::count];
+    for (int n = 0; n < Points::count; ++n)
+      __builtin_memcpy(positions + 3 * n, point(indices[n]), 3 * sizeof(float));
+    return load(positions);
+  }
+
+  /// Prefetches one more pack of the next block, so that sorting it does not wait for memory.
+  void fetchAhead() {
+    if (ahead_ > count_ - Points::count) return;
+    constexpr int floatsACacheLine = 16;
+    for (int n = 0; n < 3 * Points::count; n += floatsACacheLine)
+      __builtin_prefetch(point(ahead_) + n);
+    ahead_ += Points::count;
+  }
+
+  /// The pack of points at `first` and after, or as many as there are.
+  void sort(int first) {
+    const int left = count_ - first < Points::count ? count_ - first : Points::count;
+    Mirrored points;
+    if (left == Points::count) {
+      points = load(point(first));
+    } else {
+      int indices[Points::count];
+      for (int n = 0; n < Points::count; ++n) indices[n] = n < left ? first + n : count_ - 1;
+      points = copy(indices);
+    }
+    const unsigned lanes = ~0u >> (32 - left);
+    const unsigned x = footSplits<float>(points.u, Points(a_)).bits();
+    const unsigned y = footSplits<float>(points.v, Points(b_)).bits();
+    const unsigned known = lanes & moderate_(points.u, points.v, points.z).bits();
+    ofCase_[0].append(first, known & ~x & ~y);
+    ofCase_[splitInX].append(first, known & x & ~y);
+    ofCase_[splitInY].append(first, known & ~x & y);
+    ofCase_[splitInX | splitInY].append(first, known & x & y);
+    if (known != lanes) ofCase_[notModerate].append(first, lanes & ~known);
+  }
+
+  /// A pair of a rule's nodes on two edges, and the integrand's paths there.
+  struct Started {
+    typename Edges::Squares D;
+    V plus1, minus1, plus2, minus2;
+  };
+
+  static Started start(const Edges& edges, const Integrand& f, float fromEnd) {
+    const auto D = edges.squares(V(fromEnd));
+    return {D, f.path(D.plus1), f.path(D.minus1), f.path(D.plus2), f.path(D.minus2)};
+  }
+
+  /// Adds the nodes that were started, and starts those of `next`, one of each in turn.
+  __attribute__((always_inline)) static Started step(Edges& edges, const Integrand& f, float weight,
+                                                     const Started& at, const Edges& next,
+                                                     const Integrand& nextF, float fromEnd) {
+    Started started;
+    started.D = next.squares(V(fromEnd));
+    started.plus1 = nextF.path(started.D.plus1);
+    const auto plus1 = f.value(at.D.plus1, at.plus1);
+    started.minus1 = nextF.path(started.D.minus1);
+    edges.addFirst(V(weight), plus1 + f.value(at.D.minus1, at.minus1));
+    started.plus2 = nextF.path(started.D.plus2);
+    const auto plus2 = f.value(at.D.plus2, at.plus2);
+    started.minus2 = nextF.path(started.D.minus2);
+    edges.addSecond(V(weight), plus2 + f.value(at.D.minus2, at.minus2));
+    return started;
+  }
+
+  /// The schedule of a pack: for one pair of nodes after the other, all pairs of edges. Each step
+  /// starts the next one's nodes, and the last step those of the next pack.
+  template <bool splitX, bool splitY>
+  __attribute__((noinline)) void evaluateKnown(const Indices& indices) {
+    using Known = KnownPoints<splitX, splitY>;
+    const int count = indices.whole(), pairs = rule_.N / 2;
+    if (count == 0) return;
+    Known packs[2], *present = &packs[0], *following = &packs[1];
+    present->set(gather(indices.of), a_, b_, wave_);
+    Started nodes = start(present->edges[0], present->f, fromEnds_[0]);
+    for (int n = 0; n < count; n += Points::count) {
+      fetchAhead();
+      const bool more = n + Points::count < count;
+      for (int i = 0; i < pairs; ++i) {
+        // Half way: between steps that wait for roots it costs little.
+        if (more && i == pairs / 2)
+          following->set(gather(indices.of + n + Points::count), a_, b_, wave_);
+        for (int e = 0; e < Known::count; ++e) {
+          const bool around = e + 1 == Known::count;
+          // The last pack starts itself again, in vain.
+          const Known& next = around && i + 1 == pairs && more ? *following : *present;
+          nodes = step(present->edges[e], present->f, rule_.w[i], nodes,
+                       next.edges[around ? 0 : e + 1], next.f, fromEnds_[i + around]);
+        }
+      }
+      if (rule_.N > 2 * pairs)
+        for (Edges& edges : present->edges) edges.addMiddle(present->f, V(rule_.w[pairs]));
+      const ComplexPair<V> p = present->pressure();
+      scatter(p.re.value, p.im.value, indices.of + n);
+      std::swap(present, following);
+    }
+  }
+
+  __attribute__((noinline)) void evaluateAny(const Indices& indices) {
+    for (int n = 0; n < indices.whole(); n += Points::count) {
+      const Mirrored points = gather(indices.of + n);
+      const ComplexPair<Points> p =
+          pointPressure<HalfAngleIntegrand>(points.u, points.v, points.z, a_, b_, k_, rule_);
+      scatter(p.re.value, p.im.value, indices.of + n);
+    }
+  }
+
+  void scatter(typename Set::Register re, typename Set::Register im, const int* indices) {
+    Complex pressures[Points::count];
+    Set::storePairs(&pressures->re, re, im);
+    for (int n = 0; n < Points::count; ++n) pressures_[indices[n]] = pressures[n];
+  }
+
+  const float* const positions_;
+  Complex* const pressures_;
+  const int count_;
+  const float a_, b_, k_;
+  const HalfPhase<V> wave_;
+  const ModeratePoints<Points> moderate_;
+  const SymmetricRule<float> rule_;
+  float fromEnds_[mostPackedNodes / 2 + 1];
+  Indices ofCase_[cases];
+  int ahead_ = 0;  // the first point that has not been fetched
+};
+
+template <class Set, class ModerateSet = Set>
+void evaluatePacks(const float* positions, Complex* pressures, int count, float a, float b, float k,
+                   const SymmetricRule<float>& rule) {
+  PackEvaluation<Set, ModerateSet>(positions, pressures, count, a, b, k, rule).run();
+}
+
+}  // namespace pistonfield

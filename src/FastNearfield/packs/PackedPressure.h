@@ -1,0 +1,24 @@
+#pragma once
+
+#include "FastNearfield/point/PointPressure.h"
+#include "lanes/InstructionSet.h"
+
+namespace pistonfield {
+
+/// The most nodes that a rule may have: as many as constant memory holds.
+constexpr int mostPackedNodes = 512;
+
+/// Computes the pressures at many points in packs: `positions` holds x, y, z of each of the `count`
+/// points. A pressure depends on its own point only. It is that of `pointPressure` for one float,
+/// bit for bit if the instruction set has a fused multiply-add.
+using PackedPressure = void(const float* positions, Complex* pressures, int count, float a, float b,
+                            float k, const SymmetricRule<float>& rule);
+
+/// The function for an instruction set, which this machine must have. AVX-512 has two, with the
+/// same results: one is for machines that divide slowly.
+PackedPressure* packedPressure(InstructionSet set, bool slowDivision = dividesSlowly());
+
+/// One for each set, in a file of its own that is compiled for it.
+PackedPressure packedSse2, packedAvx2, packedAvx512, packedAvx512SlowDivision, packedNeon;
+
+}  // namespace pistonfield

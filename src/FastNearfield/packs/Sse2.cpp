@@ -1,0 +1,12 @@
+#include "lanes/Sse2.h"
+
+#include "FastNearfield/packs/PackEvaluation.h"
+
+namespace pistonfield {
+
+void packedSse2(const float* positions, Complex* pressures, int count, float a, float b, float k,
+                const SymmetricRule<float>& rule) {
+  evaluatePacks<Sse2>(positions, pressures, count, a, b, k, rule);
+}
+
+}  // namespace pistonfield

@@ -1,0 +1,71 @@
+#include "core/CudaCompatibility.h"
+
+#include <cstring>
+
+#include "core/cudahelper.h"
+
+namespace pistonfield {
+namespace {
+
+// Where the answer cannot be had, a context counts as active: then nothing is destroyed.
+#if !defined(CUDART_VERSION)
+// Nobody else can hold a context on the emulation device, which lives inside this module.
+bool isContextActive(int /*device*/) { return false; }
+#else
+// The driver is reached through the runtime, so that the module still loads where there is none.
+bool isContextActive(int device) {
+  using PrimaryContextState = int (*)(int device, unsigned* flags, int* active);
+  void* entry = nullptr;
+#if CUDART_VERSION >= 12050
+  cudaDriverEntryPointQueryResult status{};
+  const cudaError_t error = cudaGetDriverEntryPointByVersion("cuDevicePrimaryCtxGetState", &entry,
+                                                             7000, cudaEnableDefault, &status);
+#elif CUDART_VERSION >= 12000
+  cudaDriverEntryPointQueryResult status{};
+  const cudaError_t error =
+      cudaGetDriverEntryPoint("cuDevicePrimaryCtxGetState", &entry, cudaEnableDefault, &status);
+#else
+  const cudaError_t error =
+      cudaGetDriverEntryPoint("cuDevicePrimaryCtxGetState", &entry, cudaEnableDefault);
+#endif
+  if (error != cudaSuccess || !entry) return true;
+  unsigned flags = 0;
+  int active = 0;
+  return reinterpret_cast<PrimaryContextState>(entry)(device, &flags, &active) != 0 || active != 0;
+}
+#endif
+
+}  // namespace
+
+DeviceUse cudaThreadEnter(int device) {
+  DeviceUse use;
+  use.contextIsShared = isContextActive(device);
+  int current = 0;
+  if (cudaGetDevice(&current) == cudaSuccess && current != device) use.previousDevice = current;
+  cudaSetDevice(device);
+  return use;
+}
+
+// A launcher's device memory is owned by objects, so nothing of this call's is left in a context
+// that stays. cudaSetDevice would start the context anew where the device is the current one still.
+cudaError_t cudaThreadExit(const DeviceUse& use) {
+  const cudaError_t error = use.contextIsShared ? cudaSuccess : cudaDeviceReset();
+  if (use.previousDevice >= 0) cudaSetDevice(use.previousDevice);
+  return error;
+}
+
+int clockRate(int device) {
+  int kiloHertz = 0;
+  cudaDeviceGetAttribute(&kiloHertz, cudaDevAttrClockRate, device);
+  return kiloHertz;
+}
+
+cudaError_t cudaMemcpyToSymbol(std::initializer_list<DeviceSymbol> symbols, const char* name,
+                               const void* data, std::size_t size) {
+  for (const DeviceSymbol& symbol : symbols)
+    if (std::strcmp(symbol.name, name) == 0) return symbol.write(data, size);
+  const void* unknown = nullptr;  // for which the runtime itself answers, and notes the error
+  return ::cudaMemcpyToSymbol(unknown, data, size, 0, cudaMemcpyHostToDevice);
+}
+
+}  // namespace pistonfield

@@ -1,0 +1,21 @@
+#pragma once
+
+namespace pistonfield {
+
+/// The instruction sets that packs are compiled for. The oldest is SSE2 on x86 and NEON on ARM.
+enum class InstructionSet { OLDEST, AVX2, AVX512 };
+
+/// Whether this machine has the set.
+bool has(InstructionSet set);
+
+/// The newest set that this machine has, up to the limit.
+InstructionSet instructionSet();
+
+/// Limits the sets that are used from now on, to compute what another machine computes: for tests
+/// and benchmarks. Returns the limit so far, which is AVX512 at the start.
+InstructionSet limitInstructionSet(InstructionSet newest);
+
+/// Whether AVX-512 division is the bottleneck: true on Intel's processors, false on AMD's.
+bool dividesSlowly();
+
+}  // namespace pistonfield

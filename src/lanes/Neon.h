@@ -1,0 +1,64 @@
+#pragma once
+
+#include <arm_neon.h>
+
+#include <cstddef>
+
+#include "lanes/StoreIndices.h"
+
+namespace pistonfield {
+
+/// 4 lanes a register, for every 64-bit ARM processor.
+struct Neon {
+  using Register = float32x4_t;
+  using Mask = uint32x4_t;
+  static constexpr int width = 4;
+
+  static Register broadcast(float x) { return vdupq_n_f32(x); }
+  static Register load(const float* from) { return vld1q_f32(from); }
+  static void store(float* to, Register x) { vst1q_f32(to, x); }
+
+  static void loadTriples(const float* from, Register& first, Register& second, Register& third) {
+    const float32x4x3_t triples = vld3q_f32(from);
+    first = triples.val[0];
+    second = triples.val[1];
+    third = triples.val[2];
+  }
+  static void storePairs(float* to, Register first, Register second) {
+    const float32x4x2_t pairs = {{first, second}};
+    vst2q_f32(to, pairs);
+  }
+
+  static void gatherTriples(const float* from, const int* indices, Register& first,
+                            Register& second, Register& third) {
+    const auto at = [&](int lane) { return from + std::ptrdiff_t{3} * indices[lane]; };
+    float32x4x3_t triples = vld3q_dup_f32(at(0));
+    triples = vld3q_lane_f32(at(1), triples, 1);
+    triples = vld3q_lane_f32(at(2), triples, 2);
+    triples = vld3q_lane_f32(at(3), triples, 3);
+    first = triples.val[0];
+    second = triples.val[1];
+    third = triples.val[2];
+  }
+  static void storeIndices(int* to, unsigned lanes, int first) {
+    storeIndicesInLoop<Neon>(to, lanes, first);
+  }
+
+  static Mask less(Register x, Register y) { return vcltq_f32(x, y); }
+  static Mask lessOrEqual(Register x, Register y) { return vcleq_f32(x, y); }
+  static Mask equal(Register x, Register y) { return vceqq_f32(x, y); }
+  static Mask logicalAnd(Mask p, Mask q) { return vandq_u32(p, q); }
+  static Mask logicalOr(Mask p, Mask q) { return vorrq_u32(p, q); }
+  static unsigned bits(Mask mask) {
+    const uint32x4_t place = {1, 2, 4, 8};
+    return vaddvq_u32(vandq_u32(mask, place));
+  }
+  static Register select(Mask mask, Register yes, Register no) { return vbslq_f32(mask, yes, no); }
+
+  static Register absolute(Register x) { return vabsq_f32(x); }
+  static Register squareRoot(Register x) { return vsqrtq_f32(x); }
+  static Register secondQuotient(Register x, Register y) { return x / y; }
+  static Register multiplyAdd(Register x, Register y, Register z) { return vfmaq_f32(z, x, y); }
+};
+
+}  // namespace pistonfield

@@ -1,0 +1,118 @@
+#pragma once
+
+// A pack: the same quantity of several points, one a lane, in a register. It has the arithmetic of
+// lanes/Arithmetic.h.
+//
+// `Set` is an instruction set: a struct of a register type, a mask type and operations on them. It
+// is in a header of its own here. Beside arithmetic, load and store it has
+//
+//     loadTriples    the first, second and third values of `width` consecutive triples
+//     gatherTriples  the same of the triples at given indices; it may read one value after each
+//     storePairs     a first and a second value of each lane, lane after lane
+//     storeIndices   first + n for each lane n whose bit is set, in order; it may write a whole
+//                    register
+//
+// A file that includes this is compiled for one instruction set. All it defines is tied to that set
+// by a template parameter, so that no other file can end up with its instructions.
+
+namespace pistonfield {
+
+template <class Set>
+struct PackMask {
+  typename Set::Mask mask;
+
+  /// One bit a lane, the first lane's lowest.
+  unsigned bits() const { return Set::bits(mask); }
+};
+
+template <class Set>
+struct Pack {
+  using Register = typename Set::Register;
+  static constexpr int count = Set::width;
+
+  Pack() = default;
+  explicit Pack(float everywhere) : value(Set::broadcast(everywhere)) {}
+  static Pack of(Register value) {
+    Pack pack;
+    pack.value = value;
+    return pack;
+  }
+
+  static Pack load(const float* from) { return of(Set::load(from)); }
+  void store(float* to) const { Set::store(to, value); }
+
+  Register value;
+};
+
+template <class Set>
+Pack<Set> operator+(Pack<Set> x, Pack<Set> y) {
+  return Pack<Set>::of(x.value + y.value);
+}
+template <class Set>
+Pack<Set> operator-(Pack<Set> x, Pack<Set> y) {
+  return Pack<Set>::of(x.value - y.value);
+}
+template <class Set>
+Pack<Set> operator*(Pack<Set> x, Pack<Set> y) {
+  return Pack<Set>::of(x.value * y.value);
+}
+template <class Set>
+Pack<Set> operator-(Pack<Set> x) {
+  return Pack<Set>::of(-x.value);
+}
+
+template <class Set>
+PackMask<Set> operator<(Pack<Set> x, Pack<Set> y) {
+  return {Set::less(x.value, y.value)};
+}
+template <class Set>
+PackMask<Set> operator>(Pack<Set> x, Pack<Set> y) {
+  return y < x;
+}
+template <class Set>
+PackMask<Set> operator<=(Pack<Set> x, Pack<Set> y) {
+  return {Set::lessOrEqual(x.value, y.value)};
+}
+template <class Set>
+PackMask<Set> operator==(Pack<Set> x, Pack<Set> y) {
+  return {Set::equal(x.value, y.value)};
+}
+template <class Set>
+PackMask<Set> operator&(PackMask<Set> p, PackMask<Set> q) {
+  return {Set::logicalAnd(p.mask, q.mask)};
+}
+template <class Set>
+PackMask<Set> operator|(PackMask<Set> p, PackMask<Set> q) {
+  return {Set::logicalOr(p.mask, q.mask)};
+}
+
+template <class Set>
+bool any(PackMask<Set> mask) {
+  return mask.bits() != 0;
+}
+template <class Set>
+Pack<Set> select(PackMask<Set> mask, Pack<Set> yes, Pack<Set> no) {
+  return Pack<Set>::of(Set::select(mask.mask, yes.value, no.value));
+}
+template <class Set>
+Pack<Set> absolute(Pack<Set> x) {
+  return Pack<Set>::of(Set::absolute(x.value));
+}
+template <class Set>
+Pack<Set> squareRoot(Pack<Set> x) {
+  return Pack<Set>::of(Set::squareRoot(x.value));
+}
+template <class Set>
+Pack<Set> quotient(Pack<Set> x, Pack<Set> y) {
+  return Pack<Set>::of(x.value / y.value);
+}
+template <class Set>
+Pack<Set> secondQuotient(Pack<Set> x, Pack<Set> y) {
+  return Pack<Set>::of(Set::secondQuotient(x.value, y.value));
+}
+template <class Set>
+Pack<Set> multiplyAdd(Pack<Set> x, Pack<Set> y, Pack<Set> z) {
+  return Pack<Set>::of(Set::multiplyAdd(x.value, y.value, z.value));
+}
+
+}  // namespace pistonfield

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <emmintrin.h>
+
+#include <cstddef>
+
+#include "lanes/StoreIndices.h"
+
+namespace pistonfield {
+
+/// 4 lanes a register, for every 64-bit x86 processor. The only set without a fused multiply-add,
+/// and for that reason slow.
+struct Sse2 {
+  using Register = __m128;
+  using Mask = __m128;
+  static constexpr int width = 4;
+
+  static Register broadcast(float x) { return _mm_set1_ps(x); }
+  static Register load(const float* from) { return _mm_loadu_ps(from); }
+  static void store(float* to, Register x) { _mm_storeu_ps(to, x); }
+
+  static void loadTriples(const float* from, Register& first, Register& second, Register& third) {
+    first = _mm_setr_ps(from[0], from[3], from[6], from[9]);
+    second = _mm_setr_ps(from[1], from[4], from[7], from[10]);
+    third = _mm_setr_ps(from[2], from[5], from[8], from[11]);
+  }
+  static void storePairs(float* to, Register first, Register second) {
+    store(to, _mm_unpacklo_ps(first, second));
+    store(to + 4, _mm_unpackhi_ps(first, second));
+  }
+
+  static void gatherTriples(const float* from, const int* indices, Register& first,
+                            Register& second, Register& third) {
+    const auto at = [&](int lane) { return load(from + std::ptrdiff_t{3} * indices[lane]); };
+    const Register a = at(0), b = at(1), c = at(2), d = at(3);
+    const Register ab = _mm_unpacklo_ps(a, b), cd = _mm_unpacklo_ps(c, d);
+    first = _mm_shuffle_ps(ab, cd, 0x44);
+    second = _mm_shuffle_ps(ab, cd, 0xEE);
+    third = _mm_shuffle_ps(_mm_unpackhi_ps(a, b), _mm_unpackhi_ps(c, d), 0x44);
+  }
+  static void storeIndices(int* to, unsigned lanes, int first) {
+    storeIndicesInLoop<Sse2>(to, lanes, first);
+  }
+
+  static Mask less(Register x, Register y) { return _mm_cmplt_ps(x, y); }
+  static Mask lessOrEqual(Register x, Register y) { return _mm_cmple_ps(x, y); }
+  static Mask equal(Register x, Register y) { return _mm_cmpeq_ps(x, y); }
+  static Mask logicalAnd(Mask p, Mask q) { return _mm_and_ps(p, q); }
+  static Mask logicalOr(Mask p, Mask q) { return _mm_or_ps(p, q); }
+  static unsigned bits(Mask mask) { return static_cast<unsigned>(_mm_movemask_ps(mask)); }
+  static Register select(Mask mask, Register yes, Register no) {
+    return _mm_or_ps(_mm_and_ps(mask, yes), _mm_andnot_ps(mask, no));
+  }
+
+  static Register absolute(Register x) { return _mm_andnot_ps(_mm_set1_ps(-0.0f), x); }
+  static Register squareRoot(Register x) { return _mm_sqrt_ps(x); }
+
+  /// Through double precision, which holds every product of two floats. The sum is rounded there
+  /// first, which one time in hundreds of millions shows.
+  static Register secondQuotient(Register x, Register y) { return x / y; }
+  static Register multiplyAdd(Register x, Register y, Register z) {
+    const __m128d low = _mm_cvtps_pd(x) * _mm_cvtps_pd(y) + _mm_cvtps_pd(z);
+    const __m128d high = _mm_cvtps_pd(upper(x)) * _mm_cvtps_pd(upper(y)) + _mm_cvtps_pd(upper(z));
+    return _mm_movelh_ps(_mm_cvtpd_ps(low), _mm_cvtpd_ps(high));
+  }
+
+ private:
+  static Register upper(Register x) { return _mm_movehl_ps(x, x); }
+};
+
+}  // namespace pistonfield

@@ -1,0 +1,59 @@
+#include "core/DeviceBuffer.h"
+
+#include <array>
+#include <limits>
+
+#include "support/DeviceTest.h"
+
+using pistonfield::DeviceBuffer;
+
+namespace {
+
+class DeviceBufferTest : public support::EmulationTest {
+ protected:
+  std::array<float, 4> array{1, 2, 3, 4};
+  DeviceBuffer<float> buffer;
+};
+
+TEST_F(DeviceBufferTest, IsMemoryOfItsOwnThatIsCopiedAndFreed) {
+  EXPECT_EQ(buffer.allocate(array.data(), sizeof array), cudaSuccess);
+  EXPECT_NE(buffer.get(), array.data());
+  EXPECT_EQ(buffer.upload(), cudaSuccess);
+  array = {};
+  EXPECT_EQ(buffer.download(), cudaSuccess);
+  EXPECT_EQ(array, (std::array<float, 4>{1, 2, 3, 4}));
+  EXPECT_EQ(buffer.free(), cudaSuccess);
+  EXPECT_EQ(device.liveAllocations(), 0u);
+}
+
+TEST_F(DeviceBufferTest, IsFreedAtTheLatestWithItsOwner) {
+  {
+    DeviceBuffer<float> local;
+    EXPECT_EQ(local.allocate(array.data(), sizeof array), cudaSuccess);
+    EXPECT_EQ(device.liveAllocations(), 1u);
+  }
+  EXPECT_EQ(device.liveAllocations(), 0u);
+}
+
+TEST_F(DeviceBufferTest, IsTheArrayWhereTheDeviceWorksInTheHostsMemory) {
+  device.restore();
+  device.recordCalls();
+  EXPECT_EQ(buffer.allocate(array.data(), sizeof array), cudaSuccess);
+  EXPECT_EQ(buffer.get(), array.data());
+  EXPECT_EQ(buffer.upload(), cudaSuccess);
+  buffer.get()[2] = 7;
+  EXPECT_EQ(buffer.download(), cudaSuccess);
+  EXPECT_EQ(array, (std::array<float, 4>{1, 2, 7, 4}));
+  EXPECT_EQ(buffer.free(), cudaSuccess);
+  EXPECT_EQ(device.calls().size(), 0u);
+}
+
+TEST_F(DeviceBufferTest, OfANegativeSizeIsRefusedInEitherMemory) {
+  constexpr std::size_t bytes = std::numeric_limits<std::size_t>::max() - 7;
+  EXPECT_EQ(buffer.allocate(array.data(), bytes), cudaErrorMemoryAllocation);
+  device.restore();
+  EXPECT_EQ(buffer.allocate(array.data(), bytes), cudaErrorMemoryAllocation);
+  EXPECT_EQ(buffer.get(), nullptr);
+}
+
+}  // namespace

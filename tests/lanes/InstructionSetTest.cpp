@@ -1,0 +1,60 @@
+#include "lanes/InstructionSet.h"
+
+#include <gtest/gtest.h>
+
+using pistonfield::has;
+using pistonfield::InstructionSet;
+using pistonfield::instructionSet;
+using pistonfield::limitInstructionSet;
+
+namespace {
+
+class InstructionSetTest : public testing::Test {
+ protected:
+  ~InstructionSetTest() override { limitInstructionSet(before_); }
+
+  static InstructionSet limitedTo(InstructionSet newest) {
+    limitInstructionSet(newest);
+    return instructionSet();
+  }
+  static InstructionSet unlimited() { return limitedTo(InstructionSet::AVX512); }
+
+ private:
+  const InstructionSet before_ = limitInstructionSet(InstructionSet::AVX512);
+};
+
+constexpr InstructionSet sets[] = {InstructionSet::OLDEST, InstructionSet::AVX2,
+                                   InstructionSet::AVX512};
+
+TEST_F(InstructionSetTest, EveryMachineHasTheOldest) { EXPECT_TRUE(has(InstructionSet::OLDEST)); }
+
+TEST_F(InstructionSetTest, WithoutALimitItIsTheNewestOfTheMachine) {
+  const InstructionSet newest = unlimited();
+  EXPECT_TRUE(has(newest));
+  for (const InstructionSet set : sets)
+    if (set > newest) {
+      EXPECT_FALSE(has(set));
+    }
+}
+
+TEST_F(InstructionSetTest, ALimitHoldsUntilTheNext) {
+  const InstructionSet upToAvx2 =
+      has(InstructionSet::AVX2) ? InstructionSet::AVX2 : InstructionSet::OLDEST;
+  const InstructionSet newest = unlimited();
+  EXPECT_EQ(limitedTo(InstructionSet::OLDEST), InstructionSet::OLDEST);
+  EXPECT_EQ(instructionSet(), InstructionSet::OLDEST);
+  EXPECT_EQ(limitedTo(InstructionSet::AVX2), upToAvx2);
+  EXPECT_EQ(limitedTo(InstructionSet::AVX512), newest);
+}
+
+TEST_F(InstructionSetTest, ALimitReturnsTheOneBefore) {
+  EXPECT_EQ(limitInstructionSet(InstructionSet::AVX2), InstructionSet::AVX512);
+  EXPECT_EQ(limitInstructionSet(InstructionSet::OLDEST), InstructionSet::AVX2);
+  EXPECT_EQ(limitInstructionSet(InstructionSet::AVX512), InstructionSet::OLDEST);
+}
+
+TEST_F(InstructionSetTest, NeverNamesASetThatTheMachineLacks) {
+  for (const InstructionSet set : sets) EXPECT_TRUE(has(limitedTo(set)));
+}
+
+}  // namespace
