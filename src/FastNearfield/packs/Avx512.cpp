@@ -4,14 +4,16 @@
 
 namespace pistonfield {
 
-void packedAvx512(const float* positions, Complex* pressures, int count, float a, float b, float k,
-                  const SymmetricRule<float>& rule) {
-  evaluatePacks<Avx512>(positions, pressures, count, a, b, k, rule);
+void packedAvx512(const float* positions, Complex* pressures, int count, float halfWidth,
+                  float halfHeight, float k, const SymmetricRule<float>& rule) {
+  evaluatePacks<Avx512>(positions, pressures, count, halfWidth, halfHeight, k, rule);
 }
 
-void packedAvx512SlowDivision(const float* positions, Complex* pressures, int count, float a,
-                              float b, float k, const SymmetricRule<float>& rule) {
-  evaluatePacks<Avx512, Avx512SlowDivision>(positions, pressures, count, a, b, k, rule);
+void packedAvx512SlowDivision(const float* positions, Complex* pressures, int count,
+                              float halfWidth, float halfHeight, float k,
+                              const SymmetricRule<float>& rule) {
+  evaluatePacks<Avx512, Avx512SlowDivision>(positions, pressures, count, halfWidth, halfHeight, k,
+                                            rule);
 }
 
 }  // namespace pistonfield

@@ -11,12 +11,14 @@ namespace pistonfield {
 template <class V>
 class ModeratePoints {
  public:
-  ModeratePoints(float a, float b, float k, const SymmetricRule<float>& rule)
-      : a_(a), b_(b), reach_(reach(a, b, k, rule)) {}
+  ModeratePoints(float halfWidth, float halfHeight, float k, const SymmetricRule<float>& rule)
+      : halfWidth_(halfWidth),
+        halfHeight_(halfHeight),
+        reach_(reach(halfWidth, halfHeight, k, rule)) {}
 
   /// The points (±u, ±v, z).
   auto operator()(V u, V v, V z) const {
-    const V nearX = u - V(a_), nearY = v - V(b_), least(leastSquare);
+    const V nearX = u - V(halfWidth_), nearY = v - V(halfHeight_), least(leastSquare);
     const V length = multiplyAdd(V(2.0f), absolute(z), u + v);
     return (length <= V(reach_)) & (least <= nearX * nearX) & (least <= nearY * nearY);
   }
@@ -54,7 +56,7 @@ class ModeratePoints {
     return (reach < mostL ? reach : mostL) - (a + b);
   }
 
-  float a_, b_, reach_;
+  float halfWidth_, halfHeight_, reach_;
 };
 
 }  // namespace pistonfield

@@ -4,9 +4,9 @@
 
 namespace pistonfield {
 
-void packedNeon(const float* positions, Complex* pressures, int count, float a, float b, float k,
-                const SymmetricRule<float>& rule) {
-  evaluatePacks<Neon>(positions, pressures, count, a, b, k, rule);
+void packedNeon(const float* positions, Complex* pressures, int count, float halfWidth,
+                float halfHeight, float k, const SymmetricRule<float>& rule) {
+  evaluatePacks<Neon>(positions, pressures, count, halfWidth, halfHeight, k, rule);
 }
 
 }  // namespace pistonfield

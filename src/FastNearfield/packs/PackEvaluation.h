@@ -25,16 +25,16 @@ namespace pistonfield {
 template <class Set, class ModerateSet>
 class PackEvaluation {
  public:
-  PackEvaluation(const float* positions, Complex* pressures, int count, float a, float b, float k,
-                 const SymmetricRule<float>& rule)
+  PackEvaluation(const float* positions, Complex* pressures, int count, float halfWidth,
+                 float halfHeight, float k, const SymmetricRule<float>& rule)
       : positions_(positions),
         pressures_(pressures),
         count_(count),
-        a_(a),
-        b_(b),
+        halfWidth_(halfWidth),
+        halfHeight_(halfHeight),
         k_(k),
         wave_(k),
-        moderate_(a, b, k, rule),
+        moderate_(halfWidth, halfHeight, k, rule),
         rule_(rule) {
     // A register is filled with a number from memory at no cost, but not with a sum. After the last
     // pair of nodes comes the first one of other points.
@@ -184,8 +184,8 @@ class PackEvaluation {
       points = copy(indices);
     }
     const unsigned lanes = ~0u >> (32 - left);
-    const unsigned x = footSplits<float>(points.u, Points(a_)).bits();
-    const unsigned y = footSplits<float>(points.v, Points(b_)).bits();
+    const unsigned x = footSplits<float>(points.u, Points(halfWidth_)).bits();
+    const unsigned y = footSplits<float>(points.v, Points(halfHeight_)).bits();
     const unsigned known = lanes & moderate_(points.u, points.v, points.z).bits();
     ofCase_[0].append(first, known & ~x & ~y);
     ofCase_[splitInX].append(first, known & x & ~y);
@@ -230,7 +230,7 @@ class PackEvaluation {
     const int count = indices.whole(), pairs = rule_.N / 2;
     if (count == 0) return;
     Known packs[2], *present = &packs[0], *following = &packs[1];
-    present->set(gather(indices.of), a_, b_, wave_);
+    present->set(gather(indices.of), halfWidth_, halfHeight_, wave_);
     Started nodes = start(present->edges[0], present->f, fromEnds_[0]);
     for (int n = 0; n < count; n += Points::count) {
       fetchAhead();
@@ -238,7 +238,7 @@ class PackEvaluation {
       for (int i = 0; i < pairs; ++i) {
         // Half way: between steps that wait for roots it costs little.
         if (more && i == pairs / 2)
-          following->set(gather(indices.of + n + Points::count), a_, b_, wave_);
+          following->set(gather(indices.of + n + Points::count), halfWidth_, halfHeight_, wave_);
         for (int e = 0; e < Known::count; ++e) {
           const bool around = e + 1 == Known::count;
           // The last pack starts itself again, in vain.
@@ -258,8 +258,8 @@ class PackEvaluation {
   __attribute__((noinline)) void evaluateAny(const Indices& indices) {
     for (int n = 0; n < indices.whole(); n += Points::count) {
       const Mirrored points = gather(indices.of + n);
-      const ComplexPair<Points> p =
-          pointPressure<HalfAngleIntegrand>(points.u, points.v, points.z, a_, b_, k_, rule_);
+      const ComplexPair<Points> p = pointPressure<HalfAngleIntegrand>(
+          points.u, points.v, points.z, halfWidth_, halfHeight_, k_, rule_);
       scatter(p.re.value, p.im.value, indices.of + n);
     }
   }
@@ -273,7 +273,7 @@ class PackEvaluation {
   const float* const positions_;
   Complex* const pressures_;
   const int count_;
-  const float a_, b_, k_;
+  const float halfWidth_, halfHeight_, k_;
   const HalfPhase<V> wave_;
   const ModeratePoints<Points> moderate_;
   const SymmetricRule<float> rule_;
@@ -283,9 +283,10 @@ class PackEvaluation {
 };
 
 template <class Set, class ModerateSet = Set>
-void evaluatePacks(const float* positions, Complex* pressures, int count, float a, float b, float k,
-                   const SymmetricRule<float>& rule) {
-  PackEvaluation<Set, ModerateSet>(positions, pressures, count, a, b, k, rule).run();
+void evaluatePacks(const float* positions, Complex* pressures, int count, float halfWidth,
+                   float halfHeight, float k, const SymmetricRule<float>& rule) {
+  PackEvaluation<Set, ModerateSet>(positions, pressures, count, halfWidth, halfHeight, k, rule)
+      .run();
 }
 
 }  // namespace pistonfield

@@ -11,8 +11,8 @@ constexpr int mostPackedNodes = 512;
 /// Computes the pressures at many points in packs: `positions` holds x, y, z of each of the `count`
 /// points. A pressure depends on its own point only. It is that of `pointPressure` for one float,
 /// bit for bit if the instruction set has a fused multiply-add.
-using PackedPressure = void(const float* positions, Complex* pressures, int count, float a, float b,
-                            float k, const SymmetricRule<float>& rule);
+using PackedPressure = void(const float* positions, Complex* pressures, int count, float halfWidth,
+                            float halfHeight, float k, const SymmetricRule<float>& rule);
 
 /// The function for an instruction set, which this machine must have. AVX-512 has two, with the
 /// same results: one is for machines that divide slowly.

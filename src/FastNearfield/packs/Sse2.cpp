@@ -4,9 +4,9 @@
 
 namespace pistonfield {
 
-void packedSse2(const float* positions, Complex* pressures, int count, float a, float b, float k,
-                const SymmetricRule<float>& rule) {
-  evaluatePacks<Sse2>(positions, pressures, count, a, b, k, rule);
+void packedSse2(const float* positions, Complex* pressures, int count, float halfWidth,
+                float halfHeight, float k, const SymmetricRule<float>& rule) {
+  evaluatePacks<Sse2>(positions, pressures, count, halfWidth, halfHeight, k, rule);
 }
 
 }  // namespace pistonfield

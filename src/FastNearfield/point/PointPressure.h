@@ -150,17 +150,18 @@ PISTONFIELD_INLINE ComplexPair<V> edgeSum(const Integrand& f, const SymmetricRul
 /// z. 0 where single precision has lost the phase altogether: farther than some 4·10⁶ wavelengths
 /// to the side or behind.
 template <template <class> class IntegrandOf, class V, class Real>
-PISTONFIELD_HOST_DEVICE inline ComplexPair<V> pointPressure(V x, V y, V z, Real a, Real b, Real k,
+PISTONFIELD_HOST_DEVICE inline ComplexPair<V> pointPressure(V x, V y, V z, Real halfWidth,
+                                                            Real halfHeight, Real k,
                                                             const SymmetricRule<Real>& rule) {
   using Integrand = IntegrandOf<V>;
   const Integrand f(z, typename Integrand::Wave(k));
   const V u = Integrand::distance(x), v = Integrand::distance(y);
-  const V halfWidth(a), halfHeight(b);
-  const ComplexPair<V> sumY = edgeSum(f, rule, u, halfWidth, v, halfHeight);
-  const ComplexPair<V> sumX = edgeSum(f, rule, v, halfHeight, u, halfWidth);
+  const V a(halfWidth), b(halfHeight);
+  const ComplexPair<V> sumY = edgeSum(f, rule, u, a, v, b);
+  const ComplexPair<V> sumX = edgeSum(f, rule, v, b, u, a);
   // A negative side is as long as a positive one.
-  return f.zeroIfPhaseIsLost(f.complete(sumY + sumX), u + Integrand::distance(halfWidth),
-                             v + Integrand::distance(halfHeight));
+  return f.zeroIfPhaseIsLost(f.complete(sumY + sumX), u + Integrand::distance(a),
+                             v + Integrand::distance(b));
 }
 
 }  // namespace pistonfield
