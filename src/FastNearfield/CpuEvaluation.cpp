@@ -5,8 +5,9 @@
 #include "FastNearfield/nodes/SineCosine.h"
 #include "core/Progress.h"
 
-// The evaluation on the CPU. The order of its calls, operations and additions is fixed, and so are
-// the corners where the result is NaN.
+// The evaluation of RectangularPistonCuda2 with useGPU off. The gateway does not use it: without a
+// GPU its kernels run on the emulation device. The order of its calls, operations and additions is
+// fixed, and so are the corners where the result is NaN.
 
 namespace pistonfield {
 namespace {
@@ -63,7 +64,7 @@ std::complex<T> RectangularPistonCuda2::Integ<T>::operator()(const FirstIntegral
                                     {f.s2, f.k, f.z, f.expKz.real(), f.expKz.imag()});
   if (std::isfinite(fast.re) && std::isfinite(fast.im)) return {fast.re, fast.im};
 
-  // Complex operations with all their products, since zero times infinity is NaN.
+  // Keeps the products with zero imaginary parts: zero times infinity must give NaN.
   std::complex<T> sum;
   for (int i = 0; i < n; ++i) {
     const T t = mappedX[i] * mappedX[i] + f.s2;
@@ -111,7 +112,7 @@ std::complex<T> RectangularPistonCuda2::doFastNearfield_Private(
     S2 = times(x2, -I(G2, y1, y2));
   }
 
-  // Unlike the pair above, this pair integrates the whole interval and doubles the result.
+  // Unlike above, nearly equal ends double the integral over [x1, x2], not that over [0, x2].
   if (nearlyEqual(x1, x2)) {
     S3 = times(T(2) * y1, I(G3, x1, x2));
     S4 = times(T(2) * y2, -I(G4, x1, x2));

@@ -19,12 +19,12 @@ inline void evaluateList(const KernelPiston<float>& piston, const float* positio
                                    piston.halfHeight, piston.k, piston.rule);
 }
 
-/// Copies the points to lists for the packs, and the pressures from them.
+/// Copies the points to lists, evaluates the lists in packs, and copies the pressures back.
 template <class Points, class Results>
 void evaluateByLists(const KernelPiston<float>& piston, const Points& points,
                      const Results& results, unsigned n, unsigned last) {
-  // The lists fit the second-level cache. Shorter lists would fill more packs only partly; an
-  // allocator may return longer ones to the system after every range.
+  // The lists fit the second-level cache. Shorter lists would fill more packs only partly. For
+  // longer ones an allocator may fetch memory from the system anew for every range.
   const unsigned most = std::min(4096U, last - n);
   const std::unique_ptr<Point<float>[]> list(new Point<float>[most]);
   const std::unique_ptr<Complex[]> pressures(new Complex[most]);
@@ -51,11 +51,13 @@ void evaluate(const KernelPiston<T>& piston, const Points& points, const Results
     if (firstThread >= count) return;
     const auto n = static_cast<unsigned>(firstThread);
     const auto last = static_cast<unsigned>(std::min(lastThread, count));
-    if constexpr (std::is_same_v<T, double>)
+    if constexpr (std::is_same_v<T, double>)  // double precision
       evaluateOneByOne(piston, points, results, n, last);
     else if constexpr (std::is_same_v<Points, PointList<T>> && std::is_same_v<Results, Pairs<T>>)
+      // lists of floats, in place
       evaluateList(piston, points.cursor(n), results.values + n, last - n);
     else
+      // grids, lists of doubles, split results
       evaluateByLists(piston, points, results, n, last);
   });
 }

@@ -17,7 +17,7 @@ struct Node {
   double x, w;
 };
 
-/// A 32-bit product that wraps, as it does for orders that no caller uses.
+/// A 32-bit product that wraps on overflow, which happens only for orders that no caller uses.
 int wrappingProduct(int a, int b) {
   return static_cast<int>(static_cast<unsigned>(a) * static_cast<unsigned>(b));
 }
@@ -87,7 +87,7 @@ void legendre_compute(int order, double* x, double* w) {
 
 template <class T>
 void legendre_compute(int order, T* x, T* w) {
-  const auto size = static_cast<std::size_t>(order);  // of a negative one: more than can be had
+  const auto size = static_cast<std::size_t>(order);  // if negative, too much to allocate
   const std::unique_ptr<double[]> x64(new double[size]);
   const std::unique_ptr<double[]> w64(new double[size]);
   legendre_compute(order, x64.get(), w64.get());

@@ -100,7 +100,7 @@ void legendre_handle(int order, std::string output) { exportRule(order, output);
 
 bool exportRule(int order, const std::string& output) {
   double R[] = {-1.0, 1.0};
-  const auto size = static_cast<std::size_t>(order);  // of a negative one: more than can be had
+  const auto size = static_cast<std::size_t>(order);  // if negative, too much to allocate
   const std::unique_ptr<double[]> W(new double[size]);
   const std::unique_ptr<double[]> X(new double[size]);
   legendre_compute(order, X.get(), W.get());

@@ -6,8 +6,8 @@
 // Load a rule inside a CudaDeviceThread and before the first launch. It remains loaded until it is
 // replaced or the outermost CudaDeviceThread ends. Loading waits while another thread holds the
 // device. Progress lines go to standard output. Invalid arguments and failures of the CUDA runtime
-// call the error handler. RectangularPistonCuda.cu defines the tables of single precision,
-// RectangularPistonCuda.dp.cu those of double precision.
+// call the error handler. RectangularPistonCuda.cu has the tables of single precision and
+// setIntegratorWeightsSym, RectangularPistonCuda.dp.cu those of double precision.
 
 extern "C" {
 

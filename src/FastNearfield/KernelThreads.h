@@ -5,12 +5,12 @@
 #include "FastNearfield/point/PointPressure.h"
 #include "FastNearfield/point/SingleRootIntegrand.h"
 
-// The work of a kernel's threads,
+// A kernel calls
 //
 //     evaluate(piston, points, results),
 //
-// one point each: the point whose number is the thread's. Threads are counted in one unsigned
-// 32-bit number; the shape of the grid of blocks has no other meaning. Threads beyond the last
+// where thread n computes point n. The number of a thread is one unsigned 32-bit number, counted
+// across all blocks; the shape of the grid of blocks has no other meaning. Threads beyond the last
 // point do nothing.
 
 namespace pistonfield {

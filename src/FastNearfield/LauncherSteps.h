@@ -42,7 +42,7 @@ struct LauncherTraits<double> {
       "cudaMemcpy( d_transform, transform, 16*sizeof(double), cudaMemcpyHostToDevice )";
 };
 
-/// Half the piston's sides, as kernels take them, of a launcher's `a` along y and `b` along x.
+/// The half-width and half-height that kernels take, for the sides `a` along y and `b` along x.
 template <class T>
 struct HalfSides {
   HalfSides(T a, T b) : width(half(b)), height(half(a)) {}
@@ -66,7 +66,7 @@ class DeviceTransform {
   DeviceBuffer<T> values_;
 };
 
-/// The results of a kernel as pairs.
+/// The results of a kernel on the device, as complex pairs.
 template <class T>
 class PairResults {
  public:
@@ -75,7 +75,7 @@ class PairResults {
   }
   ComplexPair<T>* onDevice() const { return d_array_.get(); }
 
-  /// Copies them to `data` and frees the device's.
+  /// Copies the results to `data` and frees the device memory.
   void fetch() {
     callCheck(d_array_.download(),
               "cudaMemcpy( &data[0], d_array, datasize, cudaMemcpyDeviceToHost )", HERE);
@@ -140,8 +140,8 @@ void calculateByValues(GridByValues<T>* kernel, ComplexPair<T>* data, int sx, in
   results.fetch();
 }
 
-/// The last steps of loading a rule: the weights and the order, by writeSymbol(name, data, size).
-/// `abscissasAreLoaded` is how the step before ended.
+/// The last steps of loading a rule: writes the weights and the order with writeSymbol(name, data,
+/// size). `abscissasAreLoaded` is the result of the previous step.
 template <class T, class WriteSymbol>
 void loadWeightsAndOrder(const WriteSymbol& writeSymbol, const std::string& prefix, const T* w,
                          int N, bool abscissasAreLoaded) {

@@ -48,7 +48,7 @@ class PointList {
   const Stored* pos_;
 };
 
-/// A grid whose points `Place` gives by their indices.
+/// A grid. `Place` computes the position of a point from its indices.
 template <class T, class Place>
 class GridOf {
  public:

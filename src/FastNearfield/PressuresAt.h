@@ -11,7 +11,8 @@ namespace pistonfield {
 void pressuresAt(const double* points, int count, float a, float b, float k, double* re,
                  double* im);
 
-/// The same; requires a device that works in the host's memory.
+/// The same; requires a device that works in the host's memory. Defined in
+/// RectangularPistonCuda.cu, beside its kernel.
 void pressuresInHostMemory(const double* points, int count, float a, float b, float k, double* re,
                            double* im);
 

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int cpuOrder = 100;
 
-// The lines are those that users know from the messages.
+// Fixed line numbers: they are part of messages that users know.
 constexpr SourceLocation sizeCheck{"src/FastNearfield/RectangularPiston2", 56};
 constexpr SourceLocation noDoubleStorageOnGPU{"src/FastNearfield/RectangularPiston2", 64};
 

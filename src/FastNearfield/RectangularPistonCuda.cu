@@ -26,11 +26,11 @@ __constant__ int global_RectangularPiston_float_N;
 
 namespace {
 
-/// The same on the host: how long a point takes.
+/// The order of the rule, for the length of the first piece.
 int loadedOrder = 0;
 
 cudaError_t writeSymbol(const std::string& symbol, const void* data, std::size_t size) {
-  return cudaMemcpyToSymbol(
+  return writeToSymbol(
       {{"global_RectangularPiston_float_x", copyTo<global_RectangularPiston_float_x>},
        {"global_RectangularPiston_float_w", copyTo<global_RectangularPiston_float_w>},
        {"global_RectangularPiston_float_N", copyTo<global_RectangularPiston_float_N>}},
@@ -125,7 +125,7 @@ __global__ void calculate_grid_unstructured(Complex* d_array, int nbPos, float* 
 }
 
 #if defined(CUDART_VERSION)
-constexpr std::nullptr_t calculate_in_host_memory = nullptr;  // no GPU works in the host's memory
+constexpr std::nullptr_t calculate_in_host_memory = nullptr;  // is never launched
 #else
 /// A list of points in double precision, with real and imaginary parts in arrays of their own.
 __global__ void calculate_in_host_memory(double* re, double* im, int nbPos, const double* pos,
@@ -164,7 +164,7 @@ cudaError_t launchPointList(Complex* d_array, int nbPos, float* d_pos, HalfSides
                 d_pos, sides.width, sides.height, k);
 }
 
-/// All that is done with a list of points on the device; `launches` launch the kernel for it.
+/// The steps on the device for a list of points; `launches` launches the kernel.
 template <class Launches>
 void evaluatePointList(int nbPos, const Launches& launches) {
   stageCheck("pre RectangularPison_func_device", HERE);

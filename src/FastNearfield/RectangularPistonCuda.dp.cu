@@ -27,7 +27,7 @@ __constant__ int global_dpRectangularPiston_double_N;
 namespace {
 
 cudaError_t writeSymbol(const std::string& symbol, const void* data, std::size_t size) {
-  return cudaMemcpyToSymbol(
+  return writeToSymbol(
       {{"global_dpRectangularPiston_double_x", copyTo<global_dpRectangularPiston_double_x>},
        {"global_dpRectangularPiston_double_w", copyTo<global_dpRectangularPiston_double_w>},
        {"global_dpRectangularPiston_double_N", copyTo<global_dpRectangularPiston_double_N>}},
@@ -97,7 +97,7 @@ __global__ void calculate_grid(double* d_arrayr, double* d_arrayi, int sx, int s
 
 namespace {
 
-// By their types, since two of them share a name.
+// Selected by type, since calculate_grid is overloaded.
 constexpr GridFromCentre<double>* fromCentre = calculate;
 constexpr GridByValues<double>* byValues = calculate_grid;
 constexpr GridByTransform<double>* byTransform = calculate_grid;
@@ -107,13 +107,13 @@ constexpr SplitGridByTransform<double>* splitByTransform = calculate_grid;
 
 #else
 
-// A build without double precision has no such symbols, and no kernels: to launch one is the
-// runtime's "invalid device function".
+// A build without double precision has neither the symbols nor the kernels. Launching a kernel then
+// fails with the runtime's error "invalid device function".
 
 namespace {
 
 cudaError_t writeSymbol(const std::string& symbol, const void* data, std::size_t size) {
-  return cudaMemcpyToSymbol({}, symbol.c_str(), data, size);
+  return writeToSymbol({}, symbol.c_str(), data, size);
 }
 
 constexpr GridFromCentre<double>* fromCentre = nullptr;

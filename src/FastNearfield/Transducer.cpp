@@ -4,7 +4,7 @@
 
 namespace pistonfield {
 namespace {
-// The line is the one that users know from the message.
+// A fixed line number: it is part of a message that users know.
 constexpr SourceLocation typeCheck{"src/FastNearfield/Transducer", 14};
 }  // namespace
 

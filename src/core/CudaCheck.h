@@ -28,9 +28,8 @@ class ReportedErrorIsCleared {
 /// runtime's error string. Returns the pending error.
 cudaError_t stageCheck(const char* stage, SourceLocation location);
 
-/// Returns whether `code` is success. If it is not, fails with "Cuda error when calling " + `call`
-/// +
-/// ": " + error string. Users read `call`, so it is a string that no formatter changes.
+/// Returns whether `code` is success. If it is not, fails with "Cuda error when calling CALL:
+/// ERROR". Users read `call`, so it is a string that no formatter changes.
 bool callCheck(cudaError_t code, const char* call, SourceLocation location);
 
 }  // namespace pistonfield

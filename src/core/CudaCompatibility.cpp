@@ -7,9 +7,9 @@
 namespace pistonfield {
 namespace {
 
-// Where the answer cannot be had, a context counts as active: then nothing is destroyed.
+// If the query fails, the context counts as active, so that nothing is destroyed.
 #if !defined(CUDART_VERSION)
-// Nobody else can hold a context on the emulation device, which lives inside this module.
+// No other code can use the emulation device, which is part of this module.
 bool isContextActive(int /*device*/) { return false; }
 #else
 // The driver is reached through the runtime, so that the module still loads where there is none.
@@ -37,7 +37,7 @@ bool isContextActive(int device) {
 
 }  // namespace
 
-DeviceUse cudaThreadEnter(int device) {
+DeviceUse enterDevice(int device) {
   DeviceUse use;
   use.contextIsShared = isContextActive(device);
   int current = 0;
@@ -46,9 +46,9 @@ DeviceUse cudaThreadEnter(int device) {
   return use;
 }
 
-// A launcher's device memory is owned by objects, so nothing of this call's is left in a context
-// that stays. cudaSetDevice would start the context anew where the device is the current one still.
-cudaError_t cudaThreadExit(const DeviceUse& use) {
+// Objects own the device memory of launchers, so the call leaves nothing in a context that is kept.
+// If the device has not changed, cudaSetDevice is not called: it would start the context again.
+cudaError_t leaveDevice(const DeviceUse& use) {
   const cudaError_t error = use.contextIsShared ? cudaSuccess : cudaDeviceReset();
   if (use.previousDevice >= 0) cudaSetDevice(use.previousDevice);
   return error;
@@ -60,11 +60,11 @@ int clockRate(int device) {
   return kiloHertz;
 }
 
-cudaError_t cudaMemcpyToSymbol(std::initializer_list<DeviceSymbol> symbols, const char* name,
-                               const void* data, std::size_t size) {
+cudaError_t writeToSymbol(std::initializer_list<DeviceSymbol> symbols, const char* name,
+                          const void* data, std::size_t size) {
   for (const DeviceSymbol& symbol : symbols)
     if (std::strcmp(symbol.name, name) == 0) return symbol.write(data, size);
-  const void* unknown = nullptr;  // for which the runtime itself answers, and notes the error
+  const void* unknown = nullptr;  // the runtime returns the error and records it
   return ::cudaMemcpyToSymbol(unknown, data, size, 0, cudaMemcpyHostToDevice);
 }
 

@@ -28,7 +28,7 @@ class DeviceBuffer {
     bytes_ = bytes;
     isArray_ = usesHostMemory();
     if (!isArray_) return cudaMalloc(reinterpret_cast<void**>(&data_), bytes);
-    // Only a negative size becomes so large a number.
+    // Only a negative size, converted to std::size_t, is so large.
     if (bytes > std::numeric_limits<std::ptrdiff_t>::max()) return cudaErrorMemoryAllocation;
     data_ = array;
     return cudaSuccess;

@@ -3,7 +3,7 @@
 #include "core/CudaCheck.h"
 #include "core/CudaCompatibility.h"
 
-// The lines in the two locations are those that users know from the messages.
+// Fixed line numbers: they are part of messages that users know.
 namespace {
 constexpr pistonfield::SourceLocation beforeStart{"src/core/cuda_init", 14};
 constexpr pistonfield::SourceLocation afterStart{"src/core/cuda_init", 16};
@@ -12,7 +12,7 @@ constexpr pistonfield::SourceLocation afterStart{"src/core/cuda_init", 16};
 __global__ void cuda_init_kernel() {}
 
 int cuda_init() {
-  cudaGetLastError();  // what is left of an earlier call is none of this one's
+  cudaGetLastError();  // discards an error that an earlier call left pending
   const cudaError_t before = pistonfield::stageCheck("pre cuda_init()", beforeStart);
   pistonfield::launch(cuda_init_kernel, dim3(1), dim3(1));
   const cudaError_t after = pistonfield::stageCheck("post cuda_init()", afterStart);

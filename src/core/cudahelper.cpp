@@ -12,17 +12,17 @@
 namespace pistonfield {
 namespace {
 
-// The line is the one that users know from the message.
+// A fixed line number: it is part of a message that users know.
 constexpr SourceLocation releaseLocation{"src/core/cudahelper", 25};
 
 /// The scopes of the thread that has the device.
 int scopes = 0;
 
 DeviceUse enter() {
-  const int device = fastestDevice();
+  const int device = fastestDevice();  // also in a nested scope: it prints
   if (++scopes > 1) return {};
   forgetRules();  // what was loaded outside of a scope may be on another device
-  return cudaThreadEnter(device);
+  return enterDevice(device);
 }
 
 }  // namespace
@@ -33,7 +33,7 @@ int CudaInterface::sync() { return cuda_sync(); }
 
 void CudaInterface::release(const DeviceUse& use) {
   forgetRules();
-  callCheck(cudaThreadExit(use), "cudaThreadExit()", releaseLocation);
+  callCheck(leaveDevice(use), "cudaThreadExit()", releaseLocation);
 }
 
 void CudaInterface::dumpDevices() {
@@ -61,7 +61,7 @@ CudaDeviceThread::~CudaDeviceThread() noexcept(false) {
   if (--scopes > 0) return;
   if (std::uncaught_exceptions() > unwinding_) {
     forgetRules();
-    static_cast<void>(cudaThreadExit(use_));
+    static_cast<void>(leaveDevice(use_));
   } else {
     CudaInterface::release(use_);
   }

@@ -4,7 +4,7 @@
 
 namespace pistonfield {
 
-/// The state of a thread's devices before a call took one of them.
+/// The state before a call made a device current. The release of the device needs it.
 struct DeviceUse {
   bool contextIsShared = false;  ///< other code in the process uses the device's context
   int previousDevice = -1;       ///< the thread's current device, if that was another one
@@ -30,10 +30,10 @@ class CudaInterface {
   static void dumpDevices();
 };
 
-/// Holds the fastest device for the length of a scope.
+/// Holds the device for the length of a scope.
 ///
-/// Construct one before any other device work. The constructor selects the device with the highest
-/// cores × multiprocessors × clock rate, makes it current, starts the runtime and waits for it. The
+/// Construct one before any other device work. The constructor selects a device (FastestDevice.h;
+/// for GPUs of today device 0), makes it current, starts the runtime and waits for it. The
 /// destructor releases the device and the quadrature rule loaded on it, and restores the thread's
 /// previous device. Do all device work on the thread that constructed the object, and destroy it
 /// there.

@@ -12,7 +12,7 @@ template <class Body>
 cudaError_t perform(const Call& call, Body body) {
   const std::lock_guard lock(stateLock());
   State& state = theState();
-  // Found before the work, since there may be no memory for a new entry after it has failed.
+  // Looked up before the work: if that fails, there may be no memory left for a new entry.
   cudaError_t& pending = state.pendingErrors[std::this_thread::get_id()];
   const cudaError_t injected = state.begin(call);
   const cudaError_t error = injected == cudaSuccess ? body(state) : injected;

@@ -99,7 +99,7 @@ cudaError_t launch(dim3 grid, dim3 block, std::size_t sharedMemory,
                    const std::function<void()>& kernel);
 
 template <class... Parameters, std::size_t... I>
-void call(void (*kernel)(Parameters...), void** arguments, std::index_sequence<I...>) {
+void callKernel(void (*kernel)(Parameters...), void** arguments, std::index_sequence<I...>) {
   kernel(*static_cast<Parameters*>(arguments[I])...);
 }
 
@@ -126,7 +126,9 @@ cudaError_t cudaLaunchKernel(void (*kernel)(Parameters...), dim3 grid, dim3 bloc
                              std::size_t sharedMemory, cudaStream_t /*stream*/) {
   std::function<void()> run;
   if (kernel)
-    run = [=] { emulation::call(kernel, arguments, std::index_sequence_for<Parameters...>{}); };
+    run = [=] {
+      emulation::callKernel(kernel, arguments, std::index_sequence_for<Parameters...>{});
+    };
   return emulation::launch(grid, block, sharedMemory, run);
 }
 

@@ -4,14 +4,14 @@
 
 #include "lanes/HostDevice.h"
 
-// The functions that numerical code over a value type V uses besides + − · and comparisons. V is
-// float or double, one point as on a thread of a GPU, or a pack of points (lanes/Pack.h). Such code
-// has no branch that depends on a value: it uses `select`, and skips work only if no lane needs it,
-// which `any` returns. Conditions are joined by & and |.
+// The functions that numerical code over a value type V uses besides +, −, · and comparisons. V is
+// float or double (one point, as on a GPU thread) or a pack of points (lanes/Pack.h). Such code has
+// no branch that depends on a value: it uses `select`, and skips work only if `any` returns that no
+// lane needs it. Conditions are combined with & and |.
 //
 // Square roots and quotients of floats are correctly rounded on the CPU. On a GPU they are the
-// hardware's approximations, within about two units in the last place, which take numbers below
-// 1e-38 for zero.
+// hardware's approximations, accurate to about two units in the last place, and treat numbers below
+// 1e-38 as zero.
 
 namespace pistonfield {
 
@@ -43,8 +43,8 @@ PISTONFIELD_INLINE float quotient(float x, float y) {
 #endif
 }
 
-/// Where `secondQuotient` is right on every machine: for y from leastY to mostY and |x| from leastX
-/// to below 2, and for x = 0 except its sign.
+/// The range in which `secondQuotient` equals `quotient` on every machine: y from leastY to mostY,
+/// and |x| from leastX to below 2 or x = 0 (except for the sign of the zero).
 struct SecondQuotientRange {
   static constexpr float leastX = 0x1p-75f;
   static constexpr float leastY = 0x1p-40f, mostY = 0x1p42f;

@@ -20,8 +20,8 @@ struct Avx2 {
 
   static void loadTriples(const float* from, Register& first, Register& second, Register& third) {
     const Register a = load(from), b = load(from + 8), c = load(from + 16);
-    // No two of a coordinate's 8 values have the same lane, so three registers merge into one,
-    // where the values are three lanes apart.
+    // The 8 values of a coordinate are in different lanes of the three registers. They merge into
+    // one register, in which consecutive values are three lanes apart.
     const auto sort = [](Register merged, int start) {
       const __m256i lane = _mm256_setr_epi32(0, 3, 6, 1, 4, 7, 2, 5);
       return _mm256_permutevar8x32_ps(merged, _mm256_add_epi32(lane, _mm256_set1_epi32(start)));

@@ -20,8 +20,8 @@ struct Avx512 {
 
   static void loadTriples(const float* from, Register& first, Register& second, Register& third) {
     const Register a = load(from), b = load(from + 16), c = load(from + 32);
-    // No two of a coordinate's 16 values have the same lane, so three registers merge into one,
-    // where the values are three lanes apart.
+    // The 16 values of a coordinate are in different lanes of the three registers. They merge into
+    // one register, in which consecutive values are three lanes apart.
     const auto pick = [](Register p, Register q, Register r, int start) {
       const Register merged = _mm512_mask_blend_ps(0x2492, _mm512_mask_blend_ps(0x4924, p, q), r);
       const __m512i lane = _mm512_setr_epi32(0, 3, 6, 9, 12, 15, 2, 5, 8, 11, 14, 1, 4, 7, 10, 13);
@@ -85,16 +85,16 @@ struct Avx512SlowDivision : Avx512 {
   /// Correctly rounded, like a division, in the SecondQuotientRange: there the quotient is no
   /// subnormal, and its remainder is a float.
   ///
-  /// 1/y is an estimate, right to 2^-14, times the first terms of a geometric series; the remainder
-  /// of the quotient corrects it.
+  /// 1/y is an estimate, accurate to 2^-14, times the first terms of a geometric series. The
+  /// quotient is then corrected by its remainder.
   static Register secondQuotient(Register x, Register y) {
     using Range = SecondQuotientRange;
     static_assert(Range::leastX / Range::mostY >= 0x1p-126f &&
                   Range::leastX >= 0x1p-149f * 0x1p47f);
     const Register estimate = _mm512_rcp14_ps(y);
     const Register error = _mm512_fnmadd_ps(y, estimate, _mm512_set1_ps(1));
-    // Rounded up for one y, the largest below a power of two: its inverse lies so little above the
-    // middle between two floats that it would be rounded to the lower one.
+    // Rounded up because of one y, the largest float below a power of two: its reciprocal is so
+    // little above the midpoint of two floats that it would be rounded to the lower one.
     const Register series =
         _mm512_fmadd_round_ps(error, error, error, _MM_FROUND_TO_POS_INF | _MM_FROUND_NO_EXC);
     const Register inverse = multiplyAdd(estimate, series, estimate);

@@ -1,7 +1,7 @@
 #pragma once
 
-// A function that nvcc compiles for the GPU as well as for the CPU; and one that is always inlined,
-// because a call would pass packs through memory.
+// PISTONFIELD_HOST_DEVICE: nvcc compiles the function for the GPU and for the CPU.
+// PISTONFIELD_INLINE: also always inlines it, because a call would pass packs through memory.
 
 #if defined(__CUDACC__)
 #define PISTONFIELD_HOST_DEVICE __host__ __device__

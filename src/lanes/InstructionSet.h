@@ -11,8 +11,8 @@ bool has(InstructionSet set);
 /// The newest set that this machine has, up to the limit.
 InstructionSet instructionSet();
 
-/// Limits the sets that are used from now on, to compute what another machine computes: for tests
-/// and benchmarks. Returns the limit so far, which is AVX512 at the start.
+/// Limits the sets that are used from now on, so that tests and benchmarks can compute as another
+/// machine would. Returns the previous limit; the initial one is AVX512.
 InstructionSet limitInstructionSet(InstructionSet newest);
 
 /// Whether AVX-512 division is the bottleneck: true on Intel's processors, false on AMD's.

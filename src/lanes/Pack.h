@@ -1,10 +1,10 @@
 #pragma once
 
-// A pack: the same quantity of several points, one a lane, in a register. It has the arithmetic of
-// lanes/Arithmetic.h.
+// A pack holds one quantity of several points in a register, one point per lane. It supports the
+// arithmetic of lanes/Arithmetic.h.
 //
-// `Set` is an instruction set: a struct of a register type, a mask type and operations on them. It
-// is in a header of its own here. Beside arithmetic, load and store it has
+// `Set` is an instruction set: a struct with a register type, a mask type and operations on them.
+// Each set has its own header in this folder. Besides arithmetic, load and store it has
 //
 //     loadTriples    the first, second and third values of `width` consecutive triples
 //     gatherTriples  the same of the triples at given indices; it may read one value after each

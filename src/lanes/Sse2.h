@@ -55,9 +55,10 @@ struct Sse2 {
   static Register absolute(Register x) { return _mm_andnot_ps(_mm_set1_ps(-0.0f), x); }
   static Register squareRoot(Register x) { return _mm_sqrt_ps(x); }
 
-  /// Through double precision, which holds every product of two floats. The sum is rounded there
-  /// first, which one time in hundreds of millions shows.
   static Register secondQuotient(Register x, Register y) { return x / y; }
+
+  /// Computed in double precision, which represents every product of two floats exactly. The sum is
+  /// rounded twice, which changes the result once in hundreds of millions of cases.
   static Register multiplyAdd(Register x, Register y, Register z) {
     const __m128d low = _mm_cvtps_pd(x) * _mm_cvtps_pd(y) + _mm_cvtps_pd(z);
     const __m128d high = _mm_cvtps_pd(upper(x)) * _mm_cvtps_pd(upper(y)) + _mm_cvtps_pd(upper(z));

@@ -14,7 +14,7 @@ void storeIndicesInLoop(int* to, unsigned lanes, int first) {
   }
 }
 
-/// By a table: of[lanes] has the set lanes of eight in order, then zeros.
+/// A table: of[lanes] holds the numbers of the bits set in `lanes`, ascending, then zeros.
 template <class Set>
 struct SetLanes {
   alignas(32) int of[256][8];

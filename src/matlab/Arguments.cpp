@@ -88,7 +88,7 @@ unsigned countPoints(const mxArray* points) {
   return static_cast<unsigned>(count);
 }
 
-bool readUseGPU(int nrhs, const mxArray* const* prhs) {
+bool selectsDevice(int nrhs, const mxArray* const* prhs) {
   if (nrhs <= MODE) return true;
   if (!mxIsChar(prhs[MODE]))
     mexErrMsgTxt("Input 5 must be a character string and either be 'cuda' or 'cpu'");

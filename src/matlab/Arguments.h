@@ -2,8 +2,8 @@
 
 #include <mex.h>
 
-// Checks and conversions of the gateway's arguments. Each ends the call with an error message if
-// its argument is invalid.
+// Reads and checks the gateway's arguments, in double precision. Each function ends the call with
+// an error message if its argument is invalid. PressuresAt.h converts the points.
 
 namespace pistonfield {
 
@@ -30,8 +30,9 @@ double readScalar(const mxArray* const* prhs, Argument argument);
 /// Returns the number of points, at most 2³¹ − 1. `points` must have three rows.
 unsigned countPoints(const mxArray* points);
 
-/// Returns whether the mode selects the GPU, which is the default.
-bool readUseGPU(int nrhs, const mxArray* const* prhs);
+/// Returns whether the mode selects the device (a GPU or the emulation device), which is the
+/// default.
+bool selectsDevice(int nrhs, const mxArray* const* prhs);
 
 /// Returns whether `array` is a character array of any shape that holds exactly `text`.
 bool isText(const mxArray* array, const char* text);

@@ -26,7 +26,7 @@ namespace {
 
 constexpr const char* model = "RectangularPiston";
 
-// The module that the functions beside pistonfield call differs from it only in this.
+// The only difference between pistonfield and pistonfield_quiet, which the other functions call.
 #ifdef PISTONFIELD_QUIET
 constexpr bool showsProgress = false;
 #else
@@ -49,8 +49,8 @@ mxArray* createResult(unsigned count) {
   return mxCreateNumericArray(1, dims, mxDOUBLE_CLASS, mxCOMPLEX);
 }
 
-/// Reads the table's column-major data as pairs: entry i is (data[2i], data[2i + 1]). The last step
-/// rejects a table longer than the device's, of which at most 256 entries are read.
+/// Reads the table's column-major data as pairs: entry i is (data[2i], data[2i + 1]).
+/// setIntegratorWeightsSym rejects more than 512 rows; until then at most 256 pairs are read.
 void loadTable(const Quadrature& quadrature) {
   progress() << "3" << std::endl;
   constexpr std::size_t mostHeld = 256;
@@ -73,7 +73,7 @@ void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   ErrorHandler::setErrorHandler(new MatlabErrorHandler);
   setInterruptionCheck(endInterruptedCall);
   showProgress(showsProgress);
-  const CudaDeviceThread device;
+  const CudaDeviceThread device;  // until the call ends
 
   if (nlhs == 0 && nrhs == 1 && isText(prhs[POINTS], "info")) {
     printInfo();
@@ -95,8 +95,7 @@ void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   plhs[0] = createResult(count);
   if (count == 0) mexErrMsgTxt("The given grid must have at least one data point");
 
-  const bool useGPU = readUseGPU(nrhs, prhs);
-  if (!useGPU) mexErrMsgTxt("CPU version not implemented, yet.");
+  if (!selectsDevice(nrhs, prhs)) mexErrMsgTxt("CPU version not implemented, yet.");
 
   if (quadrature.isTable)
     loadTable(quadrature);

@@ -3,11 +3,11 @@
 #include "FastNearfield/nodes/NodeSum.h"
 #include "FastNearfield/nodes/SineCosine.h"
 
-// Evaluates the nodes of a rule side by side, in a plain loop that the compiler turns into one over
-// the registers of an instruction set.
+// Evaluates the nodes of a rule in a plain loop, which the compiler vectorizes for an instruction
+// set.
 //
-// Nothing here may be a function that other files share: theirs could become this file's, with
-// instructions that not every machine has.
+// This header must not define functions that other files share: the linker could give those files
+// the functions compiled here, with instructions that not every machine has.
 
 namespace pistonfield {
 
@@ -52,9 +52,9 @@ class NodeEvaluation {
       NodeEvaluation<Set, width / 2, T>::template terms<map>(nodes, count, f, re, im);
   }
 
-  /// Register by register. The last one ends with the last node, and repeats some of those before
-  /// if it would not be filled otherwise. Images are written to mappedX and mappedW if `map` says
-  /// so.
+  /// Computes the terms register by register. The last register ends with the last node; if it
+  /// would otherwise be partly empty, it repeats earlier nodes. If `map` is set, writes the images
+  /// to mappedX and mappedW.
   template <bool map>
   static void termsInRegisters(const T* __restrict x, const T* __restrict w, T* __restrict mappedX,
                                T* __restrict mappedW, T half, T mid, int count, NodeIntegrand<T> f,
@@ -63,7 +63,7 @@ class NodeEvaluation {
     const int last = count - width;
     for (int next = 0; next < count; next += width) {
       const int first = next < last ? next : last;
-      // Unrolled early, it is no loop any more that the compiler could vectorize.
+      // The compiler could not vectorize the loop after unrolling it.
 #pragma GCC unroll 1
       for (int lane = 0; lane < width; ++lane) {
         const int i = first + lane;

@@ -4,8 +4,8 @@
 
 namespace pistonfield {
 
-/// The nodes of a rule and their images on an interval, in arrays that do not overlap. With `map`
-/// the images are still to be written: half·x + mid of a node, half·w of a weight.
+/// The nodes of a rule and their images on an interval, in arrays that do not overlap. If
+/// `map` is set, the images must be computed first: half·x + mid for a node, half·w for a weight.
 template <class T>
 struct NodeImages {
   const T* x;
@@ -27,17 +27,17 @@ struct NodeSum {
   T re, im;
 };
 
-/// The sum of weights times the integrand, one node after the other; the same bits whatever the
-/// instruction set. It holds if both parts are finite, and otherwise says only that a term is not
-/// finite or that a phase exceeds 2²⁸.
+/// Returns the sum of weights times the integrand, added in the order of the nodes. All instruction
+/// sets give the same bits. The sum is valid if both parts are finite; otherwise a term is not
+/// finite or a phase exceeds 2²⁸.
 template <class T>
 using SumNodes = NodeSum<T>(const NodeImages<T>& nodes, int count, const NodeIntegrand<T>& f);
 
-/// The one for an instruction set, which this machine must have.
+/// Returns the function for an instruction set. This machine must have the set.
 template <class T>
 SumNodes<T>* sumNodes(InstructionSet set);
 
-/// A pair for each set, in a file of its own that is compiled for it.
+/// The functions for each set are defined in a separate file, which is compiled for that set.
 SumNodes<float> nodesSse2, nodesAvx2, nodesAvx512, nodesNeon;
 SumNodes<double> nodesSse2, nodesAvx2, nodesAvx512, nodesNeon;
 

@@ -29,13 +29,13 @@ class ModeratePoints {
   static constexpr float mostKL = 0x1p21f;
   static constexpr float mostLOverSide = 0x1p22f;
   static constexpr float leastK = 0x1p-10f;
-  /// Of the distance from a plane through an edge.
+  /// The least square of the distance from a plane through an edge.
   static constexpr float leastSquare = 0x1p-40f;
 
-  // What follows. Factors of 2 are room for roundings.
+  // Bounds that follow from these. Factors of 2 allow for rounding.
   static constexpr float mostD = 2 * mostL * mostL;
   static constexpr float leastPath = leastSquare / (2 * mostL);
-  /// sin(kR/2 − kz/2) below half a turn, at least k·path/π.
+  /// Below half a turn, sin(kR/2 − kz/2) is at least k·path/π.
   static constexpr float leastSine = leastK * leastPath / 4;
 
   using Range = SecondQuotientRange;
@@ -44,7 +44,7 @@ class ModeratePoints {
   static_assert(mostKL / 6 <= HalfPhase<float>::mostHalfTurns / 2, "no phase is lost");
   static_assert(mostLOverSide <= 0x1p22f, "v − b and v + b are different floats");
 
-  /// How far |x| + |y| + 2·|z| may go: at most 0 for a piston or a rule of no moderate numbers.
+  /// The largest |x| + |y| + 2·|z| of a moderate point; negative if there is no moderate point.
   static float reach(float a, float b, float k, const SymmetricRule<float>& rule) {
     if (rule.N < 2) return -1;
     for (int i = 0; i < rule.N / 2; ++i)

@@ -10,8 +10,8 @@
 
 // Evaluates points in packs.
 //
-// For a pair of edges a point takes one integral beyond their ends and two between them, and a pack
-// takes two as soon as one of its lanes does. So points are first sorted by their case, and then
+// For a pair of edges, a point whose foot lies beyond their ends takes one integral, otherwise two.
+// A pack takes two if any of its lanes does. So points are first sorted by their case, and then
 // evaluated case by case, pack after pack. The schedule of a case is one loop of steps. A step adds
 // the values of four nodes, of which the roots and quotients were started in the step before, and
 // starts those of the next step: a processor does both at once.
@@ -36,8 +36,8 @@ class PackEvaluation {
         wave_(k),
         moderate_(halfWidth, halfHeight, k, rule),
         rule_(rule) {
-    // A register is filled with a number from memory at no cost, but not with a sum. After the last
-    // pair of nodes comes the first one of other points.
+    // 1 + x is computed here, since filling a register from memory costs nothing. The entry after
+    // the last pair repeats the first, for the pack that follows.
     for (int i = 0; i < rule.N / 2; ++i) fromEnds_[i] = 1 + rule.x[i];
     if (rule.N > 1) fromEnds_[rule.N / 2] = fromEnds_[0];
   }
@@ -49,11 +49,11 @@ class PackEvaluation {
       if (last == count_)
         for (Indices& indices : ofCase_) indices.fillPack();
       ahead_ = last;
-      evaluateKnown<false, false>(ofCase_[0]);
-      evaluateKnown<true, false>(ofCase_[splitInX]);
-      evaluateKnown<false, true>(ofCase_[splitInY]);
-      evaluateKnown<true, true>(ofCase_[splitInX | splitInY]);
-      evaluateAny(ofCase_[notModerate]);
+      evaluateModerate<false, false>(ofCase_[0]);
+      evaluateModerate<true, false>(ofCase_[splitInX]);
+      evaluateModerate<false, true>(ofCase_[splitInY]);
+      evaluateModerate<true, true>(ofCase_[splitInX | splitInY]);
+      evaluateOthers(ofCase_[notModerate]);
       for (Indices& indices : ofCase_) indices.dropWhole();
     }
   }
@@ -64,8 +64,8 @@ class PackEvaluation {
   using Integrand = HalfAngleIntegrand<V>;
   using Edges = EdgePair<V>;
 
-  /// So many points are sorted and then evaluated, while they are in the cache. Their indices take
-  /// 21 kB of the stack; a thread may have as little as 64 kB.
+  /// The number of points that are sorted and then evaluated while they are in the cache. Their
+  /// indices take 21 kB of the stack; a thread may have as little as 64 kB.
   static constexpr int block = 1024;
 
   /// The cases: moderate points by the directions in which they are split, and all others.
@@ -78,7 +78,7 @@ class PackEvaluation {
 
   /// Indices of points in the list.
   struct Indices {
-    /// Of the points first + n, for each n whose bit is set in `lanes`.
+    /// Appends first + n for each n whose bit is set in `lanes`.
     void append(int first, unsigned lanes) {
       Set::storeIndices(of + count, lanes, first);
       count += __builtin_popcount(lanes);
@@ -102,14 +102,14 @@ class PackEvaluation {
       count -= first;
     }
 
-    // Less than a pack is left of the block before, and a whole register is written.
+    // The previous block leaves less than a pack, and `append` writes a whole register.
     int of[block + 2 * Points::count];
     int count = 0;
   };
 
   /// A pack of moderate points of one case: their integrals, in the order of the schedule.
   template <bool splitX, bool splitY>
-  struct KnownPoints {
+  struct ModeratePack {
     void set(const Mirrored& points, float halfWidth, float halfHeight, HalfPhase<V> wave) {
       f = Integrand(V::of(points.z.value), wave);
       const V u = V::of(points.u.value), v = V::of(points.v.value);
@@ -150,7 +150,7 @@ class PackEvaluation {
   }
   /// The points of a pack of indices, which ascend.
   Mirrored gather(const int* indices) const {
-    // A number more than a point has may be read, and after the last point there is none.
+    // gatherTriples may read one float past a point, which does not exist after the last point.
     if (indices[Points::count - 1] == count_ - 1) return copy(indices);
     Points x, y, z;
     Set::gatherTriples(positions_, indices, x.value, y.value, z.value);
@@ -172,7 +172,7 @@ class PackEvaluation {
     ahead_ += Points::count;
   }
 
-  /// The pack of points at `first` and after, or as many as there are.
+  /// Sorts one pack of points from `first` on, or those that are left.
   void sort(int first) {
     const int left = count_ - first < Points::count ? count_ - first : Points::count;
     Mirrored points;
@@ -222,14 +222,14 @@ class PackEvaluation {
     return started;
   }
 
-  /// The schedule of a pack: for one pair of nodes after the other, all pairs of edges. Each step
-  /// starts the next one's nodes, and the last step those of the next pack.
+  /// Evaluates the packs of one case: for each pair of nodes, all pairs of edges. Each step starts
+  /// the nodes of the next step, and the last step of a pack those of the next pack.
   template <bool splitX, bool splitY>
-  __attribute__((noinline)) void evaluateKnown(const Indices& indices) {
-    using Known = KnownPoints<splitX, splitY>;
+  __attribute__((noinline)) void evaluateModerate(const Indices& indices) {
+    using Case = ModeratePack<splitX, splitY>;
     const int count = indices.whole(), pairs = rule_.N / 2;
     if (count == 0) return;
-    Known packs[2], *present = &packs[0], *following = &packs[1];
+    Case packs[2], *present = &packs[0], *following = &packs[1];
     present->set(gather(indices.of), halfWidth_, halfHeight_, wave_);
     Started nodes = start(present->edges[0], present->f, fromEnds_[0]);
     for (int n = 0; n < count; n += Points::count) {
@@ -239,10 +239,10 @@ class PackEvaluation {
         // Half way: between steps that wait for roots it costs little.
         if (more && i == pairs / 2)
           following->set(gather(indices.of + n + Points::count), halfWidth_, halfHeight_, wave_);
-        for (int e = 0; e < Known::count; ++e) {
-          const bool around = e + 1 == Known::count;
-          // The last pack starts itself again, in vain.
-          const Known& next = around && i + 1 == pairs && more ? *following : *present;
+        for (int e = 0; e < Case::count; ++e) {
+          const bool around = e + 1 == Case::count;
+          // After the last pack this starts the same pack again, which does no harm.
+          const Case& next = around && i + 1 == pairs && more ? *following : *present;
           nodes = step(present->edges[e], present->f, rule_.w[i], nodes,
                        next.edges[around ? 0 : e + 1], next.f, fromEnds_[i + around]);
         }
@@ -255,7 +255,7 @@ class PackEvaluation {
     }
   }
 
-  __attribute__((noinline)) void evaluateAny(const Indices& indices) {
+  __attribute__((noinline)) void evaluateOthers(const Indices& indices) {
     for (int n = 0; n < indices.whole(); n += Points::count) {
       const Mirrored points = gather(indices.of + n);
       const ComplexPair<Points> p = pointPressure<HalfAngleIntegrand>(

@@ -5,7 +5,7 @@
 
 namespace pistonfield {
 
-/// The most nodes that a rule may have: as many as constant memory holds.
+/// The most nodes that a rule may have, as in the device's tables.
 constexpr int mostPackedNodes = 512;
 
 /// Computes the pressures at many points in packs: `positions` holds x, y, z of each of the `count`
@@ -18,7 +18,7 @@ using PackedPressure = void(const float* positions, Complex* pressures, int coun
 /// same results: one is for machines that divide slowly.
 PackedPressure* packedPressure(InstructionSet set, bool slowDivision = dividesSlowly());
 
-/// One for each set, in a file of its own that is compiled for it.
+/// The functions, each in a file that is compiled for its instruction set.
 PackedPressure packedSse2, packedAvx2, packedAvx512, packedAvx512SlowDivision, packedNeon;
 
 }  // namespace pistonfield

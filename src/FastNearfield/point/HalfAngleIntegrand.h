@@ -9,16 +9,20 @@ namespace pistonfield {
 ///
 ///     exp(−ikR) − E0 = −2·E0·sin(δ/2)·(sin(δ/2) + i·cos(δ/2)),   δ = k(R − z),  E0 = exp(−ikz).
 ///
-/// For z ≥ 0, R − z = D/(R + z) loses no digits, where the difference of the exponentials would
-/// lose most of them near the axis and far away. All values share the factor −2·E0.
+/// For z ≥ 0, R − z = D/(R + z) loses no digits. The difference of the exponentials would lose most
+/// of them near the axis and far away. All values share the factor −2·E0.
 template <class V>
 class HalfAngleIntegrand {
  public:
   using Wave = HalfPhase<V>;
 
   HalfAngleIntegrand() = default;
-  PISTONFIELD_INLINE HalfAngleIntegrand(V z, Wave half)
-      : z_(z), zz_(z * z), absZ_(absolute(z)), half_(half), shared_(shared(half.ofAny(z))) {}
+  PISTONFIELD_INLINE HalfAngleIntegrand(V z, Wave halfPhase)
+      : z_(z),
+        zz_(z * z),
+        absZ_(absolute(z)),
+        halfPhase_(halfPhase),
+        shared_(shared(halfPhase.ofAny(z))) {}
 
   PISTONFIELD_INLINE static V distance(V x) { return absolute(x); }
 
@@ -29,7 +33,7 @@ class HalfAngleIntegrand {
   }
 
   PISTONFIELD_INLINE ScaledPair<V> value(V D, V path) const {
-    const auto [sine, cosine] = half_(path);
+    const auto [sine, cosine] = halfPhase_(path);
     return {secondQuotient(sine, D), {sine, cosine}};
   }
 
@@ -38,10 +42,10 @@ class HalfAngleIntegrand {
             multiplyAdd(shared_.re, sum.im, shared_.im * sum.re)};
   }
 
-  /// A point whose R − z can have more turns than floats count has no phase.
+  /// Returns p, or 0 if R − z at the farthest corner has so many turns that the phase is lost.
   PISTONFIELD_INLINE ComplexPair<V> zeroIfPhaseIsLost(ComplexPair<V> p, V across, V along) const {
-    if (!any(half_.mayBeLost(across + along + V(2.0f) * absZ_))) return p;
-    const auto lost = half_.lost(path(across * across + along * along));
+    if (!any(halfPhase_.mayBeLost(across + along + V(2.0f) * absZ_))) return p;
+    const auto lost = halfPhase_.lost(path(across * across + along * along));
     return {select(lost, V(0.0f), p.re), select(lost, V(0.0f), p.im)};
   }
 
@@ -55,7 +59,7 @@ class HalfAngleIntegrand {
   }
 
   V z_, zz_, absZ_;
-  Wave half_;
+  Wave halfPhase_;
   ComplexPair<V> shared_;
 };
 

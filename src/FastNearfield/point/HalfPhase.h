@@ -4,16 +4,16 @@
 
 namespace pistonfield {
 
-/// The sine and cosine of half the phase k·path, up to a common sign, which cancels in their
-/// products with each other. Only those are used.
+/// The sine and cosine of half the phase k·path, up to a common sign. Only their products are used,
+/// in which the sign cancels.
 ///
 /// The half phase is counted in half turns, so that whole ones drop out without a rounding: the
 /// fraction comes from the exact product. k/2π is a sum of two floats, since one float would be off
 /// by up to k·path·2^-25 everywhere.
 ///
-/// The products of the two are right to 6.5·2^-24 up to 10^5 half turns. From there on the second
-/// number moves the fraction past a half, where the polynomials are less exact: the error grows, to
-/// some 10^-3 at four million half turns, which is still less than the rounding of the path costs.
+/// Up to 10^5 half turns, the error of these products is at most 6.5·2^-24. Beyond, the second
+/// float moves the fraction past 1/2, where the polynomials are less accurate. The error grows to
+/// some 10^-3 at four million half turns, still less than the error from rounding the path.
 template <class V>
 class HalfPhase {
  public:
@@ -26,7 +26,7 @@ class HalfPhase {
   PISTONFIELD_INLINE float high() const { return high_; }
   PISTONFIELD_INLINE float low() const { return low_; }
 
-  /// A path of more has hardly a fraction of a half turn left.
+  /// With more half turns, a float can hardly represent a fraction of one.
   static constexpr float mostHalfTurns = 4194304;  // 2^22
 
   struct SineCosine {
@@ -36,7 +36,7 @@ class HalfPhase {
   /// For paths that are not `lost`.
   PISTONFIELD_INLINE SineCosine operator()(V path) const { return ofHalfTurns(fraction(path)); }
 
-  /// For any path; of a lost one some phase, and NaN of an infinite one.
+  /// For any path. A lost path gives an arbitrary phase, an infinite one NaN.
   PISTONFIELD_INLINE SineCosine ofAny(V path) const {
     const auto kept = absolute(V(high_) * path) <= V(mostHalfTurns);
     return ofHalfTurns(select(kept, fraction(path), path * V(0.0f)));
@@ -47,8 +47,8 @@ class HalfPhase {
     return absolute(V(high_) * length) > V(mostHalfTurns / 2);
   }
 
-  /// Whether so many half turns go into a finite path that floats have hardly a fraction of one
-  /// left.
+  /// Whether a finite path has so many half turns that a float can hardly represent a fraction of
+  /// one.
   PISTONFIELD_INLINE auto lost(V path) const {
     const V halfTurns = absolute(V(high_) * path);
     return (halfTurns > V(mostHalfTurns)) & (halfTurns <= V(3.4028235e38f));
@@ -58,7 +58,7 @@ class HalfPhase {
   /// Half turns less whole ones.
   PISTONFIELD_INLINE V fraction(V path) const {
     const V high(high_);
-    // A sum near 2^23 leaves no room for a fraction.
+    // The sum is from 2^23 to 2^24, where all floats are integers.
     const V roundsOff(3 * mostHalfTurns);
     const V whole = multiplyAdd(high, path, roundsOff) - roundsOff;
     return multiplyAdd(V(low_), path, multiplyAdd(high, path, -whole));

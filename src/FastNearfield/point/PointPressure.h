@@ -14,16 +14,16 @@
 //
 // V is the type of a value (lanes/Arithmetic.h): float or double, or a pack, one point a lane.
 //
-// An integrand (HalfAngleIntegrand.h, SingleRootIntegrand.h) is made of z and of k as its `Wave`.
-// Its value is taken in two steps, so that packs can start the next one's meanwhile:
+// An integrand (HalfAngleIntegrand.h, SingleRootIntegrand.h) is constructed from z and its `Wave`
+// from k. Its value is computed in two steps, so that packs can start the next value meanwhile:
 //
 //     path(D)        the part that takes long: a square root and a quotient
 //     value(D, path) the value, up to a factor that all values of the point share
 //     complete(S)    the sum S times that factor and −i/(2π)
 //     distance(x)    |x| in the precision that is kept
 //     zeroIfPhaseIsLost(p, across, along)
-//                    p, or 0 for a point so far from the piston's farthest corner, across and along
-//                    in x and y, that its phase is lost
+//                    p, or 0 if single precision has lost the phase at the point; `across` and
+//                    `along` are the distances in x and y to the piston's farthest corner
 
 namespace pistonfield {
 
@@ -57,10 +57,10 @@ class EdgePair {
     V plus1, minus1, plus2, minus2;
   };
 
-  /// For the pair ±x of a rule's nodes, where fromEnd = 1 + x.
+  /// Returns D at the nodes ±x of the rule on both edges, where fromEnd = 1 + x.
   PISTONFIELD_INLINE Squares squares(V fromEnd) const {
-    // Next to the foot of the perpendicular, which is one of the ends, nodes counted from the
-    // middle would lose most of their digits.
+    // Measured from the middle of the interval, nodes next to an end at the foot of the
+    // perpendicular would lose most of their digits.
     const V plus = multiplyAdd(fromEnd, h_, lo_);
     const V minus = multiplyAdd(fromEnd, -h_, hi_);
     return {multiplyAdd(plus, plus, dd1_), multiplyAdd(minus, minus, dd1_),
@@ -83,7 +83,7 @@ class EdgePair {
   /// d1·F(d1) − d2·F(d2). 0 for an empty interval: also above a corner, where the integrand is 0/0.
   PISTONFIELD_INLINE ComplexPair<V> difference() const { return difference(h_); }
 
-  /// The same, twice where `once` is false.
+  /// The same, doubled where `once` is false.
   template <class Mask>
   PISTONFIELD_INLINE ComplexPair<V> difference(Mask once) const {
     return difference(select(once, h_, h_ + h_));
@@ -98,7 +98,7 @@ class EdgePair {
   }
 
   V d1_, d2_, dd1_, dd2_, lo_, hi_, h_;
-  ComplexPair<V> F1_, F2_;  // over h
+  ComplexPair<V> F1_, F2_;  // without the factor h_
 };
 
 template <class V, class Integrand, class Real>
@@ -123,9 +123,9 @@ PISTONFIELD_INLINE auto footSplits(V offset, V half) {
 }
 
 /// The sum of two parallel edges at the distances across ± halfAcross, of length 2·halfAlong and
-/// with the foot of the perpendicular `along` from their middle. There are three cases: a foot
-/// beyond their ends makes one interval; between them two, split at the foot, where the integrand
-/// is sharpest; in the middle two equal ones, so one counts twice.
+/// with the foot of the perpendicular `along` from their middle. If the foot
+/// lies beyond their ends, there is one interval. If it lies between them, the edges are split
+/// there, where the integrand is steepest. In the middle both parts are equal: one is doubled.
 template <class V, class Integrand, class Real>
 PISTONFIELD_INLINE ComplexPair<V> edgeSum(const Integrand& f, const SymmetricRule<Real>& rule,
                                           V across, V halfAcross, V along, V halfAlong) {
@@ -147,8 +147,8 @@ PISTONFIELD_INLINE ComplexPair<V> edgeSum(const Integrand& f, const SymmetricRul
 
 /// The complex pressure at (x, y, z) of the piston in the plane z = 0, with the time factor
 /// exp(+iωt). z keeps its sign: the field is that of the formula, which has no mirror symmetry in
-/// z. 0 where single precision has lost the phase altogether: farther than some 4·10⁶ wavelengths
-/// to the side or behind.
+/// z. Returns 0 where single precision has lost the phase: farther than some 4·10⁶ wavelengths to
+/// the side or behind.
 template <template <class> class IntegrandOf, class V, class Real>
 PISTONFIELD_HOST_DEVICE inline ComplexPair<V> pointPressure(V x, V y, V z, Real halfWidth,
                                                             Real halfHeight, Real k,

@@ -66,8 +66,9 @@ function orders = ordersfor (points, l, s, k, tolerance)
 
 end
 
-% Estimates the order for the nearer of two edges, at the distance beside. The integral is at most the
-% angle that the edge subtends at the foot of the point, and smaller next to the edge.
+% Estimates the order for the nearer of two parallel edges. beside is the signed distance of its line from
+% the projection of the point. The integral is at most the angle that the edge subtends at the projection,
+% and smaller next to the edge.
 
 function orders = foredge (along, side, beside, z, k, tolerance)
 
@@ -84,9 +85,9 @@ function orders = foredge (along, side, beside, z, k, tolerance)
 
 end
 
-% Adds a quarter of the phase difference between the ends and the order that a singularity at that squared
-% distance from the line requires. The latter follows from the ellipse through the singularity with its
-% foci at the ends.
+% Returns the sum of two estimates: a quarter of the phase difference between the ends, and the order that a
+% singularity requires whose squared distance from the line is squared. The latter follows from the ellipse
+% through the singularity with its foci at the ends.
 
 function orders = forinterval (first, last, squared, k, ratio)
 
