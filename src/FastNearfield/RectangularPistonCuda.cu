@@ -15,7 +15,7 @@
 using namespace pistonfield;  // NOLINT(google-build-using-namespace): for the plain names below
 
 namespace {
-constexpr const char* sourceFile = LauncherTraits<float>::sourceFile;
+constexpr const char* sourceFile = "src/FastNearfield/RectangularPistonCuda";
 }
 
 // The rule, in constant memory.
@@ -57,7 +57,7 @@ void setIntegratorWeightsSym(const char* name, const float* x, const float* w, i
   const bool loaded = callCheck(writeSymbol(prefix + "x", x, datasize),
                                 "cudaMemcpyToSymbol( buf, data_x, datasize )", HERE);
   loadedOrder = N;
-  loadWeightsAndOrder(writeSymbol, prefix, w, N, loaded);
+  loadWeightsAndOrder(HERE, writeSymbol, prefix, w, N, loaded);
 }
 
 // The kernels.
@@ -124,16 +124,20 @@ __global__ void calculate_grid_unstructured(Complex* d_array, int nbPos, float* 
   evaluate(pistonOf(halfWidth, halfHeight, k), PointList<float>(nbPos, pos), Pairs<float>{d_array});
 }
 
+namespace {
+
 #if defined(CUDART_VERSION)
 constexpr std::nullptr_t calculate_in_host_memory = nullptr;  // is never launched
 #else
-/// A list of points in double precision, with real and imaginary parts in arrays of their own.
+/// A list of points in double precision, with real and imaginary parts in separate arrays.
 __global__ void calculate_in_host_memory(double* re, double* im, int nbPos, const double* pos,
                                          float halfWidth, float halfHeight, float k) {
   evaluate(pistonOf(halfWidth, halfHeight, k), PointList<float, double>(nbPos, pos),
            Parts<float, double>{re, im});
 }
 #endif
+
+}  // namespace
 
 __global__ void calculate_grid_structured(Complex* d_array, int sx, int sy, int sz, float* posx,
                                           float* posy, float* posz, float halfWidth,
@@ -235,7 +239,7 @@ void pistonfield::pressuresInHostMemory(const double* points, int count, float a
 void RectangularPiston_func(Complex* data, int sx, int sy, int sz, float* transform, float a,
                             float b, float k) {
   stageCheck("pre RectangularPiston_func", HERE);
-  PairResults<float> results(data, gridBytes(sx, sy, sz, sizeof *data));
+  PairResults<float> results(data, gridBytes(sx, sy, sz, sizeof *data), HERE);
   printTransform(" transform: ", transform);
   RectangularPiston_func_device(results.onDevice(), sx, sy, sz, transform, a, b, k);
   results.fetch();
@@ -246,7 +250,7 @@ void RectangularPiston_func_device(Complex* d_array, int sx, int sy, int sz, flo
   stageCheck("pre RectangularPison_func_device", HERE);
   printTransform(" _device transform: ", transform);
   const HalfSides<float> sides(a, b);
-  DeviceTransform<float> d_transform(transform);
+  DeviceTransform<float> d_transform(transform, HERE);
   launchTimed(HERE, calculate_grid, regularGridShape(sx, sy, sz), blockShape, d_array, sx, sy, sz,
               d_transform.get(), sides.width, sides.height, k);
   stageCheck("RectangularPiston_func_device", HERE);
@@ -258,7 +262,7 @@ void RectangularPiston_func2(float* datar, float* datai, int sx, int sy, int sz,
   stageCheck("pre do_calculate_grid", HERE);
   const std::size_t datasize = gridBytes(sx, sy, sz, sizeof(float));
   printAllocation(datasize);
-  SplitResults<float> results(datar, datai, datasize);
+  SplitResults<float> results(datar, datai, datasize, HERE);
   RectangularPiston_func2_device(results.realOnDevice(), results.imaginaryOnDevice(), sx, sy, sz,
                                  transform, a, b, k);
   results.fetch();
@@ -268,7 +272,7 @@ void RectangularPiston_func2_device(float* d_arrayr, float* d_arrayi, int sx, in
                                     float* transform, float a, float b, float k) {
   stageCheck("pre RectangularPiston_func2_device", HERE);
   const HalfSides<float> sides(a, b);
-  DeviceTransform<float> d_transform(transform);
+  DeviceTransform<float> d_transform(transform, HERE);
   launchTimed(HERE, calculate_grid, regularGridShape(sx, sy, sz), blockShape, d_arrayr, d_arrayi,
               sx, sy, sz, d_transform.get(), sides.width, sides.height, k);
   stageCheck("RectangularPiston_func2_device", HERE);
@@ -328,7 +332,7 @@ void do_calculate_grid(Complex* data, int sx, int sy, int sz, float transform00,
                        float transform12, float transform13, float transform20, float transform21,
                        float transform22, float transform23, float a, float b, float k) {
   calculateByValues<float>(
-      calculate_grid, data, sx, sy, sz,
+      HERE, calculate_grid, data, sx, sy, sz,
       {transform00, transform01, transform02, transform03, transform10, transform11, transform12,
        transform13, transform20, transform21, transform22, transform23},
       {a, b}, k);
@@ -336,7 +340,7 @@ void do_calculate_grid(Complex* data, int sx, int sy, int sz, float transform00,
 
 void do_calculate(Complex* data, int sx, int sy, int sz, float dx, float dy, float dz, float a,
                   float b, float k) {
-  calculateFromCentre<float>(calculate, data, sx, sy, sz, dx, dy, dz, {a, b}, k);
+  calculateFromCentre<float>(HERE, calculate, data, sx, sy, sz, dx, dy, dz, {a, b}, k);
 }
 
 void resort(float* data, int n) {

@@ -13,7 +13,7 @@
 using namespace pistonfield;  // NOLINT(google-build-using-namespace): for the plain names below
 
 namespace {
-constexpr const char* sourceFile = LauncherTraits<double>::sourceFile;
+constexpr const char* sourceFile = "src/FastNearfield/RectangularPistonCuda.dp";
 }
 
 #if PISTONFIELD_DOUBLE
@@ -139,13 +139,13 @@ void setIntegratorWeightsSym_d(const char* name, const double* x, const double* 
   progress() << x[0] << std::endl;
   forgetRule(Precision::DOUBLE);
   const cudaError_t err = writeSymbol(prefix + "x", x, datasize);
-  if (err == cudaErrorInvalidSymbol) {  // what a device image without double precision lacks
+  if (err == cudaErrorInvalidSymbol) {  // the build has no double precision
     std::cerr << "Support for double not found" << std::endl;
     cudaGetLastError();
     return;
   }
   const bool loaded = callCheck(err, "err", HERE);
-  loadWeightsAndOrder(writeSymbol, prefix, w, N, loaded);
+  loadWeightsAndOrder(HERE, writeSymbol, prefix, w, N, loaded);
 }
 
 // The launchers.
@@ -154,8 +154,8 @@ void RectangularPiston_func_d(Complexd* data, int sx, int sy, int sz, double* tr
                               double b, double k) {
   stageCheck("pre do_calculate_grid", HERE);
   const HalfSides<double> sides(a, b);
-  PairResults<double> results(data, gridBytes(sx, sy, sz, sizeof *data));
-  DeviceTransform<double> d_transform(transform);
+  PairResults<double> results(data, gridBytes(sx, sy, sz, sizeof *data), HERE);
+  DeviceTransform<double> d_transform(transform, HERE);
   launchTimed(HERE, byTransform, regularGridShape(sx, sy, sz), blockShape, results.onDevice(), sx,
               sy, sz, d_transform.get(), sides.width, sides.height, k);
   stageCheck("calculate_grid", HERE);
@@ -167,8 +167,8 @@ void RectangularPiston_func2_d(double* datar, double* datai, int sx, int sy, int
                                double* transform, double a, double b, double k) {
   stageCheck("pre do_calculate_grid", HERE);
   const HalfSides<double> sides(a, b);
-  SplitResults<double> results(datar, datai, gridBytes(sx, sy, sz, sizeof(double)));
-  DeviceTransform<double> d_transform(transform);
+  SplitResults<double> results(datar, datai, gridBytes(sx, sy, sz, sizeof(double)), HERE);
+  DeviceTransform<double> d_transform(transform, HERE);
   launchTimed(HERE, splitByTransform, regularGridShape(sx, sy, sz), blockShape,
               results.realOnDevice(), results.imaginaryOnDevice(), sx, sy, sz, d_transform.get(),
               sides.width, sides.height, k);
@@ -183,7 +183,7 @@ void do_calculate_grid_d(Complexd* data, int sx, int sy, int sz, double transfor
                          double transform13, double transform20, double transform21,
                          double transform22, double transform23, double a, double b, double k) {
   calculateByValues<double>(
-      byValues, data, sx, sy, sz,
+      HERE, byValues, data, sx, sy, sz,
       {transform00, transform01, transform02, transform03, transform10, transform11, transform12,
        transform13, transform20, transform21, transform22, transform23},
       {a, b}, k);
@@ -191,5 +191,5 @@ void do_calculate_grid_d(Complexd* data, int sx, int sy, int sz, double transfor
 
 void do_calculate_d(Complexd* data, int sx, int sy, int sz, double dx, double dy, double dz,
                     double a, double b, double k) {
-  calculateFromCentre<double>(fromCentre, data, sx, sy, sz, dx, dy, dz, {a, b}, k);
+  calculateFromCentre<double>(HERE, fromCentre, data, sx, sy, sz, dx, dy, dz, {a, b}, k);
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cuda_runtime.h>
-
 #include <cstddef>
 #include <limits>
 
@@ -9,9 +7,9 @@
 
 namespace pistonfield {
 
-/// The device's copy of a host array. If the device works in the host's memory, it is the array
-/// itself and copying does nothing. Otherwise it is device memory, which the destructor frees if
-/// `free` has not.
+/// The device's copy of a host array. If the device works in the host's memory, the buffer is the
+/// array itself and copying does nothing. Otherwise it is device memory, which the destructor frees
+/// if `free` has not.
 template <class T>
 class DeviceBuffer {
  public:
@@ -28,8 +26,9 @@ class DeviceBuffer {
     bytes_ = bytes;
     isArray_ = usesHostMemory();
     if (!isArray_) return cudaMalloc(reinterpret_cast<void**>(&data_), bytes);
-    // Only a negative size, converted to std::size_t, is so large.
+    // As cudaMalloc does for sizes beyond any memory, to which negative sizes convert.
     if (bytes > std::numeric_limits<std::ptrdiff_t>::max()) return cudaErrorMemoryAllocation;
+    if (!array && bytes > 0) return cudaErrorInvalidValue;
     data_ = array;
     return cudaSuccess;
   }

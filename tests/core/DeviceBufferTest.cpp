@@ -56,4 +56,10 @@ TEST_F(DeviceBufferTest, OfANegativeSizeIsRefusedInEitherMemory) {
   EXPECT_EQ(buffer.get(), nullptr);
 }
 
+TEST_F(DeviceBufferTest, ANullArrayIsInvalidInTheHostsMemory) {
+  device.restore();
+  EXPECT_EQ(buffer.allocate(nullptr, sizeof(float)), cudaErrorInvalidValue);
+  EXPECT_EQ(buffer.get(), nullptr);
+}
+
 }  // namespace

@@ -5,10 +5,8 @@
 #include <complex>
 #include <cstddef>
 #include <functional>
-#include <map>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "emulation/TestControl.h"
@@ -53,9 +51,7 @@ struct Work {
 /// Expects work to make the calls of its steps, no more and no less. Then runs it again and again,
 /// each time with a later call failing, by itself or with all calls that follow, and expects
 ///
-/// - the one report that its steps ask for, from a line that no other text comes from, or the
-/// ending
-///   of a good run if nobody looks at the call's answer;
+/// - the one report that its steps list, or the ending of a good run if the call is unchecked;
 /// - the output of a good run up to there;
 /// - as much device memory left as could not be freed, and no thread;
 /// - a good run's ending from the next one.
@@ -77,7 +73,6 @@ class EveryCall {
   void expectMemory(std::size_t failed, bool lasting) const;
 
   pistonfield::emulation::TestControl& device_;
-  std::map<std::pair<std::string, int>, std::string> texts_;  // by file and line
 };
 
 }  // namespace support

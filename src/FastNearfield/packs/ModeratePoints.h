@@ -1,5 +1,7 @@
 #pragma once
 
+#include <limits>
+
 #include "FastNearfield/point/HalfPhase.h"
 #include "FastNearfield/point/PointPressure.h"
 
@@ -11,6 +13,9 @@ namespace pistonfield {
 template <class V>
 class ModeratePoints {
  public:
+  /// For a moderate point k(R − z)/2 has fewer than this many half turns.
+  static constexpr float mostHalfTurns = 0x1p19f;
+
   ModeratePoints(float halfWidth, float halfHeight, float k, const SymmetricRule<float>& rule)
       : halfWidth_(halfWidth),
         halfHeight_(halfHeight),
@@ -41,19 +46,23 @@ class ModeratePoints {
   using Range = SecondQuotientRange;
   static_assert(Range::leastY <= leastSquare && mostD <= Range::mostY, "D is in the range");
   static_assert(Range::leastX <= leastSine, "so is the sine; above half a turn by a test");
-  static_assert(mostKL / 6 <= HalfPhase<float>::mostHalfTurns / 2, "no phase is lost");
-  static_assert(mostLOverSide <= 0x1p22f, "v − b and v + b are different floats");
+  static_assert(mostKL / 6 <= mostHalfTurns, "1/(2π) is below 1/6");
+  static_assert(mostHalfTurns <= HalfPhase<float>::mostHalfTurns / 2, "no phase is lost");
+  static_assert(mostLOverSide <= 1 << (std::numeric_limits<float>::digits - 2),
+                "v − b and v + b are different floats");
 
-  /// The largest |x| + |y| + 2·|z| of a moderate point; negative if there is no moderate point.
-  static float reach(float a, float b, float k, const SymmetricRule<float>& rule) {
+  /// Moderate points have |x| + |y| + 2·|z| of at most this. Negative for a piston or a rule with
+  /// unsuitable numbers, which have no moderate points.
+  static float reach(float halfWidth, float halfHeight, float k, const SymmetricRule<float>& rule) {
     if (rule.N < 2) return -1;
     for (int i = 0; i < rule.N / 2; ++i)
       if (!(-1 <= rule.x[i] && rule.x[i] <= 1)) return -1;
     const float wavenumber = k < 0 ? -k : k;
-    if (!(a >= 0 && b >= 0 && wavenumber >= leastK)) return -1;
-    const float ofPhase = mostKL / wavenumber, ofSides = mostLOverSide * (a < b ? a : b);
+    if (!(halfWidth >= 0 && halfHeight >= 0 && wavenumber >= leastK)) return -1;
+    const float ofPhase = mostKL / wavenumber,
+                ofSides = mostLOverSide * (halfWidth < halfHeight ? halfWidth : halfHeight);
     const float reach = ofPhase < ofSides ? ofPhase : ofSides;
-    return (reach < mostL ? reach : mostL) - (a + b);
+    return (reach < mostL ? reach : mostL) - (halfWidth + halfHeight);
   }
 
   float halfWidth_, halfHeight_, reach_;
