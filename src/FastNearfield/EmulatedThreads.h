@@ -23,8 +23,8 @@ inline void evaluateList(const KernelPiston<float>& piston, const float* positio
 template <class Points, class Results>
 void evaluateByLists(const KernelPiston<float>& piston, const Points& points,
                      const Results& results, unsigned n, unsigned last) {
-  // The lists fit the second-level cache. Shorter lists would fill more packs only partly. For
-  // longer ones an allocator may fetch memory from the system anew for every range.
+  // The lists fit the second-level cache. Shorter lists would leave more packs partly
+  // filled. For longer ones the allocator may request memory from the system again for every range.
   const unsigned most = std::min(4096U, last - n);
   const std::unique_ptr<Point<float>[]> list(new Point<float>[most]);
   const std::unique_ptr<Complex[]> pressures(new Complex[most]);

@@ -10,7 +10,7 @@ namespace pistonfield {
 /// If `output` is "C++" or "c++", "F77" or "f77", "F90" or "f90", "MAT" or "mat", writes source
 /// text to standard output. Any other `output` is the root of three file names: root + "_w.txt"
 /// receives the weights, root + "_x.txt" the abscissas, root + "_r.txt" the ends −1 and 1, one
-/// number a line. Existing files are overwritten. Sets the precision of standard output to 16
+/// number per line. Existing files are overwritten. Sets the precision of standard output to 16
 /// digits.
 ///
 /// An order of 0 ends the process as `legendre_compute` does; a negative order throws

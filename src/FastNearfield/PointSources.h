@@ -28,7 +28,7 @@ struct GridIndex {
 // A source has `count()` points. `cursor(n)` refers to point n and `at(cursor)` is its position.
 // `advance(cursor)` moves to the next point, which costs less than a new cursor.
 
-/// A list: x, y, z of each point, converted where they are read.
+/// A list: x, y, z of each point, converted when they are read.
 template <class T, class Stored = T>
 class PointList {
  public:
@@ -129,7 +129,7 @@ struct Pairs {
   PISTONFIELD_HOST_DEVICE void store(unsigned n, ComplexPair<T> p) const { values[n] = p; }
 };
 
-/// Real and imaginary parts in arrays of their own, converted where they are written.
+/// Real and imaginary parts in separate arrays, converted when they are written.
 template <class T, class Stored = T>
 struct Parts {
   Stored *re, *im;

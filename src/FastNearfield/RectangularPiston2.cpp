@@ -106,7 +106,7 @@ void RectangularPistonCuda2::compute(double* out, const Grid3DR<double>& grid) c
 void RectangularPistonCuda2::compute(CudaStorage* data, const Grid3DR<double>& grid) const {
   if (data->getSize() != std::size_t{grid.nbPositions()} * 2) {
     fail("data->getSize() == grid.nbPositions()*2", sizeCheck);
-    return;  // there is no room for the results
+    return;  // the storage does not match the grid
   }
   if (data->getType() == CudaStorage::DT_DOUBLE) {
     if (useGPU) failPlainAssertion("false", "compute", noDoubleStorageOnGPU);

@@ -11,14 +11,16 @@
 // In all functions a is the piston's side along y, b its side along x (both full lengths) and k the
 // wave number. They require a current device and a loaded quadrature rule. Results of a grid of
 // sx × sy × sz points are stored with the first axis varying fastest. Functions ending in `_device`
-// take device pointers, launch a kernel and do not wait for it; the others take host pointers to
-// arrays that do not overlap, and return when the results have arrived. Only one thread at a time
-// may call these functions; RectangularPistonCuda2::compute is thread-safe. Progress lines go to
-// standard output. Failures of the CUDA runtime call the error handler.
+// take device pointers (without a GPU: host pointers), launch a kernel and do not wait for it; the
+// others take host pointers to arrays that do not overlap, and return when the results have
+// arrived. After an error the contents of the result arrays are undefined. Only one thread at a
+// time may call these functions; RectangularPistonCuda2::compute is thread-safe. Progress lines go
+// to standard output. Failures of the CUDA runtime call the error handler.
 
 extern "C" {
 
-/// If not 0, every launcher except `do_calculate` waits for its kernel and measures its time.
+/// If not 0, every launcher except `do_calculate` and `do_calculate_d` waits for its kernel and
+/// measures its time.
 extern int do_timing;
 
 /// The time of the last measured launch in microseconds.
@@ -39,7 +41,7 @@ void RectangularPiston_func(pistonfield::Complex* data, int sx, int sy, int sz, 
 void RectangularPiston_func_device(pistonfield::Complex* d_array, int sx, int sy, int sz,
                                    float* transform, float a, float b, float k);
 
-/// The same with real and imaginary parts in arrays of their own.
+/// The same with real and imaginary parts in separate arrays.
 void RectangularPiston_func2(float* datar, float* datai, int sx, int sy, int sz, float* transform,
                              float a, float b, float k);
 void RectangularPiston_func2_device(float* d_arrayr, float* d_arrayi, int sx, int sy, int sz,

@@ -29,7 +29,7 @@ class ReportedErrorIsCleared {
 cudaError_t stageCheck(const char* stage, SourceLocation location);
 
 /// Returns whether `code` is success. If it is not, fails with "Cuda error when calling CALL:
-/// ERROR". Users read `call`, so it is a string that no formatter changes.
+/// ERROR". Users read `call`: it is a string, so that clang-format does not change it.
 bool callCheck(cudaError_t code, const char* call, SourceLocation location);
 
 }  // namespace pistonfield

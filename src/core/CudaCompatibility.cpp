@@ -12,7 +12,7 @@ namespace {
 // No other code can use the emulation device, which is part of this module.
 bool isContextActive(int /*device*/) { return false; }
 #else
-// The driver is reached through the runtime, so that the module still loads where there is none.
+// Obtains the driver's function through the runtime, so that the module loads without a driver.
 bool isContextActive(int device) {
   using PrimaryContextState = int (*)(int device, unsigned* flags, int* active);
   void* entry = nullptr;

@@ -8,8 +8,8 @@ namespace pistonfield {
 /// A result buffer of floats or doubles with a host side and a device side of the same size. The
 /// sides are independent; `toDevice` and `toHost` copy one to the other.
 ///
-/// Construct, copy and destroy it inside one CudaDeviceThread, on the thread of that scope. The
-/// device side is freed when the outermost scope ends.
+/// Construct, use and destroy it inside one CudaDeviceThread, on the thread of that scope: the end
+/// of the outermost scope may free the device side.
 class CudaStorage {
  public:
   enum Type { DT_FLOAT, DT_DOUBLE };

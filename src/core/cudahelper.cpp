@@ -15,7 +15,7 @@ namespace {
 // A fixed line number: it is part of a message that users know.
 constexpr SourceLocation releaseLocation{"src/core/cudahelper", 25};
 
-/// The scopes of the thread that has the device.
+/// The number of nested scopes of the thread that holds the device.
 int scopes = 0;
 
 DeviceUse enter() {
@@ -51,7 +51,7 @@ void CudaInterface::dumpDevices() {
 CudaDeviceThread::CudaDeviceThread(Entered /*tag*/)
     : unwinding_(std::uncaught_exceptions()), use_(enter()) {}
 
-// Delegates, so that the destructor runs also when the start below fails.
+// Delegates to the constructor above, so that the destructor runs even if the start fails.
 CudaDeviceThread::CudaDeviceThread() : CudaDeviceThread(Entered()) {
   CudaInterface::init();
   CudaInterface::sync();

@@ -33,7 +33,7 @@ class CudaInterface {
 /// Holds the device for the length of a scope.
 ///
 /// Construct one before any other device work. The constructor selects a device (FastestDevice.h;
-/// for GPUs of today device 0), makes it current, starts the runtime and waits for it. The
+/// device 0 for current GPUs), makes it current, starts the runtime and waits for it. The
 /// destructor releases the device and the quadrature rule loaded on it, and restores the thread's
 /// previous device. Do all device work on the thread that constructed the object, and destroy it
 /// there.

@@ -15,7 +15,7 @@ cudaError_t cudaMalloc(void** pointer, std::size_t size) {
   return performOnDevice({"cudaMalloc", size}, [&](State& state) {
     *pointer = nullptr;
     if (size == 0) return cudaSuccess;
-    // Rounding up to the alignment would wrap a size near the largest.
+    // Rounding a size near the largest up to the alignment would overflow.
     const bool countable = size <= std::numeric_limits<std::ptrdiff_t>::max();
     void* const memory = countable ? ::operator new(size, memoryAlignment, std::nothrow) : nullptr;
     if (!memory) return cudaErrorMemoryAllocation;

@@ -48,7 +48,7 @@ class TestControl {
   /// The calls since `recordCalls`, oldest first.
   virtual std::vector<Call> calls() const = 0;
 
-  // Functions of the runtime, whose symbols a module does not export.
+  // Functions of the runtime, for tests of a module, which does not export the runtime's symbols.
   virtual const char* errorString(cudaError_t error) const = 0;
   virtual cudaError_t allocate(void** pointer, std::size_t size) = 0;
   virtual cudaError_t copy(void* destination, const void* source, std::size_t size,

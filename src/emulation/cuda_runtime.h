@@ -78,15 +78,15 @@ using namespace pistonfield::emulation::runtime;
 
 namespace pistonfield::emulation {
 
-/// Whether kernels work on the host's arrays as they are, so that nothing need be allocated or
+/// Whether kernels work directly on host arrays, so that nothing needs to be allocated or
 /// copied. They do unless a test has separated the memories.
 bool usesHostMemory();
 
 cudaError_t copyToSymbol(void* symbol, std::size_t symbolSize, const void* source, std::size_t size,
                          std::size_t offset, cudaMemcpyKind kind);
 
-/// The work of a kernel's threads number `first` to `last` − 1, counted across the blocks of a
-/// launch.
+/// Does the work of a kernel's threads `first` to `last` − 1, which are numbered across all blocks
+/// of a launch.
 using ThreadWork = std::function<void(std::uint64_t first, std::uint64_t last)>;
 
 /// For kernels: calls `work` for ranges that together cover all threads of the current launch, on

@@ -8,7 +8,7 @@
 
 namespace pistonfield {
 
-/// 8 lanes a register. Needs AVX2 and FMA.
+/// 8 lanes per register. Needs AVX2 and FMA.
 struct Avx2 {
   using Register = __m256;
   using Mask = __m256;

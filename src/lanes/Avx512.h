@@ -8,7 +8,7 @@
 
 namespace pistonfield {
 
-/// 16 lanes a register. Needs AVX-512 F and DQ.
+/// 16 lanes per register. Needs AVX-512 F and DQ.
 struct Avx512 {
   using Register = __m512;
   using Mask = __mmask16;

@@ -8,7 +8,7 @@
 
 namespace pistonfield {
 
-/// 4 lanes a register, for every 64-bit ARM processor.
+/// 4 lanes per register. Every 64-bit ARM processor has it.
 struct Neon {
   using Register = float32x4_t;
   using Mask = uint32x4_t;

@@ -21,7 +21,7 @@ template <class Set>
 struct PackMask {
   typename Set::Mask mask;
 
-  /// One bit a lane, the first lane's lowest.
+  /// One bit per lane, the lowest for the first lane.
   unsigned bits() const { return Set::bits(mask); }
 };
 

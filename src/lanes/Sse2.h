@@ -8,8 +8,8 @@
 
 namespace pistonfield {
 
-/// 4 lanes a register, for every 64-bit x86 processor. The only set without a fused multiply-add,
-/// and for that reason slow.
+/// 4 lanes per register. Every 64-bit x86 processor has it. It is the only set without a fused
+/// multiply-add, and therefore slow.
 struct Sse2 {
   using Register = __m128;
   using Mask = __m128;

@@ -13,8 +13,8 @@ namespace {
 
 constexpr std::size_t mostInt = std::numeric_limits<int>::max();
 
-/// Whether mxGetScalar can read a number from it on every host. From a sparse array it reads the
-/// first nonzero element, or 0.
+/// Whether mxGetScalar can read a number from the array on every host. From a sparse array,
+/// mxGetScalar reads the first nonzero element, or 0.
 bool hasScalar(const mxArray* array) {
   return (mxIsNumeric(array) || mxIsLogical(array) || mxIsChar(array)) && mxGetM(array) > 0 &&
          mxGetN(array) > 0;

@@ -5,7 +5,7 @@
 
 namespace pistonfield::parallel {
 
-/// Calls body(first, last) for ranges that together cover 0 … count, on all cores that the process
+/// Calls body(first, last) for ranges that together cover [0, count), on all cores that the process
 /// may use, and returns when all calls have returned. A range has `length` > 0 elements, or up to
 /// eight times as many while much work is left or only one core works; the last range is the
 /// remainder. If a call throws, starts no more calls and rethrows the first exception.

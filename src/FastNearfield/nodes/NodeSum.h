@@ -4,8 +4,8 @@
 
 namespace pistonfield {
 
-/// The nodes of a rule and their images on an interval, in arrays that do not overlap. If
-/// `map` is set, the images must be computed first: half·x + mid for a node, half·w for a weight.
+/// The nodes of a rule and their images on an interval, in arrays that do not overlap. If `map` is
+/// set, the images must be computed first: half·x + mid for a node, half·w for a weight.
 template <class T>
 struct NodeImages {
   const T* x;

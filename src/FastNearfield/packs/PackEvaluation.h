@@ -10,14 +10,14 @@
 
 // Evaluates points in packs.
 //
-// For a pair of edges, a point whose foot lies beyond their ends takes one integral, otherwise two.
-// A pack takes two if any of its lanes does. So points are first sorted by their case, and then
-// evaluated case by case, pack after pack. The schedule of a case is one loop of steps. A step adds
-// the values of four nodes, of which the roots and quotients were started in the step before, and
-// starts those of the next step: a processor does both at once.
+// For a pair of edges, a point takes two integrals if its foot splits the interval, otherwise one.
+// A pack takes two if any of its lanes does. Points are therefore sorted by case first, and then
+// evaluated case by case, pack after pack. The schedule of a case is one loop of steps. Each step
+// adds the values of four nodes, whose roots and quotients the previous step has started, and
+// starts those of the next step. The processor executes both at the same time.
 //
-// Nothing here may be a function that other files share: theirs could become this file's, with
-// instructions that not every machine has.
+// This header must not define functions that other files share: the linker could give those files
+// the functions compiled here, with instructions that not every machine has.
 
 namespace pistonfield {
 
@@ -36,8 +36,8 @@ class PackEvaluation {
         wave_(k),
         moderate_(halfWidth, halfHeight, k, rule),
         rule_(rule) {
-    // 1 + x is computed here, since filling a register from memory costs nothing. The entry after
-    // the last pair repeats the first, for the pack that follows.
+    // 1 + x is computed here, since broadcasting a number from memory costs nothing. The entry
+    // after the last pair repeats the first, for the pack that follows.
     for (int i = 0; i < rule.N / 2; ++i) fromEnds_[i] = 1 + rule.x[i];
     if (rule.N > 1) fromEnds_[rule.N / 2] = fromEnds_[0];
   }
@@ -84,7 +84,7 @@ class PackEvaluation {
       count += __builtin_popcount(lanes);
     }
 
-    /// Repeats the last one up to a whole pack.
+    /// Repeats the last index until there are only whole packs.
     void fillPack() {
       while (count != whole()) {
         of[count] = of[count - 1];
@@ -92,7 +92,7 @@ class PackEvaluation {
       }
     }
 
-    /// How many make whole packs.
+    /// The number of indices in whole packs.
     int whole() const { return count - count % Points::count; }
 
     void dropWhole() {
@@ -148,9 +148,9 @@ class PackEvaluation {
     Set::loadTriples(positions, x.value, y.value, z.value);
     return {absolute(x), absolute(y), z};
   }
-  /// The points of a pack of indices, which ascend.
+  /// Loads the points with the indices of one pack, which ascend.
   Mirrored gather(const int* indices) const {
-    // gatherTriples may read one float past a point, which does not exist after the last point.
+    // gatherTriples may read one float past a point. Past the last point there is none.
     if (indices[Points::count - 1] == count_ - 1) return copy(indices);
     Points x, y, z;
     Set::gatherTriples(positions_, indices, x.value, y.value, z.value);
@@ -194,7 +194,7 @@ class PackEvaluation {
     if (known != lanes) ofCase_[notModerate].append(first, lanes & ~known);
   }
 
-  /// A pair of a rule's nodes on two edges, and the integrand's paths there.
+  /// D and the integrand's paths at a pair of nodes on two edges.
   struct Started {
     typename Edges::Squares D;
     V plus1, minus1, plus2, minus2;
@@ -205,7 +205,7 @@ class PackEvaluation {
     return {D, f.path(D.plus1), f.path(D.minus1), f.path(D.plus2), f.path(D.minus2)};
   }
 
-  /// Adds the nodes that were started, and starts those of `next`, one of each in turn.
+  /// Adds the values of the started nodes and starts the nodes of `next`, alternately.
   __attribute__((always_inline)) static Started step(Edges& edges, const Integrand& f, float weight,
                                                      const Started& at, const Edges& next,
                                                      const Integrand& nextF, float fromEnd) {
@@ -236,12 +236,12 @@ class PackEvaluation {
       fetchAhead();
       const bool more = n + Points::count < count;
       for (int i = 0; i < pairs; ++i) {
-        // Half way: between steps that wait for roots it costs little.
+        // Halfway, since between steps that wait for roots it costs little.
         if (more && i == pairs / 2)
           following->set(gather(indices.of + n + Points::count), halfWidth_, halfHeight_, wave_);
         for (int e = 0; e < Case::count; ++e) {
           const bool around = e + 1 == Case::count;
-          // After the last pack this starts the same pack again, which does no harm.
+          // After the last pack this starts nodes that are not used.
           const Case& next = around && i + 1 == pairs && more ? *following : *present;
           nodes = step(present->edges[e], present->f, rule_.w[i], nodes,
                        next.edges[around ? 0 : e + 1], next.f, fromEnds_[i + around]);

@@ -14,8 +14,8 @@ constexpr int mostPackedNodes = 512;
 using PackedPressure = void(const float* positions, Complex* pressures, int count, float halfWidth,
                             float halfHeight, float k, const SymmetricRule<float>& rule);
 
-/// The function for an instruction set, which this machine must have. AVX-512 has two, with the
-/// same results: one is for machines that divide slowly.
+/// Returns the function for an instruction set. This machine must have the set. AVX-512 has two
+/// functions with the same results; one is for machines that divide slowly.
 PackedPressure* packedPressure(InstructionSet set, bool slowDivision = dividesSlowly());
 
 /// The functions, each in a file that is compiled for its instruction set.

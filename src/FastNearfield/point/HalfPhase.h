@@ -55,7 +55,7 @@ class HalfPhase {
   }
 
  private:
-  /// Half turns less whole ones.
+  /// The number of half turns minus the nearest integer.
   PISTONFIELD_INLINE V fraction(V path) const {
     const V high(high_);
     // The sum is from 2^23 to 2^24, where all floats are integers.

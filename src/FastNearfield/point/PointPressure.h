@@ -12,7 +12,8 @@
 // where (u, v) = (|x|, |y|), a is half the piston's width along x and b half its height along y.
 // All lengths, and 1/k, are in one unit.
 //
-// V is the type of a value (lanes/Arithmetic.h): float or double, or a pack, one point a lane.
+// V is the type of a value (lanes/Arithmetic.h): float or double, or a pack with one point per
+// lane.
 //
 // An integrand (HalfAngleIntegrand.h, SingleRootIntegrand.h) is constructed from z and its `Wave`
 // from k. Its value is computed in two steps, so that packs can start the next value meanwhile:
@@ -80,7 +81,8 @@ class EdgePair {
     addSecond(w, product(f.value(D2, f.path(D2))));
   }
 
-  /// d1·F(d1) − d2·F(d2). 0 for an empty interval: also above a corner, where the integrand is 0/0.
+  /// d1·F(d1) − d2·F(d2), or 0 for an empty interval, also above a corner, where the integrand is
+  /// 0/0.
   PISTONFIELD_INLINE ComplexPair<V> difference() const { return difference(h_); }
 
   /// The same, doubled where `once` is false.
@@ -123,9 +125,9 @@ PISTONFIELD_INLINE auto footSplits(V offset, V half) {
 }
 
 /// The sum of two parallel edges at the distances across ± halfAcross, of length 2·halfAlong and
-/// with the foot of the perpendicular `along` from their middle. If the foot
-/// lies beyond their ends, there is one interval. If it lies between them, the edges are split
-/// there, where the integrand is steepest. In the middle both parts are equal: one is doubled.
+/// with the foot of the perpendicular `along` from their middle. If the foot lies beyond their
+/// ends, there is one interval. If it lies between them, the edges are split there, where the
+/// integrand is steepest. If it lies in the middle, both parts are equal and one is doubled.
 template <class V, class Integrand, class Real>
 PISTONFIELD_INLINE ComplexPair<V> edgeSum(const Integrand& f, const SymmetricRule<Real>& rule,
                                           V across, V halfAcross, V along, V halfAlong) {

@@ -6,8 +6,8 @@
 
 namespace pistonfield {
 
-/// The integrand in double precision as it is written, but with |x|, |y|, the square root and the
-/// sines and cosines in single precision: the accuracy that the device has always had here.
+/// The textbook form of the integrand in double precision, but with |x|, |y|, the square root,
+/// sines and cosines in single precision: the stated accuracy of the double-precision kernels.
 template <class V>
 class SingleRootIntegrand {
  public:

@@ -26,7 +26,7 @@
 %     steer       3 numbers, a direction, for example [sind(a); 0; cosd(a)]: sets the
 %                 phases of the weights to send a plane wave in this direction.
 %     focus       3 numbers, a point: sets the phases of the weights so that the waves
-%                 of the pistons' centres arrive there together.  Not with steer.
+%                 from the pistons' centres arrive there in phase.  Not with steer.
 %   k           wave number, 2 pi / wavelength.
 %   nabscissas  order of the quadrature rule, 1 to 512, or a table made by pistonrule.
 %               If it is omitted or [], pistonarray chooses one order for all pistons,

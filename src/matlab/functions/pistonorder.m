@@ -13,7 +13,7 @@
 % Of more than 1000 points, pistonorder compares some 700: those where an edge of a piston
 % needs the highest orders (near to it, far from its other end, and behind it), those nearest
 % to a piston, and others from the whole list.  Their error must then be below half the
-% tolerance, and the order is raised by 4 % and 1 for the other points.  This is no proof, but
+% tolerance, and the order is raised by 4 % plus 1 for the other points.  This is no proof, but
 % of 1000 random lists, in any order in memory, none had an error above the tolerance at any
 % point.
 %

@@ -85,9 +85,9 @@ function orders = foredge (along, side, beside, z, k, tolerance)
 
 end
 
-% Returns the sum of two estimates: a quarter of the phase difference between the ends, and the order that a
-% singularity requires whose squared distance from the line is squared. The latter follows from the ellipse
-% through the singularity with its foci at the ends.
+% Returns a quarter of the phase difference between the ends, plus the order required by a singularity
+% whose squared distance from the line is squared. The latter follows from the ellipse through the
+% singularity with its foci at the ends.
 
 function orders = forinterval (first, last, squared, k, ratio)
 
