@@ -17,7 +17,7 @@ void timed(SourceLocation location, const Launches& launches) {
   const system_clock::time_point t0 = system_clock::now();
   launches();
   if (do_timing == 0) return;
-  callCheck(cudaThreadSynchronize(), "cudaThreadSynchronize()", location);
+  callCheck(waitForDevice(), "cudaThreadSynchronize()", location);
   const auto elapsed =
       std::chrono::duration_cast<std::chrono::microseconds>(system_clock::now() - t0);
   global_time = static_cast<std::int32_t>(elapsed.count());

@@ -181,7 +181,7 @@ void evaluatePointList(int nbPos, const Launches& launches) {
 }
 
 cudaError_t waitForPiece() {
-  const cudaError_t error = cudaThreadSynchronize();
+  const cudaError_t error = waitForDevice();
   callCheck(error, "cudaThreadSynchronize()", HERE);
   return error;
 }

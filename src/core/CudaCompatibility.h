@@ -12,8 +12,8 @@ namespace pistonfield {
 
 struct DeviceUse;
 
-/// Waits for the device. Error messages show this early name of the runtime's function.
-inline cudaError_t cudaThreadSynchronize() { return cudaDeviceSynchronize(); }
+/// Waits for the device.
+inline cudaError_t waitForDevice() { return cudaDeviceSynchronize(); }
 
 /// Makes `device` the thread's current device for a call. Returns the thread's previous device, and
 /// whether other code in the process (the host's own GPU arrays, say) already uses the context of

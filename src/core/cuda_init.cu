@@ -19,4 +19,4 @@ int cuda_init() {
   return before != cudaSuccess ? before : after;
 }
 
-cudaError_t cuda_sync() { return pistonfield::cudaThreadSynchronize(); }
+cudaError_t cuda_sync() { return pistonfield::waitForDevice(); }

@@ -87,7 +87,7 @@ PLACE_KINDS = {
 # Of the arithmetic of every point.
 BODY_KINDS = {
     "a negation left out": substituted(rf"^neg\.({FLOATS}) ", r"mov.\1 "),
-    "an addition made a subtraction": substituted(rf"^add\.({FLOATS}) ", r"sub.\1 "),
+    "an addition made a subtraction": substituted(rf"^add\.({FLOATS}) (?!.*, 0[fd]0+$)", r"sub.\1 "),
     "a subtraction made an addition": substituted(rf"^sub\.({FLOATS}) ", r"add.\1 "),
     "a product made a sum": substituted(rf"^mul\.({FLOATS}) ", r"add.\1 "),
     "a root left out": substituted(r"^sqrt\.(?:approx\.ftz|rn)\.f32 ", "mov.f32 "),
@@ -122,4 +122,11 @@ def changed_kernel(kernel, place, text):
     changed = copy.copy(kernel)
     changed.instructions = list(kernel.instructions)
     changed.instructions[place] = read_instruction(text)
+    # The compiler computes a coordinate's magnitude again where it needs it, and the sign of one of
+    # these alone need not matter: the sum over the two edges along y is even in x.
+    old = kernel.instructions[place]
+    if old.opcode.startswith("abs."):
+        for n, other in enumerate(kernel.instructions):
+            if other.opcode == old.opcode and other.operands[1:] == old.operands[1:]:
+                changed.instructions[n] = read_instruction(other.text.replace("abs.", "mov.", 1))
     return changed

@@ -156,8 +156,8 @@ PISTONFIELD_HOST_DEVICE inline ComplexPair<V> pointPressure(V x, V y, V z, Real 
                                                             Real halfHeight, Real k,
                                                             const SymmetricRule<Real>& rule) {
   using Integrand = IntegrandOf<V>;
-  const Integrand f(z, typename Integrand::Wave(k));
   const V u = Integrand::distance(x), v = Integrand::distance(y);
+  const Integrand f(z, typename Integrand::Wave(k));
   const V a(halfWidth), b(halfHeight);
   const ComplexPair<V> sumY = edgeSum(f, rule, u, a, v, b);
   const ComplexPair<V> sumX = edgeSum(f, rule, v, b, u, a);
