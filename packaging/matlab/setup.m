@@ -7,7 +7,7 @@
 % setup builds one.  This requires CMake (3.25 or later), a C++17 compiler and, for a GPU, a
 % CUDA toolkit.  CMake's environment variables (CXX, for example) apply.
 %
-% The path is set for this session; savepath keeps it for later ones.
+% The path is set until the host ends; savepath keeps it after that.
 %
 % Errors
 %

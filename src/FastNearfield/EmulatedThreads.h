@@ -1,13 +1,12 @@
 #pragma once
 
-#include "core/CudaCompatibility.h"
-
 #include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <type_traits>
 
 #include "FastNearfield/packs/PackedPressure.h"
+#include "core/CudaCompatibility.h"
 
 // The emulation device calls a kernel once per launch. The kernel takes ranges of its threads.
 

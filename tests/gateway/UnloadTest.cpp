@@ -38,7 +38,7 @@ long status(const std::string& name) {
     long value = 0;
     if (word == name + ":" && lines >> value) return value;
   }
-  ADD_FAILURE() << name << " is not told";
+  ADD_FAILURE() << name << " is missing in /proc/self/status";
   return 0;
 }
 
