@@ -1,15 +1,13 @@
 #pragma once
 
-#include <limits>
-
 #include "FastNearfield/point/HalfPhase.h"
 #include "FastNearfield/point/PointPressure.h"
 
 namespace pistonfield {
 
-/// Which points are moderate, for a piston and a rule: those for which no interval is empty, no
-/// phase is lost, and `secondQuotient` stays in its range. The limits suit lengths in metres,
-/// millimetres or micrometres. docs/theory.md has the argument ("Moderate points").
+/// Which points are moderate, for a piston and a rule: those for which no phase is lost and
+/// `secondQuotient` stays in its range. The limits suit lengths in metres, millimetres or
+/// micrometres. docs/theory.md has the argument ("Moderate points").
 template <class V>
 class ModeratePoints {
  public:
@@ -32,7 +30,6 @@ class ModeratePoints {
   // L = |x| + |y| + 2·|z| + a + b is at least as long as every sum of two distances that occurs.
   static constexpr float mostL = 0x1p20f;
   static constexpr float mostKL = 0x1p21f;
-  static constexpr float mostLOverSide = 0x1p22f;
   static constexpr float leastK = 0x1p-10f;
   /// The least square of the distance from a plane through an edge.
   static constexpr float leastSquare = 0x1p-40f;
@@ -48,8 +45,6 @@ class ModeratePoints {
   static_assert(Range::leastX <= leastSine, "so is the sine; above half a turn by a test");
   static_assert(mostKL / 6 <= mostHalfTurns, "1/(2π) is below 1/6");
   static_assert(mostHalfTurns <= HalfPhase<float>::mostHalfTurns / 2, "no phase is lost");
-  static_assert(mostLOverSide <= 1 << (std::numeric_limits<float>::digits - 2),
-                "v − b and v + b are different floats");
 
   /// Moderate points have |x| + |y| + 2·|z| of at most this. Negative for a piston or a rule with
   /// unsuitable numbers, which have no moderate points.
@@ -59,10 +54,8 @@ class ModeratePoints {
       if (!(-1 <= rule.x[i] && rule.x[i] <= 1)) return -1;
     const float wavenumber = k < 0 ? -k : k;
     if (!(halfWidth >= 0 && halfHeight >= 0 && wavenumber >= leastK)) return -1;
-    const float ofPhase = mostKL / wavenumber,
-                ofSides = mostLOverSide * (halfWidth < halfHeight ? halfWidth : halfHeight);
-    const float reach = ofPhase < ofSides ? ofPhase : ofSides;
-    return (reach < mostL ? reach : mostL) - (halfWidth + halfHeight);
+    const float ofPhase = mostKL / wavenumber;
+    return (ofPhase < mostL ? ofPhase : mostL) - (halfWidth + halfHeight);
   }
 
   float halfWidth_, halfHeight_, reach_;
