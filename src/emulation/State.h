@@ -34,7 +34,10 @@ class State final : public TestControl {
   std::vector<Device> devices;
   int selected = 0;
 
-  /// The pending error, or success, of each thread that has called the runtime.
+  /// The pending error, or success, of each thread that has called the runtime. A new thread may
+  /// get the id, and so the error, of one that has ended: callers clear it before their first call,
+  /// like an error that they left themselves. It is not thread_local, since the dynamic linker ends
+  /// the process if it has no memory for a thread's data.
   std::map<std::thread::id, cudaError_t> pendingErrors;
 
   /// Every live allocation, by its base address.
