@@ -5,6 +5,7 @@
 #include <memory>
 #include <type_traits>
 
+#include "FastNearfield/KernelPiston.h"
 #include "FastNearfield/packs/PackedPressure.h"
 #include "core/CudaCompatibility.h"
 

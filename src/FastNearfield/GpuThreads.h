@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FastNearfield/KernelPiston.h"
 #include "core/CudaCompatibility.h"
 
 namespace pistonfield {

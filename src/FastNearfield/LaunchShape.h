@@ -21,10 +21,20 @@ Real half(Real side) {
   return std::ldexp(side, -1);
 }
 
+/// Whether a grid has more points than an int counts. Signs do not matter.
+inline bool hasTooManyPoints(int sx, int sy, int sz) {
+  return std::abs(static_cast<double>(sx) * sy * sz) > std::numeric_limits<int>::max();
+}
+
 /// The size of sx·sy·sz elements of `bytesPerPoint`.
 inline std::size_t gridBytes(int sx, int sy, int sz, std::size_t bytesPerPoint) {
   return static_cast<std::size_t>(sx) * static_cast<std::size_t>(sy) *
          static_cast<std::size_t>(sz) * bytesPerPoint;
+}
+
+/// The size to allocate for the results of a grid: none for too many points, whose launch fails.
+inline std::size_t resultBytes(int sx, int sy, int sz, std::size_t bytesPerPoint) {
+  return hasTooManyPoints(sx, sy, sz) ? 0 : gridBytes(sx, sy, sz, bytesPerPoint);
 }
 
 constexpr dim3 blockShape{128};
@@ -35,13 +45,11 @@ inline dim3 pointListShape(int nbPositions) {
 }
 
 /// The grid of blocks for sx·sy·sz points. A block is not a tile of the grid: kernels fold block
-/// and thread indices into one point index. For negative sizes, and for more points than an int
-/// counts, returns a shape that every device rejects.
+/// and thread indices into one point index. For negative sizes and for too many points, returns a
+/// shape that every device rejects.
 inline dim3 regularGridShape(int sx, int sy, int sz) {
   const auto width = static_cast<unsigned>(iDivUp(sx, 16));
-  const std::int64_t page = std::int64_t{sx} * sy;
-  const std::int64_t most = std::numeric_limits<int>::max();
-  if (sx < 0 || sy < 0 || sz < 0 || page > most || page * sz > most)
+  if (sx < 0 || sy < 0 || sz < 0 || hasTooManyPoints(sx, sy, sz))
     return {width, std::numeric_limits<unsigned>::max()};
   return {width, static_cast<unsigned>(iDivUp(std::int64_t{sy} * sz, std::int64_t{8}))};
 }

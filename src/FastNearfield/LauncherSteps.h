@@ -1,11 +1,14 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <iostream>
 #include <string>
 
 #include "FastNearfield/LaunchShape.h"
-#include "FastNearfield/LaunchTiming.h"
+#include "FastNearfield/RectangularPistonCuda.h"
 #include "FastNearfield/RectangularPistonKernels.h"
 #include "core/Complex.h"
 #include "core/CudaCheck.h"
@@ -25,6 +28,7 @@ struct LauncherTraits;
 template <>
 struct LauncherTraits<float> {
   static constexpr Precision precision = Precision::SINGLE;
+  static constexpr const char* copyAbscissas = "cudaMemcpyToSymbol( buf, data_x, datasize )";
   static constexpr const char* allocateTransform =
       "cudaMalloc((void**)&d_transform, 16*sizeof(float))";
   static constexpr const char* copyTransform =
@@ -34,11 +38,33 @@ struct LauncherTraits<float> {
 template <>
 struct LauncherTraits<double> {
   static constexpr Precision precision = Precision::DOUBLE;
+  static constexpr const char* copyAbscissas = "err";
   static constexpr const char* allocateTransform =
       "cudaMalloc((void**)&d_transform, 16*sizeof(double))";
   static constexpr const char* copyTransform =
       "cudaMemcpy( d_transform, transform, 16*sizeof(double), cudaMemcpyHostToDevice )";
 };
+
+/// Calls `launches`, which launches kernels. If `do_timing` is set, waits for them and stores the
+/// time in `global_time`.
+template <class Launches>
+void timed(SourceLocation location, const Launches& launches) {
+  using std::chrono::system_clock;
+  const system_clock::time_point t0 = system_clock::now();
+  launches();
+  if (do_timing == 0) return;
+  callCheck(waitForDevice(), "cudaThreadSynchronize()", location);
+  const auto elapsed =
+      std::chrono::duration_cast<std::chrono::microseconds>(system_clock::now() - t0);
+  global_time = static_cast<std::int32_t>(elapsed.count());
+}
+
+/// Launches one kernel, and times it if `do_timing` is set.
+template <class... Arguments>
+void launchTimed(SourceLocation location, typename KernelOf<Arguments...>::Type kernel, dim3 grid,
+                 dim3 block, Arguments... arguments) {
+  timed(location, [&] { launch<Arguments...>(kernel, grid, block, arguments...); });
+}
 
 /// The half-width and half-height that kernels take, for the sides `a` along y and `b` along x.
 template <class T>
@@ -87,7 +113,8 @@ class PairResults {
   DeviceBuffer<ComplexPair<T>> d_array_;
 };
 
-/// The same with real and imaginary parts in separate arrays of `datasize` bytes each.
+/// The same with real and imaginary parts in two arrays of `datasize` bytes each. Where they
+/// overlap, the imaginary parts remain.
 template <class T>
 class SplitResults {
  public:
@@ -95,8 +122,8 @@ class SplitResults {
       : location_(location) {
     callCheck(d_arrayr_.allocate(datar, datasize), "cudaMalloc((void**)&d_arrayr, datasize)",
               location_);
-    callCheck(d_arrayi_.allocate(datai, datasize), "cudaMalloc((void**)&d_arrayi, datasize)",
-              location_);
+    callCheck(d_arrayi_.allocate(datai, datasize, d_arrayr_),
+              "cudaMalloc((void**)&d_arrayi, datasize)", location_);
   }
   T* realOnDevice() const { return d_arrayr_.get(); }
   T* imaginaryOnDevice() const { return d_arrayi_.get(); }
@@ -120,7 +147,7 @@ template <class T>
 void calculateFromCentre(SourceLocation location, GridFromCentre<T>* kernel, ComplexPair<T>* data,
                          int sx, int sy, int sz, T dx, T dy, T dz, HalfSides<T> sides, T k) {
   stageCheck("pre do_calculate", location);
-  PairResults<T> results(data, gridBytes(sx, sy, sz, sizeof *data), location);
+  PairResults<T> results(data, resultBytes(sx, sy, sz, sizeof *data), location);
   launch(kernel, regularGridShape(sx, sy, sz), blockShape, results.onDevice(), sx, sy, sz, dx, dy,
          dz, sides.width, sides.height, k);
   stageCheck("calculate", location);
@@ -134,7 +161,7 @@ void calculateByValues(SourceLocation location, GridByValues<T>* kernel, Complex
                        int sx, int sy, int sz, const std::array<T, 12>& t, HalfSides<T> sides,
                        T k) {
   stageCheck("pre do_calculate_grid", location);
-  PairResults<T> results(data, gridBytes(sx, sy, sz, sizeof *data), location);
+  PairResults<T> results(data, resultBytes(sx, sy, sz, sizeof *data), location);
   launchTimed(location, kernel, regularGridShape(sx, sy, sz), blockShape, results.onDevice(), sx,
               sy, sz, t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8], t[9], t[10], t[11],
               sides.width, sides.height, k);
@@ -142,18 +169,27 @@ void calculateByValues(SourceLocation location, GridByValues<T>* kernel, Complex
   results.fetch();
 }
 
-/// The last steps of loading a rule: writes the weights and the order with writeSymbol(name, data,
-/// size). `abscissasAreLoaded` is the result of the previous step.
+/// The steps of loading a rule that follow the checks of its order. Writes it with
+/// writeSymbol(name, data, size). Without symbols for double precision it prints that and loads
+/// nothing.
 template <class T, class WriteSymbol>
-void loadWeightsAndOrder(SourceLocation location, const WriteSymbol& writeSymbol,
-                         const std::string& prefix, const T* w, int N, bool abscissasAreLoaded) {
+void loadRule(SourceLocation location, const WriteSymbol& writeSymbol, const std::string& prefix,
+              const T* x, const T* w, int N) {
+  using Traits = LauncherTraits<T>;
   const std::size_t datasize = static_cast<std::size_t>((N + 1) / 2) * sizeof(T);
-  bool loaded = abscissasAreLoaded;
+  forgetRule(Traits::precision);
+  const cudaError_t error = writeSymbol(prefix + "x", x, datasize);
+  if (error == cudaErrorInvalidSymbol && Traits::precision == Precision::DOUBLE) {
+    std::cerr << "Support for double not found" << std::endl;
+    cudaGetLastError();
+    return;
+  }
+  bool loaded = callCheck(error, Traits::copyAbscissas, location);
   loaded &= callCheck(writeSymbol(prefix + "w", w, datasize),
                       "cudaMemcpyToSymbol( buf, data_w, datasize )", location);
   loaded &= callCheck(writeSymbol(prefix + "N", &N, sizeof(int)),
                       "cudaMemcpyToSymbol( buf, (void*)&N, sizeof(int) )", location);
-  if (loaded) noteRule(LauncherTraits<T>::precision);
+  if (loaded) noteRule(Traits::precision);
   stageCheck("end setIntegratorWeightsSym", location);
 }
 

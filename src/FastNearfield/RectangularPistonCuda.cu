@@ -20,8 +20,8 @@ constexpr const char* sourceFile = "src/FastNearfield/RectangularPistonCuda";
 
 // The rule, in constant memory.
 
-__constant__ float global_RectangularPiston_float_x[256];
-__constant__ float global_RectangularPiston_float_w[256];
+__constant__ float global_RectangularPiston_float_x[mostNodes / 2];
+__constant__ float global_RectangularPiston_float_w[mostNodes / 2];
 __constant__ int global_RectangularPiston_float_N;
 
 namespace {
@@ -44,20 +44,15 @@ void setIntegratorWeightsSym(const char* name, const float* x, const float* w, i
   progress() << "set weights float" << std::endl;
   stageCheck("start setIntegratorWeightsSym", HERE);
   if (N >= 1) progress() << x[0] << std::endl;
-  if (N < 1 || N > 512) {
+  if (N < 1 || N > mostNodes) {
     fail("N <= 512 && N>0", HERE);
     return;  // there is no such table to read or to write
   }
-  const std::size_t datasize = static_cast<std::size_t>((N + 1) / 2) * sizeof(float);
   const std::string prefix = std::string("global_") + name + "_float_";
-
   progress() << "symbol: \"" << prefix + "x"
              << "\"" << std::endl;
-  forgetRule(Precision::SINGLE);
-  const bool loaded = callCheck(writeSymbol(prefix + "x", x, datasize),
-                                "cudaMemcpyToSymbol( buf, data_x, datasize )", HERE);
   loadedOrder = N;
-  loadWeightsAndOrder(HERE, writeSymbol, prefix, w, N, loaded);
+  loadRule(HERE, writeSymbol, prefix, x, w, N);
 }
 
 // The kernels.
@@ -199,7 +194,7 @@ void RectangularPiston_func_unstructured(Complex* data, int nbPositions, float* 
   callCheck(d_arrayr.allocate(data, datasize * 2), "cudaMalloc((void**)&d_arrayr, datasize*2)",
             HERE);
   DeviceBuffer<float> d_pos;
-  callCheck(d_pos.allocate(pos, points * 3 * sizeof(float)),
+  callCheck(d_pos.allocate(pos, points * 3 * sizeof(float), d_arrayr),
             "cudaMalloc((void**)&d_pos, nbPositions*3*sizeof(float))", HERE);
   callCheck(d_pos.upload(),
             "cudaMemcpy(&d_pos[0], &pos[0], nbPositions*3*sizeof(float), cudaMemcpyHostToDevice)",
@@ -239,7 +234,7 @@ void pistonfield::pressuresInHostMemory(const double* points, int count, float a
 void RectangularPiston_func(Complex* data, int sx, int sy, int sz, float* transform, float a,
                             float b, float k) {
   stageCheck("pre RectangularPiston_func", HERE);
-  PairResults<float> results(data, gridBytes(sx, sy, sz, sizeof *data), HERE);
+  PairResults<float> results(data, resultBytes(sx, sy, sz, sizeof *data), HERE);
   printTransform(" transform: ", transform);
   RectangularPiston_func_device(results.onDevice(), sx, sy, sz, transform, a, b, k);
   results.fetch();
@@ -260,9 +255,8 @@ void RectangularPiston_func_device(Complex* d_array, int sx, int sy, int sz, flo
 void RectangularPiston_func2(float* datar, float* datai, int sx, int sy, int sz, float* transform,
                              float a, float b, float k) {
   stageCheck("pre do_calculate_grid", HERE);
-  const std::size_t datasize = gridBytes(sx, sy, sz, sizeof(float));
-  printAllocation(datasize);
-  SplitResults<float> results(datar, datai, datasize, HERE);
+  printAllocation(gridBytes(sx, sy, sz, sizeof(float)));
+  SplitResults<float> results(datar, datai, resultBytes(sx, sy, sz, sizeof(float)), HERE);
   RectangularPiston_func2_device(results.realOnDevice(), results.imaginaryOnDevice(), sx, sy, sz,
                                  transform, a, b, k);
   results.fetch();
@@ -282,22 +276,21 @@ void RectangularPiston_func2_device(float* d_arrayr, float* d_arrayi, int sx, in
 void RectangularPiston_func_structured(Complex* data, int sx, int sy, int sz, float* posx,
                                        float* posy, float* posz, float a, float b, float k) {
   stageCheck("pre do_calculate_grid", HERE);
-  const std::size_t datasize = gridBytes(sx, sy, sz, sizeof(float));
   const auto bytesOf = [](int size) { return static_cast<std::size_t>(size) * sizeof(float); };
-  printAllocation(datasize);
+  printAllocation(gridBytes(sx, sy, sz, sizeof(float)));
 
   DeviceBuffer<Complex> d_arrayr;
-  callCheck(d_arrayr.allocate(data, datasize * 2), "cudaMalloc((void**)&d_arrayr, datasize*2)",
-            HERE);
+  callCheck(d_arrayr.allocate(data, resultBytes(sx, sy, sz, sizeof *data)),
+            "cudaMalloc((void**)&d_arrayr, datasize*2)", HERE);
   DeviceBuffer<float> d_posx;
-  callCheck(d_posx.allocate(posx, bytesOf(sx)), "cudaMalloc((void**)&d_posx, sx * sizeof(float))",
-            HERE);
+  callCheck(d_posx.allocate(posx, bytesOf(sx), d_arrayr),
+            "cudaMalloc((void**)&d_posx, sx * sizeof(float))", HERE);
   DeviceBuffer<float> d_posy;
-  callCheck(d_posy.allocate(posy, bytesOf(sy)), "cudaMalloc((void**)&d_posy, sy * sizeof(float))",
-            HERE);
+  callCheck(d_posy.allocate(posy, bytesOf(sy), d_arrayr),
+            "cudaMalloc((void**)&d_posy, sy * sizeof(float))", HERE);
   DeviceBuffer<float> d_posz;
-  callCheck(d_posz.allocate(posz, bytesOf(sz)), "cudaMalloc((void**)&d_posz, sz * sizeof(float))",
-            HERE);
+  callCheck(d_posz.allocate(posz, bytesOf(sz), d_arrayr),
+            "cudaMalloc((void**)&d_posz, sz * sizeof(float))", HERE);
 
   callCheck(d_posx.upload(),
             "cudaMemcpy(&d_posx[0], &posx[0], sx*sizeof(float), cudaMemcpyHostToDevice)", HERE);

@@ -1,7 +1,6 @@
 #include "FastNearfield/RectangularPistonCuda.dp.h"
 
 #include <cstddef>
-#include <iostream>
 #include <string>
 
 #include "FastNearfield/IntegratorCuda.h"
@@ -20,8 +19,8 @@ constexpr const char* sourceFile = "src/FastNearfield/RectangularPistonCuda.dp";
 
 // The rule, in constant memory. The "dp" belongs to the model's name.
 
-__constant__ double global_dpRectangularPiston_double_x[256];
-__constant__ double global_dpRectangularPiston_double_w[256];
+__constant__ double global_dpRectangularPiston_double_x[mostNodes / 2];
+__constant__ double global_dpRectangularPiston_double_w[mostNodes / 2];
 __constant__ int global_dpRectangularPiston_double_N;
 
 namespace {
@@ -129,23 +128,12 @@ void setIntegratorWeightsSym_d(const char* name, const double* x, const double* 
   const DeviceLock lock;
   progress() << "set weights double" << std::endl;
   stageCheck("start setIntegratorWeightsSym", HERE);
-  if (N < 1 || N > 512) {
+  if (N < 1 || N > mostNodes) {
     fail("N <= 512 && N>0", HERE);
     return;  // there is no such table to read or to write
   }
-  const std::size_t datasize = static_cast<std::size_t>((N + 1) / 2) * sizeof(double);
-  const std::string prefix = std::string("global_dp") + name + "_double_";
-
   progress() << x[0] << std::endl;
-  forgetRule(Precision::DOUBLE);
-  const cudaError_t err = writeSymbol(prefix + "x", x, datasize);
-  if (err == cudaErrorInvalidSymbol) {  // the build has no double precision
-    std::cerr << "Support for double not found" << std::endl;
-    cudaGetLastError();
-    return;
-  }
-  const bool loaded = callCheck(err, "err", HERE);
-  loadWeightsAndOrder(HERE, writeSymbol, prefix, w, N, loaded);
+  loadRule(HERE, writeSymbol, std::string("global_dp") + name + "_double_", x, w, N);
 }
 
 // The launchers.
@@ -154,7 +142,7 @@ void RectangularPiston_func_d(Complexd* data, int sx, int sy, int sz, double* tr
                               double b, double k) {
   stageCheck("pre do_calculate_grid", HERE);
   const HalfSides<double> sides(a, b);
-  PairResults<double> results(data, gridBytes(sx, sy, sz, sizeof *data), HERE);
+  PairResults<double> results(data, resultBytes(sx, sy, sz, sizeof *data), HERE);
   DeviceTransform<double> d_transform(transform, HERE);
   launchTimed(HERE, byTransform, regularGridShape(sx, sy, sz), blockShape, results.onDevice(), sx,
               sy, sz, d_transform.get(), sides.width, sides.height, k);
@@ -167,7 +155,7 @@ void RectangularPiston_func2_d(double* datar, double* datai, int sx, int sy, int
                                double* transform, double a, double b, double k) {
   stageCheck("pre do_calculate_grid", HERE);
   const HalfSides<double> sides(a, b);
-  SplitResults<double> results(datar, datai, gridBytes(sx, sy, sz, sizeof(double)), HERE);
+  SplitResults<double> results(datar, datai, resultBytes(sx, sy, sz, sizeof(double)), HERE);
   DeviceTransform<double> d_transform(transform, HERE);
   launchTimed(HERE, splitByTransform, regularGridShape(sx, sy, sz), blockShape,
               results.realOnDevice(), results.imaginaryOnDevice(), sx, sy, sz, d_transform.get(),

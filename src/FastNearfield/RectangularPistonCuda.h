@@ -11,11 +11,12 @@
 // In all functions a is the piston's side along y, b its side along x (both full lengths) and k the
 // wave number. They require a current device and a loaded quadrature rule. Results of a grid of
 // sx × sy × sz points are stored with the first axis varying fastest. Functions ending in `_device`
-// take device pointers (without a GPU: host pointers), launch a kernel and do not wait for it; the
-// others take host pointers to arrays that do not overlap, and return when the results have
-// arrived. After an error the contents of the result arrays are undefined. Only one thread at a
-// time may call these functions; RectangularPistonCuda2::compute is thread-safe. Progress lines go
-// to standard output. Failures of the CUDA runtime call the error handler.
+// take device pointers (without a GPU: host pointers) to arrays that do not overlap, launch a
+// kernel and do not wait for it; the others take host pointers to arrays that may overlap, and
+// return when the results have arrived. After an error the contents of the result arrays are
+// undefined. Only one thread at a time may call these functions; RectangularPistonCuda2::compute is
+// thread-safe. Progress lines go to standard output. Failures of the CUDA runtime call the error
+// handler.
 
 extern "C" {
 

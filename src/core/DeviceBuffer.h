@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 
 #include "core/CudaCompatibility.h"
@@ -20,17 +21,24 @@ class DeviceBuffer {
     if (data_) static_cast<void>(free());
   }
 
-  /// Call once. The array must outlive the buffer.
+  /// Call this or the next function, once. The array must outlive the buffer.
   cudaError_t allocate(T* array, std::size_t bytes) {
-    array_ = array;
-    bytes_ = bytes;
-    isArray_ = usesHostMemory();
-    if (!isArray_) return cudaMalloc(reinterpret_cast<void**>(&data_), bytes);
-    // As cudaMalloc does for sizes beyond any memory, to which negative sizes convert.
-    if (bytes > std::numeric_limits<std::ptrdiff_t>::max()) return cudaErrorMemoryAllocation;
-    if (!array && bytes > 0) return cudaErrorInvalidValue;
-    data_ = array;
-    return cudaSuccess;
+    return allocateAs(usesHostMemory(), array, bytes);
+  }
+
+  /// The same for a kernel that also writes to `results`. If the two arrays overlap, the buffer is
+  /// device memory even if the device works in the host's.
+  template <class Result>
+  cudaError_t allocate(T* array, std::size_t bytes, const DeviceBuffer<Result>& results) {
+    return allocateAs(usesHostMemory() && !results.overlaps(array, bytes), array, bytes);
+  }
+
+  /// Whether this buffer's array and `other` share bytes.
+  bool overlaps(const void* other, std::size_t bytes) const {
+    const auto begin = reinterpret_cast<std::uintptr_t>(array_),
+               otherBegin = reinterpret_cast<std::uintptr_t>(other);
+    // The negative one of the differences wraps to a number larger than any size.
+    return otherBegin - begin < bytes_ || begin - otherBegin < bytes;
   }
 
   /// Copies the array to the device.
@@ -53,6 +61,18 @@ class DeviceBuffer {
   T* get() const { return data_; }
 
  private:
+  cudaError_t allocateAs(bool isArray, T* array, std::size_t bytes) {
+    array_ = array;
+    bytes_ = bytes;
+    isArray_ = isArray;
+    if (!isArray_) return cudaMalloc(reinterpret_cast<void**>(&data_), bytes);
+    // As cudaMalloc does for sizes beyond any memory, to which negative sizes convert.
+    if (bytes > std::numeric_limits<std::ptrdiff_t>::max()) return cudaErrorMemoryAllocation;
+    if (!array && bytes > 0) return cudaErrorInvalidValue;
+    data_ = array;
+    return cudaSuccess;
+  }
+
   T* array_ = nullptr;
   std::size_t bytes_ = 0;
   T* data_ = nullptr;

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <limits>
 #include <string>
@@ -33,6 +34,18 @@ class LauncherTest : public launchers::Test {
     for (const pistonfield::emulation::Call& call : device.calls())
       count += call.function == function ? 1 : 0;
     return count;
+  }
+
+  /// Returns what call(results, input) computes where `results` begins `shift` floats after the
+  /// first of `input`.
+  template <class Call>
+  static launchers::Values computedOver(const std::vector<float>& input, std::size_t shift,
+                                        std::size_t points, Call call) {
+    std::vector<float> all(input);
+    all.resize(std::max(input.size(), shift + 2 * points));
+    auto* const results = reinterpret_cast<Complex*>(all.data() + shift);
+    call(results, all.data());
+    return launchers::widened(std::vector<Complex>(results, results + points));
   }
 
   static inline std::size_t checks = 0;  // for an interruption
@@ -147,6 +160,59 @@ TEST_F(LauncherTest, AGridOfMoreRowsThanADeviceLaunchesIsRefused) {
   EXPECT_EQ(failureOf([&] { do_calculate(data.data(), 1, 524281, 1, 1, 1, 1, a, b, k); }).condition,
             "invalid configuration argument");
   testing::internal::GetCapturedStderr();
+}
+
+TEST_F(LauncherTest, ResultsMayLieOverWhatTheyAreComputedFrom) {
+  const launchers::Size size{40, 50, 2};
+  const auto [sx, sy, sz] = size;
+  const auto points = static_cast<int>(size.points());
+  const std::vector<float> positions = launchers::gridPositions(size, launchers::Origin::PLACED),
+                           transform(launchers::transform, launchers::transform + 16);
+  const std::vector<float> axes[] = {launchers::axis(sx, 0.5f, -1),
+                                     launchers::axis(sy, 0.25f, 0.5f), launchers::axis(sz, 2, 1)};
+  for (const Memory memory : {Memory::SEPARATE, Memory::HOSTS}) {
+    startAfresh(memory);
+    const launchers::Values expected = launchers::unstructured(size);
+    for (const std::size_t shift : {0u, 2u, 10u}) {
+      EXPECT_EQ(computedOver(positions, shift, size.points(),
+                             [&](Complex* data, float* pos) {
+                               RectangularPiston_func_unstructured(data, points, pos, a, b, k);
+                             }),
+                expected);
+      EXPECT_EQ(computedOver(transform, shift, size.points(),
+                             [&, sx = sx, sy = sy, sz = sz](Complex* data, float* t) {
+                               RectangularPiston_func(data, sx, sy, sz, t, a, b, k);
+                             }),
+                expected);
+      for (std::size_t n = 0; n < 3; ++n)
+        EXPECT_EQ(computedOver(axes[n], shift, size.points(),
+                               [&, sx = sx, sy = sy, sz = sz](Complex* data, float* axis) {
+                                 std::vector<float> x = axes[0], y = axes[1], z = axes[2];
+                                 float* of[] = {x.data(), y.data(), z.data()};
+                                 of[n] = axis;
+                                 RectangularPiston_func_structured(data, sx, sy, sz, of[0], of[1],
+                                                                   of[2], a, b, k);
+                               }),
+                  expected)
+            << "axis " << n;
+    }
+  }
+}
+
+TEST_F(LauncherTest, ImaginaryPartsMayLieOverRealParts) {
+  const auto [sx, sy, sz] = launchers::small;
+  const std::size_t points = launchers::small.points(), shift = 7;
+  std::vector<float> t(launchers::transform, launchers::transform + 16);
+  for (const Memory memory : {Memory::SEPARATE, Memory::HOSTS}) {
+    startAfresh(memory);
+    const launchers::Values field = launchers::split(launchers::small);
+    std::vector<double> expected(shift + points);
+    for (std::size_t n = 0; n < points; ++n) expected[n] = field[n].real();
+    for (std::size_t n = 0; n < points; ++n) expected[shift + n] = field[n].imag();
+    std::vector<float> all(shift + points);
+    RectangularPiston_func2(all.data(), &all[shift], sx, sy, sz, t.data(), a, b, k);
+    EXPECT_EQ(std::vector<double>(all.begin(), all.end()), expected);
+  }
 }
 
 TEST_F(LauncherTest, ResortInterleaves) {

@@ -54,6 +54,24 @@ class SizesTest : public launchers::Test {
     testing::internal::GetCapturedStderr();
     return failure;
   }
+
+  /// The bytes that a call allocates or copies, in turn, where every allocation fails.
+  template <class Call>
+  std::vector<std::size_t> bytes(Call call) {
+    std::vector<Failure> failures;
+    startAfresh();
+    pistonfield::ErrorHandler::setErrorHandler(new support::ReturningHandler(failures));
+    device.failCall("cudaMalloc", 1, cudaErrorMemoryAllocation, true);
+    device.failCall("cudaLaunchKernel", 1, cudaErrorLaunchFailure, true);
+    device.recordCalls();
+    testing::internal::CaptureStderr();
+    call();
+    testing::internal::GetCapturedStderr();
+    std::vector<std::size_t> asked;
+    for (const pistonfield::emulation::Call& made : device.calls())
+      if (made.bytes > 0) asked.push_back(made.bytes);
+    return asked;
+  }
 };
 
 class LauncherSizesTest : public SizesTest, public testing::WithParamInterface<Launcher> {};
@@ -108,21 +126,6 @@ TEST_F(SizesTest, MorePointsThanAnIntCountsAreRefusedAndNothingIsWritten) {
 
 TEST_F(SizesTest, AsManyPointsAsAnIntCountsAreCountedInBytes) {
   constexpr int most = std::numeric_limits<int>::max();
-  const auto bytes = [this](auto call) {
-    std::vector<Failure> failures;
-    startAfresh();
-    pistonfield::ErrorHandler::setErrorHandler(new support::ReturningHandler(failures));
-    device.failCall("cudaMalloc", 1, cudaErrorMemoryAllocation, true);
-    device.failCall("cudaLaunchKernel", 1, cudaErrorLaunchFailure, true);
-    device.recordCalls();
-    testing::internal::CaptureStderr();
-    call();
-    testing::internal::GetCapturedStderr();
-    std::vector<std::size_t> asked;
-    for (const pistonfield::emulation::Call& made : device.calls())
-      if (made.bytes > 0) asked.push_back(made.bytes);
-    return asked;
-  };
   const std::size_t pairs = std::size_t{most} * 8, triples = std::size_t{most} * 12;
   EXPECT_EQ(bytes([] { RectangularPiston_func_unstructured(nullptr, most, nullptr, a, b, k); }),
             (std::vector<std::size_t>{pairs, triples, triples, pairs}));
@@ -130,6 +133,36 @@ TEST_F(SizesTest, AsManyPointsAsAnIntCountsAreCountedInBytes) {
             (std::vector<std::size_t>{pairs, pairs}));
   EXPECT_EQ(bytes([] { do_calculate_d(nullptr, 1, 1, most, 1, 1, 1, a, b, k); }),
             (std::vector<std::size_t>{2 * pairs, 2 * pairs}));
+}
+
+TEST_F(SizesTest, MorePointsThanAnIntCountsTakeNoMemory) {
+  constexpr int sx = 2048, sy = 131073, sz = 8;  // 2³¹ + 2¹⁴
+  std::vector<double> t = launchers::doubleTransform();
+  const std::vector<std::size_t> nothing, transform{64, 64}, transform_d{128, 128};
+  EXPECT_EQ(bytes([] { do_calculate(nullptr, sx, sy, sz, 1, 1, 1, a, b, k); }), nothing);
+  EXPECT_EQ(bytes([] { do_calculate(nullptr, -sx, -sy, sz, 1, 1, 1, a, b, k); }), nothing);
+  EXPECT_EQ(bytes([] { do_calculate_d(nullptr, sx, sy, sz, 1, 1, 1, a, b, k); }), nothing);
+  EXPECT_EQ(bytes([] {
+              do_calculate_grid(nullptr, sx, sy, sz, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, a, b, k);
+            }),
+            nothing);
+  EXPECT_EQ(
+      bytes([] { RectangularPiston_func(nullptr, sx, sy, sz, launchers::transform, a, b, k); }),
+      transform);
+  EXPECT_EQ(bytes([] {
+              RectangularPiston_func2(nullptr, nullptr, sx, sy, sz, launchers::transform, a, b, k);
+            }),
+            transform);
+  EXPECT_EQ(bytes([&] { RectangularPiston_func_d(nullptr, sx, sy, sz, t.data(), a, b, k); }),
+            transform_d);
+  EXPECT_EQ(
+      bytes([&] { RectangularPiston_func2_d(nullptr, nullptr, sx, sy, sz, t.data(), a, b, k); }),
+      transform_d);
+  EXPECT_EQ(bytes([] {
+              RectangularPiston_func_structured(nullptr, sx, sy, sz, nullptr, nullptr, nullptr, a,
+                                                b, k);
+            }),
+            (std::vector<std::size_t>{8192, 524292, 32, 8192, 524292, 32}));
 }
 
 /// What this machine can still hand out, in bytes; 0 where it does not tell.

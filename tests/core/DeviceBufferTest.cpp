@@ -48,6 +48,24 @@ TEST_F(DeviceBufferTest, IsTheArrayWhereTheDeviceWorksInTheHostsMemory) {
   EXPECT_EQ(device.calls().size(), 0u);
 }
 
+TEST_F(DeviceBufferTest, IsMemoryOfItsOwnWhereItsArrayOverlapsTheResults) {
+  device.restore();
+  EXPECT_EQ(buffer.allocate(&array[1], 2 * sizeof(float)), cudaSuccess);
+  const auto isOverlap = [&](std::size_t first, std::size_t count) {
+    DeviceBuffer<float> input;
+    EXPECT_EQ(input.allocate(&array[first], count * sizeof(float), buffer), cudaSuccess);
+    EXPECT_EQ(input.upload(), cudaSuccess);
+    EXPECT_EQ(*input.get(), array[first]);
+    return input.get() != &array[first];
+  };
+  EXPECT_FALSE(isOverlap(0, 1));
+  EXPECT_TRUE(isOverlap(0, 2));
+  EXPECT_TRUE(isOverlap(0, 4));
+  EXPECT_TRUE(isOverlap(1, 2));
+  EXPECT_TRUE(isOverlap(2, 2));
+  EXPECT_FALSE(isOverlap(3, 1));
+}
+
 TEST_F(DeviceBufferTest, OfANegativeSizeIsRefusedInEitherMemory) {
   constexpr std::size_t bytes = std::numeric_limits<std::size_t>::max() - 7;
   EXPECT_EQ(buffer.allocate(array.data(), bytes), cudaErrorMemoryAllocation);

@@ -277,7 +277,7 @@ class PackEvaluation {
   const HalfPhase<V> wave_;
   const ModeratePoints<Points> moderate_;
   const SymmetricRule<float> rule_;
-  float fromEnds_[mostPackedNodes / 2 + 1];
+  float fromEnds_[mostNodes / 2 + 1];
   Indices ofCase_[cases];
   int ahead_ = 0;  // the first point that has not been fetched
 };

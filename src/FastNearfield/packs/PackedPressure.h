@@ -5,12 +5,10 @@
 
 namespace pistonfield {
 
-/// The most nodes that a rule may have, as in the device's tables.
-constexpr int mostPackedNodes = 512;
-
 /// Computes the pressures at many points in packs: `positions` holds x, y, z of each of the `count`
-/// points. A pressure depends on its own point only. It is that of `pointPressure` for one float,
-/// bit for bit if the instruction set has a fused multiply-add.
+/// points. The rule has at most `mostNodes` nodes. A pressure depends on its own point only. It is
+/// that of `pointPressure` for one float, bit for bit if the instruction set has a fused
+/// multiply-add.
 using PackedPressure = void(const float* positions, Complex* pressures, int count, float halfWidth,
                             float halfHeight, float k, const SymmetricRule<float>& rule);
 

@@ -28,6 +28,9 @@
 
 namespace pistonfield {
 
+/// The most nodes that the device's tables hold, and that a rule for packs may have.
+constexpr int mostNodes = 512;
+
 /// Half of a symmetric quadrature rule of N nodes on [−1, 1]: x[i] < 0 and w[i], i < N/2, are the
 /// pair ±x[i]. For odd N, w[N/2] is the weight of the node 0; x[N/2] is never read.
 template <class Real>

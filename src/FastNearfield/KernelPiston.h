@@ -1,0 +1,29 @@
+#pragma once
+
+#include "FastNearfield/PointSources.h"
+#include "FastNearfield/point/HalfAngleIntegrand.h"
+#include "FastNearfield/point/PointPressure.h"
+#include "FastNearfield/point/SingleRootIntegrand.h"
+
+namespace pistonfield {
+
+/// A piston and a rule as kernels take them.
+template <class T>
+struct KernelPiston {
+  T halfWidth, halfHeight, k;
+  SymmetricRule<T> rule;
+};
+
+PISTONFIELD_HOST_DEVICE inline Complex pressureAt(const Point<float>& p,
+                                                  const KernelPiston<float>& piston) {
+  return pointPressure<HalfAngleIntegrand>(p.x, p.y, p.z, piston.halfWidth, piston.halfHeight,
+                                           piston.k, piston.rule);
+}
+
+PISTONFIELD_HOST_DEVICE inline Complexd pressureAt(const Point<double>& p,
+                                                   const KernelPiston<double>& piston) {
+  return pointPressure<SingleRootIntegrand>(p.x, p.y, p.z, piston.halfWidth, piston.halfHeight,
+                                            piston.k, piston.rule);
+}
+
+}  // namespace pistonfield
