@@ -10,7 +10,7 @@
 namespace fields {
 namespace {
 
-/// The cores that this process was given.
+/// The cores that this process may use.
 const cpu_set_t& given() {
   static const cpu_set_t all = [] {
     cpu_set_t set;

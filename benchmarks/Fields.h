@@ -11,20 +11,20 @@ constexpr float wavelength = 1.5e-3f;
 constexpr float s = 5 * wavelength, l = 7.5f * wavelength;  // along x and y
 constexpr float k = 4188.79f;
 
-/// x, y, z of points in a box twice the piston's size in each direction across, from λ/4 to 15λ
+/// x, y, z of random points in a box twice as wide and twice as high as the piston, from λ/4 to 15λ
 /// in front of it.
 std::vector<float> cloud(int points);
 
 /// The same box as a regular grid, the first axis varying fastest; at most `points`.
 std::vector<float> grid(int points);
 
-/// How many values of the integrand a rule of this order takes at these points.
+/// The number of times that a rule of this order evaluates the integrand for these points.
 std::int64_t nodes(const std::vector<float>& positions, int order);
 
-/// How many CPU cores this process may use.
+/// The number of CPU cores that this process may use.
 int cores();
 
-/// Lets it use so many of them, from the one numbered `first` on; all for 0.
+/// Restricts this process to `count` cores, starting with core `first`; 0 allows all.
 void useCores(int count, int first = 0);
 
 }  // namespace fields

@@ -7,18 +7,19 @@
 
 namespace turns {
 
-/// Work that is compared with other work.
+/// One of the tasks that a benchmark compares.
 struct Work {
-  std::function<void()> prepare;  ///< before each turn; its time does not count
+  std::function<void()> prepare;  ///< runs before each turn and is not timed
   std::function<void()> run;
 };
 
-/// The seconds that a run of each takes. They are done in turns, of a fiftieth of a second or one
-/// run: what slows the machine for longer than that slows all of them, and what slows it for less
-/// does not count, since of the turns of each it is the fastest.
+/// Returns the seconds that one run of each task takes. The tasks alternate, in turns of a fiftieth
+/// of a second or at least one run, and the fastest turn of each counts. A slowdown of the machine
+/// that lasts longer than a turn therefore affects all tasks, and a shorter one affects none of the
+/// fastest turns.
 std::vector<double> seconds(benchmark::State& state, const std::vector<Work>& works);
 
-/// What benchmarks of work in turns have in common.
+/// Settings that are common to all benchmarks of alternating tasks.
 void compare(benchmark::internal::Benchmark* comparison);
 
 }  // namespace turns

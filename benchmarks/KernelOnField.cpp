@@ -26,7 +26,7 @@ KernelOnField::KernelOnField(const std::vector<float>& positions)
       d_pos_.upload() == cudaSuccess;
   if (!ready_) return;
   setOrder(2);
-  run();  // the first touch of the buffers
+  run();  // so that the timed runs do not include page faults
 }
 
 void KernelOnField::setOrder(int order) { setCudaIntegratorParameters("RectangularPiston", order); }

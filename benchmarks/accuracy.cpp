@@ -12,13 +12,15 @@
 #include "FastNearfield/packs/PackedPressure.h"
 #include "support/LiteralPressure.h"
 
-// The accuracy of the evaluations for a piston of 5λ × 7.5λ, as data files of two columns or more:
+// Measures the accuracy of the evaluations for a piston of 5λ × 7.5λ and writes data files of two
+// or more columns:
 //
 //   accuracy <folder>
 //
-// order.dat: error over peak against the order, of the rule alone and of the kernel in single
-// precision, on the plane y = 0, x ≤ 3.75λ, λ/4 ≤ z ≤ 15λ. distance.dat: error against kR, in units
-// of the precision, of the kernel at order 64 and of the evaluation on the CPU in both precisions.
+// order.dat has the error relative to the peak against the order, for the rule alone and for the
+// kernel in single precision, on the plane y = 0, x ≤ 3.75λ, λ/4 ≤ z ≤ 15λ. distance.dat has the
+// error against kR, in units of the precision, for the kernel at order 64 and for the evaluation on
+// the CPU in both precisions.
 
 namespace {
 
@@ -111,7 +113,7 @@ void againstDistance(std::ostream& out) {
       const float cosine = unit(random), angle = 6.2831853f * unit(random);
       const float sine = std::sqrt(1 - cosine * cosine);
       const Position p{R * sine * std::cos(angle), R * sine * std::sin(angle), R * cosine};
-      // Nearer to a plane of symmetry the kernels take one part of an edge twice.
+      // Closer to a plane of symmetry, the kernels double one part of an edge.
       if (std::min(std::fabs(p.x), std::fabs(p.y)) > 1e-7f) points.push_back(p);
     }
     const std::vector<C> exact = literal(points, 200);

@@ -13,13 +13,13 @@
 #include "benchmarks/KernelOnField.h"
 #include "core/Progress.h"
 
-// How the kernel, on one core or the GPU, compares with the same formula and with the plain double
-// sum as one would write them down in C++, and the evaluation on the CPU with its literal loop:
-// work done in turns.
+// Compares the kernel, on one core or the GPU, with straightforward C++ code for the same formula
+// and for the double sum over the piston, and compares the evaluation on the CPU with a literal
+// loop. The tasks alternate.
 
 namespace {
 
-/// The method as it is written, in single precision, one point after the other.
+/// A straightforward implementation of the formula in single precision, one point at a time.
 class ScalarPiston {
  public:
   explicit ScalarPiston(int order) : x_(static_cast<std::size_t>(order)), w_(x_.size()) {
@@ -58,8 +58,8 @@ class ScalarPiston {
   std::vector<float> x_, w_;
 };
 
-/// How many times faster the kernel is with a rule of this order than `pressure(x, y, z)`, which is
-/// called for so many points of the cloud.
+/// How many times faster than `pressure(x, y, z)` the kernel is, per point, with a rule of this
+/// order. `pressure` is timed on a cloud of `points` points.
 template <class Pressure>
 double timesFaster(benchmark::State& state, int order, int points, const Pressure& pressure) {
   KernelOnField kernel(fields::cloud(1000000));
@@ -90,7 +90,7 @@ void toScalar(benchmark::State& state) {
 }
 BENCHMARK(toScalar)->ArgName("order")->Arg(10)->Arg(64)->Apply(turns::compare);
 
-/// (k/2π)·∬ exp(−ikR)/R dS as the sum over cells of the piston, in single precision.
+/// (k/2π)·∬ exp(−ikR)/R dS as a sum over cells of the piston, in single precision.
 std::complex<float> cellSum(int cellsAWavelength, float x, float y, float z) {
   const int across = 5 * cellsAWavelength, along = 15 * cellsAWavelength / 2;
   const float dx = fields::s / static_cast<float>(across),
@@ -108,7 +108,7 @@ std::complex<float> cellSum(int cellsAWavelength, float x, float y, float z) {
   return {re * factor, im * factor};
 }
 
-/// The error of the sum over the largest pressure, at some points of the cloud.
+/// The error of the sum at some points of the cloud, relative to the largest pressure.
 double cellSumError(int cellsAWavelength) {
   const std::vector<float> positions = fields::cloud(300);
   const ScalarPiston exact(64);
@@ -123,7 +123,7 @@ double cellSumError(int cellsAWavelength) {
   return error / peak;
 }
 
-/// With the fewest cells whose error stays below 1e-3.
+/// Uses the smallest number of cells for which the error is at most 1e-3.
 void toDoubleSum(benchmark::State& state) {
   static const int cells = [] {
     int enough = 2;

@@ -9,8 +9,9 @@
 #include "benchmarks/Fields.h"
 #include "host/MexHost.h"
 
-// The whole call, as a host makes it, its progress lines going to a file. `in_kernel` is the time
-// of the kernel for the same list in single precision, in turns with the call, against the call's.
+// Times the whole call, made as a host makes it, with its progress lines sent to a file.
+// `in_kernel` is the kernel's share of that time: the single-precision kernel is timed for the same
+// list, alternating with the call.
 
 namespace {
 

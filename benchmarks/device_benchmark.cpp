@@ -7,19 +7,19 @@
 #include "core/DeviceBuffer.h"
 #include "core/cudahelper.h"
 
-// What a call pays beside its kernel: start and release of the device, and the copies.
+// What a call costs besides its kernel: starting and releasing the device, and the copies.
 
 namespace {
 
 void startAndRelease(benchmark::State& state) {
-  std::cout.setstate(std::ios::failbit);  // what it says of unknown devices
+  std::cout.setstate(std::ios::failbit);  // discards the lines about unknown devices
   for (auto _ : state) const pistonfield::CudaDeviceThread device;
   std::cout.clear();
 }
 BENCHMARK(startAndRelease)->UseRealTime()->Unit(benchmark::kMicrosecond);
 
 #if defined(CUDART_VERSION)  // the emulation device works in the host's memory
-/// The bytes of so many points: 12 to the device, 8 back.
+/// Copies 12 bytes per point to the device and 8 bytes per point back.
 void copies(benchmark::State& state) {
   const auto points = static_cast<std::size_t>(state.range(0));
   std::vector<char> positions(points * 12), pressures(points * 8);

@@ -7,8 +7,8 @@
 #include "benchmarks/KernelOnField.h"
 #include "benchmarks/limit/Limit.h"
 
-// The times of the kernel for a list of points, and of the integrand alone. The rate is that of the
-// integrand's values: nodes a second.
+// Times the kernel for a list of points, and the integrand alone. The reported rate is the number
+// of evaluations of the integrand, or nodes, per second.
 
 namespace {
 

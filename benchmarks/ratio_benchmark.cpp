@@ -10,14 +10,14 @@
 #include "benchmarks/KernelOnField.h"
 #include "benchmarks/limit/Limit.h"
 
-// How the kernel for a list of points compares with the integrand alone, with itself on one core,
-// and with itself at other numbers of points and orders: work done in turns.
+// Compares the kernel for a list of points with the integrand alone, with itself on one core, and
+// with itself at other numbers of points and other orders. The tasks alternate.
 
 namespace {
 
 using Field = std::vector<float>(int points);
 
-/// The x of y ~ at^x: the least squares of the logarithms.
+/// The exponent e in y ~ at^e, by a least-squares fit to the logarithms.
 double exponent(const std::vector<double>& at, const std::vector<double>& y) {
   const auto n = static_cast<double>(at.size());
   double sx = 0, sy = 0, sxx = 0, sxy = 0;
@@ -31,8 +31,8 @@ double exponent(const std::vector<double>& at, const std::vector<double>& y) {
   return (n * sxy - sx * sy) / (n * sxx - sx * sx);
 }
 
-/// Nodes a second, over those of the integrand alone on one core or the GPU. Arguments: points,
-/// order, cores (0: all).
+/// The nodes per second of the kernel relative to those of the integrand alone on one core or the
+/// GPU. Arguments: points, order, cores (0: all).
 void toIntegrand(benchmark::State& state, Field* layOut) {
   KernelOnField kernel(layOut(static_cast<int>(state.range(0))));
   if (!kernel.isReady()) return state.SkipWithError(KernelOnField::notReady);
@@ -51,7 +51,8 @@ void toIntegrand(benchmark::State& state, Field* layOut) {
   state.counters["ahead"] = share * seconds[2] / seconds[0];
 }
 
-/// The speed on all cores over the mean of that on each: neighbours slow one more than another.
+/// The speed on all cores relative to the mean speed of the single cores. All cores are measured,
+/// since other load may slow some of them more than others.
 void ofCores(benchmark::State& state, Field* layOut) {
   KernelOnField kernel(layOut(1000000));
   if (!kernel.isReady()) return state.SkipWithError(KernelOnField::notReady);
@@ -72,7 +73,7 @@ void ofCores(benchmark::State& state, Field* layOut) {
   state.counters["ratio"] = all / alone;
 }
 
-/// How the time grows on one core: as the number of points to this power.
+/// Reports e, where the time on one core grows as the number of points to the power e.
 void growthWithPoints(benchmark::State& state, Field* layOut) {
   KernelOnField kernels[] = {KernelOnField(layOut(100000)), KernelOnField(layOut(1000000)),
                              KernelOnField(layOut(10000000))};
@@ -89,7 +90,7 @@ void growthWithPoints(benchmark::State& state, Field* layOut) {
   fields::useCores(0);
 }
 
-/// The same, as the order to this power.
+/// The same for the growth with the order.
 void growthWithOrder(benchmark::State& state, Field* layOut) {
   KernelOnField kernel(layOut(100000));
   if (!kernel.isReady()) return state.SkipWithError(KernelOnField::notReady);

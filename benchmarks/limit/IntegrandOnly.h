@@ -7,8 +7,8 @@
 
 namespace limit {
 
-/// `memory` holds what differs from lane to lane, z and σ, and then receives the sums, lest anybody
-/// leave out what is not wanted. Returns the number of values.
+/// `memory` holds z and σ, which differ from lane to lane. It receives the sums, so that the
+/// compiler cannot remove the computation. Returns the number of evaluations.
 template <class Set>
 std::int64_t evaluateIntegrand(float* memory, bool ahead) {
   using Pack = pistonfield::Pack<Set>;

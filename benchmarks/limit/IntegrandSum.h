@@ -4,9 +4,9 @@
 
 namespace limit {
 
-/// The sum of the integrand at d² + σ², for one pair of σ after the other and two d: four values a
-/// round, from registers and into registers. `ahead`: with the roots and quotients of the next
-/// round on their way, as the packs do it.
+/// The sum of the integrand at d² + σ² over successive pairs of σ and two values of d: four
+/// evaluations per round, with all operands in registers. If `ahead` is set, each round starts the
+/// roots and quotients of the next one, as the kernels on packs do.
 template <class V>
 PISTONFIELD_HOST_DEVICE inline pistonfield::ComplexPair<V> integrandSum(V z, V sigma, int rounds,
                                                                         bool ahead) {

@@ -19,7 +19,7 @@ std::int64_t integrandOnly(bool ahead) {
 #else
   const std::int64_t nodes = evaluateNeon(memory, ahead);
 #endif
-  sink = memory[0];  // so that nobody leaves the work out
+  sink = memory[0];  // so that the compiler cannot remove the work
   return nodes;
 }
 

@@ -4,10 +4,10 @@
 
 namespace limit {
 
-/// Evaluates nothing but the integrand, in the same form as the kernels, and returns how often:
-/// value by value, or with the roots and quotients of the next values on their way, as the kernels
-/// do it. On the emulation device on the calling thread, with the instruction set that kernels use
-/// there.
+/// Evaluates only the integrand, in the same form as the kernels, and returns the number of
+/// evaluations. If `ahead` is set, the roots and quotients of the next values are started before
+/// the current ones are used, as in the kernels; otherwise value by value. On the emulation device
+/// it runs on the calling thread with the kernels' instruction set.
 std::int64_t integrandOnly(bool ahead);
 
 }  // namespace limit
