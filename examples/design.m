@@ -1,9 +1,9 @@
 % A design loop: finds the smallest square piston with a narrow enough beam at a depth: design.png
 %
-% Goal: at a depth of 100 mm the beam is at most 12 mm wide at half the pressure (-6 dB).  In the far
-% field the beam of a piston of side a is sinc (a sin (alpha) / lambda), 1.207 lambda z / a wide.  A
-% larger piston has a narrower beam, until the depth is no longer in the far field and the beam is as wide
-% as the piston.  Depending on the goal, a smallest side exists, or no side meets it.
+% Goal: at a depth of 100 mm the beam is at most 12 mm wide at half the pressure (-6 dB). In the far field
+% the beam of a piston of side a is sinc (a sin (alpha) / lambda), 1.207 lambda z / a wide. A larger
+% piston has a narrower beam, until the depth is no longer in the far field and the beam is as wide as the
+% piston. Some goals cannot be met by any side.
 
 lambda = 1500 / 1e6;                        % 1 MHz in water, in metres
 k = 2 * pi / lambda;
@@ -33,7 +33,7 @@ while (side - toosmall > 1e-5)
 end
 width = widthof (side);
 sideexpected = 1.207 * lambda * depth / goal;
-fprintf ('side %.2f mm: %.3f mm wide at %g mm; the far field''s formula gives %.2f mm\n', ...
+fprintf ('side %.2f mm: %.3f mm wide at %g mm; the far-field formula gives %.2f mm\n', ...
          side * 1e3, width * 1e3, depth * 1e3, sideexpected * 1e3);
 
 picture = newpicture (900, 560);

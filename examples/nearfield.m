@@ -7,9 +7,9 @@
 %   |p| = 2 |F(u)|^2,    F(u) = integral of exp (-i pi t^2 / 2), t = 0 ... u
 %
 % Far away F(u) = u, so that |p| = 2 u^2 = a^2 / (lambda z), which is S / (lambda z) as for any piston.
-% The last maximum is the first one of |F(u)|, at u = 1.2094: z = 0.342 a^2 / lambda.
-% The next term of F gives |p| = 2 u^2 (1 - pi^2 u^4 / 45).  So |p| is within a fraction e of 1/z
-% from z = a^2 / lambda * pi / (2 sqrt (45 e)) on.
+% The last maximum is the first one of |F(u)|, at u = 1.2094: z = 0.342 a^2 / lambda. The next term of
+% F gives |p| = 2 u^2 (1 - pi^2 u^4 / 45). So |p| differs from 1/z by less than a fraction e for z >
+% a^2 / lambda * pi / (2 sqrt (45 e)).
 
 lambda = 1500 / 1e6;                        % 1 MHz in water, in metres
 k = 2 * pi / lambda;

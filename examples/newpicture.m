@@ -1,6 +1,6 @@
 % picture = newpicture (width, height)
 %
-% Returns an empty, hidden figure of that many pixels.
+% Returns an empty, hidden figure of this size in pixels.
 
 function picture = newpicture (width, height)
 

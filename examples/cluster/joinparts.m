@@ -45,7 +45,7 @@ function result = joinparts (folder)
       expected = 1;
     end
     if (~ isequaln (part.field, field))     % fields may hold NaN
-      error ('joinparts:field', '%s belongs to another field than the first part.', name);
+      error ('joinparts:field', '%s and the first part belong to different fields.', name);
     end
     if (~ strcmp (part.version, version_))
       error ('joinparts:version', '%s was computed by %s, the first part by %s.', name, part.version, ...

@@ -46,7 +46,7 @@ bool isReady(Precision precision) {
   return false;
 }
 
-/// A size of the grid as launchers take it.
+/// Converts a grid size to the launchers' type.
 int launched(unsigned size) { return static_cast<int>(size); }
 
 /// Prints the first two results.

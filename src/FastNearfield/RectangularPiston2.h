@@ -88,9 +88,9 @@ class RectangularPistonCuda2 : public Piston {
   };
 
   /// Returns the pressure at one point. `f` holds its k, z and expKz; x1 … y2 are as above; `scale`
-  /// is the factor before the bracket. k and z are not read. The result is NaN at the three corners
-  /// where an interval of zero length meets s2 = 0. Not re-entrant: it writes to the piston's
-  /// rules.
+  /// is the factor before the bracket. The arguments k and z are not read. The result is NaN at the
+  /// three corners where an interval of zero length meets s2 = 0. Not re-entrant: it writes to the
+  /// piston's rules.
   template <class T>
   std::complex<T> doFastNearfield_Private(FirstIntegral<T>& f, const T& x1, const T& x2,
                                           const T& y1, const T& y2, const T& k, const T& z,

@@ -49,7 +49,7 @@ class DefaultErrorHandler : public ErrorHandler {
   static DefaultErrorHandler theDefaultErrorHandler;
 };
 
-/// Hands a condition to the current handler.
+/// Passes a condition to the current handler.
 void fail(const char* condition, SourceLocation location);
 
 }  // namespace pistonfield

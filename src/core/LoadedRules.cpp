@@ -5,7 +5,7 @@
 namespace pistonfield {
 namespace {
 
-/// The thread that loaded the rule of each precision; none where there is no rule.
+/// The thread that loaded the rule of each precision, or none if there is no rule.
 struct Loaders {
   std::thread::id ofSingle, ofDouble;
 } loaders;

@@ -19,7 +19,7 @@ constexpr SourceLocation releaseLocation{"src/core/cudahelper", 25};
 int scopes = 0;
 
 DeviceUse enter() {
-  const int device = fastestDevice();  // also in a nested scope: it prints
+  const int device = fastestDevice();  // also in a nested scope, because it prints lines
   if (++scopes > 1) return {};
   forgetRules();  // what was loaded outside of a scope may be on another device
   return enterDevice(device);

@@ -29,12 +29,12 @@ struct Device {
 class TestControl {
  public:
   /// Makes the nth call from now (1 is the next) of `function`, or of any function if it is empty,
-  /// return `error` and do nothing. With `lasting`, all such calls after it do so too.
+  /// return `error` and do nothing. With `lasting`, all later such calls fail as well.
   virtual void failCall(const std::string& function, int nth, cudaError_t error, bool lasting) = 0;
 
   virtual void pretendDevices(const std::vector<Device>& devices) = 0;
 
-  /// Gives the device memory of its own, like a GPU's, so that launchers allocate and copy.
+  /// Gives the device its own memory, like a GPU's, so that launchers allocate and copy.
   virtual void separateMemory() = 0;
 
   /// Fills memory from cudaMalloc with 0xFF bytes, which read as NaN.

@@ -82,7 +82,7 @@ struct Avx512 {
 /// For machines whose division is the bottleneck: one of two quotients is computed by
 /// multiplications.
 struct Avx512SlowDivision : Avx512 {
-  /// Correctly rounded, like a division, in the SecondQuotientRange: there the quotient is no
+  /// Correctly rounded, like a division, in the SecondQuotientRange: there the quotient is not
   /// subnormal, and its remainder is a float.
   ///
   /// 1/y is an estimate, accurate to 2^-14, times the first terms of a geometric series. The

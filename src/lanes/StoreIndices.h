@@ -1,7 +1,7 @@
 #pragma once
 
 // For instruction sets that cannot compress a register: two ways to store first + n for each lane n
-// whose bit is set in `lanes`. Templates, so that they are tied to a set.
+// whose bit is set in `lanes`. They are templates, so that each is tied to a set.
 
 namespace pistonfield {
 

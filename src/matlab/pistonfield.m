@@ -58,7 +58,7 @@
 % the process.  pistonfield ('info') prints the build date and the revision.  Ctrl-C
 % ends a long call.
 %
-% Example: the pressure on the axis of a piston of 1 MHz in water
+% Example: the pressure on the axis of a piston at 1 MHz in water
 %
 %   lambda = 1500 / 1e6;                      % m
 %   z = linspace (lambda, 40 * lambda, 200);

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # mpi.sh <octave-cli> <folder of the module>
 #
-# A field in one process, in two of mpirun, in three of them and in three jobs of an array that are run
-# by hand: the same values bit for bit. What is not a whole field is not put together.
+# Computes a field in one process, in two and three processes of mpirun, and in three jobs of a job array run
+# by hand. The values must agree bit for bit, and an incomplete field must not be joined.
 set -euo pipefail
 octave=$1 module=$2
 cd "$(dirname "$0")/../.."
@@ -55,7 +55,7 @@ array/part-0003-of-0003.mat" ]]
   part = load ('$work/three/part-0002-of-0003.mat');
   assert ([part.first, part.last], floor ([1, 2] * numel (p) / 3) + [1, 0]);"
 
-# One of a job array again, alone.
+# Computes one part of a job array again.
 rm "$work/array/part-0002-of-0003.mat"
 fails "Of 3 parts in $work/array these are missing: 2." join "$work/array"
 PARTS=3 SLURM_ARRAY_TASK_ID=1 SLURM_ARRAY_TASK_MIN=1 SLURM_ARRAY_TASK_COUNT=1 \
@@ -64,7 +64,7 @@ rm "$work/array/field.mat"
 join "$work/array"
 "${run[@]}" "assert (isequal (load ('$work/array/field.mat'), load ('$work/three/field.mat')));"
 
-# A part that was never finished does not count; others' do not fit.
+# An unfinished part does not count, and parts of another field are rejected.
 fails "There are no parts" join "$work/refused"
 cp "$work/two/part-0001-of-0002.mat" "$work/refused"
 head -c 1000 "$work/two/part-0002-of-0002.mat" >"$work/refused/oct-abcdef.tmp"
@@ -73,7 +73,7 @@ cp "$work/three/part-0002-of-0003.mat" "$work/refused"
 fails "There are parts of a run with 2 and of a run with 3 processes" join "$work/refused"
 mv "$work/refused/part-0002-of-0003.mat" "$work/refused/part-0002-of-0002.mat"
 fails "does not hold the expected points" join "$work/refused"
-for change in "part.field.k *= 2;belongs to another field" "part.version = 'x';was computed by x" \
+for change in "part.field.k *= 2;belong to different fields" "part.version = 'x';was computed by x" \
   "part.last -= 1; part.p(end) = [];The last part does not end"; do
   "${run[@]}" "part = load ('$work/two/part-0002-of-0002.mat'); ${change%;*};
         save ('-v6', '$work/refused/part-0002-of-0002.mat', '-struct', 'part');"
@@ -81,7 +81,7 @@ for change in "part.field.k *= 2;belongs to another field" "part.version = 'x';w
 done
 [[ ! -e $work/refused/field.mat ]]
 
-# Files that are no parts stay out; a field may hold what is no number.
+# Other files are ignored, and a field may contain NaN.
 mkdir "$work/others"
 "${run[@]}" "f = clusterfield (); [f.x, f.y, f.z] = deal ([0, NaN], 0, 1e-3); computepart ('$work/others', f);"
 for name in part-x-of-y part-1-of-2 "part-0001-of-0001 (1)"; do
@@ -92,7 +92,7 @@ done
 rm "$work/others/part-0001-of-0001.mat"
 fails "There are no parts" join "$work/others"
 
-# A full disk, which is told like a file that may not grow.
+# A limit on the file size stands in for a full disk.
 mkdir "$work/full"
 for whole in part join; do
   limited() { (trap '' XFSZ; ulimit -f 1000; "$whole" "$work/full"); }
@@ -101,7 +101,7 @@ for whole in part join; do
   part "$work/full"
 done
 
-# More points than a MAT file holds; launchers that say nonsense; no folder.
+# More points than a MAT file can hold, launchers that set invalid ranks, and a missing folder.
 large="f = clusterfield (); f.x = f.y = zeros (1, 2 ^ 14);"
 fails "start more processes" "${run[@]}" "$large computepart ('$work/refused', f);"
 "${run[@]}" "part = load ('$work/one/part-0001-of-0001.mat'); $large part.field = f;

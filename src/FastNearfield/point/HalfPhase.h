@@ -11,7 +11,7 @@ namespace pistonfield {
 /// fraction comes from the exact product. k/2π is a sum of two floats, since one float would be off
 /// by up to k·path·2^-25 everywhere.
 ///
-/// Up to 10^5 half turns, the error of these products is at most 6.5·2^-24. Beyond, the second
+/// Up to 10^5 half turns, the error of these products is at most 6.5·2^-24. Beyond that, the second
 /// float moves the fraction past 1/2, where the polynomials are less accurate. The error grows to
 /// some 10^-3 at four million half turns, still less than the error from rounding the path.
 template <class V>

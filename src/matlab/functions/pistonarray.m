@@ -52,7 +52,7 @@
 %
 % Points are evaluated in pieces; Ctrl-C ends the work.
 %
-% Example: 64 elements of 1 MHz in water, focused 60 mm ahead and 20 mm to the side
+% Example: 64 elements at 1 MHz in water, focused 60 mm ahead and 20 mm to the side
 %
 %   lambda = 1500 / 1e6;                      % m
 %   array.l = 15 * lambda;
@@ -128,7 +128,7 @@ end
 %! [X, Z] = ndgrid ((-60:60) * 0.1e-3, (1:60) * 0.2e-3);
 %! plane = [X(:)'; zeros(1, numel (X)); Z(:)'];
 %! errorof = @(q, best) max (abs (q - best)) / max (abs (best));
-%! for weights = {ones(1, 32), (-1) .^ (1:32)}          # the latter cancel each other
+%! for weights = {ones(1, 32), (-1) .^ (1:32)}          # alternating weights nearly cancel
 %!   tall.weights = weights{1};
 %!   [p, w, order] = pistonarray (plane, tall, 2 * pi * 5e6 / 1500);
 %!   best = pistonarray (plane, tall, 2 * pi * 5e6 / 1500, 512);

@@ -33,7 +33,7 @@
 % its peak at any point.  The search takes longer than the pressure of a small grid: in a
 % loop over small grids, pass the order that the first call returned.
 %
-% Example: the plane y = 0 of a piston of 1 MHz in water
+% Example: the plane y = 0 of a piston at 1 MHz in water
 %
 %   lambda = 1500 / 1e6;                      % m
 %   x = (-75:75) * lambda / 15;

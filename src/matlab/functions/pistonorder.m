@@ -85,7 +85,7 @@ end
 %! [X, Y, Z] = ndgrid (linspace (-6, 6, 7), linspace (-6, 6, 7), [0.5, 2, 10, 40]);
 %! points = [X(:)'; Y(:)'; Z(:)'];
 %! best = pistonfield_quiet (points, 0, 7.5, 5, 2 * pi, "cuda", 512);
-%!test # from the returned order on all errors are below the tolerance; that of the order before is not
+%!test # errors are below the tolerance from the returned order on; that of the previous order is not
 %! for tolerance = [1e-2, 1e-3, 1e-5]
 %!   [order, err] = pistonorder (points, 7.5, 5, 2 * pi, tolerance);
 %!   errors = arrayfun (@(n) max (abs (pistonfield_quiet (points, 0, 7.5, 5, 2 * pi, "cuda", n) - best)), 1:128) ...

@@ -323,10 +323,10 @@ end
 %! assert ({drawn.bar, drawn.range, drawn.title}, {"angle of p / degrees", [-90, 90], "y = 0 mm"});
 %! assert (shown (x, 0, z, p, "Label", "intensity").bar, "intensity");
 %! assert (shown (x, 0, z, p, "dB", [], "unit", "Pa").bar, "|p| / dB, 0 = 4 Pa");
-%!test # NaN is not drawn as silence
+%!test # NaN is not drawn as zero pressure
 %! drawn = shown (x, 0, z, [1, 2; NaN, 3; 0, 5], "dB").data;
 %! assert (isnan (drawn(2,1)) && drawn(3,1) == -40);
-%!test # the unit changes where the number would round to 1000; a silent plane has no level
+%!test # the unit changes where the number would round to 1000; a plane of zero pressure has no level
 %! assert (shown (x, 0, z, 249.9 * p, "dB", "unit", "Pa").bar, "|p| / dB, 0 = 1 kPa");
 %! assert (shown (x, 0, z, 0 * p, "dB", "unit", "Pa").bar, "|p| / dB, largest = 0");
 %!test # axes are drawn in the named unit; values too large for metres are rejected

@@ -1,7 +1,7 @@
 % p = arraypressure (points, array, k, nabscissas, name, quiet)
 %
-% Returns the sum of the weighted pressures of an array from readarray. Long work shows a progress bar
-% with that name, unless quiet is true.
+% Returns the sum of the weighted pressures of an array from readarray. Long work shows a progress
+% bar, with name as its title, unless quiet is true.
 
 function p = arraypressure (points, array, k, nabscissas, name, quiet)
 

@@ -1,7 +1,7 @@
 % checklengths (name, sides, coordinates)
 %
-% Raises an error of the function of that name if the square of a length is out of range in single
-% precision. pistonfield does not check this.
+% Raises an error if the square of a length is out of range in single precision. The identifier
+% of the error begins with name. pistonfield does not check this.
 
 function checklengths (name, sides, coordinates)
 

@@ -1,6 +1,7 @@
 % checkpoints (name, points)
 %
-% Raises an error of the function of that name unless points is a list of points.
+% Raises an error unless points is a list of points. The identifier of the error begins
+% with name.
 
 function checkpoints (name, points)
 

@@ -1,7 +1,8 @@
 % order = defaultorder (name, points, array, k)
 %
 % Returns the order with an error below 1e-4 of the peak pressure at the points, for an array from
-% readarray. Raises an error of the function of that name if there is no such order.
+% readarray. Raises an error if there is no such order. The identifier of the error begins with
+% name.
 
 function order = defaultorder (name, points, array, k)
 

@@ -52,7 +52,7 @@ function some = hardestpoints (points, array, k, tolerance)
 end
 
 % Estimates the order that the pressure of a piston needs at each of the points for an error below the
-% tolerance. The estimate is good enough to rank the points, but is no bound.
+% tolerance. The estimate is good enough to rank the points, but is not a bound.
 
 function orders = ordersfor (points, l, s, k, tolerance)
 
@@ -85,9 +85,9 @@ function orders = foredge (along, side, beside, z, k, tolerance)
 
 end
 
-% Returns a quarter of the phase difference between the ends, plus the order required by a singularity
-% whose squared distance from the line is squared. The latter follows from the ellipse through the
-% singularity with its foci at the ends.
+% Returns a quarter of the phase difference between the ends, plus the order that a singularity
+% requires. squared is the square of the singularity's distance from the line. That order
+% follows from the ellipse through the singularity whose foci are the ends.
 
 function orders = forinterval (first, last, squared, k, ratio)
 

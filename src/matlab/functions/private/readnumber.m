@@ -1,7 +1,7 @@
 % number = readnumber (name, argument, value)
 %
-% Returns the value as a double. Raises an error of the function of that name, about the argument of that
-% name, unless the value is a finite real number.
+% Returns the value as a double. Raises an error unless the value is a finite real number. The
+% message names argument, and the identifier of the error begins with name.
 
 function number = readnumber (name, argument, value)
 

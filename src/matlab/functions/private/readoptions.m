@@ -1,7 +1,7 @@
 % [nabscissas, quiet] = readoptions (name, options)
 %
-% Reads the optional last arguments of the function of that name: the quadrature rule, empty if omitted,
-% and 'quiet'.
+% Reads the optional last arguments of a public function: the quadrature rule, empty if omitted, and
+% 'quiet'. The identifiers of its errors begin with name, the name of that function.
 
 function [nabscissas, quiet] = readoptions (name, options)
 

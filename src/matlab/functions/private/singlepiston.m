@@ -1,6 +1,6 @@
 % array = singlepiston (l, s)
 %
-% Returns the array of one piston, complete as from readarray.
+% Returns an array of one piston, in the form that readarray returns.
 
 function array = singlepiston (l, s)
 
