@@ -29,7 +29,7 @@ def room_of(file):
 
 
 def target_of(file, name):
-    """The room or library that an #include refers to, or None for one that every file may include."""
+    """The folder or library that an #include refers to, or None if every file may include it."""
     if name.startswith("<pistonfield/"):
         name = f'"{name[len("<pistonfield/"):-1]}"'
     if name.startswith("<"):

@@ -11,8 +11,8 @@
 #include "FastNearfield/packs/PackedPressure.h"
 #include "support/LiteralPressure.h"
 
-// How right single precision is on the emulation device: a piston of 5λ × 7.5λ at 1 MHz in water,
-// in SI units, against the formula in double precision.
+// The accuracy of single precision on the emulation device, against the formula in double
+// precision, for a piston of 5λ × 7.5λ at 1 MHz in water in SI units.
 
 using pistonfield::Complex;
 using support::HalfRule;
@@ -31,15 +31,15 @@ class Points {
   }
 
   struct Errors {
-    double overPeak = 0;   // the largest error over the largest pressure
-    double overBound = 0;  // the largest ratio of the error to what is promised
+    double overPeak = 0;   // the largest error relative to the largest pressure
+    double overBound = 0;  // the largest ratio of the error to the promised bound
     double overKR = 0;     // the largest error in units of 2^-24·kR
   };
 
-  /// With a rule of this order, against the exact pressure.
+  /// The errors with a rule of this order against the exact pressure.
   Errors errors(int order) const { return errors(order, HalfRule<double>(200)); }
 
-  /// Against what the same rule gives without rounding.
+  /// The errors against the same rule evaluated without rounding.
   Errors roundingErrors(int order) const { return errors(order, HalfRule<float>(order)); }
 
  private:
@@ -71,7 +71,7 @@ class Points {
 
 class AccuracyTest : public testing::Test {
  protected:
-  /// Tells the measured error in the report of the tests.
+  /// Adds the measured error to the test report.
   static void record(double error) {
     std::ostringstream text;
     text << std::setprecision(2) << error;
@@ -88,11 +88,11 @@ TEST_F(AccuracyTest, InFrontOfThePistonTwoMillionthsOfThePeak) {
   Points points;
   for (int n = 0; n < 25000; ++n)  // kR to 400
     points.add(between(-20, 20), between(-20, 20), between(0.01, 55));
-  for (int n = 0; n < 2000; ++n) {  // over edges
+  for (int n = 0; n < 2000; ++n) {  // above edges
     points.add(n % 2 != 0 ? 2.5 : -2.5, between(-6, 6), between(0.01, 55));
     points.add(between(-5, 5), n % 2 != 0 ? 3.75 : -3.75, between(0.01, 55));
   }
-  for (int n = 0; n < 1000; ++n) {  // over corners, and on the axis
+  for (int n = 0; n < 1000; ++n) {  // above corners, and on the axis
     points.add(n % 2 != 0 ? 2.5 : -2.5, n % 4 < 2 ? 3.75 : -3.75, 0.05 * (n + 1));
     points.add(0, 0, 0.05 * (n + 1));
   }
@@ -116,7 +116,7 @@ TEST_F(AccuracyTest, FarAwayTheErrorStaysBelowThreeUnitsOfKR) {
 }
 
 TEST_F(AccuracyTest, OnThePlaneOfThePistonAndBehindItTheRoundingStaysWithinTheBound) {
-  // The rule itself resolves the field there only far from the edges.
+  // Behind the piston the rule resolves the field only far from the edges.
   Points points;
   for (int n = 0; n < 5000; ++n) {
     points.add(between(-10, 10), between(-10, 10), 0);

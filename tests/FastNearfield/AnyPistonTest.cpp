@@ -14,8 +14,8 @@
 #include "support/AnyScene.h"
 #include "support/LiteralPressure.h"
 
-// What docs/accuracy.md promises of single precision on the emulation device, over all that it
-// promises it for: any piston, order and point, against the formula in double precision.
+// Checks what docs/accuracy.md promises for single precision on the emulation device, for any
+// piston, order and point, against the formula in double precision.
 
 using pistonfield::Complex;
 using support::HalfRule;
@@ -39,7 +39,7 @@ class AnyPistonTest : public testing::Test {
 };
 
 TEST_F(AnyPistonTest, AtAnyPointOfAnyPistonTheRoundingStaysWithinThePromise) {
-  double worst[3][2] = {};  // by the band of orders, before and behind the piston
+  double worst[3][2] = {};  // by range of orders, in front of and behind the piston
   for (int n = 0; n < 2500; ++n) {
     const int order = support::anyOrder(random);
     const HalfRule<float> rule(order);
@@ -48,7 +48,8 @@ TEST_F(AnyPistonTest, AtAnyPointOfAnyPistonTheRoundingStaysWithinThePromise) {
     const std::vector<std::complex<double>> actual = pressures(scene, rule);
     for (std::size_t i = 0; i < actual.size(); ++i) {
       const auto& [x, y, z] = scene.points[i];
-      // Behind the piston next to an edge much hangs on where the first node lies.
+      // Behind the piston, next to an edge, the result depends strongly on where the first node
+      // lies.
       const std::complex<double> exact =
           z >= 0 ? support::literalPressure(x, y, z, scene.a, scene.b, scene.k, unrounded)
                  : support::literalPressure(x, y, z, scene.a, scene.b, scene.k, rule);
@@ -68,7 +69,8 @@ TEST_F(AnyPistonTest, AtAnyPointOfAnyPistonTheRoundingStaysWithinThePromise) {
 }
 
 TEST_F(AnyPistonTest, UnluckyPointsStayWithinThePromise) {
-  // The worst of some millions that a search has found, of each band of orders, before and behind.
+  // The worst cases that a search over millions of cases has found for each range of orders, in
+  // front of and behind the piston.
   struct Unlucky {
     int order;
     float a, b, k, x, y, z;
@@ -126,9 +128,9 @@ TEST_F(AnyPistonTest, OfSidesUpToTenWavelengthsTheRoundingIsAMillionthOrTwoOfThe
   EXPECT_LE(worst, 3e-6);
 }
 
-/// The largest error at points so far from the plane x = 0, and some as far from y = 0, before a
-/// piston of sides s along x and 1.5·s along y, of five wavelengths by seven and a half. The
-/// lengths are in units of so many metres.
+/// The largest error at points at this distance from the plane x = 0, some of them also from y = 0,
+/// in front of a piston with sides s along x and 1.5·s along y, which are 5 and 7.5 wavelengths.
+/// Lengths are in units of `unit` metres.
 double errorNextToPlane(double s, double distance, double unit) {
   std::mt19937 random(1);
   support::Chance chance(random);
@@ -161,7 +163,7 @@ TEST_F(AnyPistonTest, NextToAPlaneOfSymmetryPointsAreOffByWhatThePageSays) {
     const double within = errorNextToPlane(s, 0.99e-7, 1);
     EXPECT_NEAR(within / error, 1, 0.3) << s;
     EXPECT_LT(errorNextToPlane(s, 1.01e-7, 1), 2e-6) << s;
-    // In millimetres the same points are farther from the plane than the threshold.
+    // In millimetres, the distance of the same points from the plane exceeds the threshold.
     EXPECT_LT(errorNextToPlane(s, 0.99e-7, 1e-3), 2e-6) << s;
   }
 }
@@ -182,7 +184,7 @@ TEST_F(AnyPistonTest, CoordinatesThatFloatsDoNotHoldGiveZeroOrNoNumber) {
     }
     if (std::isfinite(x) && std::isfinite(y) && std::isfinite(z)) continue;
     const bool isNumber = !(std::isnan(x) || std::isnan(y) || !std::isfinite(z));
-    // Half a side makes no difference.
+    // True if half a side is lost when it is added to this distance.
     const bool farAcross = std::abs(x) - scene.a == std::abs(x) + scene.a;
     const bool farAlong = std::abs(y) - scene.b == std::abs(y) + scene.b;
     const std::complex<double> p = pressures(scene, rule)[0];

@@ -2,9 +2,9 @@
 
 #include "support/Step.h"
 
-// The registry of the CUDA runtime's calls: for each public function, the calls that it makes, in
-// order, with the text of the report when one fails. Ways.h makes whole uses of the device of
-// these. A new call in the sources fails EveryCallOfTest until it is listed here.
+// The registry of calls of the CUDA runtime: for each public function, the calls that it makes, in
+// order, and the text of the report if one fails. Ways.h combines them into complete uses of the
+// device. EveryCallOfTest fails for a new call in the sources until the call is listed here.
 
 namespace checked_calls {
 
@@ -25,13 +25,13 @@ using support::unchecked;
 constexpr const char* single = "src/FastNearfield/RectangularPistonCuda";
 constexpr const char* dual = "src/FastNearfield/RectangularPistonCuda.dp";
 
-// The start and the end of every call. A device that is alone is looked at twice.
+// The start and the end of every call. A sole device is queried twice.
 
 inline const Steps choice = {unchecked("cudaGetDeviceCount"), unchecked("cudaGetDeviceProperties"),
                              unchecked("cudaGetDeviceProperties"),
                              unchecked("cudaDeviceGetAttribute")};
 
-// The lines are those that users know from the messages.
+// The line numbers are part of messages that users know.
 inline const Steps start =
     choice +
     Steps{unchecked("cudaGetDevice"), unchecked("cudaSetDevice"), unchecked("cudaGetLastError")} +
@@ -42,7 +42,7 @@ inline const Steps start =
 inline const Steps end =
     in("src/core/cudahelper", {call("cudaDeviceReset", "cudaThreadExit()", 25)});
 
-/// The same where an error unwinds already.
+/// The same while an error is already unwinding.
 inline const Steps silentEnd = {unchecked("cudaDeviceReset")};
 
 // Rules.
@@ -70,7 +70,8 @@ inline Steps order(int order, const std::string& firstAbscissa) {
          table(firstAbscissa) + in(file, {stage("end setCudaIntegratorParameters")});
 }
 
-// Launches, and the launchers on 153 points: 612 bytes of one float each, 1224 of one pair each.
+// Launches, and the launchers on 153 points, which take 612 bytes with one float per point and 1224
+// with a pair.
 
 inline Steps launch(dim3 grid) {
   return {unchecked("cudaLaunchKernel", grid),
@@ -87,7 +88,7 @@ inline const Steps transform_d = {
 
 inline const dim3 gridShape(2, 2);
 
-/// With the launches for the list, which may be several.
+/// `launches` are those for the list; there may be several.
 inline Steps unstructured(std::size_t points, const std::string& shape, const Steps& launches) {
   const std::size_t bytes = 4 * points;
   return in(
@@ -109,7 +110,7 @@ inline Steps unstructured(std::size_t points, const std::string& shape, const St
 
 inline const Steps smallList = unstructured(153, "grid: 1 64 1\n8192", launch(dim3(1, 64)));
 
-/// On the device, for any size.
+/// A `_device` launcher, for any size.
 inline Steps grid_device(const std::string& transformShown, dim3 shape) {
   return in(single,
             Steps{stage("pre RectangularPison_func_device"),
@@ -157,7 +158,7 @@ inline const Steps structured =
                  release("cudaFree(d_posz)"), release("cudaFree(d_posy)"),
                  release("cudaFree(d_posx)"), release("cudaFree(d_arrayr)")});
 
-/// The launchers without a transform, of either precision: do_calculate is never waited for.
+/// The launchers without a transform, of either precision. do_calculate never waits for its kernel.
 inline Steps plain(const char* file, std::size_t bytes, const std::string& before,
                    const Steps& launches, const std::string& after) {
   return in(
@@ -194,7 +195,8 @@ inline const Steps split_d = in(
               release("cudaFree(d_arrayr)"), release("cudaFree(d_arrayi)"),
               release("cudaFree(d_transform)")});
 
-/// A CudaStorage of floats, which is freed with nobody to tell, around what is done with it.
+/// The steps of a CudaStorage of floats, with the steps that use it between its construction and
+/// destruction. A failure of its destructor is not reported.
 inline Steps storage(const Steps& between) {
   const char* const file = "src/core/CudaStorage";
   return in(file, {call("cudaMalloc", "cudaMalloc(&device, bytes)"),

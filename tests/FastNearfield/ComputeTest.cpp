@@ -143,7 +143,7 @@ TEST_F(ComputeTest, TheGridsScaleCountsOnTheCPUAlone) {
 }
 
 TEST_F(ComputeTest, OnTheCPUThreeCornersHaveNoValue) {
-  // x and y of the corners of a piston of 2 along y and 1 along x
+  // the corners of a piston with sides 2 along y and 1 along x
   const Grid3DR<double> corners(2, 2, 1, {1, 0, 0, -0.5, 0, 2, 0, -1, 0, 0, 1, 0.5, 0, 0, 0, 1});
   const auto haveValues = [](const auto& pressures) {
     std::vector<bool> finite;
@@ -163,7 +163,7 @@ TEST_F(ComputeTest, OnTheCPUThreeCornersHaveNoValue) {
   }
 }
 
-/// A transducer that only computes into floats.
+/// A transducer that implements only the computation into floats, and counts its calls.
 class Counting : public pistonfield::Piston {
  public:
   using Piston::compute;
@@ -189,7 +189,7 @@ TEST_F(ComputeTest, OtherTransducersRefuseDoubles) {
   EXPECT_EQ(failure.file, "src/FastNearfield/Transducer");
 }
 
-/// What users of the library call, from the scope of the device on.
+/// The functions that users of the library call inside a scope that holds the device.
 class ComputeInScopeTest : public ComputeTest {
  protected:
   void SetUp() override {
@@ -197,7 +197,7 @@ class ComputeInScopeTest : public ComputeTest {
     if (!IsSkipped()) pistonfield::forgetRules();
   }
 
-  /// The condition that each way of computing on the device reports.
+  /// The condition that is reported by each way of computing on the device.
   std::vector<std::string> conditions() {
     std::vector<float> floats(values);
     std::vector<double> doubles(values);
@@ -267,8 +267,9 @@ TEST_F(ComputeInScopeTest, ARuleThatWasWrittenInPartIsNone) {
         failures = {failureOf([] { setCudaIntegratorParameters("RectangularPiston", 40); })};
       }
       EXPECT_NE(failures.at(0).condition, "");
-      cudaGetLastError();  // which the contract of loading leaves pending
-      // The double rule comes first: its failure leaves the single one as it was, or loads it.
+      cudaGetLastError();  // loading leaves this error pending by contract
+      // The double-precision rule is loaded first. If that fails, the single-precision rule is
+      // either unchanged or loaded.
       const std::vector<std::string> reported = conditions();
       EXPECT_EQ(reported[1].empty(), nth > 3) << nth;
       if (nth > 3) {

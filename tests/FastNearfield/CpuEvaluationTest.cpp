@@ -67,7 +67,7 @@ TYPED_TEST(EdgeIntegralTest, ANodeOnTheEdgeIsNotANumber) {
   const std::complex<T> p = Integ<T>(&odd)(this->f(0), T(-1), T(1));
   EXPECT_TRUE(std::isnan(p.real()));
   EXPECT_TRUE(std::isnan(p.imag()));
-  // Behind the piston the numerator is not 0 there.
+  // Behind the piston the numerator at this node is not 0.
   Integral<T> behind = this->f(0);
   behind.z = -behind.z;
   behind.expKz = std::conj(behind.expKz);
@@ -83,7 +83,7 @@ TYPED_TEST(EdgeIntegralTest, AnEmptyIntervalGivesZeroAndLeavesItsNodes) {
     EXPECT_EQ(this->rule.mappedX[i], T(0.5));
     EXPECT_EQ(this->rule.mappedW[i], T(0));
   }
-  // Reused: weights that the next call would otherwise write are taken as they are.
+  // If the mapped rule is reused, the next call uses this weight; otherwise it would overwrite it.
   this->rule.mappedW[0] = 1;
   EXPECT_NE(this->integral(T(0.25), T(0.5), T(0.5)), std::complex<T>(0, 0));
 }
@@ -95,7 +95,7 @@ TYPED_TEST(EdgeIntegralTest, AnIntervalThatEndsOnTheOutermostNodesReusesThem) {
   EXPECT_EQ(this->integral(T(0.25), lo, hi), first);
   pistonfield::QuadratureRule<T> fresh(100);
   EXPECT_NE(Integ<T>(&fresh)(this->f(T(0.25)), lo, hi), first);
-  // Both ends must meet.
+  // Both ends of the interval must be equal.
   this->integral(T(0.25), lo, std::nextafter(hi, T(2)));
   EXPECT_NE(this->rule.mappedX[0], lo);
 }
@@ -121,7 +121,8 @@ TEST(CpuPressureTest, EveryReferencePointIsWithinTheBoundInBothPrecisions) {
   }
 }
 
-/// How near a point is to the planes through the edges, as a share of the piston's half diagonal.
+/// The distance of a point from the nearest plane through an edge, relative to half the piston's
+/// diagonal.
 template <class T>
 double fromEdges(const std::array<T, 3>& point, T a, T b) {
   const T across = std::abs(std::abs(point[0]) - a), along = std::abs(std::abs(point[1]) - b);
@@ -131,7 +132,7 @@ double fromEdges(const std::array<T, 3>& point, T a, T b) {
 template <class T>
 class CpuAccuracyTest : public testing::Test {
  protected:
-  /// How far the evaluation may be off from its rule without rounding, in units of u·(1 + kR).
+  /// The largest promised rounding error, in units of u·(1 + kR).
   static double promised(double z, double fromEdges) {
     if (z >= 0) return 5;
     return fromEdges > 0.1 ? 12 : 3000;
@@ -152,7 +153,8 @@ TYPED_TEST(CpuAccuracyTest, AtAnyPointOfAnyPistonTheRoundingStaysWithinThePromis
   for (int n = 0; n < 500; ++n) {
     const support::SceneOf<T> scene = support::anyScene<T>(random, 10);
     const T a = scene.a, b = scene.b, k = scene.k;
-    if (std::min(a, b) < T(1e-7)) continue;  // sides of which halves are doubled
+    // Such a side lies wholly in the strip where one half of it is doubled.
+    if (std::min(a, b) < T(1e-7)) continue;
     const RectangularPistonCuda2 piston(2.0 * b, 2.0 * a, k);
     for (const auto& point : scene.points) {
       const auto& [x, y, z] = point;
@@ -175,8 +177,8 @@ TYPED_TEST(CpuAccuracyTest, AtAnyPointOfAnyPistonTheRoundingStaysWithinThePromis
 }
 
 TEST(CpuPressureTest, UnluckyPointsStayWithinThePromise) {
-  // The worst that a search has found in single precision: before the piston, behind it, and behind
-  // it next to an edge.
+  // The worst cases that a search has found in single precision: in front of the piston, behind it,
+  // and behind it next to an edge.
   struct Unlucky {
     float a, b, k, x, y, z;
     double least, promised;
@@ -200,7 +202,7 @@ TEST(CpuPressureTest, UnluckyPointsStayWithinThePromise) {
 }
 
 TEST(CpuPressureTest, NextToAnEdgeTheRulesOwnErrorIsLarger) {
-  // Of 5 × 7.5 wavelengths, at z = 0.
+  // A piston of 5 × 7.5 wavelengths, at z = 0.
   const RectangularPistonCuda2 piston(7.5, 5, 2 * M_PI);
   const support::HalfRule<double> finer(1600);
   const auto error = [&](double distance) {

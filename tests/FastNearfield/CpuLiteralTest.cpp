@@ -9,9 +9,10 @@
 #include "FastNearfield/RectangularPiston2.h"
 #include "FastNearfield/nodes/SineCosine.h"
 
-// The evaluation on the CPU against a second writing of it, step by step: order of calls, of
-// operations and of additions, reuse of the mapped nodes, corners without a value. Bit for bit with
-// the same sines and cosines, and within a bound with the standard library's.
+// Compares the evaluation on the CPU with a second implementation, which fixes each step: the order
+// of calls, operations and additions, the reuse of the mapped nodes, and the corners where the
+// result is NaN. With the same sines and cosines, all bits agree; with those of the standard
+// library, the difference is bounded.
 
 using pistonfield::RectangularPistonCuda2;
 
@@ -19,7 +20,7 @@ namespace {
 
 struct Here;
 
-/// exp(iθ) as the evaluation has it.
+/// exp(iθ) with the sine and cosine of the evaluation.
 template <class T>
 std::complex<T> ownTurn(T theta) {
   const pistonfield::SineCosine<Here, T> e(theta);
@@ -98,7 +99,7 @@ class Transcription {
  private:
   static bool near(T a, T b) { return std::abs(static_cast<double>(a - b)) < 1e-07; }
   static bool split(T a, T b) {
-    const bool aIsNotAbove = !(a > 0);  // a value that is none counts as at most 0
+    const bool aIsNotAbove = !(a > 0);  // NaN counts as at most 0
     return aIsNotAbove == (b > 0);
   }
   static void negate(T* p) {
@@ -172,7 +173,7 @@ class CpuLiteralTest : public testing::Test {
     }
   }
 
-  /// One point by its offsets from the edges, in both writings.
+  /// Compares both implementations at one point, given by its offsets from the edges.
   void expectSame(T x1, T x2, T y1, T y2, T z = T(0.7), T k = T(12.3)) {
     const std::complex<T> expKz(std::cos(-(z * k)), std::sin(-(z * k)));
     typename RectangularPistonCuda2::FirstIntegral<T> f{T(99), k, z, expKz};
@@ -215,7 +216,7 @@ TYPED_TEST(CpuLiteralTest, EveryCaseIsTheSameBitForBit) {
 TYPED_TEST(CpuLiteralTest, LargePhasesAreTheStandardLibrarys) {
   using T = TypeParam;
   const T infinity = std::numeric_limits<T>::infinity();
-  // With the first, some nodes' phases are below 2^28 and some above.
+  // With the first value, the phase is below 2^28 at some nodes and above it at others.
   for (const T k : {T(3e8), T(-3e8), T(1e12), std::numeric_limits<T>::max(), infinity})
     this->expectSame(T(-0.37), T(0.9), T(0.11), T(1.3), T(0.7), k);
   for (const T z : {T(1e30), -infinity}) this->expectSame(T(-0.37), T(0.9), T(0.11), T(1.3), z);
@@ -257,7 +258,7 @@ TYPED_TEST(CpuLiteralTest, AnIntegralIsNearTheOneWithTheStandardLibrarysExponent
 
 TYPED_TEST(CpuLiteralTest, TheFirstCallOfASplitIsItsUpperPart) {
   using T = TypeParam;
-  // Nodes that fit the interval [0, y2], so that whoever asks for it first takes them.
+  // Mapped nodes that match the interval [0, y2], so that the first integral over it uses them.
   auto& rule = const_cast<pistonfield::QuadratureRule<T>&>(this->rule());
   for (std::size_t i = 0; i < 100; ++i) {
     const T node = T(0.9) * static_cast<T>(i) / 99;

@@ -5,7 +5,7 @@
 #include "FastNearfield/IntegratorCuda.h"
 #include "support/DeviceTest.h"
 
-// The tables as the emulation device's kernels read them.
+// The tables that the kernels read on the emulation device.
 extern float global_RectangularPiston_float_x[256];
 extern float global_RectangularPiston_float_w[256];
 extern int global_RectangularPiston_float_N;
@@ -22,7 +22,7 @@ constexpr const char* model = "RectangularPiston";
 
 class DeviceTablesTest : public support::EmulationTest {
  protected:
-  /// The nth copy to a symbol from now fails.
+  /// Makes the nth copy to a symbol fail, counted from now.
   void failCopy(int nth, cudaError_t error) {
     device.failCall("cudaMemcpyToSymbol", nth, error, false);
   }
@@ -133,7 +133,7 @@ TEST_F(DeviceTablesTest, ATableSizeOutOfRangeIsRefusedInBothPrecisions) {
       failureOf([&] { setIntegratorWeightsSym(model, long_x.data(), long_x.data(), 600); });
   EXPECT_EQ(single.condition, "N <= 512 && N>0");
   EXPECT_EQ(single.file, "src/FastNearfield/RectangularPistonCuda");
-  EXPECT_EQ(output(), "set weights float\n-0.5\n");  // the first abscissa comes before the check
+  EXPECT_EQ(output(), "set weights float\n-0.5\n");  // the abscissa is printed before the check
   captureAgain();
 
   const Failure dual =
@@ -194,7 +194,7 @@ TEST_F(DeviceTablesTest, AnUnknownModelHasNoSymbols) {
             "invalid device symbol");
   EXPECT_EQ(output(), "set weights float\n-0.5\nsymbol: \"global_Disc_float_x\"\n");
   captureAgain();
-  cudaGetLastError();  // which a call check leaves pending
+  cudaGetLastError();  // the check of a call leaves it pending
   testing::internal::CaptureStderr();
   setIntegratorWeightsSym_d("Disc", xd.data(), wd.data(), 5);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "Support for double not found\n");

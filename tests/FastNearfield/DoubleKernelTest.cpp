@@ -23,11 +23,11 @@ using support::Uploaded;
 
 namespace {
 
-// Half sides along x and y, and wave number; none of them is a float.
+// Half-width, half-height and wave number, none of which a float represents exactly.
 constexpr double a = 0.7, b = 0.45, k = 12.3;
 
 #if defined(CUDART_VERSION)
-constexpr double deviceTolerance = 1e-5;  // of the device's own roots, sines and cosines
+constexpr double deviceTolerance = 1e-5;  // for the device's own roots, sines and cosines
 #else
 constexpr double deviceTolerance = 0;
 #endif
@@ -40,13 +40,13 @@ std::complex<double> pressure(double x, double y, double z, const HalfRule& rule
   return {p.re, p.im};
 }
 
-/// exp(iθ) by the single-precision functions.
+/// exp(iθ), computed with the single-precision functions.
 std::complex<double> turn(double theta) {
   const auto argument = static_cast<float>(theta);
   return {std::cos(argument), std::sin(argument)};
 }
 
-/// The method as it is written, with the magnitudes, roots, sines and cosines in single precision.
+/// The formula as written, with magnitudes, roots, sines and cosines in single precision.
 std::complex<double> literal(double x, double y, double z, const HalfRule& rule) {
   const std::complex<double> E0 = turn(-k * z);
   const auto F = [&](double d, double lo, double hi) -> std::complex<double> {
@@ -88,7 +88,7 @@ TEST(DoublePressureTest, OnlyRootsSinesCosinesAndMagnitudesAreInSinglePrecision)
 }
 
 TEST(DoublePressureTest, TheThresholdOfTheAxisIsThatOfDoubles) {
-  // Between the float and the double nearest to 1e-7 lies the float itself: it is above.
+  // The float nearest to 1e-7 is above the double nearest to 1e-7.
   const double above = 1e-7F;
   ASSERT_GT(above, 1e-7);
   const HalfRule rule(10);

@@ -15,8 +15,8 @@ using launchers::Values;
 using support::FailingAllocation;
 using ways::Way;
 
-// Every allocation of the host's memory fails that the system makes, below its C++ interface. Those
-// of the tests' own arrays are among them, and are no different to a caller.
+// Makes every allocation of host memory fail, one at a time, in all uses of the C++ interface. This
+// includes the tests' own arrays, whose failures look the same to a caller.
 
 namespace {
 
@@ -34,7 +34,7 @@ Values resorted() {
   return ways::paired(numbers);
 }
 
-/// Enough work for the emulation device to take threads to its help.
+/// Enough work for the emulation device to start threads.
 Values longWork() {
   setCudaIntegratorParameters("RectangularPiston", 50);
   const std::size_t count = 10000;
@@ -63,7 +63,7 @@ class EveryAllocationTest : public launchers::Test, public testing::WithParamInt
     std::string error;
   };
 
-  /// With the nth allocation failing.
+  /// Runs the work with the nth allocation failing.
   static Ending endingOf(std::size_t nth, bool lasting) {
     Ending ending;
     try {
@@ -85,8 +85,8 @@ class EveryAllocationTest : public launchers::Test, public testing::WithParamInt
            error.compare(error.size() - end.size(), end.size(), end) == 0;
   }
 
-  /// How many allocations failed one after the other, until all succeeded, and in how many runs the
-  /// system went on without the one that failed.
+  /// The number of allocations that failed, one per run, until all succeeded, and the number of
+  /// runs that completed without the failed allocation.
   struct Count {
     std::size_t failed = 0, survived = 0;
   };
@@ -94,7 +94,7 @@ class EveryAllocationTest : public launchers::Test, public testing::WithParamInt
   Count failEach(bool lasting) {
     const Memory memory = GetParam().inHostMemory ? Memory::HOSTS : Memory::SEPARATE;
     startAfresh(memory);
-    endingOf(0, false);  // what is only made once
+    endingOf(0, false);  // allocates what is allocated only once
     const Ending good = endingOf(0, false);
     startAfresh(memory);
     Count count;

@@ -11,11 +11,11 @@ using support::Ending;
 using support::EveryCall;
 using ways::Way;
 
-// Every call of the runtime fails that the system makes, below its C++ interface.
+// Makes every call of the runtime fail, one at a time, in all uses of the C++ interface.
 
 namespace {
 
-/// Throws every failure, like the hosts' handlers, and keeps it.
+/// Throws every failure, like the hosts' handlers, and stores it.
 class KeepingHandler : public pistonfield::ThrowingErrorHandler {
  public:
   explicit KeepingHandler(std::vector<Ending::Report>& reports) : reports_(reports) {}
@@ -36,7 +36,7 @@ class EveryCallTest : public launchers::Test {
     testing::internal::CaptureStderr();
     try {
       ending.values = way.call();
-    } catch (const pistonfield::Error&) {  // which the handler has kept
+    } catch (const pistonfield::Error&) {  // the handler has stored it
     } catch (const ways::Interruption&) {
       ending.otherError = "interrupted";
     }
@@ -51,7 +51,7 @@ class EveryCallTest : public launchers::Test {
         startAfresh(way.inHostMemory ? Memory::HOSTS : Memory::SEPARATE);
         do_timing = timing;
       };
-      // Each call of a host starts the device anew.
+      // Each call of a host starts the device again.
       EveryCall(device).failEach({[&] { return endingOf(way); }, start,
                                   [] { CudaInterface::init(); }, way.steps, timing == 1, true});
     }

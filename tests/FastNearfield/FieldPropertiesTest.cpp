@@ -7,8 +7,8 @@
 #include "FastNearfield/RectangularPiston2.h"
 #include "support/LiteralPressure.h"
 
-// What physics says of the field of every piston: what it becomes far away, and that the fields of
-// the parts of a piston add up.
+// Physical properties of the field of every piston: its limit far away, and that the fields of a
+// piston's parts add up to its own.
 
 using launchers::Complex;
 using launchers::GuardedVector;
@@ -27,11 +27,11 @@ struct Point {
 struct Piston {
   double l, s, k;
 
-  /// What single precision promises there: 3·2⁻²⁴·(1 + kR).
+  /// The bound promised for single precision at p: 3·2⁻²⁴·(1 + kR).
   double tolerance(const Point& p) const {
     return support::tolerance(p.x, p.y, p.z, s / 2, l / 2, k);
   }
-  /// The same of double precision.
+  /// The same for double precision.
   double doubleTolerance(const Point& p) const { return std::ldexp(tolerance(p), 24 - 53); }
 };
 
@@ -46,7 +46,7 @@ class FieldPropertiesTest : public launchers::Test {
     return std::uniform_real_distribution<double>(low, high)(random);
   }
 
-  /// Of a multiple of 1/64, so that single precision adds and halves without a rounding.
+  /// A random multiple of 1/64, so that sums and halves are exact in single precision.
   double step(int low, int high) {
     return std::uniform_int_distribution<int>(low, high)(random) / 64.0;
   }
@@ -89,14 +89,14 @@ class Beam {
  public:
   Beam(const Piston& piston, const Direction& u) : piston_(piston), u_(u) {}
 
-  /// Without the pattern, of which it is the largest value.
+  /// The amplitude in the direction of the maximum, where the directivity is 1.
   double amplitude(double r) const { return piston_.k * piston_.s * piston_.l / (2 * M_PI * r); }
   Pressure field(double r) const {
     return amplitude(r) * u_.pattern(piston_) * std::polar(1.0, -piston_.k * r);
   }
 
-  /// What the neglected terms can amount to: h being half the diagonal, R − (r − u·q) is at most
-  /// h²/(2(r − h)), and 1/R differs from 1/r by at most h/(r(r − h)).
+  /// A bound on the neglected terms: if h is half the diagonal, R − (r − u·q) is at most h²/(2(r −
+  /// h)), and 1/R differs from 1/r by at most h/(r(r − h)).
   double truncation(double r) const {
     const double h = std::hypot(piston_.s, piston_.l) / 2;
     return amplitude(r) * (piston_.k * h * h / 2 + h) / (r - h);
@@ -109,7 +109,7 @@ class Beam {
 
 class FarFieldTest : public FieldPropertiesTest {
  protected:
-  /// Whose pattern is at least `least` there, of either sign.
+  /// A random direction in which the magnitude of the directivity is at least `least`.
   Direction anyDirection(const Piston& piston, double least) {
     for (;;) {
       const double x = between(-0.9, 0.9), y = between(-0.9, 0.9);
@@ -127,7 +127,7 @@ TEST_F(FarFieldTest, InSinglePrecisionItIsTheProductOfTwoSincs) {
                k = static_cast<float>(between(9, 11));
     const Piston piston = {double{l}, double{s}, double{k}};
     const Direction u = anyDirection(piston, 0.1);
-    // The point that single precision is handed, and where that is seen.
+    // The point after rounding to single precision, and its exact distance and direction.
     const double r = 120;
     const Point p = {double{static_cast<float>(r * u.x)}, double{static_cast<float>(r * u.y)},
                      double{static_cast<float>(r * u.z)}};
@@ -141,17 +141,17 @@ TEST_F(FarFieldTest, InSinglePrecisionItIsTheProductOfTwoSincs) {
   EXPECT_GT(negative, 100);
 }
 
-// A piston cut in two, of which each part is seen from where the point is to it.
+// A piston cut in two. Each part is evaluated at the point's position relative to that part.
 
 class CutTest : public FieldPropertiesTest {
  protected:
   struct Part {
     Piston piston;
-    double x, y;  // of its middle
+    double x, y;  // of its centre
     Point seen(const Point& p) const { return {p.x - x, p.y - y, p.z}; }
   };
 
-  /// Where neither rule is short of nodes: in front, a good part of a side away.
+  /// A point in front of the piston and far enough from it for both rules to have sufficient nodes.
   Point anyPoint() { return {step(-192, 192), step(-192, 192), step(32, 256)}; }
 
   Piston anyPiston() { return {step(32, 128), step(32, 128), between(1, 15)}; }
@@ -165,7 +165,8 @@ class CutTest : public FieldPropertiesTest {
     return {{{first, whole.s, whole.k}, 0, -rest / 2}, {{rest, whole.s, whole.k}, 0, first / 2}};
   }
 
-  /// The parts' pressures less the whole's, over what their roundings can amount to.
+  /// The sum of the parts' pressures minus that of the whole, relative to the bound on the rounding
+  /// errors.
   static double residue(const Piston& whole, const std::vector<Part>& parts, const Point& p,
                         Pressure (*evaluate)(const Piston&, const Point&),
                         double (Piston::*tolerance)(const Point&) const) {

@@ -21,7 +21,7 @@ using pistonfield::legendre_handle;
 
 namespace {
 
-/// Works in a folder of its own.
+/// A test that runs in its own folder.
 class GaussLegendreExportTest : public testing::Test {
  protected:
   void SetUp() override {

@@ -93,7 +93,8 @@ TEST(GaussLegendreTest, MeetsTheIndependentRules) {
   EXPECT_EQ(entries, 1 + 1 + 2 + 3 + 5 + 32 + 50 + 128 + 256);
 }
 
-// The i-th non-positive node of order n and its weight, by Newton steps from a near value.
+// The i-th non-positive node of order n and its weight, by Newton's method from an approximate
+// value.
 struct Node {
   long double x, w;
 };
@@ -133,7 +134,7 @@ TEST(GaussLegendreTest, EveryOrderHasTheDigitsThatTheHeaderPromises) {
   RecordProperty("abscissas", std::to_string(abscissa));
   RecordProperty("weights", std::to_string(weight));
   RecordProperty("relative", std::to_string(relative));
-  // In units of 2^-52; measured are 0.38, 2.0 and 59.8.
+  // In units of 2^-52; the measured values are 0.38, 2.0 and 59.8.
   EXPECT_LE(abscissa, 0.5);
   EXPECT_LE(weight, 4);
   EXPECT_LE(relative, 64);
@@ -151,19 +152,20 @@ TEST(GaussLegendreTest, SinglePrecisionIsTheRoundedDoubleRule) {
 }
 
 TEST(GaussLegendreTest, OrdersBeyond16383WrapIn32Bits) {
-  // 8·16384² is 2³¹, which wraps to −2³¹: the first value moves outward instead of inward, too
-  // little to lose the root, but seen in the weight, which would be 2.76428029902…e-08.
+  // 8·16384² is 2³¹, which wraps to −2³¹: the first approximation moves outward instead of inward.
+  // Newton's method still finds the root, but the weight differs: without the overflow it would be
+  // 2.76428029902…e-08.
   const Rule<double> rule(16384);
   EXPECT_NEAR(rule.w[0], 2.7642802989149503e-08, 1e-18);
 }
 
 TEST(GaussLegendreTest, OrdersBeyond46340WrapIn32BitsAndAreNoRules) {
-  // n·(n + 1) is negative, and with it the second derivatives.
+  // n·(n + 1) overflows to a negative number, so the second derivatives have the wrong sign.
   const Rule<double> rule(46341);
   EXPECT_GT(std::accumulate(rule.w.begin(), rule.w.end(), 0.0), 1000);
 }
 
-// The messages go to standard output, which a death test cannot see: it is redirected.
+// Redirects standard output, where the messages go, since a death test reads only standard error.
 void computeWithOutputOnStandardError(int order) {
   dup2(STDERR_FILENO, STDOUT_FILENO);
   double x = 0, w = 0;

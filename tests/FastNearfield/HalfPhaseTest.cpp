@@ -22,7 +22,7 @@ namespace {
 float first(float x) { return x; }
 
 #if defined(__x86_64__)
-/// The oldest set of x86 has no fused multiply-add, so that its digits are its own.
+/// The oldest x86 instruction set has no fused multiply-add, so its last digits differ.
 using OldestPack = pistonfield::Pack<pistonfield::Sse2>;
 
 float first(OldestPack x) {
@@ -35,21 +35,21 @@ float first(OldestPack x) {
 template <class V>
 class HalfPhaseTest : public testing::Test {
  protected:
-  /// The roundings of the sine at a quarter turn add up to 3 units, and to 3.7 where products are
-  /// rounded by themselves; its square is off by twice that, and a rounding of its own.
+  /// At a quarter turn, the rounding errors of the sine add up to 3 units, or to 3.7 if products
+  /// are rounded separately. The error of its square is twice that, plus its own rounding.
   static constexpr double bound = std::is_same_v<V, float> ? 6.5 : 8;
 
-  /// How far the products sine·sine and sine·cosine are off, in units of 2^-24.
+  /// The error of the products sine·sine and sine·cosine, in units of 2^-24.
   static double error(float k, float path) {
     const auto [sine, cosine] = HalfPhase<V>(k)(V(path));
-    const double exact = double{k} * double{path} / 2;  // it is: 48 bits
+    const double exact = double{k} * double{path} / 2;  // exact: 48 bits
     return std::ldexp(
         std::max(std::abs(double{first(sine * sine)} - std::sin(exact) * std::sin(exact)),
                  std::abs(double{first(sine * cosine)} - std::sin(exact) * std::cos(exact))),
         24);
   }
 
-  /// The wave numbers among many whose quotient by 2π is farthest from a float.
+  /// Of many wave numbers, those for which k/2π is farthest from a float.
   static std::vector<float> worstWaveNumbers() {
     std::mt19937 random(2);
     std::uniform_real_distribution<float> exponent(-3, 16);

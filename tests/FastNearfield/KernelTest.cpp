@@ -24,7 +24,7 @@ using support::Uploaded;
 
 namespace {
 
-constexpr float a = 0.75f, b = 0.5f, k = 12.5f;  // half sides along x and y
+constexpr float a = 0.75f, b = 0.5f, k = 12.5f;  // half-width and half-height
 
 class KernelTest : public support::DeviceTest {
  protected:
@@ -33,7 +33,7 @@ class KernelTest : public support::DeviceTest {
     if (!IsSkipped()) setCudaIntegratorParameters("RectangularPiston", 10);
   }
 
-  /// The pressure at x, y, z of every point, by the kernel for lists.
+  /// The pressures at the points x, y, z of a list, computed by the kernel for lists.
   static std::vector<Complex> list(const std::vector<float>& positions) {
     const auto count = positions.size() / 3;
     GuardedArray<Complex> result(count);
@@ -195,7 +195,7 @@ void PrintTo(const DeviceFile& file, std::ostream* out) { *out << file.name; }
 class ReferenceFieldTest : public support::DeviceTest,
                            public testing::WithParamInterface<DeviceFile> {};
 
-/// The field at a reference's points, by the launcher for lists.
+/// The pressures at the points of a reference field, computed by the launcher for lists.
 std::vector<Complex> launched(const support::ReferenceField& field) {
   std::vector<float> positions;
   for (const support::Position& p : field.points)

@@ -28,7 +28,7 @@ class LauncherTest : public launchers::Test {
     launchers::Test::TearDown();
   }
 
-  /// How often the runtime's function was called since `recordCalls`.
+  /// The number of calls of the runtime's function since `recordCalls`.
   std::size_t callsOf(const std::string& function) {
     std::size_t count = 0;
     for (const pistonfield::emulation::Call& call : device.calls())
@@ -48,7 +48,7 @@ class LauncherTest : public launchers::Test {
     return launchers::widened(std::vector<Complex>(results, results + points));
   }
 
-  static inline std::size_t checks = 0;  // for an interruption
+  static inline std::size_t checks = 0;  // for interruptions
 };
 
 TEST_F(LauncherTest, PointNumber8193StartsASecondColumnOfBlocks) {
@@ -146,7 +146,7 @@ TEST_F(LauncherTest, TwoNegativeSizesMakeNoGrid) {
               RectangularPiston_func_d(data_d.data(), 1, -3, -2, t.data(), a, b, k);
             }).condition,
             "invalid configuration argument");
-  // Their product overflows 64 bits, and leaves no bytes to allocate.
+  // The product of the sizes overflows 64 bits to 0 bytes.
   EXPECT_EQ(failureOf([&] {
               do_calculate(nullptr, std::numeric_limits<int>::min(), 1 << 30, -8, 1, 1, 1, a, b, k);
             }).condition,

@@ -11,8 +11,8 @@
 #include "support/DeviceTest.h"
 #include "support/GuardedVector.h"
 
-// Every launcher on the same points of a grid, for a piston of sides a = 2 along y and b = 4 along
-// x. Results come from arrays that nothing may be written behind.
+// Calls every launcher for the same points of a grid and a piston with sides a = 2 along y and b =
+// 4 along x. The result arrays have guarded margins.
 
 namespace launchers {
 
@@ -21,7 +21,7 @@ using pistonfield::Complexd;
 using support::GuardedVector;
 using test_grids::Size;
 
-/// Results of either precision, exactly.
+/// Results in single or double precision, converted exactly.
 using Values = std::vector<std::complex<double>>;
 
 template <class T>
@@ -44,7 +44,7 @@ constexpr float a = 2, b = 4, k = 5;
 
 inline float transform[16] = {0.5f, 0, 0, -1, 0, 0.25f, 0, 0.5f, 0, 0, 2, 1, 0, 0, 0, 1};
 
-/// Where the grid starts: do_calculate has no way to place it.
+/// Where the grid starts: do_calculate cannot place a grid.
 enum class Origin { PLACED, CENTRE };
 
 /// The coordinates along an axis of a grid.
@@ -75,7 +75,7 @@ inline Values list(const Size& size, Origin origin) {
 
 inline Values unstructured(const Size& size) { return list(size, Origin::PLACED); }
 
-/// The list in double precision.
+/// The launcher for lists of points in double precision.
 inline Values doubles(const Size& size) {
   const std::vector<float> positions = gridPositions(size, Origin::PLACED);
   const std::vector<double> points(positions.begin(), positions.end());

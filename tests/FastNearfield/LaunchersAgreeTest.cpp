@@ -4,7 +4,8 @@
 #include "FastNearfield/Launchers.h"
 #include "support/ReferenceField.h"
 
-// Every launcher gives what the one for lists gives, on any device and for any size of grid.
+// Every launcher gives the same values as the launcher for lists, on any device and for any grid
+// size.
 
 using launchers::Origin;
 using launchers::Values;
@@ -30,11 +31,11 @@ class LaunchersAgreeTest : public support::DeviceTest,
   }
 #endif
 
-  /// The list that a launcher's grid amounts to.
+  /// The values of the launcher for lists at the points of the grid.
   static Values list(Origin origin) { return launchers::list(GetParam(), origin); }
 
-  /// Kernels of the same arithmetic give the same bits, unless the compiler of a GPU fuses one's
-  /// multiplications and additions in another way.
+  /// Kernels with the same arithmetic give the same bits, unless the compiler for a GPU fuses
+  /// multiplications and additions differently.
   static void expectSame(const Values& actual, Origin origin) {
 #if defined(CUDART_VERSION)
     expectWithinBound(actual, origin);
@@ -43,7 +44,7 @@ class LaunchersAgreeTest : public support::DeviceTest,
 #endif
   }
 
-  /// Both within single precision's bound of the truth.
+  /// Both values are within the single-precision bound of the exact value.
   static void expectWithinBound(const Values& actual, Origin origin) {
     const Values expected = list(origin);
     support::ReferenceField field{launchers::a, launchers::b, launchers::k, {}, {}};

@@ -10,9 +10,9 @@
 #include "FastNearfield/Launchers.h"
 #include "support/SameBits.h"
 
-// As many points as a launcher takes at all: 2³¹ − 1, which are 26 GB, and 17 GB of pressures. Both
-// arrays are made of one piece of memory that stands at all their places, but for some pieces of
-// the pressures, so that some hundreds of megabytes suffice.
+// The longest list that a launcher accepts: 2³¹ − 1 points, which take 26 GB, with 17 GB of
+// pressures. Each array maps the same piece of memory again and again, and only some pieces of the
+// pressures have memory of their own, so that a few hundred megabytes suffice.
 
 #if defined(__linux__)
 
@@ -23,7 +23,7 @@ using launchers::k;
 
 namespace {
 
-/// An array of many equal pieces.
+/// An array of many pieces that share the same memory.
 template <class T>
 class Repeated {
  public:
@@ -45,7 +45,7 @@ class Repeated {
     close(file_);
   }
 
-  /// Gives piece n memory of its own, all zero.
+  /// Gives piece n memory of its own, filled with zeros.
   void makeOwn(std::size_t n) { place(n, MAP_PRIVATE | MAP_ANONYMOUS, -1); }
 
   T* begin() const { return begin_; }
@@ -90,11 +90,11 @@ TEST_F(LongestListTest, EveryPieceOfItIsEvaluated) {
   RectangularPiston_func_unstructured(expected.data(), int{piece}, positions.begin(), a, b, k);
 
   Repeated<Complex> pressures(piece, pieces);
-  // Around 2³⁰ points, and 2³¹ and 2³² bytes and floats of either array.
+  // Pieces next to 2³⁰ points and, in both arrays, next to 2³¹ and 2³² bytes and floats.
   const std::size_t own[] = {0,   1,   170,  171,  256,  341,  342,       512,
                              682, 683, 1023, 1024, 1365, 1366, pieces - 1};
   for (const std::size_t n : own) pressures.makeOwn(n);
-  Complex* const last = pressures.piece(pieces) - 1;  // of none of the points
+  Complex* const last = pressures.piece(pieces) - 1;  // beyond the last point
   *last = {-7, -7};
   RectangularPiston_func_unstructured_device(pressures.begin(), most, positions.begin(), a, b, k);
 

@@ -11,9 +11,10 @@ namespace {
 
 using Wide = unsigned __int128;
 
-/// The least ‖m·A/2^bits‖ that is not 0, in units of 2^-bits, for 0 < m < most: ‖x‖ is the distance
-/// of x from the nearest integer. Of all m below the next denominator of a continued fraction, the
-/// present one comes nearest, and Euclid's algorithm leaves its distance as a remainder.
+/// The smallest nonzero ‖m·A/2^bits‖ for 0 < m < most, in units of 2^-bits, where ‖x‖ is the
+/// distance of x from the nearest integer. Of all m below the next denominator of the continued
+/// fraction, the current denominator comes nearest to an integer, and its distance is a remainder
+/// in Euclid's algorithm.
 Wide leastDistance(Wide A, int bits, std::uint64_t most) {
   Wide before = Wide{1} << bits, distance = A % before;
   std::uint64_t denominatorBefore = 0, denominator = 1;
@@ -22,7 +23,8 @@ Wide leastDistance(Wide A, int bits, std::uint64_t most) {
     const Wide next = denominatorBefore + quotient * denominator;
     if (next >= most) return distance;
     const Wide remainder = before % distance;
-    // Then this one is an integer, and the others are off by its inverse at least.
+    // Then the next denominator gives an integer, and all others differ from an integer by at least
+    // its reciprocal.
     if (remainder == 0) return distance;
     denominatorBefore = denominator;
     denominator = static_cast<std::uint64_t>(next);
@@ -33,13 +35,13 @@ Wide leastDistance(Wide A, int bits, std::uint64_t most) {
 }
 
 // Above half a turn, the sine of a half phase is small where (high + low)·path, for k/2π = high +
-// low, lies next to an integer. There HalfPhase has it exactly, but for a last rounding: the
-// integer is subtracted before `low` is added. path is a float, M·2^e with M < 2^24, so that a path
-// of less than 2^19 and at least 1/4 half turns makes
+// low, is close to an integer. There HalfPhase computes the fraction exactly except for one last
+// rounding, since it subtracts the integer before it adds `low`. path is a float, M·2^e with M <
+// 2^24, so for a path of 1/4 to 2^19 half turns the distance is
 //
 //     ‖(high + low)/2^(E + 25)·m‖,   m = M·2^(E + e + 25) < 2^44,   2^E ≤ high < 2^(E + 1).
 //
-// Here are all k but for powers of two, which change nothing.
+// The test covers all k; a power of two as a factor changes nothing.
 TEST(ModeratePointsTest, NoPhaseComesTooNearToAWholeNumberOfHalfTurns) {
   constexpr std::uint64_t most = std::uint64_t{1} << 44;
   double least = 1;
@@ -53,7 +55,7 @@ TEST(ModeratePointsTest, NoPhaseComesTooNearToAWholeNumberOfHalfTurns) {
     least = std::min(least, std::ldexp(static_cast<double>(leastDistance(A, bits, most)), -bits));
   }
   EXPECT_GE(2 * least, double{pistonfield::SecondQuotientRange::leastX});  // sin(πr) ≥ 2r
-  EXPECT_LE(least, 0x1p-60);  // what so many k must come to
+  EXPECT_LE(least, 0x1p-60);  // as expected for so many k
 }
 
 }  // namespace

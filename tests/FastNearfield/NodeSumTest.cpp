@@ -7,7 +7,7 @@
 
 #include "FastNearfield/QuadratureRule.h"
 
-// The sum over the nodes of a rule, by the code for each instruction set that this machine has.
+// The sum over the nodes of a rule, computed by the code for each instruction set of this machine.
 
 using pistonfield::InstructionSet;
 using pistonfield::NodeSum;
@@ -20,11 +20,11 @@ struct Evaluation {
   std::vector<T> mappedX, mappedW;
 };
 
-/// On [−0.3, 1.1]; or on images that are already there.
+/// The sum on [−0.3, 1.1] if `map` is set, and otherwise with images that were stored before.
 template <class T>
 Evaluation<T> evaluate(InstructionSet set, const pistonfield::QuadratureRule<T>& rule, bool map,
                        T s2 = T(0.01)) {
-  // With room to notice a write behind the end.
+  // The arrays are longer than needed, to detect a write past the end.
   const auto n = static_cast<std::size_t>(rule.order);
   Evaluation<T> result{{}, std::vector<T>(n + 16, T(7)), std::vector<T>(n + 16, T(7))};
   if (!map)

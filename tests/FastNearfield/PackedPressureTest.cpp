@@ -61,12 +61,12 @@ constexpr Piston piston{0.75f, 0.5f, 12.5f};
 const Piston pistons[] = {
     piston,
     {0.005f, 0.01f, 4188.79f},
-    {1e-6f, 3e-7f, 2e6f},  // of the size of the strip that counts as the middle
-    {1e-6f, 3e-7f, 1},     // lost in the distance of points that are near for its phase
+    {1e-6f, 3e-7f, 2e6f},  // about as large as the strip that counts as the middle
+    {1e-6f, 3e-7f, 1},     // too small to change coordinates of the order of 1/k
     {0.75f, 0.0f, 12.5f},
     {0.75f, 0.5f, 0.0f},
     {0.75f, 0.5f, -12.5f},
-    // Of small and large numbers, up to where floats end.
+    // Very small and very large numbers, up to the limits of floats.
     {3e-6f, 2e-6f, 1e6f},
     {1e5f, 5e4f, 2},
     {0.75f, 0.5f, 1e-36f},
@@ -81,7 +81,7 @@ constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 constexpr float inf = std::numeric_limits<float>::infinity();
 constexpr float largest = std::numeric_limits<float>::max();
 
-/// Whether products with one more rounding than the scalar's are used.
+/// Whether products are rounded once more than in the scalar code.
 bool roundsTwice(const Way& way) {
 #if defined(__x86_64__)
   return way.set == InstructionSet::OLDEST;
@@ -92,7 +92,7 @@ bool roundsTwice(const Way& way) {
 }
 
 bool same(float p, float q) {
-  // The sign of what is not a number, and what it carries along, is the processor's own.
+  // The sign and the payload of a NaN depend on the processor.
   return (std::isnan(p) && std::isnan(q)) || support::bits({p, 0}) == support::bits({q, 0});
 }
 bool same(const Complex& p, const Complex& q) { return same(p.re, q.re) && same(p.im, q.im); }
@@ -117,7 +117,7 @@ testing::AssertionResult sameValues(const std::vector<Complex>& actual,
 
 std::vector<Complex> evaluate(const Way& way, const std::vector<Point>& points,
                               const HalfRule<float>& rule, const Piston& p = piston) {
-  // Exactly as many as are to be read, so that a sanitizer sees any read beyond them.
+  // Exactly as many as may be read, so that a sanitizer detects any read beyond them.
   std::vector<float> positions;
   positions.reserve(3 * points.size());
   for (const Point& point : points) positions.insert(positions.end(), {point.x, point.y, point.z});
@@ -127,7 +127,7 @@ std::vector<Complex> evaluate(const Way& way, const std::vector<Point>& points,
   return pressures.read();
 }
 
-/// Each point in a call of its own.
+/// Evaluates each point in a separate call.
 std::vector<Complex> evaluateAlone(const Way& way, const std::vector<Point>& points,
                                    const HalfRule<float>& rule, const Piston& p = piston) {
   std::vector<Complex> pressures;
@@ -157,12 +157,13 @@ double unit(const Point& point, const Piston& p) {
   return std::ldexp(1.0, -24) * (1 + phaseOfFarthestCorner(point, p));
 }
 
-/// What single precision may be off, as in PointPressureTest: twice as much behind the piston.
+/// The bound for single precision, as in PointPressureTest: twice as large behind the piston.
 double tolerance(const Point& point, const Piston& p) {
   return (point.z < 0 ? 6 : 3) * unit(point, p);
 }
 
-/// Bit for bit where the machine fuses products, elsewhere within one unit of 2^-24·(1 + kR).
+/// Whether all bits agree with the scalar code or, without fused multiply-add, whether the
+/// difference is at most one unit of 2^-24·(1 + kR).
 testing::AssertionResult meetsScalar(const Way& way, const std::vector<Point>& points,
                                      const HalfRule<float>& rule, const Piston& p) {
   const std::vector<Complex> expected = scalar(points, rule, p);
@@ -216,7 +217,7 @@ std::complex<double> inDouble(const Point& point, const HalfRule<float>& rule, c
   return {pressure.re, pressure.im};
 }
 
-/// The coordinates at which something changes, for a piston that reaches from -half to half.
+/// Coordinates at which the case changes, for a piston that extends from -half to half.
 std::vector<float> specialCoordinates(float half) {
   std::vector<float> values = {0.0f, -0.0f};
   for (const float at : {half, 1e-7f})
@@ -226,9 +227,9 @@ std::vector<float> specialCoordinates(float half) {
   return values;
 }
 
-/// Lists of points about a piston. Runs of them, some longer than a pack, are of one kind; the
-/// kinds are the places inside and outside of it along either direction, the lines on which the
-/// case changes, and on request what no piston's field is wanted at.
+/// Random lists of points around a piston. Each list consists of runs of points of the same kind,
+/// some of them longer than a pack. The kinds are coordinates inside and outside the piston, those
+/// on which the case changes and, if `wild` is set, those of any size, infinite or NaN.
 class Points {
  public:
   Points(const Piston& p, unsigned seed) : piston_(p), random_(seed) {}
@@ -297,7 +298,7 @@ class Points {
   std::mt19937 random_;
 };
 
-/// One of each case, and of what may go wrong in one lane.
+/// One point for each case, and for each kind of number that could go wrong in one lane.
 const std::vector<Point> oneOfEach = {
     {0.25f, 0.25f, 1},
     {1.5f, 0.25f, 1},
@@ -361,7 +362,7 @@ TEST_P(PackedPressureTest, MeetsTheScalar) {
 TEST_P(PackedPressureTest, AbscissasFarOutsideMeetTheScalar) {
   HalfRule<float> rule(10);
   for (const float x : {-2.0f, -1e10f, -1e18f, -8e18f, 1e18f, -inf}) {
-    if (roundsTwice(way) && x != -2) break;  // sums so large that one more rounding shows
+    if (roundsTwice(way) && x != -2) break;  // in sums this large, one more rounding is visible
     rule.x[0] = x;
     EXPECT_TRUE(meetsScalar(way, Points(piston, 9).list(500, false), rule, piston)) << x;
   }
@@ -446,7 +447,7 @@ TEST_P(PackedPressureTest, APointDoesNotFeelItsNeighbours) {
 }
 
 TEST_P(PackedPressureTest, NegativeSidesReachAsFarAsPositiveOnes) {
-  // Sides of either sign, so that what the one adds to a distance the other takes away.
+  // Sides of opposite signs: without their magnitudes, they would cancel in a sum of distances.
   const HalfRule<float> rule(10);
   const Piston huge{1073741824.0f, -1073741824.0f, -2147483648.0f};
   const std::vector<Point> points = {{4, -1.25f, 0}, {4, -1.25f, -4}, {1e9f, 1, -4}};
@@ -455,7 +456,7 @@ TEST_P(PackedPressureTest, NegativeSidesReachAsFarAsPositiveOnes) {
   EXPECT_TRUE(sameValues(scalar(points, rule, huge), alone, points));
   for (const Complex& p : alone) EXPECT_TRUE(same(p, {0, 0})) << text(p);
 
-  // Next to the edge that is the far one of a negative side.
+  // Next to an edge that would be the far one if the side were taken with its sign.
   for (const float side : {-1e5f, -1e7f, -1e8f}) {
     const Piston far{side, 0.0025f, 4188.79f};
     for (const Point& point : {Point{-side, 0, 0.01f}, Point{0.99f * side, 0, 0.01f}})

@@ -90,8 +90,8 @@ TEST(PointPressureTest, UpToTheThresholdTheLongerPartOfAnEdgeIsTakenTwice) {
 }
 
 TEST(PointPressureTest, FarAwayItKeepsTheDigitsThatTheLiteralFormLoses) {
-  // There kz alone is off by 1e-4 in single precision, and the difference of the exponentials has
-  // four digits left.
+  // Far away, kz alone has an error of 1e-4 in single precision, so the difference of the
+  // exponentials keeps only four digits.
   const HalfRule<float> rule(16);
   double meanOfMagnitude = 0;
   const int count = 400;
@@ -102,12 +102,12 @@ TEST(PointPressureTest, FarAwayItKeepsTheDigitsThatTheLiteralFormLoses) {
     EXPECT_LE(std::abs(actual - expected), 2e-6 * std::abs(expected)) << x << ", " << z;
     meanOfMagnitude += (std::abs(actual) / std::abs(expected) - 1) / count;
   }
-  EXPECT_LE(std::abs(meanOfMagnitude), 1e-7);  // which 1/(2π) in six digits exceeds
+  EXPECT_LE(std::abs(meanOfMagnitude), 1e-7);  // 1/(2π) rounded to six digits would exceed this
 }
 
 TEST(PointPressureTest, BehindThePistonNextToAnEdgeItStaysWithinTheBound) {
-  // There the integrand has a pole of width zero at the foot of the perpendicular, and the sum
-  // depends on the distance of the nearest node from it.
+  // Behind the piston the integrand has a spike of zero width at the foot of the perpendicular, and
+  // the sum depends on its distance from the nearest node.
   for (const int n : {10, 64, 255}) {
     const HalfRule<float> rule(n);
     for (const float x : {std::nextafter(0.75f, 0.0f), std::nextafter(0.75f, 1.0f), 0.749f})
@@ -186,8 +186,8 @@ TEST(PointPressureTest, NegativeZIsNotFolded) {
 }
 
 TEST(PointPressureTest, NoDistanceIsTooFar) {
-  // Ahead its magnitude is the area over the wavelength and the distance; the phase of E0 has been
-  // rounded away. Behind, and aside, it stays what it can be.
+  // In front, the magnitude is the area divided by wavelength and distance, although rounding
+  // destroys the phase of E0. Behind and to the side, the magnitude stays bounded.
   const HalfRule<float> rule(10);
   for (int n = 20; n < 300; ++n) {
     const double R = std::pow(1.125, n + 40);

@@ -11,7 +11,7 @@
 #include "support/LiteralPressure.h"
 #include "support/SameBits.h"
 
-// What must hold of every piston and every point, bit for bit unless said otherwise.
+// Properties that hold for every piston and every point, bit for bit unless stated otherwise.
 
 using launchers::Complex;
 using launchers::Complexd;
@@ -57,8 +57,9 @@ class PropertiesTest : public launchers::Test {
     return {a, b, std::exp2(between(-1, 6)) / std::max(a, b)};
   }
 
-  /// On and beside the piston, on its edges and axes and on neither, before and behind it; never
-  /// so near to an axis that scaling could take a point across the fixed width of 1e-7.
+  /// A coordinate on or beside the piston, on its edges and axes or away from them, in front of or
+  /// behind it, but never so close to an axis that scaling could move the point across the fixed
+  /// distance of 1e-7.
   float coordinate(float side) {
     switch (random() % 8) {
       case 0:
@@ -181,7 +182,7 @@ TEST_P(OrderedPropertiesTest, InstructionSetsAgreeWithinARoundingOfThePhase) {
       const Pressures pressures = evaluateWith(set, points, piston);
       for (std::size_t i = 0; i < points.size(); ++i) {
         const auto& [x, y, z] = points[i];
-        // A third of what single precision promises.
+        // A third of the bound promised for single precision.
         const double bound =
             support::tolerance(double{x}, double{y}, double{z}, double{piston.b} / 2,
                                double{piston.a} / 2, double{piston.k}) /
@@ -215,7 +216,7 @@ TEST_P(OrderedPropertiesTest, APointThatIsNoneSpoilsOnlyItsOwnPressure) {
   const Points points = anyPoints(piston, count);
   const Pressures expected = evaluate(points, piston);
   const float none[] = {nan, inf, -inf};
-  std::size_t turn = 0;  // all three at all three axes, in turns
+  std::size_t turn = 0;  // which value goes to which coordinate
   for (const std::size_t place : {0u, 1u, 15u, 16u, 2047u, 2048u, 5000u, 8191u, 8999u}) {
     for (std::size_t n = 0; n < 3; ++n) {
       const float bad = none[n];
@@ -233,8 +234,7 @@ TEST_P(OrderedPropertiesTest, APointThatIsNoneSpoilsOnlyItsOwnPressure) {
 }
 
 TEST_P(OrderedPropertiesTest, TheOppositeWaveNumberTurnsTheSignOfTheRealPart) {
-  // Both exponentials become their conjugates, the factor -i before them does not: p(-k) is
-  // -conj(p(k)).
+  // Both exponentials become their conjugates, but the factor -i does not, so p(-k) is -conj(p(k)).
   for (int repeat = 0; repeat < 20; ++repeat) {
     const Piston piston = anyPiston();
     const Points points = anyPoints(piston, 1000);
@@ -287,7 +287,7 @@ TEST_F(PropertiesTest, LengthsScaleByPowersOfTwoInDoublePrecisionAndOnTheCpu) {
 }
 
 TEST_F(PropertiesTest, TheOppositeWaveNumberTurnsTheSignOfTheRealPartOnTheCpuToo) {
-  // No operation of the sum rounds otherwise for the conjugate of its operands.
+  // Every operation of the sum rounds conjugate operands to the conjugate result.
   for (int repeat = 0; repeat < 20; ++repeat) {
     const Piston piston = anyPiston();
     const Piston opposite = {piston.a, piston.b, -piston.k};

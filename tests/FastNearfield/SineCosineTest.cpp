@@ -16,7 +16,7 @@ template <class T>
 class SineCosineTest : public testing::Test {
  protected:
   static void expectRight(T x) {
-    // In units that 1 is rounded to; the reference has more digits.
+    // In units of half the machine epsilon; the reference has more digits.
     const auto unit = static_cast<long double>(std::numeric_limits<T>::epsilon()) / 2;
     const long double most = sizeof(T) == sizeof(float) ? 0.502L : 0.85L;
     const SineCosine<T> e(x);

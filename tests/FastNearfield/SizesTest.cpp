@@ -9,8 +9,7 @@
 #include "FastNearfield/Launchers.h"
 #include "support/SameBits.h"
 
-// Launchers at the sizes at which something gives way: the device's memory, the shape of a launch,
-// 32 bits.
+// Launchers at sizes that reach a limit: the device's memory, the shape of a launch, or 32 bits.
 
 using launchers::a;
 using launchers::b;
@@ -46,7 +45,7 @@ class SizesTest : public launchers::Test {
     device.poisonFreshMemory();
   }
 
-  /// As whose text the runtime's error stands on standard error, too.
+  /// Returns the failure, and discards the runtime's error text on standard error.
   template <class Call>
   static Failure quietFailureOf(Call call) {
     testing::internal::CaptureStderr();
@@ -81,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(All, LauncherSizesTest, testing::ValuesIn(grids),
 
 TEST_P(LauncherSizesTest, AShapeThatTheDeviceRefusesIsReportedAndTheNextCallIsRight) {
   const Values expected = GetParam().call(launchers::small);
-  // 65536 rows of blocks of 8 rows of points each, one more than any device launches.
+  // 65536 rows of blocks with 8 rows of points each, one more than a device can launch.
   for (const launchers::Size& size : {launchers::Size{1, 524281, 1}, launchers::Size{1, 1, 524281},
                                       launchers::Size{1, 773, 679}}) {
     EXPECT_EQ(quietFailureOf([&] { GetParam().call(size); }).condition,
@@ -96,12 +95,12 @@ TEST_P(LauncherSizesTest, TheLargestShapesThatTheDeviceTakesAreEvaluated) {
   EXPECT_EQ(line.size(), 524280u);
   const Values few = GetParam().call({1, 1, 3});
   EXPECT_EQ(Values(line.begin(), line.begin() + 3), few);
-  for (const std::complex<double>& p : line)  // as fresh memory would be
+  for (const std::complex<double>& p : line)  // fresh memory reads as NaN
     ASSERT_FALSE(std::isnan(p.real()) || std::isnan(p.imag()));
 }
 
 TEST_F(SizesTest, MorePointsThanAnIntCountsAreRefusedAndNothingIsWritten) {
-  // 2³¹ points, and 2³², whose count is 0 in 32 bits.
+  // 2³¹ points, and 2³² points, a count that is 0 in 32 bits.
   for (const launchers::Size& size :
        {launchers::Size{65536, 32768, 1}, launchers::Size{2048, 1024, 1024},
         launchers::Size{65536, 1, 65536}}) {
@@ -165,7 +164,7 @@ TEST_F(SizesTest, MorePointsThanAnIntCountsTakeNoMemory) {
             (std::vector<std::size_t>{8192, 524292, 32, 8192, 524292, 32}));
 }
 
-/// What this machine can still hand out, in bytes; 0 where it does not tell.
+/// The available memory of this machine in bytes, or 0 if it is unknown.
 std::size_t availableMemory() {
   std::ifstream information("/proc/meminfo");
   std::string name, unit;
@@ -188,7 +187,7 @@ TEST_F(SizesTest, TwoGibibytesOfPointsAreEvaluated) {
                  << " are available";
   setCudaIntegratorParameters("RectangularPiston", 2);
 
-  // Each point is told apart from its neighbours and from those 2²⁹ … 2³¹ bytes away.
+  // Each point differs from its neighbours and from the points 2²⁹ … 2³¹ bytes away.
   const auto place = [](std::size_t n, float* position) {
     constexpr std::size_t columns = 8191, rows = 8179;
     const std::size_t column = n % columns, row = n / columns % rows, page = n / columns / rows;

@@ -6,8 +6,8 @@
 #include "support/DeviceTest.h"
 #include "support/SameBits.h"
 
-// Which core computes a point is nobody's business. That long work wants threads is seen where it
-// has to do without: EveryAllocationTest.
+// The result at a point does not depend on the core that computes it. EveryAllocationTest checks
+// that long work starts threads, by making their start fail.
 
 using pistonfield::Complex;
 
@@ -38,7 +38,7 @@ class SpreadWorkTest : public support::DeviceTest {
 
 TEST_F(SpreadWorkTest, ManyPointsGiveWhatFewGive) {
   const std::vector<Complex> together = pressures(0, count);
-  constexpr int few = 2000;  // which one thread computes
+  constexpr int few = 2000;  // few enough for a single thread
   for (int first = 0; first < count; first += few) {
     const std::vector<Complex> alone = pressures(first, few);
     const auto begin = together.begin() + first;

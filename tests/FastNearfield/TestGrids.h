@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <vector>
 
-// Grids for kernels: sizes of 1, primes, and no multiples of 8, 16 and 128.
+// Grids for kernels: sizes of 1, primes, and sizes that are not multiples of 8, 16 or 128.
 
 namespace test_grids {
 
@@ -17,7 +17,8 @@ struct Size {
 
 constexpr Size sizes[] = {{1, 1, 1}, {17, 3, 3}, {7, 11, 13}, {129, 1, 2}, {1, 1, 131}};
 
-// Powers of two, so that the positions are exact on every device, whatever it fuses.
+// Powers of two, so that the positions are exact on every device, with or without fused
+// multiply-add.
 constexpr float transform[16] = {0.125f, 0.25f, -0.5f,  0.0625f, -0.25f, 0.125f, 0.5f, 0.5f,
                                  0.5f,   0.25f, 0.125f, 1,       9,      9,      9,    9};
 

@@ -18,7 +18,7 @@ using launchers::Values;
 using pistonfield::CudaDeviceThread;
 using pistonfield::CudaStorage;
 
-/// What a caller may have under way when the device is released.
+/// Stands for an exception of the caller that is unwinding when the device is released.
 struct Interruption {};
 
 inline const pistonfield::RectangularPistonCuda2 piston{2, 4, 5};
@@ -68,7 +68,7 @@ inline Values interruptedCall() {
   throw Interruption();
 }
 
-/// A list of two pieces, the second a short one.
+/// A list that is launched in two pieces, of which the second is short.
 inline Values listInPieces() {
   setCudaIntegratorParameters("RectangularPiston", 512);
   return launchers::unstructured({121, 85, 2});
@@ -84,7 +84,7 @@ struct Way {
   std::string name;
   Values (*call)();
   checked_calls::Steps steps;
-  bool inHostMemory = false;  // on a device that works there
+  bool inHostMemory = false;  // for a device that works in the host's memory
 };
 
 inline void PrintTo(const Way& way, std::ostream* out) { *out << way.name; }
@@ -96,7 +96,8 @@ Values launched() {
 
 inline std::vector<Way> all() {
   using namespace checked_calls;
-  // Of the grid of the launchers, and of the one above.
+  // The first elements of the transform, as printed, for the grid of the launchers and for the grid
+  // above.
   const char* const shown = "0.5 0 0 -1 0";
   const char* const shownOfCompute = "0.5 0 0 -0.75 0";
   const dim3 ofCompute(1, 1);
@@ -125,7 +126,8 @@ inline std::vector<Way> all() {
         {"wholeCallWithTable", wholeCallWithTable, start + table("0.861136") + smallList + end},
         {"interruptedCall", interruptedCall, start + order12 + smallList + silentEnd},
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
-        // Sanitized, hundreds of them take minutes. The first piece is waited for.
+        // The hundreds of runs would take minutes with a sanitizer. The launcher waits for the
+        // first piece.
         {"listInPieces", listInPieces,
          order(512, "-0.999989") +
              unstructured(20570, "grid: 3 64 1\n24576",

@@ -1,6 +1,6 @@
 #include "FastNearfield/Launchers.h"
 
-// A build without the double-precision kernels.
+// Tests of a build without the double-precision kernels.
 
 using support::Failure;
 using support::failureOf;

@@ -7,7 +7,7 @@
 #include "core/Progress.h"
 #include "support/DeviceTest.h"
 
-// What benchmarks time must have ended when they read the clock.
+// The kernel must have ended when a benchmark reads the clock.
 
 namespace {
 

@@ -26,7 +26,7 @@ Device pretended(int major, int minor, int multiProcessors, int clock) {
 
 class CudaDeviceThreadTest : public support::EmulationTest {
  protected:
-  /// The device that a call selects among these, and in `lines` what it prints meanwhile.
+  /// The device that a call selects from these. `lines` receives what the call prints.
   int selectedAmong(const std::vector<Device>& devices) {
     device.pretendDevices(devices);
     const CudaDeviceThread scope;
@@ -122,7 +122,7 @@ TEST_F(CudaDeviceThreadTest, EveryCapabilityHasItsNumberOfCores) {
   for (const auto& [major, minor, cores] :
        {Capability{1, 0, 8}, Capability{1, 1, 8}, Capability{1, 2, 8}, Capability{1, 3, 8},
         Capability{2, 0, 32}, Capability{2, 1, 48}}) {
-    // Against one core whose clock is as fast as all of them together, and one step slower.
+    // Compared with a single core whose clock rate equals the sum of all, or is one step lower.
     const Device rated = pretended(major, minor, 1, 1);
     EXPECT_EQ(selectedAmong({pretended(9999, 9999, 1, cores - 1), rated}), 1) << major << minor;
     EXPECT_EQ(selectedAmong({pretended(9999, 9999, 1, cores), rated}), 0) << major << minor;
@@ -199,8 +199,8 @@ TEST_F(CudaDeviceThreadTest, TheThreadsDeviceIsAfterwardsWhatItWas) {
       EXPECT_EQ(device.selectedDevice(), 1);
     }
     EXPECT_EQ(device.selectedDevice(), before);
-    // The reset comes first, while the call's device is current; it is the last call where the
-    // device has not changed.
+    // The reset comes first, while the call's device is current. It is the last call if the device
+    // has not changed.
     const std::vector<pistonfield::emulation::Call> calls = device.calls();
     const std::size_t last = calls.size() - (before == 1 ? 1 : 2);
     EXPECT_EQ(std::string(calls[last].function), "cudaDeviceReset");
@@ -269,7 +269,7 @@ TEST_F(CudaDeviceThreadTest, FailuresOfSelectionAndWaitAreNotChecked) {
 }
 
 TEST_F(CudaDeviceThreadTest, AFailingReleaseIsReportedInACallThatAnUnwindingErrorMakes) {
-  // As a host may call while it cleans up after an error of its own.
+  // A host may make such a call while it cleans up after its own error.
   struct CallsAtItsEnd {
     std::string& condition;
     ~CallsAtItsEnd() {

@@ -44,7 +44,7 @@ TEST_F(ErrorHandlerTest, ALocaleChangesNoLineNumber) {
 }
 
 TEST(ErrorHandlerDeathTest, WithoutHandlerAFailedCheckReportsAndAborts) {
-  // The first thing that this process does with the handler.
+  // The first use of the handler in this process.
   EXPECT_EXIT(pistonfield::fail("i<N", {"src/core/Vector", 48}), testing::KilledBySignal(SIGABRT),
               "^ERROR: assertion failure in src/core/Vector at line 48\n"
               "       condition failed: \\(i<N\\)\\.\n\n$");

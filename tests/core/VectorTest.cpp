@@ -10,7 +10,7 @@ using support::failureOf;
 
 namespace {
 
-// Volatile, so that the compiler does not see at once what the test is about.
+// Volatile, so that the compiler does not detect the invalid index and warn.
 volatile int belowZero = -1;
 volatile int three = 3;
 

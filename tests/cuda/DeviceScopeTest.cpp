@@ -4,12 +4,13 @@
 #include "core/cuda_init.h"
 #include "core/cudahelper.h"
 
-// What a call does to the devices of others, on a runtime of two devices that is made up here: as
-// much of it as CudaDeviceThread calls, linked in place of the toolkit's. So no GPU is needed.
+// What a call does to devices that other code uses. The runtime is a fake with two devices, linked
+// in place of the toolkit's. It has only the functions that CudaDeviceThread calls and needs no
+// GPU.
 
 namespace {
 
-/// Which devices have a context, and what the thread's current device is.
+/// Which devices have a context, and which device is the thread's current one.
 struct Runtime {
   bool active[2] = {};
   int current = 0;
@@ -47,7 +48,7 @@ cudaError_t cudaGetDevice(int* device) {
   return cudaSuccess;
 }
 
-/// As runtimes from 12 on, which start the device's context.
+/// Starts the device's context, as runtimes from 12 on do.
 cudaError_t cudaSetDevice(int device) {
   runtime.current = device;
   runtime.active[device] = true;
@@ -115,7 +116,7 @@ TEST_F(DeviceScopeTest, AScopeWithinAnotherChangesNothingForThatOne) {
   {
     const CudaDeviceThread outer;
     { const CudaDeviceThread inner; }
-    EXPECT_TRUE(runtime.active[0]);  // the outer one still uses it
+    EXPECT_TRUE(runtime.active[0]);  // the outer scope still uses it
   }
   EXPECT_EQ(runtime.resets, 1);
   EXPECT_FALSE(runtime.active[0]);

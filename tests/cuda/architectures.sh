@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# architectures.sh <nvcc> <module> <how many source files of device code it has at least>
+# architectures.sh <nvcc> <module> <minimum number of source files with device code>
 #
-# Every source file of the module's device code is compiled for every architecture that the toolkit
-# knows, and has PTX of the newest major one, from which drivers compile for all to come.
+# Checks that every source file of the module's device code is compiled for every architecture that the
+# toolkit supports, and includes PTX for the newest major one, which drivers can compile for later
+# architectures.
 set -euo pipefail
 nvcc=$1 module=$2 least=$3
 

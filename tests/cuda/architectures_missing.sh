@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # architectures_missing.sh <nvcc>
 #
-# architectures.sh fails where device code, or PTX, is missing.
+# Checks that architectures.sh fails if device code or PTX is missing.
 set -euo pipefail
 nvcc=$1 check=$(realpath "$(dirname "$0")")/architectures.sh
 folder=$(mktemp -d)
@@ -10,7 +10,7 @@ cd "$folder"
 
 code() { "$nvcc" --list-gpu-code | sort -t_ -k2 -n; }
 oldest=$(code | head -n 1) newest=$(code | grep '0$' | tail -n 1)
-# A toolkit that knows two architectures, which are soon compiled for.
+# A toolkit with only two architectures, which compile quickly.
 # shellcheck disable=SC2016 # the toolkit's own argument
 printf '#!/bin/sh\ncase $1 in --list-gpu-code) echo %s %s ;; *) printf "%%s\\n" %s %s ;; esac\n' \
   "$oldest" "$newest" "${oldest/sm/compute}" "${newest/sm/compute}" >two

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # death_tests.sh <folder of the tests>
 #
-# Tests that fork are called death tests: by that name scripts/gpu-check keeps them from the sanitizer,
-# which does not follow a fork.
+# Checks that tests that fork are named as death tests. By this name, scripts/gpu-check excludes them from the
+# sanitizer, which does not follow forks.
 set -euo pipefail
 find "$1" -name '*Test.cpp' -exec awk '
   /^TEST/ { name = $0; sub(/,.*/, "", name); sub(/.*\(/, "", name) }

@@ -4,8 +4,9 @@
 #include <cstdlib>
 #include <fstream>
 
-// What scripts/gpu-check takes for a program of tests. Its tests write into the file named by LOG
-// which process they are in; where NO_DEVICE is set, one skips itself as they do without a GPU.
+// A test program that the test of scripts/gpu-check substitutes for the real ones. Its tests write
+// the process they run in to the file named by LOG. If NO_DEVICE is set, one of them skips itself,
+// as tests do without a GPU.
 
 namespace {
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # gpu_check.sh <fake_tests> <gpu-check>
 #
-# scripts/gpu-check fails where a test fails or skips itself, runs the calls' tests each in a process of
-# its own as well, and keeps death tests from the sanitizer. All that it runs is made up here.
+# Checks that scripts/gpu-check fails if a test fails or is skipped, runs each test of a call again in its own
+# process, and excludes death tests from the sanitizer. All programs that it runs here are fakes.
 set -euo pipefail
 program=$1
 folder=$(mktemp -d)
@@ -32,7 +32,7 @@ expect() { # <exit status> <text of the answer> <variable to set>...
 }
 
 expect 0 "unit_tests"
-# Every process that has run one test alone.
+# Every process that ran a single test.
 alone=$(sort "$LOG" | uniq -c | awk '$1 == 1' | wc -l)
 if ((alone != 4)); then echo "FAILED: $alone of 4 tests were run alone"; status=1; fi
 expect 1 "FakeTest.Fails" FAILS=1

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# What every kernel takes of a multiprocessor: registers, stack and spills, as a table. Fails if a
-# single-precision kernel has a stack or spills.
+# Prints a table of the registers, stack and spills of every kernel. Fails if a single-precision kernel has a
+# stack or spills.
 #
 #   resources.sh <nvcc> <source folder>
 set -euo pipefail

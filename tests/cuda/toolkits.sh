@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# The library, the modules and all tests compile without a warning with an older CUDA toolkit.
+# Checks that the library, the modules and all tests compile without warnings with an older CUDA toolkit.
 #
 #   toolkits.sh <version> <Debian suite that has it> <newest g++ it takes> <source folder> <work folder>
 #
-# Takes the toolkit from /usr/local/cuda-<version> or else from Debian's packages, which it unpacks into
-# the work folder without installing them: a gigabyte to fetch, 200 MB to keep.
+# Uses the toolkit in /usr/local/cuda-<version> if there is one. Otherwise it unpacks Debian's packages into
+# the work folder without installing them, which downloads a gigabyte and keeps 200 MB.
 set -euo pipefail
 version=$1 suite=$2 newest=$3 sources=$4 work=$5/$1
 # shellcheck source=scripts/setup
@@ -34,7 +34,7 @@ fetch() { # <folder>
   rm -r "$state"
 }
 
-# Where things are in NVIDIA's own packages.
+# Arranges the files as in NVIDIA's own packages.
 arrange() { # <folder of the unpacked packages> <toolkit>
   local programs=$1/usr/lib/nvidia-cuda-toolkit
   mkdir -p "$2/nvvm/bin"

@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
-# code.sh <octave> <folder of the modules> <folder to work in> <page>... : every block of Octave code
-# in the pages runs as it stands, those of one page in one session, one after the other, where
-# build/auto/octave is the folder of the modules. Leaves what a page's code writes in a folder of the
-# page's name.
+# code.sh <octave> <folder of the modules> <folder to work in> <page>... : runs every block of Octave code in
+# the pages unchanged, with build/auto/octave referring to the folder of the modules. The blocks of a page run
+# in order in one session. Files that they write are left in a folder with the page's name.
 set -euo pipefail
 octave=$1 modules=$(realpath "$2") out=$3
 shift 3

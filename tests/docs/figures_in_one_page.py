@@ -1,5 +1,6 @@
-"""figures_in_one_page.py <repository>: absolute times and speeds, which hold for one processor only, stand in
-docs/performance.md alone, where the processor is named. Other pages, help texts and headers link to it."""
+"""figures_in_one_page.py <repository>: checks that absolute times and speeds, which hold for one processor
+only, are given only in docs/performance.md, which names the processor. Other pages, help texts and headers
+link to it."""
 
 import re
 import sys

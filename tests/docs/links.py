@@ -1,12 +1,12 @@
-"""links.py <repository>: what the pages refer to is there: files and headings that they link to, and
-files of the repository, presets and scripts that they name."""
+"""links.py <repository>: checks that everything the pages refer to exists: files and headings that they link
+to, and files of the repository, presets and scripts that they name."""
 
 import json
 import re
 import sys
 from pathlib import Path
 
-# What a build makes, and what stands elsewhere.
+# Files that a build creates, and files outside the repository.
 MADE = re.compile(r"build/|~/|/usr/|/work")
 
 
@@ -15,7 +15,7 @@ def without_code(text):
 
 
 def anchors(page):
-    """The names that the headings have, for GitHub and on the site."""
+    """The anchors of the headings, on GitHub and on the site."""
     names = set()
     for heading in re.findall(r"^#+ (.*)$", without_code(page.read_text(encoding="utf-8")), re.M):
         heading = re.sub(r"[`*]|\]\([^)]*\)|\[", "", heading).strip().lower()
@@ -36,7 +36,7 @@ def links(page, text, _repository):
 
 
 def paths(_page, text, repository):
-    """Texts between backticks that look like files: a folder of the repository and more."""
+    """Texts between backticks that look like paths: they begin with a folder of the repository."""
     folders = {folder.name for folder in repository.iterdir() if folder.is_dir()} - {"build"}
     for name in re.findall(r"`([\w.*/-]+)`", without_code(text)):
         if MADE.match(name) or "/" not in name and not re.search(r"\.(sh|cmake|txt)$", name):

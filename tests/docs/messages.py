@@ -1,15 +1,15 @@
-"""messages.py <repository>: docs/troubleshooting.md quotes every message that users can meet, and none that no
-source has.
+"""messages.py <repository>: checks that docs/troubleshooting.md quotes every message that users can get, and no message
+that is not in the sources.
 
-A message is a line of a block marked `text` on the page; what varies in it stands as <words>. In the sources,
-every literal of two words or more is one, or a piece of one.
+A message is a line of a block marked `text` on the page; its variable parts are written as <words>. In the
+sources, every literal of two or more words is a message or a part of one.
 """
 
 import re
 import sys
 from pathlib import Path
 
-# Literals that are no messages: what CMake shows, what rule files begin with, labels, and the frame of a report.
+# Literals that are not messages: texts that CMake shows, the heads of rule files, labels, and the frame of a report.
 NO_MESSAGES = re.compile(
     r"\s*(?:Sanitizers|The device to build|Device Emulation|Build the modules|-lcudart|Reading the version|Weights W"
     r"|for a Gauss|Standard rule|is to be approx|Creating quad|(?:Root|Weight|Abscissa|Region) file"
@@ -21,7 +21,7 @@ VARIES = r"<[a-z ]*>|%[-0-9.]*[a-z]|\$\{\w+\}"
 
 
 def pieces(text):
-    """What is fixed in a text, without what reports put about it."""
+    """The fixed parts of a text, without the frame of a report."""
     text = re.sub(r"^condition failed: \((.*)\)\.$|^(?:array\b)?\.?", r"\1", text.strip())
     return [piece.strip() for piece in re.split(VARIES, text) if re.search("[A-Za-z]{2}", piece)]
 
@@ -38,7 +38,7 @@ def main(repository):
         source = file.read_text(encoding="utf-8")
         source = re.sub(COMMENTS.get(file.suffix, r'(?m)^\s*//.*$|(?<=[ ;{])//[^"\n]*$|^#.*$'), "", source)
         source = re.sub(r"static_assert\([^;]*;", "", source)
-        # Literals that stand one after the other are one.
+        # Consecutive literals are joined.
         whole += unescaped(re.sub(r"""(["'])(?:, )?(?: ?\.\.\.)?\s*\n\s*\1""", "", source))
         for literal in re.findall(LITERALS.get(file.suffix, r'"((?:[^"\\\n]|\\.)*)"'), source):
             for line in literal.split("\\n"):

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# named_tests.sh <page>... : the tests that the pages name are there.
+# named_tests.sh <page>... : checks that all tests named on the pages exist.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -7,7 +7,8 @@ status=0 names=0
 # shellcheck disable=SC2016 # the backquotes are the pages'
 while read -r name; do
   ((names += 1))
-  # A C++ fixture stands in the sources; a name of ctest in what CMake reads, maybe its last part alone.
+  # The name of a C++ fixture appears in the sources. The name of a ctest test, or at least its last part,
+  # appears in a file of CMake.
   where=(--include='*.cpp' --include='*.h')
   if [[ $name == *.* ]]; then where=(--include='*.cmake' --include=CMakeLists.txt); fi
   grep -rqwF -e "$name" -e "${name##*.}" "${where[@]}" . || { echo "no test is called $name"; status=1; }

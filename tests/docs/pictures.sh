@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# pictures.sh <octave> <build folder> : the pictures of the pages are those that scripts/figures draws. Status
-# 77 where gnuplot or the fonts are not those that they were drawn with.
+# pictures.sh <octave> <build folder> : checks that the pictures of the pages are those that scripts/figures
+# draws. Exits with 77 if gnuplot or the fonts differ from those that they were drawn with.
 set -euo pipefail
 octave=$1 build=$2
 here=$(cd "$(dirname "$0")" && pwd)

@@ -1,5 +1,5 @@
-% same_pictures (committed, drawn): an error unless both folders, and figures in both, have the same PNG files, but
-% for those that measurements go into. Pixels may differ by a rounding of the values.
+% same_pictures (committed, drawn): fails unless both folders, and their subfolders figures, have the same PNG
+% files, apart from those that show measurements. Pixels may differ by rounding.
 function same_pictures (committed, drawn)
   measured = {"accuracy.png", "performance.png"};
   stale = {};

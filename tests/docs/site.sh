@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# site.sh : the site builds without a warning, and needs no network to be read. Status 77 where the
-# tools are not installed.
+# site.sh : checks that the site builds without warnings and can be read offline. Exits with 77 if the tools
+# are not installed.
 set -uo pipefail
 cd "$(dirname "$0")/../.." || exit 1
 . scripts/setup
@@ -11,7 +11,8 @@ scripts/docs || exit 1
 
 status=0
 cd build/docs/html || exit 1
-# What a page loads, that is: scripts, styles, fonts and pictures, and not what it links to.
+# Matches what a page loads from a network: scripts, styles, fonts and pictures, but not the targets of its
+# links.
 loads='<(script|img|iframe|source)[^>]* src="(https?:)?//|<link [^>]*href="(https?:)?//|url\(["'\'']?((https?:)?/|//)|@import *["'\''](https?:)?/'
 if grep -rnEo --include='*.html' --include='*.css' "$loads" .; then
   echo "these are loaded from elsewhere"

@@ -1,4 +1,4 @@
-# What the documentation says: links, messages and code that are there and run, and the site.
+# Checks of the documentation: its links, messages, code and pictures, and the site.
 
 if(PISTONFIELD_USE_CUDA OR PISTONFIELD_SANITIZE)
   return()
@@ -22,7 +22,7 @@ if(TARGET pistonfield_octave)
   add_test(NAME docs.code COMMAND ${docs_folder}/code.sh ${OCTAVE} ${CMAKE_BINARY_DIR}/octave
                                   ${CMAKE_CURRENT_BINARY_DIR}/docs ${PROJECT_SOURCE_DIR}/README.md ${docs_pages})
   set_tests_properties(docs.code PROPERTIES TIMEOUT 600)
-  # Drawn by the emulation device: a GPU's last digits are others.
+  # The pictures are drawn with the emulation device, since the last digits differ on a GPU.
   add_test(NAME docs.pictures COMMAND ${docs_folder}/pictures.sh ${OCTAVE} ${CMAKE_BINARY_DIR})
   set_tests_properties(docs.pictures PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 600)
 endif()

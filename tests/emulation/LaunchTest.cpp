@@ -15,7 +15,7 @@ using pistonfield::launch;
 
 namespace {
 
-constexpr unsigned threads = 5 * 3 * 2 * 32 * 8 * 4;  // more than a handful of runs
+constexpr unsigned threads = 5 * 3 * 2 * 32 * 8 * 4;  // more than a few ranges
 std::atomic<unsigned> visits[threads];
 
 void visit() {

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # deviceless.sh <unit_tests> <gateway_tests> <module>, unit_tests and module without a device
 #
-# Every test that needs the device fails where that does not start, and none is skipped.
+# Checks that every test that needs the device fails if the device does not start, and that none is skipped.
 set -euo pipefail
 unit_tests=$1 gateway_tests=$2
 export PISTONFIELD_GATEWAY_MODULE=$3 PISTONFIELD_HIDDEN_MODULE=$3
@@ -19,9 +19,9 @@ fails() { # <how many at least> <gtest executable> <filter>
   fi
 }
 
-# But for what takes long and needs none.
+# Excludes long tests that need no device.
 fails 200 "$unit_tests" "-GaussLegendre*:Cpu*:*PackedPressure*:AccuracyTest*:SpreadTest*:HalfPhase*:NodeSum*:SineCosine*"
-# But for what makes the device fail itself.
+# Excludes tests that themselves make the device fail.
 fails 60 "$gateway_tests" "-FirstCallTest*"
 if grep "OK \]" "$log"; then
   echo "a call of the gateway needs a device"

@@ -1,4 +1,4 @@
-# The same tests over an emulation device that does not start.
+# The same tests with an emulation device that does not start.
 
 if(PISTONFIELD_USE_CUDA OR PISTONFIELD_SANITIZE)
   return()

@@ -1,6 +1,6 @@
 %!shared e
 %! e = run_example ("cppfield", 200);
-%!test # both are the field of the piston
+%!test # both programs compute the field of the piston
 %! assert (e.difference < 1e-5);
 %! at = [700, 12345, 24000];
 %! [i, m] = ind2sub ([121, 201], at);
@@ -8,7 +8,7 @@
 %! p = rayleigh_sum (points, 7.5, 5, 2 * pi, 200);
 %! assert (e.fromcpp(at), p, 1e-3);
 %! assert (e.fromhere(at)(:), p, 1e-3);
-%!test # another program's file is refused
+%!test # a file of another program is rejected
 %! file = fopen ("field.txt", "w");
 %! fprintf (file, "1 2\n3 4\n");
 %! fclose (file);

@@ -6,12 +6,12 @@
 %!endfunction
 %!shared e
 %! e = run_example ("design", 20);
-%!test # the goal is met at that side, in a sum over the piston too, and at no smaller one
+%!test # this side meets the goal, also according to a sum over the piston, and no smaller side does
 %! assert (widthof (e.side, e.depth, e.k), 12e-3, 0.02e-3);
 %! assert (widthof (e.side - 0.1e-3, e.depth, e.k) > 12e-3);
 %! assert (e.width <= 12e-3 && all (e.widths(e.sides < e.side) > 12e-3));
 %! assert (str2double (regexp (e.printed, 'side ([\d.]+) mm', "tokens", "once")), e.side * 1e3, 0.005);
-%!test # small pistons have the beam of the far field
+%!test # the beam of a small piston is that of the far field
 %! assert (e.widths(1), 2 * 0.60335 * e.lambda * e.depth / e.sides(1), -0.02);
 %! assert (e.side > e.sideexpected);
 %!test # the width of a beam

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # example.sh <octave-cli> <folder of the modules> <file with %! blocks> [<program to run first>]
 #
-# Runs the %! blocks, which run an example, in an empty folder.
+# Runs a file of %! blocks, which in turn run an example, in an empty folder.
 set -euo pipefail
 octave=$1 module=$2 blocks=$3
 here=$(cd "$(dirname "$0")" && pwd)

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # full_disk.sh <octave-cli> <folder of the module> <program field> <folder of the examples>
 #
-# What the examples cannot write is an error. A full disk is told like a file that may not grow.
+# Checks that an example fails if it cannot write a file. A limit on the file size stands in for a full disk.
 set -euo pipefail
 octave=$1 module=$2 field=$3 examples=$4
 command -v gnuplot >/dev/null || { echo "SKIPPED: needs gnuplot"; exit 77; }

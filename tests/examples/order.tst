@@ -1,14 +1,14 @@
 %!shared e
 %! e = run_example ("order", 20);
-%!test # the errors fall from order to order, to what single precision leaves
+%!test # the errors decrease with the order, down to the limit of single precision
 %! assert (all (e.errors(:,1) > 0.1) && all (e.errors(:,end) < 1e-6));
 %! assert (all (e.errors(1:2,e.orders == 14) < 1e-6) && e.errors(3,e.orders == 14) > 0.1);
-%!test # pistonorder takes the first order within the tolerance
+%!test # pistonorder returns the first order within the tolerance
 %! for c = 1:3
 %!   first = e.orders(find (e.errors(c,:) < e.tolerance, 1));
 %!   assert (e.enough(c), first);
 %! endfor
-%!test # the errors are those against the formula in double precision, of twice the highest order
+%!test # the errors agree with those against the formula in double precision, with twice the highest order
 %! [x, w] = gauss_legendre_half (128);
 %! p = literal_pressure (e.points, e.l(3), e.s(3), e.k, x, w, 128);
 %! for n = [e.enough(3), e.enough(3) - 1, 20]

@@ -6,7 +6,7 @@
 %!endfunction
 %!shared e
 %! e = run_example ("phasedarray", 200);
-%!test # a sum over the elements, steered by phases of its own, is loudest at the same angle
+%!test # an independent sum over the elements, with its own steering phases, is loudest at the same angle
 %! u = [sind(25); 0; cosd(25)];
 %! angles = 24:0.05:26;
 %! far = 20 * [sind(angles); 0 * angles; cosd(angles)];
@@ -14,7 +14,7 @@
 %! assert (angles(loudest), 25, 0.1);
 %! said = str2double (regexp (e.printed, 'loudest at ([\d.]+) degrees', "tokens", "once"));
 %! assert (said, angles(loudest), 0.06);
-%!test # so it is at the focus, as wide
+%!test # an independent sum has its maximum at the same focus, with the same width
 %! f = [12; 0; 40] * 1e-3;
 %! assert (norm (e.found - f) < 0.1e-3);
 %! offset = (-100:100) * 0.02e-3;
@@ -24,7 +24,7 @@
 %! [~, loudest] = max (p);
 %! assert (norm (across(:,loudest) - e.found) < 0.05e-3);
 %! assert (numel (find (p > max (p) / 2)) * 0.02e-3, e.width, 0.04e-3);
-%!test # and the width is that of an aperture of this length
+%!test # the width at the focus is that of an aperture of this length
 %! half = fzero (@(t) sin (pi * t) / (pi * t) - 0.5, [0.5, 0.7]);
 %! expected = 2 * half * e.lambda * norm ([12, 40]) * 1e-3 / (64 * e.lambda / 2 * 40 / norm ([12, 40]));
 %! assert (e.width, expected, -0.04);

@@ -1,5 +1,5 @@
-% The pressure of a piston at points (3 x N) by the double sum over cells of it, each seen from its
-% middle, independent of the method of the module.
+% The pressure of a piston at points (3 x N) by a double sum over its cells, with the distance
+% from the centre of each. This is independent of the module's method.
 function p = rayleigh_sum (points, l, s, k, cells)
   x = ((1:cells) - (cells + 1) / 2) * s / cells;
   y = ((1:cells) - (cells + 1) / 2) * l / cells;

@@ -1,5 +1,5 @@
-% A legacy VTK file of structured points, as its format is defined: a struct with dimensions, origin,
-% spacing, and a field for each array of scalars.
+% Reads a legacy VTK file of structured points according to the definition of the format. Returns a
+% struct with dimensions, origin, spacing, and a field for each array of scalars.
 function grid = read_vtk (name)
   file = fopen (name, "r", "ieee-be");
   assert (fgetl (file), "# vtk DataFile Version 3.0");

@@ -1,5 +1,5 @@
-% Runs an example in the current folder and checks its picture, which has that many colours at least:
-% the struct of its variables, and in printed what it printed.
+% Runs an example in the current folder and checks that its picture has at least the given number of
+% colours. Returns a struct of its variables, and in printed what it printed.
 function variables = run_example (example_, colours_)
   printed_ = evalc (example_);
   variables.printed = printed_;
@@ -11,7 +11,7 @@ function variables = run_example (example_, colours_)
   check_picture ([example_, ".png"], colours_);
 endfunction
 
-% A PNG file, of the size of the documentation's, on which something is drawn.
+% A PNG file with the size of those in the documentation, and with something drawn on it.
 function check_picture (name, colours)
   file = fopen (name);
   signature = fread (file, 8)';

@@ -1,4 +1,4 @@
-# The examples, run as users run them, and what they claim.
+# Runs the examples as users do, and checks what they claim.
 
 if(NOT TARGET pistonfield_octave OR PISTONFIELD_USE_CUDA)
   return()
@@ -24,7 +24,7 @@ add_test(NAME examples.full_disk
          COMMAND ${CMAKE_CURRENT_LIST_DIR}/full_disk.sh ${OCTAVE} ${CMAKE_BINARY_DIR}/octave
                  $<TARGET_FILE:example_field> ${PROJECT_SOURCE_DIR}/examples)
 
-# One field in several processes, and the script that others copy for it.
+# One field computed by several processes, and the script for users to copy.
 add_test(NAME examples.mpi
          COMMAND ${CMAKE_CURRENT_LIST_DIR}/mpi.sh ${OCTAVE} ${CMAKE_BINARY_DIR}/octave)
 add_test(NAME examples.shellcheck

@@ -2,20 +2,20 @@
 %! e = run_example ("volume", 200);
 %! mat = load ("volume.mat");
 %! vtk = read_vtk ("volume.vtk");
-%!test # the MAT file is of the format that others read, and holds all
+%!test # the MAT file has a widely supported format and contains everything
 %! file = fopen ("volume.mat");
 %! assert (strncmp (fread (file, 20, "char=>char")', "MATLAB 5.0 MAT-file", 19));
 %! fclose (file);
 %! for name = {"x", "y", "z", "l", "s", "k", "p"}
 %!   assert (isequal (mat.(name{1}), e.(name{1})));
 %! endfor
-%!test # so does the VTK file, in single precision
+%!test # the VTK file contains everything in single precision
 %! assert (vtk.dimensions, [61, 61, 100]);
 %! assert (vtk.origin, [-9e-3, -9e-3, 0.3e-3], 1e-9);
 %! assert (vtk.spacing, [0.3e-3, 0.3e-3, 0.3e-3], 1e-9);
 %! assert (isequal (vtk.magnitude, double (single (abs (mat.p)))));
 %! assert (isequal (vtk.real + 1i * vtk.imaginary, double (single (mat.p))));
-%!test # a value stands where a reader of either file places it
+%!test # a reader of either file finds a value at the right place
 %! for at = [10, 61, 31; 47, 1, 20; 3, 55, 100]
 %!   place = vtk.origin + (at' - 1) .* vtk.spacing;
 %!   p = rayleigh_sum (place', 11.25e-3, 7.5e-3, 2 * pi / 1.5e-3, 200);

@@ -35,7 +35,7 @@ std::vector<std::size_t> anyDims(FuzzedDataProvider& bytes) {
   return dims;
 }
 
-/// Often one at the ends of the range.
+/// Any order, often one at the ends of the valid range.
 int anyOrder(FuzzedDataProvider& bytes) {
   static const int edges[] = {-1, 0, 1, 2, 511, 512, 513, 514};
   switch (bytes.ConsumeIntegralInRange(0, 2)) {
@@ -48,13 +48,13 @@ int anyOrder(FuzzedDataProvider& bytes) {
   }
 }
 
-/// Whether it has more columns than an int counts. Nothing may read the data, of which there is
-/// none.
+/// Whether the array has more columns than an int can count. Such an array has no data, which
+/// nothing may read.
 bool isHuge(const mxArray& array) {
   return *std::max_element(array.dims.begin(), array.dims.end()) >= std::size_t{1} << 31;
 }
 
-/// Elements as the class keeps them; those of a sparse matrix are fewer than its size says.
+/// Fills the array with elements of its class. A sparse matrix has fewer elements than its size.
 void fill(FuzzedDataProvider& bytes, mxArray& array) {
   array.re.clear();
   array.im.clear();
@@ -71,7 +71,7 @@ void fill(FuzzedDataProvider& bytes, mxArray& array) {
   if (array.isComplex) array.im = numbers<double>(bytes, count);
 }
 
-/// More columns than an int counts.
+/// An array with more columns than an int can count.
 mxArray huge(FuzzedDataProvider& bytes) {
   mxArray array;
   array.dims = {

@@ -4,17 +4,17 @@
 
 #include "host/MexArray.h"
 
-// Values of the host's language out of a fuzzer's bytes.
+// Makes values of the host's language from a fuzzer's bytes.
 
 namespace fuzz {
 
-/// Of any class, size and content.
+/// An array of any class, size and content.
 mxArray anyArray(FuzzedDataProvider& bytes);
 
-/// Makes it another one that is nearly the same.
+/// Changes the array slightly.
 void spoil(FuzzedDataProvider& bytes, mxArray& array);
 
-/// What an argument should be; what it holds may be anything.
+/// A valid type of array for each argument, with any values.
 mxArray points(FuzzedDataProvider& bytes);
 mxArray number(FuzzedDataProvider& bytes);
 mxArray mode(FuzzedDataProvider& bytes);

@@ -4,7 +4,7 @@
 
 namespace fuzz {
 
-/// The value that the same bits are in another type.
+/// The value that the same bits represent in another type.
 template <class To, class From>
 To copied(const From& from) {
   static_assert(sizeof(To) == sizeof(From));

@@ -8,7 +8,7 @@
 namespace fuzz {
 namespace {
 
-constexpr double mostPoints = 4096;  // two runs of threads
+constexpr double mostPoints = 4096;  // two ranges of threads
 
 int anyLength(FuzzedDataProvider& bytes) {
   static const int edges[] = {std::numeric_limits<int>::min(),

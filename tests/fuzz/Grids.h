@@ -6,22 +6,22 @@
 #include <cstddef>
 #include <vector>
 
-// Grids of any size out of a fuzzer's bytes.
+// Makes grids of any size from a fuzzer's bytes.
 
 namespace fuzz {
 
-/// sx × sy × sz points; sizes may be anything that an int holds.
+/// sx × sy × sz points; each size may be any int.
 struct Size {
   int sx, sy, sz;
 
-  /// Whether a device must evaluate such a grid. One of more points than an int counts it must
-  /// refuse, as one of none.
+  /// Whether a device must evaluate such a grid. It must reject an empty grid and a grid of more
+  /// points than an int can count.
   bool isRight() const;
 
-  /// Whether it would, but take too long for a fuzzer.
+  /// Whether the grid is valid, but would take too long for a fuzzer.
   bool isLong() const;
 
-  /// The number of points to make room for.
+  /// The number of points to allocate results for.
   std::size_t points() const;
 };
 
@@ -32,11 +32,11 @@ using Transform = std::array<float, 16>;
 
 Transform anyTransform(FuzzedDataProvider& bytes);
 
-/// x, y, z of the points that the transform gives a right grid, in the operations and the order of
-/// the kernels.
+/// x, y, z of the points of a valid grid placed by a transform, computed with the kernels'
+/// operations in the same order.
 std::vector<float> positions(const Size& size, const Transform& transform);
 
-/// The same for a grid with axes of its own.
+/// The same for a grid given by its axes.
 std::vector<float> positions(const std::vector<float>& x, const std::vector<float>& y,
                              const std::vector<float>& z);
 

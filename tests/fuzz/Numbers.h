@@ -10,11 +10,11 @@
 
 #include "fuzz/Copies.h"
 
-// Numbers of every kind out of a fuzzer's bytes.
+// Makes numbers of every kind from a fuzzer's bytes.
 
 namespace fuzz {
 
-/// Every float there is: NaN, infinite, denormal, huge; often one of those at the edges.
+/// Any number, including NaN, infinite, denormal and huge ones, and often one at a limit.
 template <class Real>
 Real anyNumber(FuzzedDataProvider& bytes) {
   using Limits = std::numeric_limits<Real>;
@@ -45,14 +45,14 @@ Real anyNumber(FuzzedDataProvider& bytes) {
   }
 }
 
-/// A length or a coordinate near a piston of size 1; now and then any number.
+/// A length or a coordinate near a piston of size 1, and occasionally any number.
 template <class Real>
 Real usualNumber(FuzzedDataProvider& bytes) {
   const auto value = bytes.ConsumeIntegral<std::int8_t>();
   return value == -128 ? anyNumber<Real>(bytes) : static_cast<Real>(value) / 32;
 }
 
-/// `count` of them, either usual or of every kind.
+/// `count` numbers, either all usual or of every kind.
 template <class Real>
 std::vector<Real> numbers(FuzzedDataProvider& bytes, std::size_t count) {
   const bool usual = bytes.ConsumeBool();

@@ -12,7 +12,8 @@ int told = STDERR_FILENO;
 
 }  // namespace
 
-// Sanitizers refuse what no machine has, as a machine would.
+// Makes allocations that exceed any machine's memory fail under sanitizers as on a machine, instead
+// of ending the process.
 extern "C" const char* __asan_default_options() {
   return "allocator_may_return_null=1:max_allocation_size_mb=256";
 }
@@ -26,7 +27,7 @@ void require(bool holds, const std::string& property) {
 }
 
 void silence() {
-  told = dup(STDERR_FILENO);  // libFuzzer may close the other
+  told = dup(STDERR_FILENO);  // libFuzzer may close the original
   const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
   dup2(nowhere, STDOUT_FILENO);
   close(nowhere);

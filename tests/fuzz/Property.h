@@ -4,10 +4,10 @@
 
 namespace fuzz {
 
-/// Ends the process, for the fuzzer to keep the input, unless a property holds.
+/// Ends the process if a property does not hold, so that the fuzzer keeps the input.
 void require(bool holds, const std::string& property);
 
-/// Sends what the system prints nowhere. Properties that do not hold are still told.
+/// Discards what the library prints. Violated properties are still reported.
 void silence();
 
 }  // namespace fuzz

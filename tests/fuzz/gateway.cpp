@@ -12,9 +12,9 @@
 #include "fuzz/Property.h"
 #include "host/MexCall.h"
 
-// [results{1:nlhs}] = pistonfield(arguments{:}) of anything: a call with good arguments returns as
-// many pressures as points, any other raises one of the messages that users know, and neither
-// leaves anything behind. The host sees to it that it is one message.
+// Calls [results{1:nlhs}] = pistonfield(arguments{:}) with any arguments. A call with valid
+// arguments returns as many pressures as points, any other call raises one of the documented
+// messages, and neither leaks anything. The host ensures that there is exactly one message.
 
 namespace {
 
@@ -43,7 +43,7 @@ mxArray rightArgument(FuzzedDataProvider& bytes, std::size_t place) {
   }
 }
 
-/// The argument as it should be, with good odds; else nearly so, or anything.
+/// Most likely a valid argument, otherwise a nearly valid one or anything.
 mxArray argument(FuzzedDataProvider& bytes, std::size_t place) {
   const int choice = bytes.ConsumeIntegralInRange(0, 31);
   if (choice == 31) return fuzz::anyArray(bytes);
@@ -62,7 +62,7 @@ int outputCount(FuzzedDataProvider& bytes) {
   return choice < 4 ? choice : 1;
 }
 
-/// What the help says that arguments must be.
+/// What the help requires of the arguments.
 namespace right {
 
 bool number(const mxArray& array) {
@@ -78,7 +78,7 @@ bool points(const mxArray& array) {
          columns < std::size_t{1} << 31;
 }
 
-/// The characters up to a zero.
+/// Whether the characters up to a NUL are the expected text.
 bool text(const mxArray& array, const std::string& expected) {
   const std::string all(array.bytes.begin(), array.bytes.end());
   return mxIsChar(&array) && all.substr(0, all.find('\0')) == expected;
@@ -150,7 +150,7 @@ void check(int nlhs, const Arguments& arguments) {
                 "the result is one complex double a point");
 }
 
-/// Calls that must never change, whatever was called between them.
+/// Makes a call whose result must not depend on the calls before it.
 void checkGoodCall() {
   static const Arguments good = {host::matrix(3, 2, {0, 0, 0.01, 0.001, -0.002, 0.02}),
                                  host::scalar(0), host::scalar(0.01), host::scalar(0.005),

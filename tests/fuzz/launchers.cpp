@@ -21,9 +21,10 @@
 #include "fuzz/Property.h"
 #include "support/RecordingHandler.h"
 
-// Any grid by every launcher: where the size is right all of single precision give the bits that
-// the one for lists gives, and all of double precision those of each other; where it is not, the
-// error handler is told. The sanitizer guards the arrays, which are as large as they must be.
+// Calls every launcher with any grid. If the size is valid, all single-precision launchers must
+// give the same bits as the launcher for lists, and all double-precision launchers the same bits as
+// each other. If it is not, the error handler must be called. The arrays are no larger than
+// necessary, so that the sanitizer detects any access beyond them.
 
 namespace {
 
@@ -43,11 +44,11 @@ bool fails(const Call& call) {
   return !condition.empty();
 }
 
-/// What a launcher has written, nothing if it failed.
+/// What a launcher wrote, or nothing if it failed.
 template <class T>
 using Values = std::optional<std::vector<ComplexPair<T>>>;
 
-/// Whatever they were before, results are not left as they were.
+/// Initial value of every result, to detect results that were not written.
 template <class T>
 constexpr ComplexPair<T> unwritten{T(-12345), T(54321)};
 
@@ -102,11 +103,11 @@ Values<float> list(const std::vector<float>& positions, const Piston& p) {
   });
 }
 
-/// More would keep the fuzzer from trying other things.
+/// With more nodes, the fuzzer would have too little time for other inputs.
 constexpr std::size_t mostNodes = std::size_t{1} << 16;
 
-/// The rule of an order, or a table with values of any kind; nothing is loaded where it fails.
-/// Returns the number of its nodes.
+/// Loads the rule of an order, or a table with any values. If that fails, no rule is loaded.
+/// Returns the number of nodes.
 std::size_t loadRule(FuzzedDataProvider& bytes) {
   const char* const name = bytes.ConsumeIntegralInRange(0, 31) < 31 ? "RectangularPiston" : "Disc";
   const bool isModel = name[0] == 'R';
@@ -122,7 +123,7 @@ std::size_t loadRule(FuzzedDataProvider& bytes) {
               "a table of single precision is loaded if it can be");
       break;
     }
-    case 1: {  // to a model that is not there it is as on a device without double precision
+    case 1: {  // for an unknown model, as on a device without double precision
       const auto x = fuzz::numbers<double>(bytes, half), w = fuzz::numbers<double>(bytes, half);
       require(
           fails([&] { setIntegratorWeightsSym_d(name, x.data(), w.data(), order); }) == !isOrder,
@@ -136,7 +137,7 @@ std::size_t loadRule(FuzzedDataProvider& bytes) {
   return isOrder ? static_cast<std::size_t>(order) : 0;
 }
 
-/// The list of a grid's points, and that of one of them alone.
+/// Checks the launcher for lists with all points of a grid, and with one of them alone.
 Values<float> checkList(FuzzedDataProvider& bytes, const std::vector<float>& positions,
                         const Piston& piston) {
   const Values<float> expected = list(positions, piston);
@@ -177,7 +178,7 @@ void checkMappedGrid(FuzzedDataProvider& bytes, const Size& size, const Piston& 
 
 void checkAxes(FuzzedDataProvider& bytes, const Size& size, const Piston& p) {
   const auto axis = [&](int length) {
-    // The device has no memory for longer ones, and reads nothing.
+    // For longer lists the device has too little memory, so nothing is read.
     constexpr int most = 1 << 26;
     std::vector<float> values =
         fuzz::numbers<float>(bytes, static_cast<std::size_t>(std::clamp(length, 1, 64)));
@@ -248,7 +249,7 @@ void checkDoublePrecision(FuzzedDataProvider& bytes, const Size& size) {
           "do_calculate_d fails if it must");
 }
 
-/// The grid of that size, if 32 bits count its points; it is refused if they do not.
+/// The grid of this size. If 32 bits cannot count its points, it must be rejected.
 template <class T>
 std::optional<Grid3DR<T>> gridOf(const Size& size,
                                  const typename Grid3DR<T>::Transform& transform) {
@@ -262,7 +263,7 @@ std::optional<Grid3DR<T>> gridOf(const Size& size,
   return grid;
 }
 
-/// A regular grid of a piston that is evaluated on the device or on the CPU.
+/// Checks a regular grid, evaluated on the device or on the CPU.
 void checkPiston(FuzzedDataProvider& bytes, const Size& size) {
   const fuzz::Transform t = fuzz::anyTransform(bytes);
   Grid3DR<double>::Transform transform;
@@ -294,7 +295,7 @@ bool sameVector(const pistonfield::MVector<T, 3>& p, const pistonfield::MVector<
   return sameValue(p[0], q[0]) && sameValue(p[1], q[1]) && sameValue(p[2], q[2]);
 }
 
-/// Grids as lists of positions.
+/// Checks the positions of grids.
 template <class T>
 void checkPositions(FuzzedDataProvider& bytes, const Size& size) {
   const std::vector<T> values = fuzz::numbers<T>(bytes, 16);
@@ -326,7 +327,7 @@ void checkPositions(FuzzedDataProvider& bytes, const Size& size) {
   }
 }
 
-/// Lists whose length is none.
+/// Checks lists of invalid length.
 void checkListLength(FuzzedDataProvider& bytes, const Piston& p) {
   const int length = -bytes.ConsumeIntegralInRange(0, std::numeric_limits<int>::max()) -
                      (bytes.ConsumeBool() ? 1 : 0);

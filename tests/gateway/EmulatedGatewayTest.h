@@ -9,15 +9,16 @@
 #include "emulation/TestControl.h"
 #include "gateway/GatewayTest.h"
 
-/// The device's memory: its own, as a GPU has, or the host's, as for users of the emulation device.
+/// The memory that the device works in: its own, like a GPU, or the host's, as for users of the
+/// emulation device.
 enum class Memory { SEPARATE, HOSTS };
 
 inline void PrintTo(Memory memory, std::ostream* out) {
   *out << (memory == Memory::SEPARATE ? "SeparateMemory" : "HostMemory");
 }
 
-/// A test that makes the device below the gateway fail, lie or keep a record, through the module's
-/// own test control.
+/// A test that uses the module's own test control to make the device fail, give false answers or
+/// record calls.
 class EmulatedGatewayTest : public GatewayTest {
  protected:
   EmulatedGatewayTest()
@@ -33,7 +34,7 @@ class EmulatedGatewayTest : public GatewayTest {
     if (memory == Memory::SEPARATE) device.separateMemory();
   }
 
-  /// Points enough for the emulation device to take threads to its help.
+  /// Enough points for the emulation device to start threads.
   static mxArray pointsForThreads() {
     const std::size_t count = 10000;
     std::vector<double> points;
@@ -45,7 +46,7 @@ class EmulatedGatewayTest : public GatewayTest {
   pistonfield::emulation::TestControl& device;
 };
 
-/// The same in either memory, with no faults at the start.
+/// The same, once for each kind of memory, with no faults at the start.
 class InEitherMemory : public EmulatedGatewayTest, public testing::WithParamInterface<Memory> {
  protected:
   InEitherMemory() { startAfresh(GetParam()); }

@@ -10,13 +10,14 @@
 
 using support::FailingAllocation;
 
-// Every allocation of memory fails that a call of the module makes, and the host for its results.
+// Makes every allocation of memory in a call of the module fail, including those of the host for
+// the results.
 
 namespace {
 
 const std::string tooManyPoints = "There is not enough memory for this many points.";
-const std::string noResult = "mxCreateNumericArray: out of memory";  // of the host's own
-const std::string noText = "mxArrayToString: out of memory";         // of the host's own
+const std::string noResult = "mxCreateNumericArray: out of memory";  // the host's own message
+const std::string noText = "mxArrayToString: out of memory";         // the host's own message
 
 class GatewayEveryAllocationTest : public InEitherMemory {
  protected:
@@ -43,16 +44,16 @@ class GatewayEveryAllocationTest : public InEitherMemory {
     }
   }
 
-  /// How many allocations failed one after the other, until all succeeded, and in how many calls
-  /// the module went on without the one that failed.
+  /// The number of allocations that failed, one per call, until all succeeded, and the number of
+  /// calls that completed without the failed allocation.
   struct Count {
     std::size_t failed = 0, survived = 0;
   };
 
-  /// Before every call `breakDevice` sees to its faults.
+  /// `breakDevice` sets up the device's faults before every call.
   Count failEach(bool lasting, void (*breakDevice)(pistonfield::emulation::TestControl&)) {
     breakDevice(device);
-    failing(0, false);  // for what is only made once
+    failing(0, false);  // allocates what is allocated only once
     startAfresh(GetParam());
     breakDevice(device);
     const host::Outcome good = failing(0, false);
@@ -100,7 +101,7 @@ class GatewayEveryAllocationTest : public InEitherMemory {
 };
 
 TEST_P(GatewayEveryAllocationTest, FailsAsOneErrorUnlessAThreadCanBeDoneWithout) {
-  arguments.nabscissas = host::scalar(50);  // work enough for the device to want threads
+  arguments.nabscissas = host::scalar(50);  // enough work for the device to start threads
   inputs = arguments.first(7);
   const Count once = failEach(false, leaveAlone);
   EXPECT_GT(once.failed, 10u);
@@ -123,7 +124,7 @@ TEST_P(GatewayEveryAllocationTest, FailsAsOneErrorInACallWithATable) {
 }
 
 TEST_P(GatewayEveryAllocationTest, FailsAsOneErrorWhileAnotherIsReported) {
-  arguments.l = host::text("");  // which is no number
+  arguments.l = host::text("");  // not a number
   inputs = arguments.first(7);
   for (const bool lasting : {false, true}) EXPECT_GT(failEach(lasting, leaveAlone).failed, 0u);
 }

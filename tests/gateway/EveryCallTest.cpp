@@ -10,8 +10,8 @@
 using support::Ending;
 using support::EveryCall;
 
-// Every call of the runtime fails that a call of the module makes. The host ends the process when
-// an error is raised while another one unwinds.
+// Makes every call of the runtime in a call of the module fail, one at a time. The host ends the
+// process if an error is raised while another one unwinds.
 
 namespace {
 

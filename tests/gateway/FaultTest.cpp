@@ -26,7 +26,7 @@ class FirstCallTest : public GatewayTest {
 };
 
 TEST_F(FirstCallTest, AlsoTheModulesFirstErrorIsReportedToTheHost) {
-  // The handler must be there before the device can fail.
+  // The error handler must be installed before the device can fail.
   auto& device =
       *reinterpret_cast<decltype(&emulationTestControl)>(module.symbol("emulationTestControl"))();
   device.pretendDevices({});

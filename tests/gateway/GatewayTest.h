@@ -8,10 +8,10 @@
 
 #include "host/MexHost.h"
 
-// The module as its users call it, through the small host.
+// Calls the module as its users do, through the tests' host.
 
-/// The arguments of p = pistonfield(points, ignored, l, s, k, mode, nabscissas), all good; a test
-/// changes what it is about and passes as many as it likes.
+/// The arguments of p = pistonfield(points, ignored, l, s, k, mode, nabscissas), all valid. A test
+/// changes those that it is about and passes as many as it needs.
 struct Arguments {
   mxArray points = host::matrix(3, 1, {0, 0, 0.01});
   mxArray ignored = host::scalar(0);
@@ -24,11 +24,11 @@ struct Arguments {
   std::vector<mxArray> first(std::size_t count) const;
 };
 
-/// The module with no symbols but those that users get, where PISTONFIELD_HIDDEN_MODULE says, else
-/// where it was built.
+/// The path of the module with only the symbols that users get: the value of
+/// PISTONFIELD_HIDDEN_MODULE or, if it is not set, the path in the build folder.
 std::string hiddenModulePath();
 
-/// Whether a call ended so because there is no device.
+/// Whether a call ended because there is no device.
 bool lacksDevice(const host::Outcome& outcome);
 
 class GatewayTest : public testing::Test {
@@ -38,13 +38,13 @@ class GatewayTest : public testing::Test {
   /// p = pistonfield(the first `count` arguments).
   host::Outcome call(const Arguments& arguments, std::size_t count = 7);
 
-  /// The call's pressures, which must succeed.
+  /// The pressures of a call, which must succeed.
   std::vector<std::complex<double>> pressures(const Arguments& arguments, std::size_t count = 7);
 
-  /// The call's error, "" if it succeeds.
+  /// The error of a call, or "" if it succeeds.
   std::string errorOf(const Arguments& arguments, std::size_t count = 7);
 
-  /// Where the environment's PISTONFIELD_GATEWAY_MODULE says, else where it was built.
+  /// The value of PISTONFIELD_GATEWAY_MODULE or, if it is not set, the path in the build folder.
   static std::string modulePath();
 
   host::MexHost module{modulePath()};

@@ -2,7 +2,7 @@
 
 #include "gateway/EmulatedGatewayTest.h"
 
-// A call long enough to be launched in pieces, which its user interrupts.
+// The user interrupts a call that is long enough to be launched in pieces.
 
 namespace {
 
@@ -19,7 +19,7 @@ class InterruptionTest : public InEitherMemory {
   }
   host::Outcome interrupted(int check) { return module.call(1, arguments.first(7), check); }
 
-  static constexpr std::size_t count = 70000;  // three pieces and more at order 512
+  static constexpr std::size_t count = 70000;  // more than three pieces at order 512
   Arguments arguments;
 };
 

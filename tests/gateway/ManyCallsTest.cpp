@@ -14,7 +14,7 @@
 #include "emulation/TestControl.h"
 #endif
 
-// A host that calls for hours, and often wrongly, must have the memory at the end that it had at
+// A host that makes many calls, often with mistakes, must not use more memory at the end than at
 // the beginning.
 
 namespace {
@@ -23,7 +23,7 @@ namespace {
 struct Mistake {
   std::function<void(Arguments&)> make;
   std::size_t count;  // of arguments
-  std::string error;  // begins like this
+  std::string error;  // the beginning of its message
 };
 
 const std::string report = "ERROR: assertion failure in ";
@@ -50,8 +50,9 @@ const std::vector<Mistake> mistakes = {
 
 #if defined(CUDART_VERSION)
 
-/// Holds the device's context, which a call would otherwise take with it, and all that the call
-/// had left in it. It stays: to end it under the module's own runtime would break that.
+/// Holds the device's context. Otherwise each call would destroy it, together with anything that
+/// the call leaked. The context is not released at the end, since that would break the module's own
+/// runtime.
 class DeviceMemory {
  public:
   explicit DeviceMemory(const host::MexHost& /*module*/) {
@@ -63,7 +64,7 @@ class DeviceMemory {
     return call();
   }
 
-  /// There is no way to make a GPU fail.
+  /// Calls `call` only, since a GPU cannot be made to fail.
   template <class Call>
   host::Outcome duringFault(std::size_t /*n*/, Call call) {
     return call();
@@ -77,8 +78,8 @@ class DeviceMemory {
 
   void expectAsBefore(long before) const { EXPECT_LE(taken() - before, mostResident); }
 
-  // The driver and other processes take and return memory as they like. What can be asked is that
-  // good calls do not, of which each would leave an array: 40 kB or more.
+  // The driver and other processes allocate and free memory at any time. The limit is half of what
+  // 500 good calls would take if each leaked an array of at least 40 kB.
   static constexpr long mostResident = 500 * 40'000 / 2;
 };
 
@@ -86,7 +87,7 @@ constexpr std::size_t faults = 0;
 
 #else
 
-/// The nth call of a function of the runtime that fails.
+/// The nth call of a function of the runtime, which fails.
 struct Fault {
   const char* function;
   int nth;
@@ -97,8 +98,8 @@ constexpr Fault all[] = {{"cudaMalloc", 1}, {"cudaMalloc", 2},       {"cudaMemcp
                          {"cudaFree", 2},   {"cudaDeviceReset", 1}};
 constexpr std::size_t faults = std::size(all);
 
-/// Counts what calls take of the device and do not give back themselves, which its reset at their
-/// end would hide.
+/// Counts the device memory that calls allocate and do not free themselves. The reset at their end
+/// would hide it.
 class DeviceMemory {
  public:
   explicit DeviceMemory(const host::MexHost& module)
@@ -121,7 +122,7 @@ class DeviceMemory {
     return outcome;
   }
 
-  /// A failing cudaFree is the device's fault; a failing cudaMalloc took nothing.
+  /// A failing cudaFree leaks through no fault of the call; a failing cudaMalloc allocates nothing.
   template <class Call>
   host::Outcome duringFault(std::size_t n, Call call) {
     const Fault& fault = all[n];
@@ -154,7 +155,7 @@ class ManyCallsTest : public GatewayTest {
     good.points = host::matrix(3, 5000, points);
   }
 
-  /// Good ones and mistakes in turns.
+  /// Makes good calls and mistaken calls alternately.
   void makeCalls(int count, DeviceMemory& memory) {
     for (int n = 0; n < count; ++n) {
       if (n % 2 == 0)
@@ -194,7 +195,7 @@ class ManyCallsTest : public GatewayTest {
 
 TEST_F(ManyCallsTest, AThousandLeaveTheMemoryAsItWas) {
   DeviceMemory memory(module);
-  makeCalls(200, memory);  // after which everything has been used once
+  makeCalls(200, memory);  // until everything has been used once
   const long onTheDevice = memory.taken();
   const std::size_t resident = support::residentMemory();
   makeCalls(1000, memory);

@@ -9,16 +9,16 @@
 #include "support/OneCore.h"
 #include "support/ProcessMemory.h"
 
-// More points than there is memory for.
+// Calls with more points than memory allows.
 
 namespace {
 
 constexpr const char* notEnough = "There is not enough memory for this many points.";
-constexpr const char* noResult = "mxCreateNumericArray: out of memory";  // of the host's own
+constexpr const char* noResult = "mxCreateNumericArray: out of memory";  // the host's own message
 
 class MemoryTest : public EmulatedGatewayTest {
  protected:
-  /// Whether the device was asked for memory since the record began.
+  /// Whether a call has allocated device memory since recording began.
   bool deviceWasAsked() const {
     const std::vector<pistonfield::emulation::Call> calls = device.calls();
     return std::any_of(calls.begin(), calls.end(), [](const pistonfield::emulation::Call& call) {
@@ -26,7 +26,7 @@ class MemoryTest : public EmulatedGatewayTest {
     });
   }
 
-  /// Arguments whose array of points claims a size that nothing stands behind but its first point.
+  /// Arguments with an array of points that claims a large size but holds only the first point.
   static Arguments claiming(std::size_t points) {
     Arguments arguments;
     arguments.points.dims = {3, points};
@@ -54,7 +54,7 @@ TEST_F(MemoryTest, AsManyPointsAsAnIntCountsWithoutMemoryForThemNeverReachTheDev
   device.recordCalls();
   host::Outcome outcome;
   {
-    const support::AddressSpaceLimit limit(1000000000);  // of the 17 GB of real parts
+    const support::AddressSpaceLimit limit(1000000000);  // the real parts alone take 17 GB
     outcome = module.call(1, arguments);
   }
   EXPECT_EQ(outcome.error, noResult);
@@ -66,7 +66,7 @@ TEST_F(MemoryTest, WhereverMemoryEndsIsAnErrorAndTheNextCallIsRight) {
   if (!support::memoryIsOnlyOurs) GTEST_SKIP() << "memory is the sanitizer's";
   const auto expected = pressures({});
   Arguments many;
-  // So many that the allocator keeps nothing of their arrays when they go.
+  // So many points that the allocator returns the memory of their arrays to the system.
   const std::size_t count = 5000000;
   many.points = host::matrix(3, count, std::vector<double>(3 * count, 1));
   const std::vector<mxArray> arguments = many.first(5);
@@ -75,13 +75,14 @@ TEST_F(MemoryTest, WhereverMemoryEndsIsAnErrorAndTheNextCallIsRight) {
       "(Cuda error when calling cudaMalloc((void**)&d_pos, nbPositions*3*sizeof(float)): out of "
       "memory)."};
   std::set<std::string> seen;
-  // The allocator gives each thread address space of its own, once: not amid what is measured.
+  // The first call makes the allocator reserve address space for each thread, before anything is
+  // measured.
   ASSERT_EQ(module.call(1, arguments).error, std::nullopt);
   const std::size_t resident = support::residentMemory();
 
-  // In megabytes, the result takes 80, the points in single precision 60, their pressures 40, on
-  // the device as much, and the points there 60.
-  // In steps of half the smallest, so that one ends at each whatever else there is.
+  // In megabytes, the result takes 80, the points in single precision 60 and their pressures 40,
+  // and on the device the points take 60 and the pressures 40. The limit grows in steps of half the
+  // smallest, so that each of these allocations fails at some step.
   for (std::size_t megabytes = 20; megabytes < 300; megabytes += 20) {
     device.recordCalls();
     host::Outcome outcome;
@@ -89,7 +90,7 @@ TEST_F(MemoryTest, WhereverMemoryEndsIsAnErrorAndTheNextCallIsRight) {
       const support::AddressSpaceLimit limit(megabytes * 1000000);
       outcome = module.call(1, arguments);
     }
-    if (!outcome.error) break;  // what earlier tests have left unused in this process helped
+    if (!outcome.error) break;  // memory that earlier tests have freed was sufficient
     std::string error = *outcome.error;
     for (const std::string& text : onTheDevice)
       if (error.find(text) != std::string::npos) error = text;
@@ -100,7 +101,8 @@ TEST_F(MemoryTest, WhereverMemoryEndsIsAnErrorAndTheNextCallIsRight) {
     EXPECT_EQ(pressures({}), expected) << megabytes;
   }
   EXPECT_EQ(seen, (std::set<std::string>{notEnough, onTheDevice[0], onTheDevice[1]}));
-  // An array that every call leaves behind is more; a heap that the allocator keeps is less.
+  // This is less than one leaked array per call would take, and more than the allocator keeps in
+  // its heap.
   EXPECT_LE(support::residentMemory(), resident + 100000000);
   const support::AddressSpaceLimit enough(700000000);
   EXPECT_EQ(module.call(1, arguments).error, std::nullopt);
@@ -113,8 +115,8 @@ TEST_F(MemoryTest, WhereTheDeviceWorksInTheHostsMemoryACallTakesItsResultAlone) 
   const std::size_t count = 5000000;
   many.points = host::matrix(3, count, std::vector<double>(3 * count, 1));
   const std::vector<mxArray> arguments = many.first(5);
-  const support::OneCore alone;                      // a thread takes address space of its own
-  const support::AddressSpaceLimit limit(90000000);  // of which the result takes 80
+  const support::OneCore alone;                      // each thread takes address space
+  const support::AddressSpaceLimit limit(90000000);  // the result takes 80 MB of it
   EXPECT_EQ(module.call(1, arguments).error, std::nullopt);
 }
 

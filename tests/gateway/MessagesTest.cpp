@@ -4,7 +4,7 @@
 
 #include "gateway/GatewayTest.h"
 
-// Every message of the gateway, and the order in which they win.
+// Every message of the gateway, and which one a call with several mistakes gets.
 
 namespace {
 
@@ -23,7 +23,7 @@ const std::string cpuMode = "CPU version not implemented, yet.";
 
 class MessagesTest : public GatewayTest {
  protected:
-  /// A report of a failed condition, whatever its line.
+  /// A report of a failed condition, with any line number.
   static std::string report(const std::string& file, const std::string& condition,
                             const std::string& actual) {
     std::string head = "ERROR: assertion failure in " + file + " at line ";
@@ -33,7 +33,7 @@ class MessagesTest : public GatewayTest {
     return actual.substr(0, end) + "\n       condition failed: (" + condition + ").\n\n";
   }
 
-  /// A call whose table has that many rows, which no rule has.
+  /// Expects a call with a table of this many rows to fail, since no rule has that order.
   void expectOutOfRange(const Arguments& arguments, std::size_t rows) {
     const host::Outcome outcome = call(arguments);
     const std::string error = outcome.error.value_or("");
@@ -160,7 +160,7 @@ TEST_F(MessagesTest, VectorsAndWideMatricesAreNoAbscissas) {
 TEST_F(MessagesTest, TablesOfEveryOtherClassAreNoAbscissas) {
   Arguments arguments;
   for (mxArray value : everyOtherClass()) {
-    if (value.isComplex) continue;  // its real part is the table
+    if (value.isComplex) continue;  // its real part is used as the table
     value.dims = {1, 2};
     arguments.nabscissas = value;
     EXPECT_EQ(errorOf(arguments), abscissas) << value.className;
@@ -312,7 +312,8 @@ TEST_F(MessagesTest, TablesOutOfRangeAreReported) {
 }
 
 TEST_F(MessagesTest, MoreRowsThanAnIntCountsAreOutOfRangeToo) {
-  // The sizes claim rows that are not there. As an int they would be -2147483648, 1 and 5.
+  // The arrays claim more rows than they hold. Converted to int, the sizes would be -2147483648, 1
+  // and 5.
   Arguments arguments;
   arguments.nabscissas = host::matrix(256, 2, std::vector<double>(512, 0.5));
   for (const std::size_t rows :
@@ -323,7 +324,8 @@ TEST_F(MessagesTest, MoreRowsThanAnIntCountsAreOutOfRangeToo) {
 }
 
 TEST_F(MessagesTest, MessagesWinInTheOrderOfTheChecks) {
-  // From the last check to the first: each mistake is added to those before and wins over them.
+  // From the last check to the first: each mistake is added to the previous ones, and its message
+  // replaces theirs.
   Arguments arguments;
   arguments.nabscissas = host::scalar(513);
   arguments.mode = host::text("cpu");

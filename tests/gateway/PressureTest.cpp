@@ -97,7 +97,7 @@ TEST_F(PressureTest, OfAComplexTableTheRealPartIsRead) {
 }
 
 TEST_F(PressureTest, ATableOf5RowsIsReadAs3PairsOfItsFirst6Values) {
-  // Order 5: three abscissas and weights, as consecutive pairs from the top of the first column on.
+  // Order 5: three abscissas and weights, as consecutive pairs from the top of the first column.
   const std::vector<double> pairs = {
       -0.9061798459386640, 0.2369268850561891, -0.5384693101056831, 0.4786286704993665, 0.0,
       0.5688888888888889};
@@ -114,7 +114,7 @@ TEST_F(PressureTest, ATableOf4RowsIsReadAs2PairsOfItsFirstColumn) {
 }
 
 TEST_F(PressureTest, ATableOf512RowsIsReadToItsLastPair) {
-  // All weights are zero but the last one, which makes it a rule of two nodes.
+  // All weights but the last one are zero, so the rule has two effective nodes.
   std::vector<double> stored(1024, std::nan(""));
   for (std::size_t i = 0; i < 256; ++i) {
     stored[2 * i] = -0.5;
@@ -135,7 +135,7 @@ TEST_F(PressureTest, TheNaturalTableIsNotWhatIsRead) {
 }
 
 TEST_F(PressureTest, ManyPointsGiveWhatFewGive) {
-  // So many that their numbers are converted by all cores.
+  // So many points that all cores take part in converting them.
   constexpr std::size_t count = 300000, few = 5000;
   std::vector<double> x(3 * count);
   for (std::size_t i = 0; i < x.size(); ++i) x[i] = 0.02 * std::sin(static_cast<double>(i));

@@ -38,7 +38,7 @@ TEST_F(TranscriptTest, Info) {
   EXPECT_EQ(outcome.standardOutput, "");
   EXPECT_EQ(outcome.standardError, "");
 
-  // What every build and commit changes, in the form that the golden text has it.
+  // Replaces what differs between builds and commits by the placeholders of the golden text.
   std::string text = outcome.printed;
   const std::string date = "(\\d{4}/\\d\\d/\\d\\d \\d\\d:\\d\\d:\\d\\d|unknown)";
   const std::string revision = "[0-9a-z.]+";

@@ -9,13 +9,13 @@
 #include "support/ProcessMemory.h"
 #include "support/WithoutDevice.h"
 
-// A host unloads a module and loads it again, as often as its user likes. The module is linked as
-// users get it: symbols that others may share would keep it in the process.
+// A host may unload a module and load it again any number of times. The module is linked as for
+// users: with symbols that other modules could share, it would stay in the process.
 
 namespace {
 
-// A GPU's driver stays in the process: its threads, of which the first loads start some, and memory
-// of its own. Sanitizers keep what is freed.
+// The driver of a GPU stays in the process, with its memory and its threads, some of which the
+// first loads start. Sanitizers keep freed memory.
 #if defined(CUDART_VERSION)
 constexpr bool threadsAreOnlyOurs = false, memoryIsOnlyOurs = false;
 #else
@@ -31,7 +31,7 @@ bool isMapped(const std::string& path) {
   return false;
 }
 
-/// A number of /proc/self/status: threads, or kilobytes.
+/// A number in /proc/self/status: threads or kilobytes.
 long status(const std::string& name) {
   std::ifstream lines("/proc/self/status");
   for (std::string word; lines >> word;) {
@@ -42,7 +42,8 @@ long status(const std::string& name) {
   return 0;
 }
 
-/// Whether no more threads are left. The kernel counts a thread for a moment after it was joined.
+/// Whether the number of threads falls to `threads`. The kernel still counts a thread for a moment
+/// after it was joined.
 bool fallsTo(long threads) {
   for (int tries = 0; tries < 1000 && status("Threads") > threads; ++tries)
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -68,7 +69,7 @@ class UnloadTest : public testing::Test {
 
 TEST_F(UnloadTest, NothingOfAModuleStaysInTheProcess) {
   std::vector<double> points;
-  const std::size_t count = 30000;  // enough for every core to get work
+  const std::size_t count = 30000;  // enough work for every core
   for (std::size_t i = 0; i < count; ++i)
     points.insert(points.end(), {0, 0, 0.001 + 1e-6 * static_cast<double>(i)});
   arguments.points = host::matrix(3, count, points);

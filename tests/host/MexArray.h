@@ -22,7 +22,7 @@ mxArray matrix(std::size_t rows, std::size_t columns, std::vector<double> values
 mxArray scalar(double value);
 mxArray text(const std::string& characters);
 
-/// A value of another class: its elements are there, as zero bytes that are no doubles.
+/// A value of another class. Its elements are zero bytes, which must not be read as doubles.
 mxArray ofClass(const std::string& className, std::size_t rows, std::size_t columns);
 
 mxArray complexMatrix(std::size_t rows, std::size_t columns, std::vector<double> re,

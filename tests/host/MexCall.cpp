@@ -16,15 +16,15 @@
 
 namespace {
 
-/// What an error of the host is while it unwinds.
+/// The exception that an error of the host throws.
 class HostError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// What an interruption by the host's user is while it unwinds.
+/// The exception that an interruption by the user throws.
 class Interruption : public std::exception {};
 
-/// What the running call has asked of the host.
+/// What the host has recorded about the running call.
 struct Call {
   std::string printed;
   std::vector<std::unique_ptr<mxArray>> arrays;
@@ -44,7 +44,7 @@ struct ModuleRun {
   ~ModuleRun() { moduleRuns = false; }
 };
 
-/// A function of the host that the module has called.
+/// Marks the time during which the module is in a function of the host.
 struct HostFunction {
   HostFunction() { ++hostFunctions; }
   ~HostFunction() { --hostFunctions; }
@@ -68,7 +68,7 @@ bool isOneOf(const std::string& name, std::initializer_list<const char*> names) 
 }  // namespace
 
 bool mxIsChar(const mxArray* array) { return array->className == "char"; }
-// As on the hosts of today, sparse is no class.
+// As on current hosts, "sparse" is not a class name.
 bool mxIsClass(const mxArray* array, const char* name) { return array->className == name; }
 bool mxIsComplex(const mxArray* array) { return array->isComplex; }
 bool mxIsDouble(const mxArray* array) { return array->className == "double"; }
@@ -88,7 +88,7 @@ std::size_t mxGetN(const mxArray* array) {
 
 double* mxGetPr(const mxArray* array) {
   if (isOneOf(array->className, {"function_handle", "object"})) die("mxGetPr of what has no data");
-  if (!mxIsDouble(array))  // whoever reads this as doubles reads past its end
+  if (!mxIsDouble(array))  // reading this as doubles would read past its end
     return reinterpret_cast<double*>(const_cast<char*>(array->bytes.data()));
   return const_cast<double*>(array->re.data());
 }
@@ -105,7 +105,7 @@ double mxGetScalar(const mxArray* array) {
     return array->bytes[0];
   }
   if (!array->isSparse) mexErrMsgTxt("mxGetScalar: empty");
-  return 0;  // of a sparse array all of whose elements are zero
+  return 0;  // all elements of the sparse array are zero
 }
 
 char* mxArrayToString(const mxArray* array) try {

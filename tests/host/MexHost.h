@@ -7,10 +7,10 @@
 
 namespace host {
 
-/// A host for one MEX module, which it loads, and whose standard output it catches.
+/// Loads one MEX module, calls it and captures its standard output.
 class MexHost {
  public:
-  /// Loads the module; throws std::runtime_error when it cannot.
+  /// Loads the module; throws std::runtime_error on failure.
   explicit MexHost(const std::string& path);
   MexHost(const MexHost&) = delete;
   MexHost& operator=(const MexHost&) = delete;
@@ -19,7 +19,7 @@ class MexHost {
   /// [results{1:nlhs}] = module(arguments{:})
   Outcome call(int nlhs, const std::vector<mxArray>& arguments, int interruptedCheck = 0) const;
 
-  /// The address of a function that the module exports; null if it has none of that name.
+  /// The address of a function that the module exports, or null if it exports none with this name.
   void* symbol(const char* name) const;
 
  private:

@@ -2,7 +2,7 @@
 
 #include <cstddef>
 
-// The part of the MEX interface that the gateway uses, as the small host of the tests offers it.
+// The part of the MEX interface that the gateway uses, as implemented by the tests' host.
 
 struct mxArray;
 using mwSize = std::size_t;
@@ -31,7 +31,7 @@ mxArray* mxCreateNumericArray(mwSize ndim, const mwSize* dims, mxClassID classId
                               mxComplexity complexity);
 int mexPrintf(const char* format, ...);
 void mexErrMsgTxt(const char* message);
-void mexEndInterruptedCall();  // this host's own: unwinds the module if the call is interrupted
+void mexEndInterruptedCall();  // not in real hosts: ends an interrupted call
 
 void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]);
 }

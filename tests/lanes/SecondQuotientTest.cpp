@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Collects pairs, and compares their quotients with those of divisions.
+/// Collects pairs and compares their quotients with the results of divisions.
 class Pairs {
  public:
   void add(float x, float y) {
@@ -21,7 +21,7 @@ class Pairs {
     if (++count_ == capacity) compare();
   }
 
-  /// How many pairs were compared, all of them at last.
+  /// Compares the remaining pairs and returns the number of all pairs.
   std::size_t finish() {
     while (count_ % 16 != 0) {
       x_[count_] = y_[count_] = 1;
@@ -49,8 +49,8 @@ class Pairs {
   std::size_t compared_ = 0;
 };
 
-/// The inverse of an odd number modulo 2^32: each step doubles the digits that are right, 3 at
-/// first.
+/// The inverse of an odd number modulo 2^32: each step doubles the number of correct bits, which is
+/// 3 at first.
 std::uint32_t inverse(std::uint32_t odd) {
   std::uint32_t x = odd;
   for (int step = 0; step < 4; ++step) x *= 2 - odd * x;
@@ -67,15 +67,17 @@ class SecondQuotientTest : public testing::Test {
   }
 };
 
-// A quotient can round wrongly only where it lies next to the middle m between two floats. With
-// integers X and Y of 24 digits for x and y, and an odd M of 25 for m, that is where
+// A quotient can be rounded wrongly only if it is close to the midpoint m between two floats. If
+// the 24-bit integers X and Y represent x and y, and the odd 25-bit integer M represents m, this is
+// so if
 //
 //     t = X·2^e − M·Y
 //
-// is small; e is 24 for quotients from 1 to 2, and 25 for those from 1/2 to 1. By
-// multiplications a quotient is off by as much as |t| = 5 before its last rounding: x/y at first by
-// up to 1.5 units in the last place, and the inverse and the rest that correct it by a rounding
-// each. Here are all pairs with |t| ≤ 8. Other powers of two change no digit.
+// is small, where e is 24 for quotients from 1 to 2, and 25 for those from 1/2 to 1. Before the
+// last rounding, the error of a quotient by multiplications is up to |t| = 5: that of the first x/y
+// is up to 1.5 units in the last place, and the reciprocal and the remainder that correct it add a
+// rounding error each. The test covers all pairs with |t| ≤ 8. Other powers of two do not change
+// the bits.
 TEST_F(SecondQuotientTest, RoundsAsADivisionWhereThatIsHardest) {
   constexpr std::uint32_t least = 1u << 23, limit = 1u << 24;
   Pairs pairs;

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # isolated.sh <object file>...
 #
-# Each of the files is compiled for the instruction set that it is named after. What such a file
-# defines for other files to see must be tied to its set, by the set's name: of a function that two
-# files define the linker keeps one, which could be the one with instructions that a machine lacks.
+# Each of the files is compiled for the instruction set that it is named after. The names of all symbols that
+# it shares with other files must include that of its set. If two files define the same function, the linker
+# keeps one of them, which could have instructions that a machine lacks.
 set -euo pipefail
 
 status=0

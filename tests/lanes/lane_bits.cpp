@@ -1,7 +1,7 @@
 // lane_bits packed|scalar
 //
-// Prints the bits of a fixed list of pressures, in packs of lanes or one point after the other, to
-// be compared with those of another processor.
+// Prints the bits of a fixed list of pressures, computed in packs or one point at a time, for
+// comparison with those of another processor.
 
 #include <cstdint>
 #include <cstdio>
@@ -17,7 +17,7 @@ using pistonfield::Complex;
 
 namespace {
 
-/// The same numbers everywhere, which those of <random> are not.
+/// Random numbers that are the same everywhere, unlike those of the distributions in <random>.
 class Random {
  public:
   /// In [-1, 1).
@@ -44,7 +44,7 @@ std::vector<float> positions() {
   for (const float z : special) values.insert(values.end(), {0.25f, 0.125f, z});
   Random random;
   for (int run = 0; run < 40; ++run) {
-    // Packs whose points are alike, and others.
+    // Packs of points of the same case, and mixed packs.
     const float width = run % 2 == 0 ? 0.5f : 2;
     for (int n = 0; n < 20; ++n) {
       const float x = width * random(), y = width * random(), z = 10 * random();
@@ -55,7 +55,7 @@ std::vector<float> positions() {
 }
 
 void print(float value) {
-  // The sign of what is not a number, and what it carries along, is the processor's own.
+  // The sign and the payload of a NaN depend on the processor.
   if (value != value) {
     std::printf(" nan     ");
     return;

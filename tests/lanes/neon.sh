@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # neon.sh <lane_bits of this machine> g++|clang++
 #
-# The packs of 64-bit ARM, cross-compiled as the project is and run by an emulator, give the bits of
-# the scalar form on this machine.
+# Checks that the packs for 64-bit ARM, cross-compiled with the project's options and run by an emulator, give
+# the same bits as the scalar code on this machine.
 set -euo pipefail
 lane_bits=$1
 case $2 in

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # hardened.sh <module or program>...
 #
-# Each is position-independent; its relocations are done, and read-only, before its code runs; its
-# stack is checked and cannot be run; it asks for libraries from no folder of its own.
+# Checks that each is position-independent, that its relocations are resolved and read-only before its code
+# runs, that its stack is protected and not executable, and that it has no search path for libraries.
 set -euo pipefail
 
 status=0

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # symbols.sh <module> <exports.map>
 #
-# The module shows its process the names of the map and no others, and each of them.
+# Checks that the module exports every symbol of the map and no others.
 set -euo pipefail
 module=$1 map=$2
 

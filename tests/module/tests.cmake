@@ -1,10 +1,10 @@
-# What hosts load, as a file.
+# Inspects the files of the modules.
 
 if(NOT TARGET pistonfield_octave OR NOT CMAKE_SYSTEM_NAME STREQUAL "Linux")
   return()
 endif()
 
-# add_module_tests(<suffix of the names> <module> <what it may show>)
+# add_module_tests(<suffix of the names> <module> <map of its exports>)
 function(add_module_tests suffix target map)
   set(module $<TARGET_FILE:${target}>)
   add_test(NAME module.symbols${suffix} COMMAND ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/symbols.sh ${module}
@@ -13,7 +13,7 @@ function(add_module_tests suffix target map)
     add_test(NAME module.thread_local${suffix}
              COMMAND ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/thread_local.sh ${module})
   endif()
-  # CUDA's static library calls threads and dlopen, which moved into the C library with version 2.34.
+  # CUDA's static library uses threads and dlopen, which moved into the C library in version 2.34.
   add_test(NAME module.versions${suffix}
            COMMAND ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/versions.sh ${module}
                    $<IF:$<BOOL:${PISTONFIELD_USE_CUDA}>,2.34,2.17>)

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # thread_local.sh <module>
 #
-# The module has no thread-local data: the dynamic linker allocates that of a thread at its first use, and
-# ends the process where there is no memory.
+# Checks that the module has no thread-local data. The dynamic linker allocates a thread's copy at its first
+# use, and ends the process if there is too little memory.
 set -euo pipefail
 segments=$(readelf -lW "$1")
 [[ $segments == *LOAD* ]] || { echo "no program headers in $1"; exit 1; }

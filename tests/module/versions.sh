@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # versions.sh <module> <newest GLIBC that it may need>
 #
-# The module loads on systems as old as promised: it needs no newer symbols of the C library, and
-# none of the C++ library's that are newer than g++ 12's, which hosts bring along.
+# Checks that the module loads on the oldest supported systems: it needs no newer symbols of the C library,
+# and none of the C++ library that are newer than those of g++ 12, which hosts include.
 set -euo pipefail
 module=$1 glibc=$2
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # company.sh <octave-cli> <folder of the module>
 #
-# Sessions of Octave that call and end: 20 one after the other (200 with PISTONFIELD_LONG=1), then 4 at
-# once. All end well, with the same pressures.
+# Runs sessions of Octave that make calls and exit: first 20 in sequence (200 with PISTONFIELD_LONG=1), then 4
+# at once. All must succeed with the same pressures.
 set -euo pipefail
 octave=$1 module=$2
 

@@ -1,4 +1,4 @@
-%!test # without a GPU the CUDA module reports its start-up check, and the host lives on
+%!test # without a GPU the CUDA module reports the failed start-up check, and the host continues
 %! report = ["^ERROR: assertion failure in src/core/cuda_init at line (14|16)\n" ...
 %!           "       condition failed: \\([^\n]+\\)\\.\n"];
 %! for n = 1:3
@@ -6,7 +6,7 @@
 %!   assert (! isempty (regexp (message, report)), message);
 %! endfor
 %! assert (1 + 1, 2);
-%!test # pistoninfo says why there is no device
+%!test # pistoninfo reports why there is no device
 %! info = pistoninfo ();
 %! assert (! isempty (regexp (info.device, '^none: \w+')), info.device);
 %! assert (info.instructions, "CUDA");

@@ -1,4 +1,4 @@
-%!test # what users call is in the language that MATLAB and Octave share
+%!test # functions for users are written in the language common to MATLAB and Octave
 %! folder = fileparts (which ("pistongrid"));
 %! files = [glob(fullfile (folder, "*.m")); glob(fullfile (folder, "private", "*.m"))];
 %! assert (numel (files) >= 9);

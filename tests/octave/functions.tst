@@ -1,11 +1,11 @@
-%!function values = wild () # by name, what no argument of these functions should be, and what some are
+%!function values = wild () # values by name, most of them invalid as arguments of these functions
 %!  values = {"a", "", "abc", {}, {1}, struct(), struct("a", {1, 2}), @sin, @(x) x, containers.Map(), ...
 %!            true, NaN, Inf, -Inf, 0, -1, 1.5, 1e300, 513, 1i, [], zeros(3, 0), zeros(0, 2), [1, 2], [1; 2], ...
 %!            [1; 2; 3], eye(3), ones(2, 2, 2), ones(3, 3, 2), ones(600, 2), [NaN; 0; 1], ...
 %!            single(2), int8(3), uint64(7), int32([1, 2]), sparse(2), sparse([1, 2]), 1:3, complex(1, 0)};
 %!endfunction
 
-%!function complain (name, arguments, failure) # unless it says what is wrong in words of the user's
+%!function complain (name, arguments, failure) # fails unless the message explains the mistake in the user's terms
 %!  own = ['^((Too few|Too many|Wrong number of) arguments|The only option|x, y and z must be|points must be|array[. ]|' ...
 %!         '[lsk] must be|nabscissas must be|quantity must be|limits must be|p must have|order must be|' ...
 %!         '[a-z]+: function called with too many inputs|x and w must be|tolerance must be|Sides must be|points must include|No order up to|' ...
@@ -17,7 +17,7 @@
 
 %!function [fine, refused] = sweep (name, good)
 %!  fine = refused = 0;
-%!  for n = 1:numel (good) + 1   # one more than there can be, too
+%!  for n = 1:numel (good) + 1   # including one argument too many
 %!    for value = wild ()
 %!      arguments = good;
 %!      arguments(n) = value;

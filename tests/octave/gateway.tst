@@ -10,7 +10,7 @@
 %! assert (strncmp (lines{3}, "mercurial datae:    $Date: ", 27));
 %! assert (strncmp (lines{4}, "mercurial revision: $Revision: ", 31));
 
-%!test # info with an output is no query
+%!test # info with an output is not a query
 %! assert (! isempty (strfind (message_of ("info"), "Must have five or six input arguments")));
 
 %!error <Must have one output arguments> pistonfield (good{:})
@@ -38,7 +38,7 @@
 %! assert (pistonfield (good{1:6}, sparse (true)), pistonfield (good{1:6}, 1));
 %! assert (pistonfield (good{1:6}, sparse (7)), pistonfield (good{1:6}, 7));
 
-%!test # texts are read column by column, up to a zero, whatever their shape
+%!test # texts of any shape are read column by column, up to a NUL
 %! for cuda = {["c"; "u"; "d"; "a"], ["cd"; "ua"], "cuda\0x", ["cdd\0"; "uapx"], "cudadp\0"}
 %!   assert (pistonfield (good{1:5}, cuda{1}), p0);
 %! endfor
@@ -57,7 +57,7 @@
 %!   points(3,:) = abs (points(3,:));
 %!   call = @(points, unit) pistonfield_quiet (points * unit, 0, sides(1) * unit, sides(2) * unit, ...
 %!                                             5 / max (sides) / unit, "cuda", 64);
-%!   expected = call (points, 1e8);     # far from the distances that count as none
+%!   expected = call (points, 1e8);     # far above the distances that count as zero
 %!   assert (call (points, 1e18), expected, 2e-4 * max (abs (expected)));
 %!   sides = max (sides / max (sides), 0.01);
 %!   points(1:2,:) = 0;
@@ -66,7 +66,7 @@
 %!   assert (call (points, 1e-16), expected, 2e-4 * max (abs (expected)));
 %! endfor
 
-%!test # texts are given back to the host
+%!test # the gateway frees the host's texts
 %! long = repmat ("x", 1, 1e6);
 %! for n = 1:200
 %!   message = message_of (good{1:5}, long);

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Interrupts a long call in Octave with Ctrl-C: it ends there and then, leaves no thread behind, and
-# the next call is right.
+# Interrupts a long call in Octave with Ctrl-C. The call must end promptly and leave no thread behind, and the
+# next call must be right.
 #
 #   interrupt.sh <octave> <folder of the module>
 set -euo pipefail
@@ -8,7 +8,7 @@ octave=$1 module=$2
 folder=$(mktemp -d) host=
 trap 'if [[ $host ]]; then kill -9 "$host" 2>/dev/null || true; fi; rm -rf "$folder"' EXIT
 
-# A call of five seconds, by what a shorter one takes, for at most 1.5 GB of points.
+# The call takes about five seconds, estimated from a shorter one, and at most 1.5 GB of points.
 cat >"$folder/commands" <<O
 addpath ("$module");
 function n = threads () n = numel (dir ("/proc/self/task")); end
@@ -26,7 +26,8 @@ if (threads () == threads_before) disp ("NO THREAD IS LEFT"); end
 if (whole < 2) disp ("TOO FAST"); end
 O
 
-# A prompt that takes its commands from a file: an interruption ends a command, not the host.
+# An interactive session that reads its commands from a file, so that an interruption ends a command and not
+# the host.
 "$octave" --no-history --norc --quiet --no-line-editing --interactive <"$folder/commands" \
   >"$folder/output" 2>&1 &
 host=$!

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Interrupts an array of 64 elements at a million points in Octave with Ctrl-C: its bar shows the
-# time left, it ends within a second, and the next call is right.
+# Interrupts the computation of an array of 64 elements at a million points in Octave with Ctrl-C. The
+# progress bar must show the remaining time, the call must end within a second, and the next call must be
+# right.
 #
 #   interrupt_array.sh <octave> <folder of the module>
 set -euo pipefail
@@ -8,7 +9,7 @@ octave=$1 module=$2
 folder=$(mktemp -d) host=
 trap 'if [[ $host ]]; then kill -9 "$host" 2>/dev/null || true; fi; rm -rf "$folder"' EXIT
 
-# Of many nodes, for the work to last long on any machine.
+# Uses a high order, so that the computation takes long on any machine.
 cat >"$folder/commands" <<O
 addpath ("$module");
 many = struct ("l", 6e-3, "s", 0.4e-3, "positions", [((1:64) - 32.5) * 0.75e-3; zeros(2, 64)]);
@@ -23,7 +24,8 @@ if (! exist ("p")) disp ("INTERRUPTED"); end
 if (isequal (before, pistonarray (few, many, 4188.79, 512))) disp ("THE NEXT CALL IS RIGHT"); end
 O
 
-# A prompt that takes its commands from a file: an interruption ends a command, not the host.
+# An interactive session that reads its commands from a file, so that an interruption ends a command and not
+# the host.
 "$octave" --no-history --norc --quiet --no-line-editing --interactive <"$folder/commands" \
   >"$folder/output" 2>&1 &
 host=$!

@@ -1,6 +1,7 @@
-% The pressure of a piston at points (3 x N), by the formula as it is written, in double precision:
-% four single integrals by the symmetric rule of M nodes whose non-positive half is x, w. bound is
-% what single precision may be off, 3 * 2^-24 * (1 + k R), R to the farthest corner.
+% The pressure of a piston at points (3 x N), by a literal implementation of the formula in double
+% precision: four single integrals with the symmetric rule of M nodes whose non-positive half is x,
+% w. bound is the bound on single-precision errors, 3 * 2^-24 * (1 + k R), where R is the distance
+% to the farthest corner.
 function [p, bound] = literal_pressure (points, l, s, k, x, w, M)
   if (mod (M, 2) == 1)
     x = [x(1:end-1); 0; -x(1:end-1)];
@@ -22,8 +23,9 @@ function [p, bound] = literal_pressure (points, l, s, k, x, w, M)
   bound = 3 * 2^-24 * (1 + abs (k) * R);
 endfunction
 
-% Two parallel edges at the signed distances d1 and d2, from v - b to v + b: one integral beyond
-% their ends, between them two that meet at the foot of the perpendicular.
+% Two parallel edges at the signed distances d1 and d2, from v - b to v + b. If the foot of the
+% perpendicular lies beyond their ends, there is one integral; otherwise there are two, which
+% meet at the foot.
 function S = edges (d1, d2, v, b, z, k, x, w)
   D = @(lo, hi) d1 * F (d1, lo, hi, z, k, x, w) - d2 * F (d2, lo, hi, z, k, x, w);
   if (v > b)

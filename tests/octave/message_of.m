@@ -1,4 +1,4 @@
-% What the call pistonfield (varargin{:}) with one output says when it fails; "" when it does not.
+% The error message of the call pistonfield (varargin{:}) with one output, or "" if it succeeds.
 function message = message_of (varargin)
   message = "";
   try

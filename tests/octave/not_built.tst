@@ -1,4 +1,4 @@
-%!test # without the module the help is there, and a call says what is missing
+%!test # without the module, the help is available, and the error of a call explains what is missing
 %! assert (exist ("pistonfield"), 2);
 %! try
 %!   p = pistonfield (ones (3, 1), 0, 1, 1, 1);

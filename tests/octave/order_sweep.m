@@ -1,9 +1,10 @@
 % [worst, refused] = order_sweep (what, cases, count)
 %
-% The worst error over its tolerance of all the cases, which are numbers, and how many calls found
-% no order: "lists", of pistonorder with tolerances of 1e-2, 1e-3 and 1e-4; "grids" and "arrays", of
-% pistongrid and pistonarray without an order, 1e-4. Errors are differences from order 512 at all
-% points, over the peak pressure. Cases have some count of points; lengths are in wavelengths.
+% Returns the largest ratio of an error to its tolerance in the given cases, and the number of calls
+% that found no order. The cases are numbers that seed the generators. "lists" tests pistonorder
+% with tolerances of 1e-2, 1e-3 and 1e-4; "grids" and "arrays" test pistongrid and pistonarray
+% without an order, with a tolerance of 1e-4. Errors are differences from order 512 at all points,
+% relative to the peak pressure. Each case has about count points; lengths are in wavelengths.
 
 function [worst, refused] = order_sweep (what, cases, count)
 
@@ -37,7 +38,7 @@ function [worst, refused] = order_sweep (what, cases, count)
       catch failure
         assert (strncmp (failure.message, "No order up to 384", 18), failure.message);
         ++refused;
-        if (max (errorof (384), errorof (400)) < 0.5 * tolerance) # the margin, and for they go up and down
+        if (max (errorof (384), errorof (400)) < 0.5 * tolerance) # with a margin, since errors go up and down
           error ("%s %d, tolerance %g: no order was found, but 384 has half that error", what, number, tolerance);
         endif
         continue
@@ -52,7 +53,7 @@ function [worst, refused] = order_sweep (what, cases, count)
 
 endfunction
 
-function [l, s] = some_sides () # 0.2 to 60, every third time about equal
+function [l, s] = some_sides () # 0.2 to 60; in a third of the cases about equal
 
   l = 0.2 * 300 ^ rand ();
   s = 0.2 * 300 ^ rand ();
@@ -68,7 +69,7 @@ function values = some_axis (centre, width, count)
 
 endfunction
 
-# From the piston's face or from somewhere in front of it.
+# Distances that start at the piston's face or somewhere in front of it.
 function values = some_depths (longest, count)
 
   nearest = 10 ^ (3 * rand () - 2) * (rand () > 0.3);
@@ -103,7 +104,8 @@ function points = listed (axes_)
 
 endfunction
 
-# Grids, clouds, planes that are turned and have lost their order, and what an element of an array sees.
+# Grids, clouds, rotated planes with their points in random order, and points as seen from an element of
+# an array.
 function [points, l, s] = some_list (count)
 
   [l, s] = some_sides ();
@@ -130,7 +132,7 @@ function [points, l, s] = some_list (count)
 
 endfunction
 
-# Rows, matrices and bowls, of one sort of elements and of several, steered, focused and weighted.
+# Rows, matrices and bowls, with elements of one size or several, steered, focused and weighted.
 function [points, array] = some_array (count)
 
   M = round (128 ^ rand ());

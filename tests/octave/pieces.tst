@@ -1,4 +1,4 @@
-%!function bytes = taken (code) # at the most, in a process of its own
+%!function bytes = taken (code) # the peak memory of the code, measured in a separate process
 %!  folder = fileparts (which ("pistonfield_quiet"));
 %!  peak = "peak = @() 1024 * str2double (regexp (fileread ('/proc/self/status'), 'VmHWM:\\s+(\\d+)', 'tokens'){1}{1});";
 %!  warm = "p = pistonfield_quiet ([0; 0; 1], 0, 1, 1, 1); before = peak ();";
@@ -11,13 +11,13 @@
 %!shared many
 %! many = struct ("l", 6e-3, "s", 0.4e-3, "positions", [((1:64) - 32.5) * 0.75e-3; zeros(2, 64)], ...
 %!                "weights", exp (1i * (1:64)));
-%!test # a grid of several pieces has the bits of one call
+%!test # a grid computed in several pieces has the same bits as in one call
 %! x = linspace (-2, 2, 151);  y = linspace (-3, 3, 149);  z = linspace (0.1, 9, 101);
 %! p = pistongrid (x, y, z, 3, 2, 6, 4, "quiet");
 %! assert (numel (p) > 2 ^ 21);
 %! [X, Y, Z] = ndgrid (x, y, z);
 %! assert (p(:), pistonfield_quiet ([X(:)'; Y(:)'; Z(:)'], 0, 3, 2, 6, "cuda", 4));
-%!test # the same points at other places of other pieces have the same bits, of one kind of pistons and of three
+%!test # points have the same bits at any place in any piece, with one kind of piston and with three
 %! N = 50001;
 %! points = [linspace(-20e-3, 20e-3, N); linspace(-1e-3, 2e-3, N); linspace(1e-3, 80e-3, N)];
 %! for l = {6e-3, [6e-3, 4e-3, 6e-3, 5e-3](mod (1:64, 4) + 1)}
@@ -29,7 +29,7 @@
 %!     assert (pistonarray (points(:,first:last), many, 4188.79, 4, "quiet"), p(first:last));
 %!   endfor
 %! endfor
-%!test # what is taken is the result and one piece, at 400 bytes for each of its pressures
+%!test # the memory is that of the result and one piece, with 400 bytes for each of its pressures
 %! grid = "p = pistongrid (linspace (-1, 1, 250), linspace (-1, 1, 200), linspace (0.1, 2, 200), 1, 1, 6, 4, 'quiet');";
 %! bytes = taken (grid);
 %! printf ("grid of 10^7: %.0f MB\n", bytes / 1e6);

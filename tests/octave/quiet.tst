@@ -1,4 +1,4 @@
-%!function text = printed (code) # by the whole process
+%!function text = printed (code) # what the whole process prints
 %!  folder = fileparts (which ("pistonfield_quiet"));
 %!  command = sprintf ("octave-cli --no-history --norc --quiet --eval \"addpath ('%s'); %s\" 2>&1", folder, code);
 %!  [status, text] = system (command);
@@ -13,11 +13,11 @@
 %!   evalc ("p = pistonfield (points, 0, 3, 2, 2, 'cuda', rule{1});");
 %!   assert (pistonfield_quiet (points, 0, 3, 2, 2, "cuda", rule{1}), p);
 %! endfor
-%!test # not a word, with an order and with a table
+%!test # no output, with an order and with a table
 %! assert (printed ("p = pistonfield_quiet ([0; 0; 1], 0, 3, 2, 2);"), "");
 %! assert (printed ("p = pistonfield_quiet ([0; 0; 1], 0, 3, 2, 2, 'cuda', [-0.9 0.5; 0.2 0; -0.5 0]);"), "");
 %! assert (! isempty (strfind (printed ("p = pistonfield ([0; 0; 1], 0, 3, 2, 2);"), "setting order 10")));
-%!test # one process calls both, in either order, and each keeps its ways
+%!test # in one process, in either order, pistonfield prints and pistonfield_quiet does not
 %! once = "(%s ([0; 0; 1], 0, 3, 2, 2)); disp ('NEXT'); fflush (stdout);";
 %! loud = strrep (once, "%s", "p = pistonfield");
 %! quiet = strrep (once, "%s", "p = pistonfield_quiet");
@@ -35,7 +35,7 @@
 %!   assert (! isempty (said));
 %!   assert (said, message_of (arguments{1}{:}));
 %! endfor
-%!test # asked for its build it answers, but for the second at which the compiler came to it
+%!test # info prints the same as that of pistonfield, except for the time of compilation
 %! untimed = @(text) regexprep (text, ' [\d:]{8}\n', '');
 %! told = untimed (evalc ("pistonfield_quiet ('info')"));
 %! assert (! isempty (strfind (told, "Compiled on")));

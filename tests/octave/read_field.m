@@ -1,5 +1,6 @@
 % The fields of tests/data/<name>: a struct array with l, s, k, points (3 x N), p (N x 1), and the
-% bound for single precision, 3 * 2^-24 * (1 + k R), R to the farthest corner.
+% bound for single precision, 3 * 2^-24 * (1 + k R), where R is the distance to the farthest
+% corner.
 function fields = read_field (name)
   folder = fileparts (fileparts (mfilename ("fullpath")));
   rows = dlmread (fullfile (folder, "data", name));

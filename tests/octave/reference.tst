@@ -15,7 +15,7 @@
 %!test # order 64 within the bound
 %! check ("dev64.txt", 64);
 
-%!test # order 64 meets the integral itself where the rule does
+%!test # order 64 agrees with the exact integral wherever the rule in double precision does
 %! exact = read_field ("exact.txt");
 %! rule = read_field ("dev64.txt");
 %! met = 0;
@@ -28,7 +28,7 @@
 %! endfor
 %! assert (met >= 112);  # of 150
 
-%!test # a table laid out as the module reads it gives what the order gives
+%!test # a table in the layout that the module reads gives the same values as its order
 %! x{4} = [-0.86113631159405257522, -0.33998104358485626480];
 %! w{4} = [0.34785484513745385737, 0.65214515486254614263];
 %! x{5} = [-0.90617984593866399280, -0.53846931010568309104, 0];

@@ -14,8 +14,8 @@
 %!  is = ! isempty (strfind (process ("maps"), "pistonfield.mex"));
 %!endfunction
 
-%!test # loaded and cleared 200 times: no thread, no mapping and no memory stays
-%! N = 30000;   # enough for every core to get work
+%!test # after 200 loads and clears, no thread, mapping or memory is left
+%! N = 30000;   # enough work for every core
 %! points = [linspace(-0.02, 0.02, N); zeros(1, N); linspace(0.001, 0.05, N)];
 %! first = pistonfield (points, 0, 0.01, 0.005, 4188.79);
 %! before = threads ();
@@ -28,14 +28,14 @@
 %!   assert (threads (), before);
 %!   used(n) = memory ();
 %! endfor
-%! # By the hundredth load the C library has set up its memory for workers that run side by side. The
-%! # least of some loads, since memory that is free is given back now and then only.
+%! # By the hundredth load, the C library has set up its memory pools for parallel threads. Takes the minimum
+%! # over several loads, since free memory is returned to the system only occasionally.
 %! growth = min (used(181:200)) - min (used(81:100));
 %! assert (growth < 2e6, sprintf ("it grew by %d bytes", growth));   # one call's results and copies take 1.4 MB
 %! p = pistonfield (points, 0, 0.01, 0.005, 4188.79);
 %! assert (isequal (p, first));
 
-%!test # threads of Octave's own, before, between and after calls, are nobody's trouble
+%!test # Octave's own threads, before, between and after calls, do no harm
 %! points = [zeros(2, 30000); linspace(0.001, 0.05, 30000)];
 %! A = reshape (mod (1:360000, 7), 600, 600);
 %! product = A * A;
@@ -45,7 +45,7 @@
 %!   assert (isequal (pistonfield (points, 0, 0.01, 0.005, 4188.79), first));
 %! endfor
 
-%!test # processes forked after a call compute what their parent does
+%!test # processes forked after a call compute the same as their parent
 %! points = [zeros(2, 30000); linspace(0.001, 0.05, 30000)];
 %! first = pistonfield (points, 0, 0.01, 0.005, 4188.79);
 %! children = [];
@@ -53,7 +53,7 @@
 %!   children(n) = fork ();
 %!   if (children(n) == 0)
 %!     same = isequal (pistonfield (points, 0, 0.01, 0.005, 4188.79), first);
-%!     exec ("/bin/sh", {"-c", sprintf("exit %d", ! same)});   # ends it without the parent's exit
+%!     exec ("/bin/sh", {"-c", sprintf("exit %d", ! same)});   # ends the process without the parent's exit handlers
 %!   endif
 %! endfor
 %! for child = children

@@ -1,8 +1,8 @@
 % octave-cli tests/octave/run_blocks.m <folder of the module> <test file> <needs>
 %
 % Runs the %! blocks of a test file and ends with status 1 if one fails. The tests need a "device",
-% "no-device", "nothing" or "long", a device and minutes; where that is not so they are skipped, with
-% status 77.
+% "no-device", "nothing", or "long": a device and several minutes. If the need is not met, the tests
+% are skipped, with status 77.
 
 folder = fileparts (mfilename ("fullpath"));
 addpath (argv (){1}, folder);

@@ -1,5 +1,5 @@
-% A generated sweep over classes, shapes and values at every argument: 2,000 calls, and 25,000 with
-% PISTONFIELD_LONG=1 in the environment. What is generated is the same every time.
+% Generated calls with any class, shape and value at every argument: 2,000 calls, or 25,000 with
+% PISTONFIELD_LONG=1 in the environment. The generated calls are always the same.
 
 %!function v = pick (list)
 %!  v = list{randi (numel (list))};
@@ -20,7 +20,7 @@
 %!  x = edges(randi (numel (edges), varargin{:}));
 %!endfunction
 
-%!function v = any_value ()   # of any class and shape
+%!function v = any_value ()   # a value of any class and shape
 %!  shape = pick ({[0 0], [1 1], [1 1], [1 1], [3 1], [1 3], [3 2], [2 3], [5 2], [0 2], [3 0], ...
 %!                 [3 2 2], [3 1 2], [1 1 2], [1 1 1 2], [1 2], [4 4], [513 2], [600 2], [2 2]});
 %!  x = reshape (wild (prod (shape), 1), shape);
@@ -54,7 +54,7 @@
 %!  endswitch
 %!endfunction
 
-%!function v = number_near (x)   # a number that a call reads, of some class
+%!function v = number_near (x)   # a number near x, of a class that a call accepts
 %!  v = x;
 %!  if (chance (0.2))
 %!    v = cast (x, numeric_class ());
@@ -67,7 +67,7 @@
 %!  endif
 %!endfunction
 
-%!function v = table (M)   # the rule of order M in the layout of tables; what is not read is NaN
+%!function v = table (M)   # the rule of order M as a table, with NaN where nothing is read
 %!  [x, w] = gauss_legendre_half (M);
 %!  pairs = [x'; w'];
 %!  v = NaN (M, 2);
@@ -108,7 +108,7 @@
 %!  yes = (isnumeric (v) || islogical (v) || ischar (v)) && ! isempty (v);
 %!endfunction
 
-%!function text = text_of (v)   # the characters up to a zero; "" of what has none
+%!function text = text_of (v)   # the characters up to a NUL, or "" if v has none
 %!  text = "";
 %!  if (ischar (v))
 %!    text = strtok (["_", v(:)'], "\0")(2:end);
@@ -119,7 +119,7 @@
 %!  yes = isa (v, "double") && ! issparse (v) && columns (v(:,:)) == 2;
 %!endfunction
 
-%!function yes = is_right (outputs, given)   # as the help says
+%!function yes = is_right (outputs, given)   # whether the outputs are as the help requires
 %!  n = numel (given);
 %!  yes = outputs == 0 && n == 1 && strcmp (text_of (given{1}), "info");
 %!  if (outputs != 1 || n < 5 || n > 7)
@@ -146,7 +146,7 @@
 %!  yes = true;
 %!endfunction
 
-%!function [x, w, M] = rule_of (given)   # in single precision, as the device keeps it
+%!function [x, w, M] = rule_of (given)   # in single precision, as on the device
 %!  M = 10;
 %!  if (numel (given) > 6)
 %!    M = fix (double (real (given{7})));
@@ -163,7 +163,7 @@
 %!  w = double (single (w));
 %!endfunction
 
-%!function x = first_of (v)   # as mxGetScalar: of a sparse array the first that is not zero, if any
+%!function x = first_of (v)   # as mxGetScalar does: the first nonzero element of a sparse array, or 0
 %!  if (issparse (v))
 %!    v = [nonzeros(v); 0];
 %!  endif
@@ -181,7 +181,7 @@
 %!  compared = false;
 %!  sides = [l, s];
 %!  coordinates = abs (points(points != 0));
-%!  # Elsewhere floats run out of range, or the table is no rule.
+%!  # In all other cases, floats are out of range or the table is not a rule.
 %!  if (any (sides < 0) || any (sides(sides > 0) < 1e-5) || any (sides > 1e3) || abs (k) > 1e8 ...
 %!      || ! all (isfinite ([sides, k])) || any (coordinates < 1e-9) || any (coordinates > 1e6) ...
 %!      || any (isnan (points(:))) || ! all (abs (x) < 1) || ! all (abs (w) <= 2))
@@ -207,7 +207,7 @@
 %!  end_try_catch
 %!endfunction
 
-%!function n = number_of_message (message)   # among those that users know; 0 for any other
+%!function n = number_of_message (message)   # its number in the documented messages, or 0
 %!  persistent known = { ...
 %!    ["Must have five or six input arguments: ([list of points], ignored, l, s, k, " ...
 %!     "['cuda'|'cudadp'|'cpu'|'cpusp'|'cpudp'], [nabscissas])"], ...
@@ -234,7 +234,7 @@
 %!  endif
 %!endfunction
 
-%!test # every call is right, or an error that users know; the host lives
+%!test # every call is right or ends with a documented error, and the host survives
 %! calls = 2000;
 %! if (strcmp (getenv ("PISTONFIELD_LONG"), "1"))
 %!   calls = 25000;

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # transcript.sh <octave-cli> <folder of the module> <folder of golden texts> <name> <arguments>
 #
-# Compares what a call in Octave prints with the golden texts: through the host, and on the standard
-# output of the process.
+# Compares what a call in Octave prints, through the host and on the standard output of the process, with the
+# golden texts.
 set -euo pipefail
 octave=$1 module=$2 golden=$3 name=$4 arguments=$5
 

@@ -21,7 +21,7 @@
 %! values(end+1:end+9) = {struct(), struct("a", {1; 2; 3}), @sin, @(x) x, inputParser(), ...
 %!                        containers.Map(), {}, "", diag([1 2 3])};
 
-%!test # every class and shape at every argument: right or an error; the host lives
+%!test # with any class and shape at any argument, a call is right or ends with an error, and the host survives
 %! classified = zeros (1, 2);
 %! for argument = 1:7
 %!   for n = 1:numel (values)

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # environment.sh <build folder>
 #
-# Nothing that is installed reads an environment variable.
+# Checks that no installed file reads an environment variable.
 set -euo pipefail
 build=$1
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # folder_names.sh <sources> <cmake>
 #
-# The sources build in a folder whatever its name, that of a second download say: configured, with the
-# version header and a first library, with Make and with Ninja.
+# Checks that the sources build in folders with unusual names, such as that of a second download. With Make
+# and with Ninja, it configures the build and makes the version header and the first library.
 set -euo pipefail
 sources=$1 cmake=$2
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # fresh_machine.sh
 #
-# The Octave package on a bare Debian 12 with nothing but Octave, as apt installs it for a user: with
-# what Debian recommends beside it, which drawing takes. The package installs what building takes.
+# Installs the Octave package on a bare Debian 12 with only Octave, including the packages that Debian
+# recommends with it, which plotting requires. The package itself installs what its build requires.
 set -euo pipefail
 [[ ${PISTONFIELD_LONG-} ]] || { echo "SKIPPED: takes minutes (PISTONFIELD_LONG=1)"; exit 77; }
 cd "$(dirname "$0")/../.."

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
 # from_build.sh <build folder> <compiler> <argument>...
 #
-# A compiler launcher for tests that build the library anew in another way, of the same sources: takes
-# what the build folder has compiled for the emulation device, which is position-independent, in place of
-# minutes. One file is compiled all the same; of all the headers must be there, and the options that their
-# digits need.
+# A compiler launcher for tests that build the library again in another configuration. To save minutes, it
+# copies the object files in the build folder, which are position-independent, instead of compiling the same
+# sources. One file is compiled nevertheless. For every file, it checks that the headers are found and that
+# the options that its results depend on are set.
 set -euo pipefail
 build=$1
 shift
@@ -17,7 +17,7 @@ for ((i = 1; i <= $#; ++i)); do
     preprocess+=("${!i}")
   fi
 done
-# Make's objects are named from the folder that they lie in.
+# Make names object files relative to their folder.
 object=$(realpath -m "${object-}")
 compiled=$build/src/${object##*/src/}
 if [[ $object == */src/*pistonfield*.dir/* && $object != */matlab/* && $object != */DeviceLock.cpp.o &&

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # full_disk.sh <gauss_legendre>
 #
-# A program whose output cannot be written fails, and says so.
+# Checks that the program fails with a message if its output cannot be written.
 set -euo pipefail
 program=$(realpath "$1")
 [[ -e /dev/full ]] || { echo "SKIPPED: there is no /dev/full"; exit 77; }

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # library.sh <build folder> static|shared <octave-cli or "">
 #
-# The installed library, static as the build folder has it or shared: what programs take that find it
-# with pkg-config or CMake. The module that is installed with it gives the same field.
+# Installs the library, static or shared, and builds programs that find it with pkg-config or CMake. The
+# installed module must give the same field.
 set -euo pipefail
 build=$1 kind=$2 octave=$3
 root=$(cd "$(dirname "$0")/../.." && pwd)

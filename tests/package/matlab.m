@@ -1,7 +1,7 @@
 % octave-cli matlab.m <folder of the archive> <folder of a module of the same sources> <expected place>
 %
-% Runs setup of the archive and checks that it took the module in the expected place, which is named from
-% the archive's folder on, and that this gives what the other module does.
+% Runs setup of the archive and checks that it chose the module in the expected place, a path relative to
+% the archive's folder, and that this module gives the same results as the other one.
 
 [folder, built, place] = argv (){:};
 call = @() [pistonfield([1, -3; 2, 4; 3, 5], 0, 7.5, 5, 2, "cuda", 30), pistonarray([1, -3; 2, 4; 3, 5], ...

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # matlab.sh <octave-cli> <build folder>
 #
-# The archive for MATLAB, of which Octave runs setup: with modules to choose from, with none, and where
-# one cannot be built. In a folder with a name that a shell would not leave as it is.
+# Tests setup of the archive for MATLAB, run by Octave: with several modules to choose from, with none, and
+# where none can be built. The name of the folder has characters that are special to a shell.
 set -euo pipefail
 octave=$1 build=$2
 cd "$(dirname "$0")/../.."
@@ -34,7 +34,7 @@ setup_fails() { # <text> [<variable> <value>]
   says "error: $1"
 }
 
-# The table of contents: the version, and each function once, with a line of its help.
+# Contents.m has the version, and each function once with the first line of its help.
 contents=$(<"$folder/Contents.m")
 [[ $contents =~ ^'% pistonfield'$'\n''% Version '$version' '[0-3][0-9]-[A-Z][a-z][a-z]-20[0-9][0-9]$'\n' ]] ||
   { echo "not a version: $contents"; exit 1; }
@@ -46,10 +46,11 @@ for file in "${functions[@]}"; do
   grep -qE "^%   $name +- ${line#*  }\$" <<<"$contents" || { echo "not of $name: $contents"; exit 1; }
 done
 
-# setup is in the language that both hosts share.
+# setup is written in the language common to both hosts.
 run tests/octave/run_blocks.m "$folder" tests/octave/dialect.tst nothing || { cat "$work/said"; exit 1; }
 
-# The module that came along; one that finds no GPU; a file that is no module; one for a GPU that is there.
+# setup chooses the included module if the other one finds no GPU or is not a module, and the one for a GPU if
+# it works.
 setup_takes modules/emulation
 mkdir "$folder/modules/cuda"
 cp "$folder"/modules/emulation/*.m "$folder/modules/cuda"
@@ -71,7 +72,7 @@ says "Not usable here: $folder/modules/cuda"
 cp "$folder"/modules/emulation/*.mex "$folder/modules/cuda"
 setup_takes modules/cuda
 
-# Without modules and what building takes, and with it.
+# Without modules, setup fails if something that the build requires is missing, and otherwise builds one.
 rm -r "$folder/modules"
 setup_fails "CMake was not found" PATH /nowhere
 setup_fails "No C++ compiler was found" CXX /nowhere/c++

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-// A program with a CUDA of its own that computes a field with the emulation device: each keeps to
-// itself.
+// A program that uses a real CUDA runtime and computes a field with the emulation device. The two
+// must not interfere.
 
 __global__ void number(unsigned* threads) { threads[threadIdx.x] = threadIdx.x; }
 
@@ -25,7 +25,7 @@ void expect(bool condition, const char* what) {
   ++failures;
 }
 
-/// What this program's runtime answers; it is none of the emulation's.
+/// Checks that this program calls the real runtime, and prints its answer.
 std::string answers() {
   int version = 0;
   cudaRuntimeGetVersion(&version);

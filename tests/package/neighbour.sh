@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # neighbour.sh <build folder> <nvcc>
 #
-# A program with a CUDA of its own uses the installed library of the emulation device: beside the shared
-# and the static runtime, whichever comes first, it sees the runtime's own answers.
+# Builds a program that uses both a CUDA runtime and the installed library with the emulation device. With the
+# shared and the static runtime, and in either link order, the program's calls must reach the real runtime.
 set -euo pipefail
 build=$(realpath "$1") nvcc=$2
 cd "$(dirname "$0")"
@@ -16,7 +16,7 @@ if find "$work/prefix" -name 'cuda_runtime*' | grep .; then
   exit 1
 fi
 library=$(find "$work/prefix" -name libpistonfield.a | grep .)
-# What the library itself defines with names of C: the launchers, and no function of the runtime.
+# With C linkage, the library defines its launchers and no function of the runtime.
 if nm --defined-only "$library" | awk 'NF == 3 && $3 ~ /^cuda[A-Z]/' | grep .; then
   echo "the library defines functions of the runtime"
   exit 1

@@ -1,8 +1,9 @@
 % octave-cli octave.m <tarball> <prefix> <revision> <folder of a module of the same sources> <pictures>
 %
-% What a user does with the Octave package, from pkg install to pkg uninstall. Each of these can be "":
-% prefix, an empty folder, for pkg's own; the module's folder, for none to compare with; pictures, where
-% the demos write theirs, for no demos.
+% Does what a user does with the Octave package, from pkg install to pkg uninstall. These arguments may
+% be "": prefix, an empty folder to install to, which means pkg's default; the folder of the module,
+% which means no comparison; and pictures, the folder for the pictures of the demos, which means no
+% demos.
 
 [tarball, prefix, revision, built, pictures] = argv (){:};
 modules = {"pistonfield", "pistonfield_quiet", "pistonfield_about"};
@@ -24,7 +25,7 @@ function picture_of_demo (name, folder)
   print (file, "-dpng", "-S800,600");
   close all
   picture = double (imread (file));
-  coloured = max (picture, [], 3) - min (picture, [], 3) > 50;   # axes and texts are not
+  coloured = max (picture, [], 3) - min (picture, [], 3) > 50;   # axes and texts are not coloured
   assert (sum (coloured(:)) > 500, name);
 endfunction
 
@@ -56,7 +57,7 @@ for name = modules
   assert (strncmp (which (name{1}), installed.archprefix, numel (installed.archprefix)), name{1});
 endfor
 
-% The index is complete.
+% The index lists every function.
 categories = pkg ("describe", "pistonfield"){1}.provides;
 listed = cellfun (@(category) category.functions, categories, "uniformoutput", false);
 assert (sort ([listed{:}]), sort (setdiff (functions, modules(2:3))));

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # octave.sh <octave-cli> <folder of the modules>
 #
-# Makes the Octave package, twice the same; installs, uses and uninstalls it in an empty home.
+# Makes the Octave package twice, with identical results, then installs, uses and uninstalls it in an empty
+# home folder.
 set -euo pipefail
 octave=$1 modules=$2
 cd "$(dirname "$0")/../.."
@@ -23,7 +24,7 @@ CMAKE_CXX_COMPILER_LAUNCHER="$PWD/tests/package/from_build.sh;$(dirname "$module
   "$tarball" "$work/prefix" "$revision" "$modules" "$work/pictures" >"$work/log" 2>&1 ||
   { tail -n 40 "$work/log"; exit 1; }
 
-# Where nothing may be installed, what is missing is named.
+# If nothing may be installed, the error names what is missing.
 mkdir "$work/bin"
 ln -s "$(command -v bash)" "$work/bin"
 tar -xf "$tarball" -C "$work"

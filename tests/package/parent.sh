@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # parent.sh <build folder>
 #
-# The library within another project, which gets the library and nothing else.
+# Includes the library in another project, which must get the library and nothing else.
 set -euo pipefail
 build=$1
 folder=$(cd "$(dirname "$0")" && pwd)

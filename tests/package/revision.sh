@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # revision.sh <sources> <cmake>
 #
-# The revision that a build is given: that of an archive, or of the sources' own repository, or the version.
+# Checks the revision of a build: that of an archive, that of the sources' own repository, or the version.
 set -euo pipefail
 sources=$1 cmake=$2
 

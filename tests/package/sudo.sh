@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # sudo.sh <octave-cli> <pre_install.m> <setup>
 #
-# The Octave package becomes root, by way of a sudo that asks for no password, only where somebody said so:
-# to its question, or before by a preference.
+# Checks that the Octave package uses sudo only if it needs no password and the user has agreed, by answering
+# the package's question or by setting a preference.
 set -euo pipefail
 octave=$(command -v "$1") pre_install=$2 setup=$3
 

@@ -1,4 +1,4 @@
-# What is installed, and what scripts/package makes, as others use it.
+# Tests installed files, and the packages of scripts/package, as users use them.
 
 if(PISTONFIELD_SANITIZE OR PISTONFIELD_USE_CUDA)
   return()

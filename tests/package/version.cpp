@@ -1,4 +1,4 @@
-// Prints the version of the headers as a text and in numbers.
+// Prints the version of the headers as text and as numbers.
 #include <pistonfield/version.h>
 
 #include <cstdio>

@@ -16,7 +16,7 @@ namespace {
 
 using Range = std::pair<std::uint64_t, std::uint64_t>;
 
-/// The ranges that the body is called for, in their order; each call takes a while.
+/// The ranges that the body is called for, sorted; each call takes some time.
 std::vector<Range> ranges(std::uint64_t count, std::uint64_t length) {
   std::vector<Range> handedOut;
   std::mutex mutex;

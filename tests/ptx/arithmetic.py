@@ -11,8 +11,8 @@ SMALLEST_NORMAL = np.finfo(F32).tiny
 
 
 def fma32(a, b, c):
-    """The product is exact in double precision and the sum nearly is. It is rounded a second time
-    wrongly only where the first rounding hit, or hid, the middle between two floats."""
+    """The product is exact in double precision, and the sum nearly is. Its second rounding is wrong only if
+    the first one produced or removed a midpoint between two floats."""
     product = a.astype(F64) * b
     total = product + c
     result = total.astype(F32)
@@ -26,8 +26,8 @@ def fma32(a, b, c):
 
 
 def odd_sum(a, b):
-    """a + b rounded to odd: an inexact sum gets a last bit of 1, so that rounding it again, to fewer
-    digits, gives what rounding the exact sum would."""
+    """a + b rounded to odd: an inexact sum gets a last bit of 1, so that rounding it again, to fewer bits,
+    gives the same result as rounding the exact sum."""
     total = a + b
     rest = error_of_sum(a, b, total)
     toward = np.nextafter(total, np.where(rest > 0, np.inf, -np.inf))
@@ -41,16 +41,15 @@ def error_of_sum(a, b, total):
 
 
 def split(a):
-    """a as the sum of two numbers of at most 26 digits."""
+    """a as the sum of two numbers of at most 26 bits."""
     scaled = a * 134217729.0  # 2^27 + 1
     high = scaled - (scaled - a)
     return high, a - high
 
 
 def fma64(a, b, c):
-    """The product as an exact sum of two numbers; their sum with c, of which all but the last step is
-    rounded to odd. Numbers so small or large that a step could leave the range go through
-    fractions."""
+    """Computes the product as the exact sum of two numbers, and adds c with all steps but the last rounded to
+    odd. Numbers so small or so large that a step could leave the range are computed as fractions."""
     a, b, c = np.broadcast_arrays(a, b, c)
     product = a * b
     result = product + c
@@ -89,8 +88,8 @@ def flushed(a):
 
 
 def near(nearest, exact, most, way):
-    """The last float below (`way` is -1) or above (1) `nearest` that is within `most`, which is less
-    than two units in the last place, of the exact value. What is not finite stays."""
+    """The last float below (`way` is -1) or above (1) `nearest` that differs from the exact value by at most
+    `most`, which is less than two units in the last place. Infinities and NaN are unchanged."""
     for _ in range(2):
         moved = (nearest.view(np.int32) + way).view(F32)
         nearest = np.where(np.isfinite(nearest) & (np.abs(moved - exact) <= most), moved, nearest)
@@ -98,14 +97,14 @@ def near(nearest, exact, most, way):
 
 
 def sqrt_approx(a, way):
-    """Right to a share of 2^-23."""
+    """Accurate to a relative error of 2^-23."""
     a = flushed(a)
     exact = np.sqrt(a.astype(F64))
     return near(exact.astype(F32), exact, exact * 2.0**-23, way)
 
 
 def rcp_approx(a, way):
-    """Right to a unit in the last place."""
+    """Accurate to a unit in the last place."""
     exact = 1 / flushed(a).astype(F64)
     nearest = exact.astype(F32)
     return flushed(near(nearest, exact, np.spacing(np.abs(nearest)), way))

@@ -1,4 +1,4 @@
-"""What the kernels are launched with, and what is expected of them."""
+"""The launches of the kernels and their expected results."""
 
 from functools import lru_cache
 
@@ -27,8 +27,8 @@ PISTONS = (
 )  # fmt: skip
 
 
-# What the errors of the single kernels are held to, in units of 2^-24 (1 + kR). Behind the piston the
-# edges' waves, whose rounding is what is seen, add up to more than the pressure in front.
+# Bounds on the errors of the single-precision kernels, in units of 2^-24 (1 + kR). Behind the piston, the
+# magnitudes of the edge waves, which determine the rounding errors, add up to more than in front.
 IN_FRONT, BEHIND = 1, 3
 
 NAN = Expected(*(np.array([value]) for value in (np.nan, 0.0, 1.0, False)))
@@ -50,7 +50,7 @@ def grid_indices(size):
 
 
 def positions(kind, points):
-    """The points, in their order, from what a kernel is given."""
+    """The points, in order, from a kernel's arguments."""
     if kind == "list":
         return np.reshape(points.numbers, (-1, 3))
     index = grid_indices(points.size)
@@ -63,7 +63,7 @@ def positions(kind, points):
 
 
 def shaped(kind, size, affine):
-    """Points of the given kind, near those of the affine map."""
+    """Points of the given kind, close to those of the affine map."""
     if kind == "steps":
         return Points(size, tuple(np.abs(affine[:, :3]).max(axis=1)))
     if kind == "axes":
@@ -87,7 +87,7 @@ def at_point(kind, point):
 
 
 class Cases(list):
-    """The launches of a kernel that is given its points in one way."""
+    """The launches of a kernel, whose arguments give its points in one way."""
 
     def __init__(self, kind, is_single):
         super().__init__()
@@ -97,16 +97,16 @@ class Cases(list):
         self.extend(Case(points, piston, order, is_off, expected, shape) for is_off in (False, True))
 
     def add_all(self, points, piston, order, shape=None):
-        """With the method's pressure at all points."""
+        """Adds a launch, with the expected pressure at all points."""
         self.add(points, piston, order, self.expected(positions(self.kind, points), piston, order), shape)
 
     def add_point(self, point, piston, order):
-        """With the method's pressure at one point."""
+        """Adds a launch, with the expected pressure at one point."""
         expected = self.expected(np.array([point]), piston, order)
         self.add(at_point(self.kind, point), piston, order, expected)
 
     def expected(self, points, piston, order):
-        if not self.is_single:  # whose |x| and |y| are of single precision
+        if not self.is_single:  # |x| and |y| have single precision
             points = np.concatenate([points[:, :2].astype(np.float32), points[:, 2:]], axis=1)
         axis = float(np.float32(1e-7)) if self.is_single else 1e-7
         return expected_of(evaluate(piston, order, points, axis), self.is_single)
@@ -114,8 +114,8 @@ class Cases(list):
 
 @lru_cache(maxsize=None)
 def cases_of(kind, is_single, orders=ORDERS, every=1, with_edges=True):
-    """All launches of a kernel, or fewer: of some orders, of every n-th of the points of tests/data,
-    and without what only few threads meet."""
+    """All launches of a kernel, or fewer: only some orders, every n-th point of tests/data, and without the
+    rare cases."""
     cases = Cases(kind, is_single)
     for order in orders:
         n = ORDERS.index(order)
@@ -143,8 +143,8 @@ def add_reference_points(cases, order, every):
 
 
 def add_edge_cases(cases):
-    """What only few threads meet: pistons so small that the distance from an axis matters, phases of
-    many turns, points that are not finite, no points, no rule, and grids of blocks of every shape."""
+    """Rare cases: pistons so small that the distance from an axis matters, phases of many turns, points that
+    are not finite, no points, no rule, and grids of blocks of every shape."""
     axis = float(np.float32(1e-7))
     beyond = axis + 2.0**-46
     tiny = Piston(2.0**-21, 2.0**-20, 2.0**20)

@@ -1,7 +1,7 @@
-"""What each instruction does, by the PTX manual, to all threads of a group at once.
+"""Executes each instruction as the PTX manual defines it, for all threads of a group at once.
 
-Registers are arrays with an element a thread, or a single element where all threads agree. Only
-instructions whose opcode, modifiers included, stands here are known."""
+Registers are arrays with one element per thread, or a single element if all threads have the same value. Only
+instructions whose opcode, including modifiers, is listed here are supported."""
 
 import re
 from collections import Counter
@@ -29,11 +29,11 @@ class Step:
     reads: list
     writes: list
     run: object
-    target: str = ""  # of a branch; `run` gives the threads that take it
+    target: str = ""  # of a branch; `run` returns the threads that take it
     ends: bool = False  # no thread goes on to the next instruction
 
 
-# Opcodes that compute: (types of the operands, the result first; the function).
+# Opcodes that compute, each with the types of its operands (the result first) and its function.
 
 COMPUTE = {}
 
@@ -82,7 +82,7 @@ def remainder(a, b):
 
 
 def to_s32(a):
-    """To the nearest integer; what is out of range to the nearest that there is, NaN to 0."""
+    """Converts to the nearest integer, numbers out of range to the nearest limit, and NaN to 0."""
     rounded = np.rint(a.astype(F64))
     return np.where(np.isnan(rounded), 0, np.clip(rounded, -(2.0**31), 2.0**31 - 1)).astype(S32)
 
@@ -100,7 +100,7 @@ def ordered_and_not_equal(a, b):
 
 
 INTEGER_ORDER = {"lt": np.less, "le": np.less_equal, "gt": np.greater, "ge": np.greater_equal}
-# Comparisons of a NaN are false, but those with a u true.
+# Comparisons with a NaN are false, except that those with a u are true.
 FLOAT_ORDER = {**INTEGER_ORDER, "eq": np.equal, "ne": ordered_and_not_equal}
 OPPOSITE = {"lt": "ge", "le": "gt", "gt": "le", "ge": "lt", "eq": "ne", "ne": "eq"}
 
@@ -170,21 +170,22 @@ for to, of in (
     define(f"cvt.{to}.{of}", f"{to.removeprefix('rn.')} {of}",
            lambda a, dtype=dtype: a.astype(dtype))  # fmt: skip
 define("cvt.rni.s32.f32", "s32 f32", to_s32)
-define("cvta.to.global.u64", "u64 u64", lambda a: a)  # addresses of global memory are their own
+define("cvta.to.global.u64", "u64 u64", lambda a: a)  # generic addresses equal those of global memory
 
-# What ptxas may compute with a product, by the sign of either operand, before it is rounded, unless a
-# rounding is asked for.
+# Sums that ptxas may fuse with an unrounded product, unless they specify a rounding mode, with the sign of
+# each operand.
 PRODUCTS = {"mul.f32", "mul.f64"}
 SUMS = {"add.f32": (1, 1), "sub.f32": (1, -1), "add.f64": (1, 1), "sub.f64": (1, -1)}
 
-# Those that are right to a unit in the last place or so, and are made to be off by as much.
+# Approximate operations, which are accurate to about a unit in the last place and can be made to differ by as
+# much.
 APPROXIMATE = {
     "sqrt.approx.ftz.f32": arithmetic.sqrt_approx,
     "rcp.approx.ftz.f32": arithmetic.rcp_approx,
 }
 
 SPECIAL = {f"%{name}.{axis}" for name in ("ctaid", "nctaid") for axis in "xyz"} | {"%tid.x", "%ntid.x"}
-LOCAL = "local memory"  # the register that stands for a thread's own
+LOCAL = "local memory"  # the register that represents a thread's own memory
 ACCESS = re.compile(r"(ld|st)\.(param|const|global|global\.nc|local)(?:\.v([24]))?\.([bsuf](?:32|64))$")
 ADDRESS = re.compile(r"\[([%\w$]+)(?:\+(-?\d+))?\]$")
 
@@ -195,12 +196,12 @@ class Decoder:
     def __init__(self, kernel, symbols):
         self.kernel, self.local = kernel, LocalMemory(kernel.local)
         self.symbols = {**symbols, **self.local.address}
-        self.writes = Counter()  # how often the registers were written, down to the last instruction
+        self.writes = Counter()  # how often each register was written, up to the last instruction
         self.forget_products()
 
     def forget_products(self):
-        """Where threads may come from elsewhere."""
-        self.products = {}  # by register: the factors, and how often all three were written
+        """Called where threads may arrive from another block."""
+        self.products = {}  # by register: the factors, and the number of writes to all three
 
     def step(self, instruction):
         self.text = instruction.text
@@ -247,7 +248,7 @@ class Decoder:
         return lambda group: group.registers[guard]
 
     def guarded(self, step, instruction):
-        """Only the threads whose predicate holds; what the others had stays."""
+        """Executes the step only in threads whose predicate holds; the others keep their values."""
         predicate = self.predicate(instruction)
 
         def run(group):
@@ -267,7 +268,7 @@ class Decoder:
         return operand
 
     def operand(self, text, dtype):
-        """How to read an operand as `dtype`, and the register that it is, if it is one."""
+        """A function that reads an operand as `dtype`, and a list with its register, if it is one."""
         if text.startswith("%"):
             bits = 1 if dtype == np.bool_ else dtype.itemsize * 8
             self.require((32 if text in SPECIAL else self.kernel.width(text)) == bits)
@@ -322,7 +323,7 @@ class Decoder:
         return Step(self.text, reads, [target], run)
 
     def perhaps_fused(self, step, opcode, operands):
-        """A sum or difference that, by chance, is computed from a product that was not rounded."""
+        """A sum or difference that, at random, is fused with the unrounded product."""
         target, *summands = operands
         for place, name in enumerate(summands):
             factors, counts = self.products.get(name, ((), ()))
@@ -381,7 +382,7 @@ class Decoder:
         return self.store(values, dtype, space, address, reads)
 
     def load(self, values, dtype, space, address, reads):
-        # A register may be wider than what is loaded: the rest is zeros, or the sign.
+        # A register may be wider than the loaded value, which is then extended with zeros or its sign.
         widths = [self.kernel.width(value) for value in values]
         self.require(all(width >= 8 * dtype.itemsize for width in widths))
         wider = [None if w == 8 * dtype.itemsize else np.dtype(dtype.kind + "8") for w in widths]
@@ -397,7 +398,7 @@ class Decoder:
         return Step(self.text, reads, values, run)
 
     def store(self, values, dtype, space, address, reads):
-        # A register may be wider than what is stored, which is its low part.
+        # A register may be wider than the stored value, which is then its low part.
         sources = []
         for value in values:
             wide_type = dtype

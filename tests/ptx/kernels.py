@@ -1,4 +1,4 @@
-"""The twelve kernels by their parameters, and launches of them as the launchers make them."""
+"""The twelve kernels with their parameters, and launches of them with the launchers' shapes."""
 
 import subprocess
 from concurrent.futures import ThreadPoolExecutor
@@ -17,7 +17,7 @@ SIZES, TABLE = ["u32"] * 3, ["u64"]
 
 @dataclass
 class Kind:
-    """A kernel's name; its results, as pairs or in two arrays; and how it is given its points."""
+    """A kernel's name, whether its results are pairs or two arrays, and how its arguments give the points."""
 
     name: str
     results: str
@@ -48,7 +48,7 @@ PRECISIONS = {  # source file: real type, its numpy type, prefix of the tables
 
 
 class Compiled:
-    """One kernel of one PTX file, as nvcc wrote it or with a step of it changed."""
+    """One kernel of one PTX file, as nvcc wrote it or with one changed instruction."""
 
     def __init__(self, source, architecture, module, kernel):
         self.real, self.dtype, self.tables = PRECISIONS[source]
@@ -96,8 +96,8 @@ def compiled_kernels(nvcc, chosen, folder):
 
 @dataclass
 class Points:
-    """Points as a kernel is given them. `size` is (sx, sy, sz), or (n,) for a list; `numbers` are the
-    three steps, the twelve elements of the map, the three axes or the list."""
+    """Points in the form of a kernel's arguments. `size` is (sx, sy, sz), or (n,) for a list; `numbers` are
+    the three steps, the twelve elements of the map, the three axes or the list."""
 
     size: tuple
     numbers: object
@@ -108,8 +108,8 @@ class Points:
 
 @dataclass
 class Expected:
-    """The pressures of a launch's last points: their values, NaN where there is none, how far from
-    them a kernel may be, and the unit that its errors are counted in."""
+    """The expected pressures at the last points of a launch, which may be NaN, the bounds on a kernel's
+    errors, and the unit of these errors."""
 
     pressure: np.ndarray
     bound: np.ndarray
@@ -125,7 +125,7 @@ class Expected:
 
 @dataclass
 class Case:
-    """One launch: what it is given and what is expected of it."""
+    """One launch, with its arguments and expected results."""
 
     points: Points
     piston: object
@@ -146,8 +146,8 @@ class WrongRun(Exception):
 
 
 def run(compiled, cases, seed, most_blocks=10**9):
-    """Runs all cases at once. Returns the errors of each, the launches and how many threads came to
-    each block of the program."""
+    """Runs all cases at once. Returns the errors of each, the launches, and the number of threads that
+    executed each basic block."""
     dtype, kind = compiled.dtype, compiled.kind
     item = dtype().itemsize
     room = sum(case.points.count() * (item * 5) + 4096 for case in cases) + 4096
@@ -199,7 +199,7 @@ def counts(cases):
 
 
 def load_rule(constants, launch, compiled, order):
-    """The half of the rule from -1 to 0, as the tables are loaded. An order of 0 leaves what was there."""
+    """Writes the half of the rule from -1 to 0 to the tables. An order of 0 leaves them unchanged."""
     nodes, weights = rule(max(order, 1))
     half = (max(order, 1) + 1) // 2
     constants.write(launch, compiled.tables + "x", nodes[:half].astype(compiled.dtype))

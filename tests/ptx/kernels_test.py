@@ -1,11 +1,10 @@
-"""kernels_test.py NVCC: the kernels as nvcc compiles them, for the oldest and the newest architecture
-that it knows, run thread by thread without a GPU.
+"""kernels_test.py NVCC: runs the kernels, compiled by nvcc for the oldest and the newest architecture that it
+supports, thread by thread without a GPU.
 
-Every kernel runs with orders 1 to 64 at the points of tests/data and on turned grids: with
-approximate roots and reciprocals exact and sums of products rounded twice, and with roots and
-reciprocals off by as much as PTX allows and such sums fused by chance. Every instruction runs at least
-once.
-Exits with 77 where there is no nvcc or no numpy."""
+Every kernel runs with orders 1 to 64 at the points of tests/data and on turned grids: with approximate roots
+and reciprocals exact and sums of products rounded twice, and with roots and reciprocals off by as much as PTX
+allows and such sums fused by chance. Every instruction runs at least once. Exits with 77 without nvcc or
+numpy."""
 
 import sys
 import tempfile
@@ -22,7 +21,7 @@ from kernels import architectures, compiled_kernels, run
 
 
 def check(compiled, cases):
-    """Runs a kernel and prints its errors; the number of cases that fail."""
+    """Runs a kernel, prints its errors and returns the number of cases that fail."""
     errors, launches, visits = run(compiled, cases, seed=20)
     program = launches.program
     idle = []

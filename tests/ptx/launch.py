@@ -1,5 +1,5 @@
-"""Runs launches of a kernel: every thread of every block of their grids, one basic block of the
-program after the other, for all threads that have come to it."""
+"""Runs launches of a kernel: every thread of every block of their grids. It executes one basic block of the
+program at a time, for all threads that have reached it."""
 
 from dataclasses import dataclass
 
@@ -13,14 +13,14 @@ BASE = 0x7F0000000000
 
 @dataclass
 class Shape:
-    """A launch's grid of blocks, of three dimensions, and its block of threads, of one."""
+    """A launch's three-dimensional grid of blocks and one-dimensional block of threads."""
 
     grid: tuple
     block: int = 128
 
 
 class Program:
-    """A kernel's steps, cut into basic blocks, and which registers are wanted where a block starts."""
+    """A kernel's steps, cut into basic blocks, and the registers that are live at the start of each block."""
 
     def __init__(self, kernel, symbols):
         decoder = Decoder(kernel, symbols)
@@ -63,16 +63,16 @@ NO_THREAD, ALL_THREADS = np.array([False]), np.array([True])
 
 
 class Group:
-    """Threads that are at the same instruction, and their registers. Those that only some of the
-    threads have written are apart, in `partly`, with which threads these are: who reads one there
-    finds nothing in `registers`."""
+    """Threads that are at the same instruction, and their registers. Registers that only some of the threads
+    have written are kept in `partly`, together with a mask of these threads, so that reading one fails: it is
+    not in `registers`."""
 
     def __init__(self, launches, threads, registers):
         self.launches, self.threads, self.registers, self.partly = launches, threads, registers, {}
         self.launch = launches.launch_of[threads]
 
     def state(self, name):
-        """A register's values, None if there are none, and which threads have written it."""
+        """A register's values, or None if it has none, and the mask of the threads that have written it."""
         if name in self.registers:
             return self.registers[name], ALL_THREADS
         return self.partly.get(name, (None, NO_THREAD))
@@ -155,10 +155,9 @@ class EndlessRun(Exception):
 class Launches:
     """Launches of one kernel, which are run together.
 
-    `shapes`, `arguments` and `is_off` have an element a launch: what it is launched with, and
-    whether, by chance, its approximate roots and reciprocals are off by as much as PTX allows and its
-    sums of products fused.
-    Arguments are numbers or the addresses that `memory` gave."""
+    `shapes`, `arguments` and `is_off` have one element per launch. If `is_off` is set, approximate roots and
+    reciprocals are, at random, off by as much as PTX allows, and sums of products are fused at random.
+    Arguments are numbers or addresses from `memory`."""
 
     def __init__(self, program, memory, constants, shapes, arguments, is_off, seed):
         self.program, self.memory, self.constants = program, memory, constants
@@ -168,7 +167,7 @@ class Launches:
             dtype = np.dtype(type_name[0].replace("s", "i") + str(int(type_name[1:]) // 8))
             self.parameters[name] = np.array([values[n] for values in arguments], dtype)
         self.place_threads(shapes)
-        self.works = np.zeros(len(self.launch_of), bool)  # which have used global memory
+        self.works = np.zeros(len(self.launch_of), bool)  # which threads have used global memory
 
     def place_threads(self, shapes):
         pieces = {name: [] for name in ("%tid.x", "%ctaid.x", "%ctaid.y", "%ctaid.z")}
@@ -191,7 +190,7 @@ class Launches:
             self.special[name] = np.ascontiguousarray(sizes[:, n])
 
     def run(self, most_blocks=10**9):
-        """Runs all threads to their end; how many threads came to each basic block."""
+        """Runs all threads to their end. Returns the number of threads that reached each basic block."""
         program = self.program
         first = Group(self, np.arange(len(self.launch_of)), dict(self.special))
         if program.kernel.local:

@@ -1,7 +1,7 @@
-"""machine_test.py: the machine that runs PTX does what the PTX manual says: fma rounds once,
-approximations are as far off as they may be, unknown instructions and wrong accesses are errors.
+"""machine_test.py: checks that the machine that runs PTX follows the PTX manual: fma rounds once,
+approximations are off by as much as allowed, and unknown instructions and invalid accesses are errors.
 
-Exits with 77 where there is no numpy."""
+Exits with 77 without numpy."""
 
 import unittest
 from fractions import Fraction
@@ -30,7 +30,7 @@ def nearest(exact, dtype):
     if Fraction(2) ** exponent > size:
         exponent -= 1
     unit = Fraction(2) ** max(exponent - digits + 1, smallest)
-    return dtype(float(round(exact / unit) * unit))  # round() takes ties to even
+    return dtype(float(round(exact / unit) * unit))  # round() rounds ties to even
 
 
 class Fma(unittest.TestCase):
@@ -52,7 +52,7 @@ class Fma(unittest.TestCase):
         a, b = numbers(spread), numbers(spread)
         product = a.astype(np.longdouble) * b
         self.check(function, dtype, a, b, numbers(min(3 * spread, 120)))
-        # Next to cancellation, and next to the middle between two numbers.
+        # Close to cancellation, and close to the midpoint between two numbers.
         self.check(function, dtype, a, b, -(product.astype(dtype)))
         unit = np.spacing(np.abs(product).astype(dtype))
         half = np.ldexp(unit, -chance.integers(0, 2 * digits, 3000))
@@ -64,10 +64,10 @@ class Fma(unittest.TestCase):
 
     def test_of_doubles_rounds_once(self):
         self.sums_of_all_sizes(arithmetic.fma64, F64, 53, 40)
-        self.sums_of_all_sizes(arithmetic.fma64, F64, 53, 300)  # partly by fractions
+        self.sums_of_all_sizes(arithmetic.fma64, F64, 53, 300)  # some of them as fractions
 
     def test_rounds_once_where_two_roundings_differ(self):
-        # 1 + 2^-24 and a little: the double is the middle between two floats.
+        # Slightly more than 1 + 2^-24: rounded to double, it is the midpoint between two floats.
         self.check(arithmetic.fma32, F32, [2.0**-24 + 2.0**-47], [1.0 - 2.0**-23], [1])
         self.check(arithmetic.fma32, F32, [2.0**-24] * 2, [1], [1, 1 + 2.0**-23])
         self.check(arithmetic.fma32, F32, [2.0**-40], [2.0**-40], [2.0**-24 * (1 + 2.0**-23)])
@@ -252,7 +252,7 @@ class Programs(unittest.TestCase):
             self.assertEqual(self.results(arrays + body), expected, body)
 
     def test_sums_of_products_may_be_fused(self):
-        """(1 + 2^-12)² and the product rounded, that is without its last digit 2^-24, from it."""
+        """Subtracts the rounded product from (1 + 2^-12)²: the rounding removes its last bit, 2^-24."""
         numbers = "mov.f32 %f1, 0f3F800800; mul.f32 %f2, %f1, %f1; mov.f32 %f3, 0f3F801000; "
         fused, rounded = 0x33800000, 0
         for body, is_fused, minus in (

@@ -1,7 +1,7 @@
-"""Memory that notices every access outside of what a launch may read or write.
+"""Memory that detects every access to words that a launch may not read or write.
 
-Many launches share one memory, so that their threads can be run together; what one of them owns,
-no other may touch. Between any two arrays lie margins that nobody owns."""
+Many launches share one memory, so that their threads can run together, but none may access the arrays of
+another. Between any two arrays is a margin that no launch may access."""
 
 import numpy as np
 
@@ -15,8 +15,8 @@ class BadAccess(Exception):
 
 
 def words_of(address, size, count, is_allowed, memory, base=0):
-    """The first words of accesses of `size` bytes, which must be aligned and allowed to all of their
-    words. There is an even number of words, so that none of the aligned ones ends beyond the last."""
+    """The first words of accesses of `size` bytes, which must be aligned, and all of whose words must be
+    allowed. The number of words is even, so that no aligned access ends beyond the last."""
     offset = address - np.uint64(base)
     allowed = (offset < np.uint64(4 * count)) & (offset % np.uint64(size) == 0)
     word = np.where(allowed, offset >> np.uint64(2), 0).astype(np.int64)
@@ -38,14 +38,14 @@ class Memory:
         self.stores = np.zeros(len(self.words), np.uint8)
 
     def place(self, content, reader):
-        """Puts an array where `reader` may read it; its address."""
+        """Stores an array that `reader` may read, and returns its address."""
         first, last = self.reserve(content.nbytes)
         self.words[first:last] = np.ascontiguousarray(content).view(np.uint32).ravel()
         self.reader[first:last] = reader
         return self.base + 4 * first
 
     def room(self, size, writer):
-        """Room for results of `writer`; its address."""
+        """Reserves memory for results of `writer`, and returns its address."""
         first, last = self.reserve(size)
         self.writer[first:last] = writer
         return self.base + 4 * first
@@ -83,7 +83,7 @@ class Memory:
 
 
 class ConstantMemory:
-    """The same addresses hold another rule in every launch. What was not written there cannot be
+    """In every launch, the same addresses hold a different rule. Words that were not written cannot be
     read."""
 
     def __init__(self, sizes, launches):
@@ -111,8 +111,8 @@ class ConstantMemory:
 
 
 class LocalMemory:
-    """Arrays of the threads' own, with margins between them. Every thread has a row of words and a row
-    of which of them it has written; its addresses begin at 0."""
+    """The threads' own arrays, with margins between them. Every thread has a row of words and a row that
+    marks the words it has written; its addresses begin at 0."""
 
     def __init__(self, sizes):
         self.address, end = {}, -MARGIN

@@ -1,9 +1,10 @@
-"""mutants_test.py NVCC: a sign, a constant, an address or the bound of a guard that is changed in the
+"""mutants_test.py NVCC: checks that changing a sign, a constant, an address or the bound of a guard in the
 PTX of a kernel makes its test fail.
 
-Changes one instruction at a time, of every kind in mutations.py, in a kernel and at a place drawn by
-chance. A change that leaves every bit of every result as it was, such as the sign of what is then
-squared, is none; another place is drawn. Exits with 77 where there is no nvcc or no numpy, and unless PISTONFIELD_LONG is set: it tests the test."""
+Makes one change at a time, of every kind in mutations.py, in a random kernel and at a random place. A change that
+leaves every bit of every result the same, such as that of the sign of a number that is then squared, does not count,
+and another place is drawn. Exits with 77 without nvcc or numpy, or if PISTONFIELD_LONG is not set, since it only tests
+the test."""
 
 import copy
 import os
@@ -34,7 +35,7 @@ FEWER = {"orders": (2, 10, 17), "every": 15}
 
 
 class Subject:
-    """A kernel, and what an ordinary point makes of it."""
+    """A kernel, and the parts of it that an ordinary point executes."""
 
     def __init__(self, compiled):
         self.compiled = compiled
@@ -45,7 +46,7 @@ class Subject:
         first, second = (range(start, end[start]) for start in launches.program.starts[:2])
         magnitudes = [n for n in second if compiled.kernel.instructions[n].opcode.startswith("abs.")]
         place = range(second.start, magnitudes[1] + 1)  # ends with |x| and |y|
-        if compiled.real == "f64":  # the library's sine has digits that no bound sees
+        if compiled.real == "f64":  # changes in the last digits of the library's sine are within the bounds
             ordinary = [n for n in ordinary if compiled.kernel.instructions[n].opcode not in SINE]
         self.places = {"first": first, "place": place, "body": ordinary}
         self.symbols = dict.fromkeys([*compiled.module.constants, *compiled.module.variables], 0)
@@ -64,7 +65,8 @@ class Subject:
         return compiled
 
     def verdict(self, place, text):
-        """How a change shows: SAME if in no bit, NOT NOTICED if only within the bounds."""
+        """The effect of a change: SAME if no bit changes, NOT NOTICED if the results stay within the
+        bounds."""
         for cases in (cases_of(*self.given, **FEWER), cases_of(*self.given)):
             try:
                 changed = run(self.changed(place, text), cases, seed=1, most_blocks=20 * self.blocks)
@@ -78,7 +80,7 @@ class Subject:
 
 
 def draw(subjects, part, mutate, chance):
-    """Subjects and changes of them that are still PTX, in random order."""
+    """Kernels and changes of them that are still valid PTX, in random order."""
     for subject in chance.sample(subjects, len(subjects)):
         for place, text in mutants(subject.compiled.kernel, subject.places[part], mutate, chance)[:5]:
             if subject.is_valid(place, text):
@@ -98,7 +100,7 @@ def main(architecture=0, count=1, seed=17):
     for part, kinds in KINDS.items():
         for name, mutate in kinds.items():
             before = len(verdicts)
-            for real in ("f32", "f64") * count:  # not all kinds of instructions are in both
+            for real in ("f32", "f64") * count:  # not every kind of change applies to both
                 of_real = [subject for subject in subjects if subject.compiled.real == real]
                 for subject, place, text in draw(of_real, part, mutate, chance):
                     verdicts.append(subject.verdict(place, text))

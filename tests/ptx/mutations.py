@@ -1,6 +1,6 @@
-"""Changes of one instruction's text, of the kinds that a slip in the sources or a fault of a compiler
-would make. Each kind is a function of an instruction that gives its changed text, or None where it
-does not apply."""
+"""Changes to the text of one instruction, like those that a mistake in the sources or a compiler bug would
+cause. Each kind is a function that returns the changed text of an instruction, or None if it does not
+apply."""
 
 import copy
 import re
@@ -19,7 +19,7 @@ def substituted(pattern, replacement):
 
 
 def bit_flipped(text, chance):
-    """A constant's sign, exponent or one of the first bits of its fraction."""
+    """Changes a constant's sign, exponent or one of the first bits of its fraction."""
     found = re.match(r"((?:mov|mul|add|fma\.rn)\.f\d+ .*)\b0([fd])([0-9A-F]+)(.*)$", text)
     if not found or int(found.group(3), 16) == 0:
         return None
@@ -30,7 +30,7 @@ def bit_flipped(text, chance):
 
 
 def squared(text, _):
-    """The first factor instead of the second."""
+    """Uses the first factor instead of the second."""
     found = re.match(rf"((?:mul|fma\.rn)\.{FLOATS} %\w+, )(%\w+), (%\w+)(.*)$", text)
     if not found or found.group(2) == found.group(3):
         return None
@@ -38,7 +38,7 @@ def squared(text, _):
 
 
 def swapped(pattern):
-    """The operands that are the groups b and c of the pattern change places."""
+    """Swaps the operands that match the groups b and c of the pattern."""
 
     def mutate(text, _):
         found = re.match(pattern, text)
@@ -55,7 +55,7 @@ def parameter_before(text, _):
 
 
 def guard_moved(text, _):
-    """The number of points counted one wrong."""
+    """Changes the number of points by one."""
     after = {"lt": "le", "le": "lt", "gt": "ge", "ge": "gt"}
     found = re.match(r"setp\.(lt|le|gt|ge)\.([su]32 .*)$", text)
     return found and f"setp.{after[found.group(1)]}.{found.group(2)}"
@@ -67,7 +67,7 @@ def integers_compared_otherwise(text, _):
     return found and f"setp.{after[found.group(1)]}.{found.group(2)}"
 
 
-# Of the first block, which finds the number of a thread's point, if it has one.
+# Changes in the first block, which computes the number of a thread's point, if it has one.
 FIRST_KINDS = {
     "a guard's bound moved": guard_moved,
     "the guard's branch negated": substituted(r"^@(%p\d+) bra", r"@!\1 bra"),
@@ -76,7 +76,7 @@ FIRST_KINDS = {
     "a parameter for the one before": parameter_before,
 }
 
-# Of what finds the point's place.
+# Changes in the computation of the point's position.
 PLACE_KINDS = {
     "a coordinate's sign kept": substituted(rf"^abs\.({FLOATS}) ", r"mov.\1 "),
     "an element read too far on": substituted(
@@ -84,7 +84,7 @@ PLACE_KINDS = {
     ),
 }
 
-# Of the arithmetic of every point.
+# Changes in the arithmetic of every point.
 BODY_KINDS = {
     "a negation left out": substituted(rf"^neg\.({FLOATS}) ", r"mov.\1 "),
     "an addition made a subtraction": substituted(rf"^add\.({FLOATS}) (?!.*, 0[fd]0+$)", r"sub.\1 "),
@@ -111,7 +111,7 @@ BODY_KINDS = {
 
 
 def mutants(kernel, places, mutate, chance):
-    """Where a kind of change applies, in random order, as (place, changed text)."""
+    """The places where a kind of change applies, in random order, as (place, changed text)."""
     changes = [(place, mutate(kernel.instructions[place].text, chance)) for place in places]
     found = [(place, text) for place, text in changes if text and text != kernel.instructions[place].text]
     chance.shuffle(found)
@@ -122,8 +122,8 @@ def changed_kernel(kernel, place, text):
     changed = copy.copy(kernel)
     changed.instructions = list(kernel.instructions)
     changed.instructions[place] = read_instruction(text)
-    # The compiler computes a coordinate's magnitude again where it needs it, and the sign of one of
-    # these alone need not matter: the sum over the two edges along y is even in x.
+    # The compiler recomputes the magnitude of a coordinate at each use, and a change of sign in only one of
+    # them may have no effect: the sum over the two edges along y is even in x.
     old = kernel.instructions[place]
     if old.opcode.startswith("abs."):
         for n, other in enumerate(kernel.instructions):

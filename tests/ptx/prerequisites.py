@@ -1,4 +1,4 @@
-"""What the tests of compiled kernels need, or else are skipped for."""
+"""The prerequisites of the tests of compiled kernels, which are skipped without them."""
 
 import os
 import sys

@@ -1,4 +1,4 @@
-"""A PTX file as kernels of instructions. What is not known here is an error that quotes it."""
+"""Parses a PTX file into kernels of instructions. Unsupported text raises an error that quotes it."""
 
 import re
 from dataclasses import dataclass, field
@@ -22,12 +22,12 @@ class Kernel:
     name: str
     parameters: list  # (type, name)
     widths: dict = field(default_factory=dict)  # bits of the registers, by the letters of their names
-    local: dict = field(default_factory=dict)  # bytes of the arrays that every thread has its own of
+    local: dict = field(default_factory=dict)  # bytes of the arrays in each thread's local memory
     instructions: list = field(default_factory=list)
     labels: dict = field(default_factory=dict)
 
     def width(self, register):
-        """The bits of a register, or 0 of one that is not declared."""
+        """The width of a register in bits, or 0 if it is not declared."""
         letters = register if register in self.widths else register.rstrip("0123456789")
         return self.widths.get(letters, 0)
 

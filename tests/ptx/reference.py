@@ -1,6 +1,5 @@
-"""What the kernels ought to compute: the pressure by the rule of a given order, summed as the method
-is defined, in extended precision; and the values of tests/data, which were computed elsewhere in 30
-digits."""
+"""The expected results of the kernels: the pressure by the rule of a given order, computed literally in
+extended precision, and the values of tests/data, which were computed independently with 30 digits."""
 
 from dataclasses import dataclass
 from functools import lru_cache
@@ -32,7 +31,7 @@ def rule(order):
 
 @dataclass
 class Piston:
-    """Half the sides along x and y, and the wave number, as a kernel is given them."""
+    """The half-width along x, the half-height along y and the wave number: a kernel's arguments."""
 
     a: float
     b: float
@@ -41,9 +40,9 @@ class Piston:
 
 @dataclass
 class Field:
-    """A piston, points and the pressures there; `parts` is the sum of the magnitudes of all terms of
-    the quadrature sums, each weighted with the phase error that the double kernels' arithmetic in
-    single precision may give it, in units of 2^-24."""
+    """A piston, points and the pressures at them. `parts` is the sum of the magnitudes of all terms of the
+    quadrature sums, each weighted with the phase error that it may get from the single-precision steps of the
+    double-precision kernels, in units of 2^-24."""
 
     piston: Piston
     order: int
@@ -52,7 +51,7 @@ class Field:
     parts: np.ndarray
 
     def part(self, n):
-        """The field at point n alone."""
+        """The field at point n only."""
         arrays = (array[n : n + 1] for array in (self.points, self.pressure, self.parts))
         return Field(self.piston, self.order, *arrays)
 
@@ -90,15 +89,15 @@ def evaluate(piston, order, points, axis=1e-7):
         R = np.sqrt(z[:, None] ** 2 + D)
         term = half[:, None] * weights / D
         total = ((in_phase(-k * R) - plane[:, None]) * term).sum(axis=1)
-        # The squared distance, its root and the phase are rounded, which is 5/2 units of kR in the
-        # phase; of the plane wave only the phase. Four sines and cosines are off by up to 2 units.
+        # Rounding the squared distance, its root and the phase gives a phase error of 5/2 units of kR; in the
+        # plane wave, only the phase is rounded. The four sines and cosines have errors of up to 2 units.
         error = 2.5 * k * R + abs(k * z)[:, None] + 4 * np.sqrt(2.0)
         empty = low == high
         return np.where(empty, 0, total), np.where(empty, 0, (error * abs(term)).sum(axis=1))
 
     def edges(d, across, half):
-        """The two edges that are d[0] and d[1] away, along an axis where the point is at `across` and
-        the edges reach from -half to half."""
+        """The two edges at the distances d[0] and d[1]. Along them, the edges extend from -half to half, and
+        the point is at `across`."""
         outside, on_axis = across > half, across <= axis
         near, far = across - half, across + half
         total, parts = 0, 0

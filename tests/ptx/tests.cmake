@@ -1,11 +1,11 @@
-# The kernels as nvcc compiles them, run without a GPU: in the builds for CUDA. What runs them is tested
-# in the others, which need no toolkit for that. A sanitizer would see nothing of them.
+# In builds for CUDA, runs the kernels that nvcc compiled, without a GPU. Other builds, which need no toolkit,
+# test the machine that runs them. Sanitizers do not apply.
 
 if(PISTONFIELD_SANITIZE)
   return()
 endif()
 
-find_program(PISTONFIELD_TEST_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH) # the one that has numpy
+find_program(PISTONFIELD_TEST_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH) # the interpreter that has numpy
 
 set(names machine)
 if(PISTONFIELD_USE_CUDA)

@@ -6,11 +6,11 @@
 #include <random>
 #include <vector>
 
-// Pistons and points at random, over all that docs/accuracy.md promises something for.
+// Random pistons and points, in the whole range for which docs/accuracy.md states bounds.
 
 namespace support {
 
-/// A piston of half-width a along x and half-height b along y, and points about it.
+/// A piston of half-width a along x and half-height b along y, and points around it.
 template <class T>
 struct SceneOf {
   T a, b, k;
@@ -26,7 +26,7 @@ class Chance {
   double between(double low, double high) {
     return std::uniform_real_distribution<double>(low, high)(random_);
   }
-  /// As many in each decade.
+  /// A random number, with the same probability for every decade.
   double ofAnySize(double low, double high) {
     return std::exp(between(std::log(low), std::log(high)));
   }
@@ -36,7 +36,7 @@ class Chance {
   std::mt19937& random_;
 };
 
-/// 1 … 512, small ones more often.
+/// A random order from 1 to 512, more often a low one.
 inline int anyOrder(std::mt19937& random) {
   Chance chance(random);
   const double order =
@@ -44,7 +44,7 @@ inline int anyOrder(std::mt19937& random) {
   return std::min(static_cast<int>(order), 512);
 }
 
-/// A coordinate along a side of half length `half`, of a piston of this half diagonal.
+/// A coordinate along a side of length 2·half of a piston with this half diagonal.
 template <class T>
 T anyCoordinate(Chance& chance, T half, double size) {
   const auto edge = static_cast<T>(chance.sign()) * half;
@@ -67,8 +67,8 @@ T anyCoordinate(Chance& chance, T half, double size) {
 }
 
 /// Sides of 1e-12 … 1e12, one up to 10,000 times the other; k of both signs, kR up to 1e5; points
-/// on the planes of symmetry, of the edges and of the piston, as near to them as can be, and
-/// anywhere up to some 10,000 times the piston's size before it and behind.
+/// on the planes of symmetry, of the edges and of the piston, as close to them as floats allow, and
+/// anywhere up to some 10,000 times the piston's size in front of it and behind it.
 template <class T>
 SceneOf<T> anyScene(std::mt19937& random, int count) {
   Chance chance(random);
@@ -87,7 +87,7 @@ SceneOf<T> anyScene(std::mt19937& random, int count) {
   }
   const auto& [x, y, z] = scene.points[0];
   const auto R = static_cast<double>(std::hypot(std::abs(x) + scene.a, std::abs(y) + scene.b, z));
-  // Where kR is some units, rounding shows most.
+  // Rounding errors are most visible where kR is of the order of 1.
   const double kR =
       chance.between(0, 1) < 0.5 ? chance.ofAnySize(0.3, 30) : chance.ofAnySize(1e-4, 1e5);
   scene.k = static_cast<T>(chance.sign() * kR / R);

@@ -6,8 +6,7 @@
 
 namespace support {
 
-/// For as long as it lives, numbers are written as "1.234,5", by the global locale and by standard
-/// output.
+/// During its lifetime, the global locale and standard output format numbers as "1.234,5".
 class CommaLocale {
  public:
   ~CommaLocale() {

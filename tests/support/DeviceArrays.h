@@ -12,7 +12,7 @@
 
 namespace support {
 
-/// An array on the device with a margin behind it that nothing may write.
+/// An array on the device, followed by a margin that nothing may write to.
 template <class T>
 class GuardedArray {
  public:
@@ -22,7 +22,7 @@ class GuardedArray {
   }
   T* device() const { return device_.get(); }
 
-  /// What the kernels wrote; the margin must be as it was.
+  /// Returns what the kernels wrote, and expects the margin to be unchanged.
   std::vector<T> read() {
     EXPECT_EQ(device_.download(), cudaSuccess);
     return host_.read();

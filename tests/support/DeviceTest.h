@@ -17,8 +17,8 @@
 
 namespace support {
 
-/// A test that runs on the device the tests are built for: a fresh device, failures thrown,
-/// progress lines kept off the screen.
+/// A test on the device that the tests are built for. Each test starts with a reset device,
+/// failures throw exceptions, and progress lines are captured.
 class DeviceTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -37,11 +37,11 @@ class DeviceTest : public testing::Test {
     pistonfield::ErrorHandler::setErrorHandler(nullptr);
   }
 
-  /// What standard output has received since the last time.
+  /// What was written to standard output since the last call.
   std::string output() {
     capturing_ = false;
     std::string text = testing::internal::GetCapturedStdout();
-    if (HasFailure()) std::cout << text;  // what failed stands in it, too
+    if (HasFailure()) std::cout << text;  // it includes the reports of failures
     return text;
   }
   void captureAgain() {
@@ -54,8 +54,8 @@ class DeviceTest : public testing::Test {
 };
 
 #if !defined(CUDART_VERSION)
-/// A test that makes the emulation device fail, lie or keep a record. The device has memory of its
-/// own, as a GPU has: else launchers would neither allocate nor copy.
+/// A test that makes the emulation device fail, give false answers or record calls. The device has
+/// its own memory, like a GPU, since launchers would otherwise neither allocate nor copy.
 class EmulationTest : public DeviceTest {
  protected:
   void SetUp() override {

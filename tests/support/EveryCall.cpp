@@ -9,13 +9,13 @@
 namespace support {
 namespace {
 
-/// The step that reports the failure of call `failed`: that one, one that fails after it, or the
-/// first that asks what is pending.
+/// The step that reports the failure of call `failed`: this call itself, a later one that fails
+/// too, or the first that checks for a pending error.
 std::optional<std::size_t> reporter(const Steps& calls, std::size_t failed, bool lasting) {
   for (std::size_t n = failed; n < calls.size(); ++n) {
     const bool asksForPending = calls[n].function == "cudaGetLastError";
     if (calls[n].kind != Step::UNCHECKED && (n == failed || lasting || asksForPending)) return n;
-    if (!lasting && asksForPending) return std::nullopt;  // and forgets it
+    if (!lasting && asksForPending) return std::nullopt;  // which clears the error
     if (n == failed) n += calls[n].leftOut;
   }
   return std::nullopt;
@@ -38,7 +38,7 @@ bool startsWith(const std::string& text, const std::string& start) {
   return text.compare(0, start.size(), start) == 0;
 }
 
-/// A device that does not tell its properties is selected with a line of its own.
+/// If the properties of a device cannot be read, selecting it prints an additional line.
 void dropUnknownDevice(Ending& ending) {
   const std::string line = "MapSMtoCores undefined SMversion 0.0!\n";
   for (std::string& output : ending.outputs)

@@ -12,13 +12,13 @@
 #include "emulation/TestControl.h"
 #include "support/Step.h"
 
-// Makes every call of the CUDA runtime fail that some work makes, one after the other.
+// Makes each call of the CUDA runtime in a piece of work fail in turn.
 
 namespace support {
 
-/// What a piece of work left behind.
+/// The outcome of a piece of work.
 struct Ending {
-  /// A failure as the error handler is told.
+  /// A failure as reported to the error handler.
   struct Report {
     std::string condition;
     int line;
@@ -27,29 +27,29 @@ struct Ending {
 
   std::vector<std::complex<double>> values;
   std::vector<Report> reports;
-  std::string otherError;            // that is no report
-  std::vector<std::string> outputs;  // what was printed, on every way out
+  std::string otherError;            // an error other than a report
+  std::vector<std::string> outputs;  // what was printed, for each output
   std::string standardError;
 };
 
 struct Work {
   std::function<Ending()> run;
 
-  /// Forgets all faults and makes the device such that `run` can succeed.
+  /// Clears all faults and prepares the device so that `run` can succeed.
   std::function<void()> startAfresh;
 
-  /// What a good run needs after one that failed, if it follows without a fresh start.
+  /// Whatever a good run needs if it follows a failed run without a fresh start.
   std::function<void()> goOn;
 
   Steps steps;
   bool isTimed = false;
 
-  /// Whether the steps have every line of the first output, up to the last call.
+  /// Whether the steps list every line of the first output up to the last call.
   bool listsOutput = false;
 };
 
-/// Expects work to make the calls of its steps, no more and no less. Then runs it again and again,
-/// each time with a later call failing, by itself or with all calls that follow, and expects
+/// Expects the work to make exactly the calls of its steps. Then runs it again for each of them
+/// with this call failing, alone or with all calls that follow, and expects
 ///
 /// - the one report that its steps list, or the ending of a good run if the call is unchecked;
 /// - the output of a good run up to there;

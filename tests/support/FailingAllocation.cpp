@@ -7,7 +7,7 @@
 
 namespace {
 
-std::atomic<bool (*)()> counted{nullptr};  // null: nothing is to fail
+std::atomic<bool (*)()> counted{nullptr};  // null: no allocation fails
 std::atomic<std::size_t> made{0}, nthToFail{0};
 std::atomic<bool> allFromThere{false}, failed{false}, returnedNull{false};
 std::atomic<std::ptrdiff_t> live{0};

@@ -4,27 +4,27 @@
 
 namespace support {
 
-/// While it lives, the nth allocation with operator new fails, on whatever thread of the process
-/// it is made, and with `lasting` also every one after it.
+/// During its lifetime, the nth allocation with operator new on any thread of the process fails
+/// and, with `lasting`, every later one.
 ///
-/// One at a time, in an executable that FailingAllocation.cpp is linked into.
+/// Only one object may exist at a time. The executable must be linked with FailingAllocation.cpp.
 class FailingAllocation {
  public:
-  /// Which allocations count: those of which `counts` says so, on their thread.
+  /// Only those allocations count for which `counts`, called on their thread, returns true.
   FailingAllocation(std::size_t nth, bool lasting, bool (*counts)());
   FailingAllocation(const FailingAllocation&) = delete;
   FailingAllocation& operator=(const FailingAllocation&) = delete;
   ~FailingAllocation();
 };
 
-/// What the last one has done.
+/// What the last object has done.
 bool anAllocationFailed();
 
-/// Whether the first that failed was asked for with std::nothrow, as the emulation device asks for
+/// Whether the first allocation that failed used std::nothrow, as the emulation device does for
 /// device memory.
 bool itReturnedNull();
 
-/// Memory of operator new that has not been given back.
+/// The number of allocations with operator new that have not been freed.
 std::ptrdiff_t liveBlocks();
 
 }  // namespace support

@@ -8,7 +8,7 @@
 
 namespace support {
 
-/// An array with a margin behind it that nothing may write.
+/// An array followed by a margin that nothing may write to.
 template <class T>
 class GuardedVector {
  public:
@@ -17,10 +17,10 @@ class GuardedVector {
   }
   T* data() { return all_.data(); }
 
-  /// The size with the margin.
+  /// The size including the margin.
   std::size_t bytes() const { return all_.size() * sizeof(T); }
 
-  /// What was written; the margin must be as it was.
+  /// Returns what was written, and expects the margin to be unchanged.
   std::vector<T> read() const {
     const auto* const behind = reinterpret_cast<const unsigned char*>(&all_[all_.size() - margin]);
     for (std::size_t i = 0; i < margin * sizeof(T); ++i)

@@ -4,9 +4,9 @@
 
 #include "lanes/InstructionSet.h"
 
-// In programs and modules of the tests and the benchmarks: the environment's
-// PISTONFIELD_INSTRUCTION_SET, "oldest", "avx2" or "avx512", limits the instruction set, to see
-// what another machine computes. What is installed has no such variable.
+// In programs and modules of the tests and benchmarks, the environment variable
+// PISTONFIELD_INSTRUCTION_SET, which is "oldest", "avx2" or "avx512", limits the instruction set,
+// so that they compute as another machine would. Installed files do not read this variable.
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "FastNearfield/point/PointPressure.h"
 #include "support/Bound.h"
 
-// The formula as it is written, in double precision or wider, and nothing clever.
+// A literal implementation of the formula, in double or higher precision.
 
 namespace support {
 
@@ -25,11 +25,12 @@ struct HalfRule {
   std::vector<Real> x, w;
 };
 
-/// How near a plane of symmetry the kernels double one half of an edge instead of adding two parts.
+/// Within this distance from a plane of symmetry, the kernels double one half of an edge instead of
+/// adding two parts.
 constexpr double nearPlane = 1e-7f;
 
 /// The integrals along the edges, seen from height z, in precision Wide. Edges are split at the
-/// foot of the perpendicular, unless that is at most `doubled` from their middle.
+/// foot of the perpendicular, unless it is within `doubled` of their middle.
 template <class Real, class Wide = double>
 class LiteralEdges {
  public:

@@ -4,7 +4,7 @@
 
 namespace support {
 
-/// While it lives, this thread may use one core only, so that the emulation device starts no
+/// During its lifetime, this thread may use only one core, so that the emulation device starts no
 /// threads.
 class OneCore {
  public:

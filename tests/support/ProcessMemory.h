@@ -16,7 +16,7 @@ inline std::size_t addressSpaceInUse() {
   return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 
-/// The memory of this process that is in the machine's, in bytes.
+/// The resident memory of this process in bytes.
 inline std::size_t residentMemory() {
   std::ifstream status("/proc/self/status");
   std::string line;
@@ -26,7 +26,7 @@ inline std::size_t residentMemory() {
   return 0;
 }
 
-/// Lets the process take no more than so many bytes beyond what it has.
+/// Limits the address space of the process to `bytes` more than it uses now.
 class AddressSpaceLimit {
  public:
   explicit AddressSpaceLimit(std::size_t bytes) {
@@ -43,7 +43,7 @@ class AddressSpaceLimit {
   rlimit before_{};
 };
 
-/// Sanitizers take address space by the terabyte, and keep what is freed.
+/// Sanitizers reserve terabytes of address space and keep freed memory.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool memoryIsOnlyOurs = false;
 #else

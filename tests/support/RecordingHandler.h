@@ -14,7 +14,7 @@ struct Failure {
   std::string file;
 };
 
-/// Keeps every failure in `failures` and returns, so that the code carries on.
+/// Stores every failure in `failures` and returns, so that the code continues.
 class ReturningHandler : public pistonfield::ErrorHandler {
  public:
   explicit ReturningHandler(std::vector<Failure>& failures) : failures_(failures) {}
@@ -26,7 +26,7 @@ class ReturningHandler : public pistonfield::ErrorHandler {
   std::vector<Failure>& failures_;
 };
 
-/// The failure that `call` ends with; an empty one if it ends without.
+/// The failure that ends `call`, or an empty one if it succeeds.
 template <class Call>
 Failure failureOf(Call call) {
   pistonfield::ErrorHandler::setErrorHandler(new pistonfield::ThrowingErrorHandler);

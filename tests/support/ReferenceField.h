@@ -16,7 +16,7 @@ struct ReferenceField {
   std::vector<Position> points;
   std::vector<std::complex<double>> pressure;
 
-  /// How far single precision may be off at point i: 3·2^-24·(1 + kR).
+  /// The bound on the single-precision error at point i: 3·2^-24·(1 + kR).
   double tolerance(std::size_t i) const;
 
   /// The same for double precision: 3·2^-53·(1 + kR).
@@ -26,11 +26,11 @@ struct ReferenceField {
 /// All fields of tests/data/<name>.
 std::vector<ReferenceField> readReferenceFields(const std::string& name);
 
-/// The path of a file below tests/, which stands where the environment's PISTONFIELD_TESTS_DIR
-/// says, else where it stood when the tests were built.
+/// The path of a file in tests/. The environment variable PISTONFIELD_TESTS_DIR gives the path of
+/// that folder; without it, it is the one that the tests were built from.
 std::string testFile(const std::string& path);
 
-/// A whole file.
+/// The contents of a file.
 std::string contents(const std::string& path);
 
 }  // namespace support

@@ -8,20 +8,20 @@
 
 namespace support {
 
-/// A step of a piece of work as its users see it: a call of the runtime, with what looks at its
-/// answer, or a line that is printed.
+/// A step of a piece of work as its users see it: a call of the runtime and the check of its
+/// result, or a printed line.
 struct Step {
-  /// UNCHECKED: nobody looks. CALL: a failure is reported with the call's text. STAGE: what is
-  /// pending is reported, with the stage's label on standard error.
+  /// UNCHECKED: the result is ignored. CALL: a failure is reported with the call's text. STAGE: a
+  /// pending error is reported, and the stage's label is written to standard error.
   enum Kind { UNCHECKED, CALL, STAGE, PRINT } kind;
   std::string function;     // of the runtime
   std::string text;         // of the report, or what is printed
   std::size_t bytes = 0;    // 0: any
-  int line = 0;             // of the report; 0: one of its own
-  dim3 grid{0, 0, 0};       // of a launch; 0: any
-  bool isTimed = false;     // is only made while timing is on
+  int line = 0;             // of the report; 0: any
+  dim3 grid{0, 0, 0};       // of the launch; 0: any
+  bool isTimed = false;     // only made while timing is on
   std::string file{};       // of the report
-  std::size_t leftOut = 0;  // so many calls after it are, when it fails
+  std::size_t leftOut = 0;  // the number of calls skipped if this one fails
 };
 
 using Steps = std::vector<Step>;
@@ -48,14 +48,14 @@ inline Step timed(Step step) {
   return step;
 }
 
-/// A piece of a list that the next piece waits for.
+/// A piece of a list, which must end before the next piece is launched.
 inline Step piece() {
   Step step = unchecked("cudaLaunchKernel");
   step.leftOut = 1;
   return step;
 }
 
-/// The steps, reported as of a file.
+/// The steps, with `file` as the file of their reports.
 inline Steps in(const char* file, Steps steps) {
   for (Step& step : steps) step.file = file;
   return steps;
@@ -66,7 +66,7 @@ inline Steps operator+(Steps first, const Steps& second) {
   return first;
 }
 
-/// The steps on a device that works in the host's memory: it neither allocates nor copies.
+/// The steps on a device that works in the host's memory, without allocations and copies.
 inline Steps inHostMemory(const Steps& steps) {
   Steps rest;
   for (const Step& step : steps)
@@ -76,7 +76,7 @@ inline Steps inHostMemory(const Steps& steps) {
   return rest;
 }
 
-/// The calls of the runtime among the steps.
+/// Those of the steps that are calls of the runtime.
 inline Steps callsOf(const Steps& steps, bool isTimed) {
   Steps calls;
   for (const Step& step : steps)

@@ -12,8 +12,8 @@ inline std::ptrdiff_t threadsOfThisProcess() {
   return std::distance(Entries("/proc/self/task"), Entries());
 }
 
-/// Whether this process has no more than `count` threads, or soon: the system may still list one
-/// that has been joined.
+/// Whether this process has at most `count` threads, or soon will: the system may briefly list a
+/// thread that has been joined.
 inline bool hasThreads(std::ptrdiff_t count) {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
   while (threadsOfThisProcess() > count) {

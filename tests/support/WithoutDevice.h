@@ -2,8 +2,8 @@
 
 namespace support {
 
-/// For the SetUp of a test that finds no device. A machine may lack a GPU: the test is skipped. The
-/// emulation device is everywhere, and one that does not start is a failure, thrown.
+/// For the SetUp of a test that finds no device. Without a GPU, the test is skipped. The emulation
+/// device always exists, so if it does not start, this throws and the test fails.
 void skipWithoutDevice();
 
 }  // namespace support

@@ -20,15 +20,15 @@ using pistonfield::ErrorHandler;
 using pistonfield::Grid3DR;
 using pistonfield::RectangularPistonCuda2;
 
-// Programs that compute on several threads at once: every thread gets the values that it would get
-// alone.
+// Programs may compute on several threads at once, and every thread gets the same values as if it
+// ran alone.
 
 namespace {
 
 const Grid3DR<double> grid(17, 1, 19, {0.5, 0, 0, -4, 0, 1, 0, 0, 0, 0, 0.5, 0.25, 0, 0, 0, 1});
 constexpr int rounds = 8;
 
-/// What one thread computes: a piston and an order of its own.
+/// What one thread computes, with its own piston and order.
 struct Job {
   explicit Job(int number) : order(9 + 2 * number), piston(7.5, 5 + 0.25 * number, 6.28) {}
 
@@ -66,7 +66,7 @@ Fields onTheDevice(const Job& job) {
   return {job.field<float>(), job.storedField(), job.field<double>()};
 }
 
-/// Parameter: how many threads compute at once.
+/// The parameter is the number of threads that compute at once.
 class LibraryThreadsTest : public testing::TestWithParam<std::size_t> {
  protected:
   void SetUp() override {
@@ -89,7 +89,7 @@ class LibraryThreadsTest : public testing::TestWithParam<std::size_t> {
 
   using Jobs = std::vector<std::unique_ptr<Job>>;
 
-  /// Lets thread n check `rounds` times that evaluate(job n) is what it is on one thread.
+  /// Thread n checks `rounds` times that evaluate(job n) returns the same as on a single thread.
   template <class Evaluate>
   static void expectAsAlone(const Jobs& jobs, Evaluate evaluate) {
     std::vector<Fields> alone(jobs.size());
@@ -130,7 +130,7 @@ TEST_P(LibraryThreadsTest, SomeOnTheDeviceAndSomeOnTheCPU) {
       all, [](const Job& job) { return job.piston.useGPU ? onTheDevice(job) : onTheCPU(job); });
 }
 
-/// Outside of scopes the device's rule is the one that was loaded last, whoever loaded it.
+/// Outside any scope, the device holds the rule that was loaded last, by any thread.
 TEST_P(LibraryThreadsTest, WithoutScopesAThreadComputesWithItsOwnRuleOrGetsAnError) {
   const auto all = jobs();
   std::vector<std::vector<float>> alone(all.size());
@@ -147,7 +147,7 @@ TEST_P(LibraryThreadsTest, WithoutScopesAThreadComputesWithItsOwnRuleOrGetsAnErr
       }
     }
   });
-  EXPECT_GE(successes, 1);  // whoever was the last to load a rule
+  EXPECT_GE(successes, 1);  // the thread that loaded the last rule
 }
 
 TEST_P(LibraryThreadsTest, AScopeThatFailsLetsTheNextThreadIn) {

@@ -1,5 +1,5 @@
-# The tests whose work is spread over the cores, in a program of their own: small enough to be built
-# for the thread sanitizer whenever all is tested.
+# The tests of work that is spread over the cores. They are a separate program, small enough to be built with
+# the thread sanitizer in every full test run.
 
 if(PISTONFIELD_USE_CUDA)
   return()
