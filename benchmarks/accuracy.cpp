@@ -49,7 +49,7 @@ std::vector<C> kernel(const std::vector<Position>& points, int order) {
   std::vector<pistonfield::Complex> pressures(points.size());
   pistonfield::packedPressure(pistonfield::instructionSet())(&points[0].x, pressures.data(),
                                                              static_cast<int>(points.size()), s / 2,
-                                                             l / 2, k, rule.view());
+                                                             l / 2, k, rule.view(), {});
   std::vector<C> wide;
   wide.reserve(points.size());
   for (const pistonfield::Complex& p : pressures) wide.emplace_back(p.re, p.im);

@@ -14,17 +14,35 @@
 namespace pistonfield {
 
 inline void evaluateList(const KernelPiston<float>& piston, const float* positions,
-                         Complex* pressures, unsigned count) {
+                         Complex* pressures, unsigned count, const CallersDoubles& callers = {}) {
   packedPressure(instructionSet())(positions, pressures, static_cast<int>(count), piston.halfWidth,
-                                   piston.halfHeight, piston.k, piston.rule);
+                                   piston.halfHeight, piston.k, piston.rule, callers);
+}
+
+/// What to prefetch while a list is evaluated: the doubles of the points from `toRead` on and of
+/// the pressures from `toWrite` on.
+inline CallersDoubles usedSoon(const PointList<float, double>& points, unsigned toRead,
+                               const Parts<float, double>& results, unsigned toWrite) {
+  const auto count = static_cast<unsigned>(points.count());
+  return {{points.cursor(toRead), points.cursor(count)},
+          {results.re + toWrite, results.re + count},
+          {results.im + toWrite, results.im + count}};
+}
+
+/// Nothing for grids, whose points are computed.
+template <class Points, class Results>
+CallersDoubles usedSoon(const Points& /*points*/, unsigned /*toRead*/, const Results& /*results*/,
+                        unsigned /*toWrite*/) {
+  return {};
 }
 
 /// Copies the points to lists, evaluates the lists in packs, and copies the pressures back.
 template <class Points, class Results>
 void evaluateByLists(const KernelPiston<float>& piston, const Points& points,
                      const Results& results, unsigned n, unsigned last) {
-  // The lists fit the second-level cache. Shorter lists would leave more packs partly
-  // filled. For longer ones the allocator may request memory from the system again for every range.
+  // With what is prefetched meanwhile, the lists take 240 kB of the second-level cache. Shorter
+  // lists would leave more packs partly filled. For longer ones the allocator may request memory
+  // from the system again for every range.
   const unsigned most = std::min(4096U, last - n);
   const std::unique_ptr<Point<float>[]> list(new Point<float>[most]);
   const std::unique_ptr<Complex[]> pressures(new Complex[most]);
@@ -32,8 +50,10 @@ void evaluateByLists(const KernelPiston<float>& piston, const Points& points,
   while (n < last) {
     const unsigned count = std::min(most, last - n);
     for (unsigned i = 0; i < count; ++i, points.advance(cursor)) list[i] = points.at(cursor);
-    evaluateList(piston, &list[0].x, pressures.get(), count);
-    for (unsigned i = 0; i < count; ++i, ++n) results.store(n, pressures[i]);
+    evaluateList(piston, &list[0].x, pressures.get(), count,
+                 usedSoon(points, n + count, results, n));
+    for (std::size_t i = 0; i < count; ++i) results.store(n + i, pressures[i]);
+    n += count;
   }
 }
 

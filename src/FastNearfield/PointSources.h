@@ -126,14 +126,14 @@ using MappedGrid = GridOf<T, AffineMap<T>>;
 template <class T>
 struct Pairs {
   ComplexPair<T>* values;
-  PISTONFIELD_HOST_DEVICE void store(unsigned n, ComplexPair<T> p) const { values[n] = p; }
+  PISTONFIELD_HOST_DEVICE void store(std::size_t n, ComplexPair<T> p) const { values[n] = p; }
 };
 
 /// Real and imaginary parts in separate arrays, converted when they are written.
 template <class T, class Stored = T>
 struct Parts {
   Stored *re, *im;
-  PISTONFIELD_HOST_DEVICE void store(unsigned n, ComplexPair<T> p) const {
+  PISTONFIELD_HOST_DEVICE void store(std::size_t n, ComplexPair<T> p) const {
     re[n] = static_cast<Stored>(p.re);
     im[n] = static_cast<Stored>(p.im);
   }

@@ -49,7 +49,7 @@ class Points {
     std::vector<Complex> pressures(positions_.size() / 3);
     const auto evaluate = pistonfield::packedPressure(pistonfield::instructionSet());
     evaluate(positions_.data(), pressures.data(), static_cast<int>(pressures.size()), a, b, k,
-             rule.view());
+             rule.view(), {});
     Errors errors;
     double largest = 0, peak = 0;
     for (std::size_t n = 0; n < pressures.size(); ++n) {

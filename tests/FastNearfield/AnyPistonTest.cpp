@@ -27,7 +27,7 @@ std::vector<std::complex<double>> pressures(const Scene& scene, const HalfRule<f
   std::vector<Complex> out(scene.points.size());
   pistonfield::packedPressure(pistonfield::instructionSet())(scene.points[0].data(), out.data(),
                                                              static_cast<int>(out.size()), scene.a,
-                                                             scene.b, scene.k, rule.view());
+                                                             scene.b, scene.k, rule.view(), {});
   std::vector<std::complex<double>> wide(out.size());
   for (std::size_t i = 0; i < out.size(); ++i) wide[i] = {out[i].re, out[i].im};
   return wide;

@@ -123,7 +123,7 @@ std::vector<Complex> evaluate(const Way& way, const std::vector<Point>& points,
   for (const Point& point : points) positions.insert(positions.end(), {point.x, point.y, point.z});
   support::GuardedVector<Complex> pressures(points.size());
   way.packed()(positions.data(), pressures.data(), static_cast<int>(points.size()), p.a, p.b, p.k,
-               rule.view());
+               rule.view(), {});
   return pressures.read();
 }
 
@@ -404,7 +404,7 @@ TEST_P(PackedPressureTest, NoPointsWriteNothing) {
   const HalfRule<float> rule(10);
   for (const int count : {0, -1, -2147483647 - 1}) {
     support::GuardedVector<Complex> pressures(0);
-    way.packed()(nullptr, pressures.data(), count, piston.a, piston.b, piston.k, rule.view());
+    way.packed()(nullptr, pressures.data(), count, piston.a, piston.b, piston.k, rule.view(), {});
     pressures.read();
   }
 }
@@ -490,7 +490,7 @@ TEST_P(PackedPressureTest, OrderZeroOrBelowIsZeroEverywhere) {
   for (const int N : {0, -1, -4}) {
     support::GuardedVector<Complex> pressures(points.size());
     way.packed()(&points[0].x, pressures.data(), static_cast<int>(points.size()), piston.a,
-                 piston.b, piston.k, {nullptr, nullptr, N});
+                 piston.b, piston.k, {nullptr, nullptr, N}, {});
     for (const Complex& p : pressures.read()) {
       EXPECT_EQ(p.re, 0.0f);
       EXPECT_EQ(p.im, 0.0f);

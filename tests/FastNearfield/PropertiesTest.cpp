@@ -169,7 +169,7 @@ TEST_P(OrderedPropertiesTest, InstructionSetsAgreeWithinARoundingOfThePhase) {
   const auto evaluateWith = [&](InstructionSet set, const Points& points, const Piston& piston) {
     GuardedVector<Complex> data(points.size());
     pistonfield::packedPressure(set)(&points[0].x, data.data(), static_cast<int>(points.size()),
-                                     piston.b / 2, piston.a / 2, piston.k, rule.view());
+                                     piston.b / 2, piston.a / 2, piston.k, rule.view(), {});
     return data.read();
   };
   for (int repeat = 0; repeat < 10; ++repeat) {

@@ -86,7 +86,7 @@ int main(int argc, char** argv) {
     std::vector<Complex> pressures(static_cast<std::size_t>(count));
     if (packed)
       pistonfield::packedPressure(pistonfield::instructionSet())(points.data(), pressures.data(),
-                                                                 count, a, b, k, rule.view());
+                                                                 count, a, b, k, rule.view(), {});
     for (std::size_t i = 0; i < pressures.size(); ++i) {
       const float* const point = &points[3 * i];
       if (!packed)

@@ -5,8 +5,9 @@
 namespace pistonfield {
 
 void packedAvx2(const float* positions, Complex* pressures, int count, float halfWidth,
-                float halfHeight, float k, const SymmetricRule<float>& rule) {
-  evaluatePacks<Avx2>(positions, pressures, count, halfWidth, halfHeight, k, rule);
+                float halfHeight, float k, const SymmetricRule<float>& rule,
+                const CallersDoubles& callers) {
+  evaluatePacks<Avx2>(positions, pressures, count, halfWidth, halfHeight, k, rule, callers);
 }
 
 }  // namespace pistonfield

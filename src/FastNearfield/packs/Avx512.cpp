@@ -5,15 +5,16 @@
 namespace pistonfield {
 
 void packedAvx512(const float* positions, Complex* pressures, int count, float halfWidth,
-                  float halfHeight, float k, const SymmetricRule<float>& rule) {
-  evaluatePacks<Avx512>(positions, pressures, count, halfWidth, halfHeight, k, rule);
+                  float halfHeight, float k, const SymmetricRule<float>& rule,
+                  const CallersDoubles& callers) {
+  evaluatePacks<Avx512>(positions, pressures, count, halfWidth, halfHeight, k, rule, callers);
 }
 
 void packedAvx512SlowDivision(const float* positions, Complex* pressures, int count,
                               float halfWidth, float halfHeight, float k,
-                              const SymmetricRule<float>& rule) {
+                              const SymmetricRule<float>& rule, const CallersDoubles& callers) {
   evaluatePacks<Avx512, Avx512SlowDivision>(positions, pressures, count, halfWidth, halfHeight, k,
-                                            rule);
+                                            rule, callers);
 }
 
 }  // namespace pistonfield

@@ -26,7 +26,8 @@ template <class Set, class ModerateSet>
 class PackEvaluation {
  public:
   PackEvaluation(const float* positions, Complex* pressures, int count, float halfWidth,
-                 float halfHeight, float k, const SymmetricRule<float>& rule)
+                 float halfHeight, float k, const SymmetricRule<float>& rule,
+                 const CallersDoubles& callers)
       : positions_(positions),
         pressures_(pressures),
         count_(count),
@@ -35,7 +36,8 @@ class PackEvaluation {
         k_(k),
         wave_(k),
         moderate_(halfWidth, halfHeight, k, rule),
-        rule_(rule) {
+        rule_(rule),
+        callers_(callers) {
     // 1 + x is computed here, since broadcasting a number from memory costs nothing. The entry
     // after the last pair repeats the first, for the pack that follows.
     for (int i = 0; i < rule.N / 2; ++i) fromEnds_[i] = 1 + rule.x[i];
@@ -48,7 +50,7 @@ class PackEvaluation {
       for (int n = first; n < last; n += Points::count) sort(n);
       if (last == count_)
         for (Indices& indices : ofCase_) indices.fillPack();
-      ahead_ = last;
+      nextBlock_ = {point(last), point(count_)};
       evaluateModerate<false, false>(ofCase_[0]);
       evaluateModerate<true, false>(ofCase_[splitInX]);
       evaluateModerate<false, true>(ofCase_[splitInY]);
@@ -163,13 +165,20 @@ class PackEvaluation {
     return load(positions);
   }
 
-  /// Prefetches one more pack of the next block, so that sorting it does not wait for memory.
+  /// Prefetches an array's numbers for one more pack of points.
+  template <int perPoint, class T>
+  static void fetch(UsedSoon<T>& array) {
+    constexpr int numbers = perPoint * Points::count, cacheLine = 64 / sizeof(T);
+    if (array.end - array.next < numbers) return;
+    for (int n = 0; n < numbers; n += cacheLine) __builtin_prefetch(array.next + n);
+    array.next += numbers;
+  }
+  /// Prefetches what sorting the next block reads, and what the caller uses after this list.
   void fetchAhead() {
-    if (ahead_ > count_ - Points::count) return;
-    constexpr int floatsACacheLine = 16;
-    for (int n = 0; n < 3 * Points::count; n += floatsACacheLine)
-      __builtin_prefetch(point(ahead_) + n);
-    ahead_ += Points::count;
+    fetch<3>(nextBlock_);
+    fetch<3>(callers_.points);
+    fetch<1>(callers_.re);
+    fetch<1>(callers_.im);
   }
 
   /// Sorts one pack of points from `first` on, or those that are left.
@@ -279,13 +288,16 @@ class PackEvaluation {
   const SymmetricRule<float> rule_;
   float fromEnds_[mostNodes / 2 + 1];
   Indices ofCase_[cases];
-  int ahead_ = 0;  // the first point that has not been fetched
+  UsedSoon<float> nextBlock_{};
+  CallersDoubles callers_;
 };
 
 template <class Set, class ModerateSet = Set>
 void evaluatePacks(const float* positions, Complex* pressures, int count, float halfWidth,
-                   float halfHeight, float k, const SymmetricRule<float>& rule) {
-  PackEvaluation<Set, ModerateSet>(positions, pressures, count, halfWidth, halfHeight, k, rule)
+                   float halfHeight, float k, const SymmetricRule<float>& rule,
+                   const CallersDoubles& callers) {
+  PackEvaluation<Set, ModerateSet>(positions, pressures, count, halfWidth, halfHeight, k, rule,
+                                   callers)
       .run();
 }
 
