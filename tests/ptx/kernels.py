@@ -8,8 +8,7 @@ from pathlib import Path
 import numpy as np
 
 import ptx_text
-from launch import BASE, Launches, Program, Shape
-from memory import EVERYBODY, ConstantMemory, Memory
+from launch import MARGIN, Memory, Program, Shape
 from reference import rule
 
 SIZES, TABLE = ["u32"] * 3, ["u64"]
@@ -58,6 +57,20 @@ class Compiled:
         if types not in known or known[types].name not in kernel.name:
             raise ptx_text.UnknownPtx(f"{kernel.name} with parameters {' '.join(types)}")
         self.kind = known[types]
+        self.constants, end = {}, MARGIN  # addresses
+        for name, size in module.constants.items():
+            self.constants[name] = end
+            end += -(-size // MARGIN) * MARGIN + MARGIN
+        self.program = self.compile(kernel)
+
+    def compile(self, kernel):
+        return Program([kernel], {**self.constants, **self.fresh_memory()[1]})
+
+    def fresh_memory(self):
+        """Memory with the file's own variables, and their addresses."""
+        memory = Memory()
+        return memory, {name: memory.place(np.frombuffer(content, np.uint8))
+                        for name, content in self.module.variables.items()}  # fmt: skip
 
     def title(self):
         kind, precision = self.kind, {"f32": "single", "f64": "double"}[self.real]
@@ -86,7 +99,8 @@ def compiled_kernels(nvcc, chosen, folder):
     kernels = []
     for (_, source, architecture, _), text in zip(jobs, texts):
         module = ptx_text.read_module(text)
-        found = [Compiled(source, architecture, module, kernel) for kernel in module.kernels]
+        with ThreadPoolExecutor() as workers:
+            found = list(workers.map(lambda kernel: Compiled(source, architecture, module, kernel), module.kernels))
         expected = len(kinds(found[0].real)) if found else -1
         if len({kernel.title() for kernel in found}) != expected or len(found) != expected:
             raise ptx_text.UnknownPtx(f"{source}: other kernels than expected")
@@ -134,85 +148,51 @@ class Case:
     expected: Expected
     shape: Shape = None
 
-    def default_shape(self):
+    def launch_shape(self):
+        if self.shape:
+            return self.shape
         if len(self.points.size) == 1:
             return Shape((-(-(-(-max(self.points.size[0], 1) // 128)) // 64), 64, 1))
         sx, sy, sz = (max(size, 1) for size in self.points.size)
         return Shape((-(-sx // 16), -(-(sy * sz) // 8), 1))
 
 
-class WrongRun(Exception):
-    pass
+def run(compiled, cases, seed):
+    """Runs all cases: the errors of each, how many threads came to each block, and the pressures."""
+    results = [run_case(compiled, case, seed + n) for n, case in enumerate(cases)]
+    errors = [case.expected.errors(pressure) for case, (pressure, _) in zip(cases, results)]
+    return errors, sum(visits for _, visits in results), [pressure for pressure, _ in results]
 
 
-def run(compiled, cases, seed, most_blocks=10**9):
-    """Runs all cases at once. Returns the errors of each, the launches, and the number of threads that
-    executed each basic block."""
-    dtype, kind = compiled.dtype, compiled.kind
-    item = dtype().itemsize
-    room = sum(case.points.count() * (item * 5) + 4096 for case in cases) + 4096
-    memory = Memory(BASE, room)
-    constants = ConstantMemory(compiled.module.constants, len(cases))
-    symbols = dict(constants.address)
-    for name, content in compiled.module.variables.items():
-        symbols[name] = memory.place(np.frombuffer(content, np.uint8), EVERYBODY)
-    program = Program(compiled.kernel, symbols)
-
-    shapes, arguments, results = [], [], []
-    for launch, case in enumerate(cases):
-        load_rule(constants, launch, compiled, case.order)
-        count = case.points.count()
-        arrays = 1 if kind.results == "pairs" else 2
-        outputs = [memory.room(count * item * 2 // arrays, launch) for _ in range(arrays)]
-        given = place_points(memory, launch, kind, dtype, case.points)
-        piston = case.piston
-        arguments.append([*outputs, *given, *np.array([piston.a, piston.b, piston.k], dtype)])
-        shapes.append(case.shape or case.default_shape())
-        results.append(outputs)
-
-    untouched = memory.words.copy()
-    launches = Launches(program, memory, constants, shapes, arguments, [c.is_off for c in cases], seed)
-    visits = launches.run(most_blocks)
-
-    if (launches.works & (launches.number >= counts(cases)[launches.launch_of])).any():
-        raise WrongRun("a thread beyond the last point works")
-    changed = memory.words != untouched
-    if (changed & (memory.writer < 0)).any():
-        raise WrongRun("memory outside of the results was changed")
-    errors = []
-    for case, outputs in zip(cases, results):
-        values = []
-        for address in outputs:
-            words, stores = memory.content(address, case.points.count() * item * 2 // len(outputs))
-            if (stores != 1).any():
-                raise WrongRun("a result was not stored")
-            values.append(words.view(dtype))
-        parts = values[0].reshape(-1, 2).T if len(values) == 1 else values
-        pressure = np.empty(case.points.count(), complex)
-        pressure.real, pressure.imag = parts
-        errors.append(case.expected.errors(pressure))
-    return errors, launches, visits
+def run_case(compiled, case, seed):
+    dtype, count = compiled.dtype, case.points.count()
+    memory, _ = compiled.fresh_memory()
+    load_rule(memory, compiled, case.order)
+    arrays = 1 if compiled.kind.results == "pairs" else 2
+    outputs = [memory.room(count * dtype().itemsize * 2 // arrays) for _ in range(arrays)]
+    given = place_points(memory, compiled.kind, dtype, case.points)
+    piston = np.array([case.piston.a, case.piston.b, case.piston.k], dtype)
+    visits = compiled.program.run(case.launch_shape(), [*outputs, *given, *piston], memory, points=count,
+                                  is_off=case.is_off, seed=seed)  # fmt: skip
+    values = [memory.results(address, dtype) for address in outputs]
+    parts = values[0].reshape(-1, 2).T if arrays == 1 else values
+    pressure = np.empty(count, complex)
+    pressure.real, pressure.imag = parts
+    return pressure, visits
 
 
-def counts(cases):
-    return np.array([case.points.count() for case in cases])
-
-
-def load_rule(constants, launch, compiled, order):
-    """Writes the half of the rule from -1 to 0 to the tables. An order of 0 leaves them unchanged."""
+def load_rule(memory, compiled, order):
+    """The half of the rule from -1 to 0, as the tables are loaded. An order of 0 leaves what was there."""
     nodes, weights = rule(max(order, 1))
     half = (max(order, 1) + 1) // 2
-    constants.write(launch, compiled.tables + "x", nodes[:half].astype(compiled.dtype))
-    constants.write(launch, compiled.tables + "w", weights[:half].astype(compiled.dtype))
-    constants.write(launch, compiled.tables + "N", np.array([order], np.int32))
+    for name, content in (("x", nodes[:half].astype(compiled.dtype)), ("w", weights[:half].astype(compiled.dtype)),
+                          ("N", np.array([order], np.int32))):  # fmt: skip
+        memory.place(content, compiled.constants[compiled.tables + name])
 
 
-def place_points(memory, launch, kind, dtype, points):
+def place_points(memory, kind, dtype, points):
     size = [n % (1 << 32) for n in points.size]
     if kind.points in ("steps", "map"):
         return [*size, *np.array(points.numbers, dtype)]
-    if kind.points == "map in memory":
-        return [*size, memory.place(np.array(points.numbers, dtype), launch)]
-    if kind.points == "axes":
-        return [*size, *(memory.place(np.array(axis, dtype), launch) for axis in points.numbers)]
-    return [*size, memory.place(np.array(points.numbers, dtype), launch)]
+    arrays = points.numbers if kind.points == "axes" else [points.numbers]
+    return [*size, *(memory.place(np.array(array, dtype)) for array in arrays)]

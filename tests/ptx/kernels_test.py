@@ -21,13 +21,10 @@ from kernels import architectures, compiled_kernels, run
 
 
 def check(compiled, cases):
-    """Runs a kernel, prints its errors and returns the number of cases that fail."""
-    errors, launches, visits = run(compiled, cases, seed=20)
-    program = launches.program
-    idle = []
-    for start, threads in visits.items():
-        if not threads:
-            idle += [step.text for step in program.steps[start : program.end[start]]]
+    """Runs a kernel and prints its errors; the number of cases that fail."""
+    errors, visits, _ = run(compiled, cases, seed=20)
+    steps = compiled.kernel.instructions
+    idle = [steps[n].text for block, threads in zip(compiled.program.blocks[0], visits) if not threads for n in block]
     wrong = [(case, e) for case, e in zip(cases, errors) if (e > case.expected.bound).any()]
 
     def largest(counted, where):
@@ -38,8 +35,8 @@ def check(compiled, cases):
     of_bound = lambda expected, e: e / np.where(expected.bound == 0, 1, expected.bound)
     in_front = lambda expected: expected.behind == 0
     behind = lambda expected: expected.behind == 1
-    print(f"{compiled.architecture:<12} {compiled.title():<50} {len(program.steps):>5} {len(cases):>5} "
-          f"{len(launches.number):>8} {largest(in_units, in_front):>8.3f} {largest(in_units, behind):>7.3f} "
+    print(f"{compiled.architecture:<12} {compiled.title():<50} {len(steps):>5} {len(cases):>5} "
+          f"{sum(case.launch_shape().threads() for case in cases):>8} {largest(in_units, in_front):>8.3f} {largest(in_units, behind):>7.3f} "
           f"{max(largest(of_bound, in_front), largest(of_bound, behind)):>6.3f}", flush=True)  # fmt: skip
     for case, e in wrong[:5]:
         print(f"  off by {max(e):.3g}: {case.points.size} points, {case.piston}, order {case.order}")

@@ -1,6 +1,7 @@
 """The prerequisites of the tests of compiled kernels, which are skipped without them."""
 
 import os
+import shutil
 import sys
 
 
@@ -18,6 +19,8 @@ def numpy_or_skip():
         import numpy  # noqa: F401
     except ImportError:
         skip(f"no numpy for {sys.executable}")
+    if not shutil.which("c++"):
+        skip("no C++ compiler (c++), which the kernels are translated for")
 
 
 def skip(reason):

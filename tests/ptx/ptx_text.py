@@ -44,7 +44,9 @@ VARIABLE = re.compile(
     r"(?:\.(?:visible|weak)\s+)?\.(const|global)\s+(?:\.align\s+\d+\s+)?\.[bsuf](8|16|32|64)\s+"
     r"([\w$]+)(?:\[(\d+)\])?(?:\s*=\s*\{([^}]*)\})?$"
 )
-ENTRY = re.compile(r"\.visible\s+\.entry\s+([\w$]+)\s*\(([^)]*)\)\s*")
+# With limits of its launches, and a body whose braces are those of vectors.
+ENTRY = re.compile(r"\s*\.visible\s+\.entry\s+([\w$]+)\s*\(([^)]*)\)\s*(?:\.(?:maxntid|minnctapersm|maxnreg|reqntid)\s+[\d, ]+)*"
+                   r"\s*\{((?:[^{}]|\{[^{}]*\})*)\}")
 PARAMETER = re.compile(r"\.param\s+\.(\w+)\s+(?:\.ptr\s+)?(?:\.global\s+)?(?:\.align\s+\d+\s+)?([\w$]+)$")
 REGISTERS = re.compile(r"\.reg\s+\.(pred|[bsuf](?:16|32|64))\s+(%\w+)(?:<\d+>)?$")
 LOCAL = re.compile(r"\.local\s+\.align\s+\d+\s+\.b8\s+([\w$]+)\[(\d+)\]$")
@@ -54,40 +56,18 @@ OPERAND = re.compile(r"\{[^}]*\}|\[[^\]]*\]|[^,\s]+")
 
 
 def read_module(text):
-    text = re.sub(r"//[^\n]*|/\*.*?\*/", "", text, flags=re.S)
-    module = Module({}, {}, [])
-    at = 0
+    text = re.sub(r"//[^\n]*|/\*.*?\*/|^\s*\.(?:version|target|address_size)\b[^\n]*\n", "", text, flags=re.S | re.M)
+    module, at = Module({}, {}, []), 0
     while text[at:].strip():
-        at += len(text[at:]) - len(text[at:].lstrip())
         entry = ENTRY.match(text, at)
         if entry:
-            opening, at = text.index("{", entry.end()), closing_brace(text, entry.end()) + 1
-            read_nothing_but_limits(text[entry.end() : opening])
-            module.kernels.append(read_kernel(*entry.groups(), text[opening + 1 : at - 1]))
-            continue
-        directive = re.compile(r"\.(version|target|address_size)\b[^\n]*\n").match(text, at)
-        if directive:
-            at = directive.end()
-            continue
-        end = text.find(";", at)
-        read_variable(module, text[at:end].strip())
-        at = end + 1
+            module.kernels.append(read_kernel(*entry.groups()))
+            at = entry.end()
+        else:
+            end = text.index(";", at)
+            read_variable(module, text[at:end].strip())
+            at = end + 1
     return module
-
-
-def closing_brace(text, start):
-    depth = 0
-    for brace in re.compile(r"[{}]").finditer(text, start):
-        depth += 1 if brace.group() == "{" else -1
-        if depth == 0:
-            return brace.start()
-    raise UnknownPtx("a kernel without an end")
-
-
-def read_nothing_but_limits(text):
-    rest = re.sub(r"\.(maxntid|minnctapersm|maxnreg|reqntid)\s+[\d, ]+", "", text).strip()
-    if rest:
-        raise UnknownPtx(rest)
 
 
 def read_variable(module, text):
