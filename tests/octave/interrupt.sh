@@ -1,16 +1,18 @@
 #!/usr/bin/env bash
-# Interrupts a long call in Octave with Ctrl-C. The call must end promptly and leave no thread behind, and the
-# next call must be right.
+# Interrupts a long call in Octave with Ctrl-C, and the next call is right:
 #
-#   interrupt.sh <octave> <folder of the module>
+#   interrupt.sh <octave> <folder of the module> call|array
+#
+# A call of pistonfield ends there and then, and leaves no thread behind. An array of 64 elements at a
+# million points shows the time left on a bar, and ends within a second.
 set -euo pipefail
-octave=$1 module=$2
+octave=$1 module=$2 what=$3
 folder=$(mktemp -d) host=
 trap 'if [[ $host ]]; then kill -9 "$host" 2>/dev/null || true; fi; rm -rf "$folder"' EXIT
 
-# The call takes about five seconds, estimated from a shorter one, and at most 1.5 GB of points.
-cat >"$folder/commands" <<O
-addpath ("$module");
+# The call: five seconds, by what a shorter one takes, for at most 1.5 GB of points. The array: of many
+# nodes, for the work to last long on any machine.
+cat >"$folder/call" <<O
 function n = threads () n = numel (dir ("/proc/self/task")); end
 function p = long_call (points) p = pistonfield (points, 0, 0.01, 0.005, 4188.79, "cuda", 512); end
 few = [0; 0; 0.01];
@@ -21,29 +23,51 @@ many = repmat (million, 1, millions);
 tic; disp ("NOW"); p = long_call (many);
 ended = toc; printf ("ended after %.1f s of some %.1f\n", ended, whole);
 if (! exist ("p") && ended < whole / 2) disp ("ENDED EARLY"); end
-if (isequal (before, long_call (few))) disp ("THE NEXT CALL IS RIGHT"); end
 if (threads () == threads_before) disp ("NO THREAD IS LEFT"); end
 if (whole < 2) disp ("TOO FAST"); end
 O
+cat >"$folder/array" <<O
+many = struct ("l", 6e-3, "s", 0.4e-3, "positions", [((1:64) - 32.5) * 0.75e-3; zeros(2, 64)]);
+function p = long_call (points) p = pistonarray (points, evalin ("base", "many"), 4188.79, 512); end
+N = 1e6;
+points = [linspace(-20e-3, 20e-3, N); zeros(1, N); linspace(1e-3, 80e-3, N)];
+few = points(:,1:1e5:end);
+before = long_call (few);
+disp ("NOW"); p = long_call (points);
+ended = time ();
+f = fopen ("$folder/ended", "w"); fprintf (f, "%.3f", ended); fclose (f);
+if (! exist ("p")) disp ("ENDED EARLY"); end
+O
+echo 'if (isequal (before, long_call (few))) disp ("THE NEXT CALL IS RIGHT"); end' >"$folder/after"
 
-# An interactive session that reads its commands from a file, so that an interruption ends a command and not
-# the host.
-"$octave" --no-history --norc --quiet --no-line-editing --interactive <"$folder/commands" \
-  >"$folder/output" 2>&1 &
+# A prompt that takes its commands from a file: an interruption ends a command, not the host.
+cat "$folder/$what" "$folder/after" | "$octave" --no-history --norc --quiet --no-line-editing --interactive \
+  --path "$module" >"$folder/output" 2>&1 &
 host=$!
+bar='pistonarray \[#+\.+\] +[0-9]+ %, [0-9.]+ (s|min|h) left'
+if [[ $what == call ]]; then runs=NOW times=1; else runs=$bar times=2; fi
 for ((tries = 0; tries < 1200; ++tries)); do
-  grep -q NOW "$folder/output" && break
+  if (($(grep -oE "$runs" "$folder/output" | wc -l) >= times)); then break; fi
   kill -0 "$host" 2>/dev/null || break
   sleep 0.05
 done
-sleep 1
+if [[ $what == call ]]; then sleep 1; fi
+sent=$(date +%s.%N)
 kill -INT "$host" 2>/dev/null || true
 wait "$host" || true
-cat "$folder/output"
+cat -v "$folder/output"
 if grep -q 'TOO FAST' "$folder/output"; then
   echo "SKIPPED: this machine is too fast for a long call"
   exit 77
 fi
-for wanted in 'ENDED EARLY' 'THE NEXT CALL IS RIGHT' 'NO THREAD IS LEFT'; do
-  grep -q "$wanted" "$folder/output"
-done
+grep -q 'ENDED EARLY' "$folder/output"
+grep -q 'THE NEXT CALL IS RIGHT' "$folder/output"
+if [[ $what == call ]]; then
+  grep -q 'NO THREAD IS LEFT' "$folder/output"
+else
+  grep -qE "$bar" "$folder/output"
+  awk -v sent="$sent" -v ended="$(<"$folder/ended")" 'BEGIN {
+    printf "ended after %.2f s\n", ended - sent
+    exit !(ended - sent < 1)
+  }'
+fi

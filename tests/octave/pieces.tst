@@ -1,14 +1,5 @@
-%!function bytes = taken (code) # the peak memory of the code, measured in a separate process
-%!  folder = fileparts (which ("pistonfield_quiet"));
-%!  peak = "peak = @() 1024 * str2double (regexp (fileread ('/proc/self/status'), 'VmHWM:\\s+(\\d+)', 'tokens'){1}{1});";
-%!  warm = "p = pistonfield_quiet ([0; 0; 1], 0, 1, 1, 1); before = peak ();";
-%!  command = sprintf ("octave-cli --no-history --norc --quiet --eval \"addpath ('%s'); %s %s %s printf ('%%d', peak () - before);\"", ...
-%!                     folder, peak, warm, code);
-%!  [status, text] = system (command);
-%!  assert (status, 0);
-%!  bytes = str2double (text);
-%!endfunction
-%!shared many
+%!shared many, warm
+%! warm = "p = pistonfield_quiet ([0; 0; 1], 0, 1, 1, 1);";
 %! many = struct ("l", 6e-3, "s", 0.4e-3, "positions", [((1:64) - 32.5) * 0.75e-3; zeros(2, 64)], ...
 %!                "weights", exp (1i * (1:64)));
 %!test # a grid computed in several pieces has the same bits as in one call
@@ -31,13 +22,13 @@
 %! endfor
 %!test # the memory is that of the result and one piece, with 400 bytes for each of its pressures
 %! grid = "p = pistongrid (linspace (-1, 1, 250), linspace (-1, 1, 200), linspace (0.1, 2, 200), 1, 1, 6, 4, 'quiet');";
-%! bytes = taken (grid);
+%! bytes = taken (warm, grid);
 %! printf ("grid of 10^7: %.0f MB\n", bytes / 1e6);
 %! assert (bytes > 16e7 && bytes < 16e7 + 400 * 2 ^ 21);
 %!test
 %! many = "many = struct ('l', 6e-3, 's', 0.4e-3, 'positions', [1:64; zeros(2, 64)] * 0.75e-3);";
 %! for l = {"", "many.l = (1:64) * 1e-3;"}
-%!   bytes = taken ([many, l{1}, " p = pistonarray (rand (3, 1e6), many, 4188.79, 2, 'quiet');"]);
+%!   bytes = taken (warm, [many, l{1}, " p = pistonarray (rand (3, 1e6), many, 4188.79, 2, 'quiet');"]);
 %!   printf ("array of 64 at 10^6: %.0f MB\n", bytes / 1e6);
 %!   assert (bytes > 16e6 && bytes < 24e6 + 16e6 + 400 * 2 ^ 20);
 %! endfor

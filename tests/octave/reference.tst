@@ -27,18 +27,3 @@
 %!   met += sum (allowed);
 %! endfor
 %! assert (met >= 112);  # of 150
-
-%!test # a table in the layout that the module reads gives the same values as its order
-%! x{4} = [-0.86113631159405257522, -0.33998104358485626480];
-%! w{4} = [0.34785484513745385737, 0.65214515486254614263];
-%! x{5} = [-0.90617984593866399280, -0.53846931010568309104, 0];
-%! w{5} = [0.23692688505618908751, 0.47862867049936646804, 0.56888888888888888889];
-%! points = [0 0.001 0.02 0.004; 0 0.002 0.01 -0.003; 0.01 0.02 0.03 0.001];
-%! for M = [4 5]
-%!   table = NaN (M, 2);
-%!   pairs = [x{M}; w{M}];
-%!   table(1:numel (pairs)) = pairs(:);
-%!   by_table = pistonfield (points, 0, 0.01, 0.005, 4188.79, "cuda", table);
-%!   by_order = pistonfield (points, 0, 0.01, 0.005, 4188.79, "cuda", M);
-%!   assert (by_table, by_order);
-%! endfor
