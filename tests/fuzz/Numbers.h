@@ -4,13 +4,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <type_traits>
 #include <vector>
 
-#include "fuzz/Copies.h"
-
-// Makes numbers of every kind from a fuzzer's bytes.
+// Numbers of every kind out of a fuzzer's bytes.
 
 namespace fuzz {
 
@@ -40,8 +39,11 @@ Real anyNumber(FuzzedDataProvider& bytes) {
     case 1:
       return static_cast<Real>(bytes.ConsumeIntegral<std::int16_t>()) / 16;
     default:
-      using Bits = std::conditional_t<sizeof(Real) == 4, std::uint32_t, std::uint64_t>;
-      return copied<Real>(bytes.ConsumeIntegral<Bits>());
+      const auto bits = bytes.ConsumeIntegral<
+          std::conditional_t<sizeof(Real) == 4, std::uint32_t, std::uint64_t>>();
+      Real value;
+      std::memcpy(&value, &bits, sizeof value);
+      return value;
   }
 }
 

@@ -10,6 +10,7 @@
 #include "emulation/TestControl.h"
 #include "fuzz/Arrays.h"
 #include "fuzz/Property.h"
+#include "gateway/Messages.h"
 #include "host/MexCall.h"
 
 // Calls [results{1:nlhs}] = pistonfield(arguments{:}) with any arguments. A call with valid
@@ -107,17 +108,7 @@ bool query(int nlhs, const Arguments& given) {
 }  // namespace right
 
 bool isKnown(const std::string& message) {
-  for (const char* known :
-       {"Must have five or six input arguments: ([list of points], ignored, l, s, k, "
-        "['cuda'|'cudadp'|'cpu'|'cpusp'|'cpudp'], [nabscissas])",
-        "Must have one output arguments", "Input must be real, full, and nonstring",
-        "abscissas must be a number or a 2D matrix containing abscissas and weights.",
-        "l (argument 3) must be a number.", "s (argument 4) must be a number.",
-        "k (argument 5) must be a number.", "Points (argument 1) must have dimension of three.",
-        "Points (argument 1) must have at most 2147483647 columns.",
-        "The given grid must have at least one data point",
-        "Input 5 must be a character string and either be 'cuda' or 'cpu'",
-        "Input 5 must either be 'cuda' or 'cpu[sp,dp]'", "CPU version not implemented, yet."})
+  for (const char* known : messages::all)
     if (message == known) return true;
   const auto endsWith = [&](const std::string& end) {
     return message.size() >= end.size() &&

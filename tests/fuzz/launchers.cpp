@@ -150,30 +150,35 @@ Values<float> checkList(FuzzedDataProvider& bytes, const std::vector<float>& pos
   return expected;
 }
 
+/// Both ways to get results: as pairs, and in two arrays.
+template <class T, class Launcher>
+void requirePairs(const Values<T>& expected, const Size& size, const char* name,
+                  const Launcher& launch) {
+  require(same(expected, pairs<T>(size.points(), launch)),
+          std::string(name) + " gives what the list gives");
+}
+template <class T, class Launcher>
+void requireParts(const Values<T>& expected, const Size& size, const char* name,
+                  const Launcher& launch) {
+  require(same(expected, parts<T>(size.points(), launch)),
+          std::string(name) + " gives what the list gives");
+}
+
 void checkMappedGrid(FuzzedDataProvider& bytes, const Size& size, const Piston& p) {
   fuzz::Transform t = fuzz::anyTransform(bytes);
   Values<float> expected;
   if (size.isRight()) expected = checkList(bytes, fuzz::positions(size, t), p);
   const int sx = size.sx, sy = size.sy, sz = size.sz;
-  require(same(expected, pairs<float>(size.points(),
-                                      [&](Complex* data) {
-                                        RectangularPiston_func(data, sx, sy, sz, t.data(), p.a, p.b,
-                                                               p.k);
-                                      })),
-          "RectangularPiston_func gives what the list gives");
-  require(same(expected, parts<float>(size.points(),
-                                      [&](float* re, float* im) {
-                                        RectangularPiston_func2(re, im, sx, sy, sz, t.data(), p.a,
-                                                                p.b, p.k);
-                                      })),
-          "RectangularPiston_func2 gives what the list gives");
-  require(same(expected, pairs<float>(size.points(),
-                                      [&](Complex* data) {
-                                        do_calculate_grid(data, sx, sy, sz, t[0], t[1], t[2], t[3],
-                                                          t[4], t[5], t[6], t[7], t[8], t[9], t[10],
-                                                          t[11], p.a, p.b, p.k);
-                                      })),
-          "do_calculate_grid gives what the list gives");
+  requirePairs(expected, size, "RectangularPiston_func", [&](Complex* data) {
+    RectangularPiston_func(data, sx, sy, sz, t.data(), p.a, p.b, p.k);
+  });
+  requireParts(expected, size, "RectangularPiston_func2", [&](float* re, float* im) {
+    RectangularPiston_func2(re, im, sx, sy, sz, t.data(), p.a, p.b, p.k);
+  });
+  requirePairs(expected, size, "do_calculate_grid", [&](Complex* data) {
+    do_calculate_grid(data, sx, sy, sz, t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8], t[9],
+                      t[10], t[11], p.a, p.b, p.k);
+  });
 }
 
 void checkAxes(FuzzedDataProvider& bytes, const Size& size, const Piston& p) {
@@ -188,13 +193,10 @@ void checkAxes(FuzzedDataProvider& bytes, const Size& size, const Piston& p) {
   std::vector<float> x = axis(size.sx), y = axis(size.sy), z = axis(size.sz);
   Values<float> expected;
   if (size.isRight()) expected = checkList(bytes, fuzz::positions(x, y, z), p);
-  require(same(expected, pairs<float>(size.points(),
-                                      [&](Complex* data) {
-                                        RectangularPiston_func_structured(
-                                            data, size.sx, size.sy, size.sz, x.data(), y.data(),
-                                            z.data(), p.a, p.b, p.k);
-                                      })),
-          "RectangularPiston_func_structured gives what the list gives");
+  requirePairs(expected, size, "RectangularPiston_func_structured", [&](Complex* data) {
+    RectangularPiston_func_structured(data, size.sx, size.sy, size.sz, x.data(), y.data(), z.data(),
+                                      p.a, p.b, p.k);
+  });
 }
 
 void checkSteps(FuzzedDataProvider& bytes, const Size& size, const Piston& p) {
@@ -209,12 +211,9 @@ void checkSteps(FuzzedDataProvider& bytes, const Size& size, const Piston& p) {
     expected = checkList(
         bytes,
         fuzz::positions(axis(size.sx, step[0]), axis(size.sy, step[1]), axis(size.sz, step[2])), p);
-  require(same(expected, pairs<float>(size.points(),
-                                      [&](Complex* data) {
-                                        do_calculate(data, size.sx, size.sy, size.sz, step[0],
-                                                     step[1], step[2], p.a, p.b, p.k);
-                                      })),
-          "do_calculate gives what the list gives");
+  requirePairs(expected, size, "do_calculate", [&](Complex* data) {
+    do_calculate(data, size.sx, size.sy, size.sz, step[0], step[1], step[2], p.a, p.b, p.k);
+  });
 }
 
 void checkDoublePrecision(FuzzedDataProvider& bytes, const Size& size) {
@@ -226,38 +225,27 @@ void checkDoublePrecision(FuzzedDataProvider& bytes, const Size& size) {
   });
   require(expected.has_value() == size.isRight(), "RectangularPiston_func_d fails if it must");
   if (expected) requireWritten(expected);
-  require(same(expected, parts<double>(size.points(),
-                                       [&](double* re, double* im) {
-                                         RectangularPiston_func2_d(re, im, sx, sy, sz, t.data(),
-                                                                   p[0], p[1], p[2]);
-                                       })),
-          "RectangularPiston_func2_d gives what RectangularPiston_func_d gives");
-  require(same(expected, pairs<double>(size.points(),
-                                       [&](Complexd* data) {
-                                         do_calculate_grid_d(data, sx, sy, sz, t[0], t[1], t[2],
-                                                             t[3], t[4], t[5], t[6], t[7], t[8],
-                                                             t[9], t[10], t[11], p[0], p[1], p[2]);
-                                       })),
-          "do_calculate_grid_d gives what RectangularPiston_func_d gives");
-  for (const std::size_t n : {1u, 2u, 3u, 4u, 6u, 7u, 8u, 9u, 11u}) t[n] = 0;
-  const double steps[] = {t[0], t[5], t[10]};
-  require(pairs<double>(
-              size.points(),
-              [&](Complexd* data) {
-                do_calculate_d(data, sx, sy, sz, steps[0], steps[1], steps[2], p[0], p[1], p[2]);
-              }).has_value() == size.isRight(),
-          "do_calculate_d fails if it must");
+  requireParts(expected, size, "RectangularPiston_func2_d", [&](double* re, double* im) {
+    RectangularPiston_func2_d(re, im, sx, sy, sz, t.data(), p[0], p[1], p[2]);
+  });
+  requirePairs(expected, size, "do_calculate_grid_d", [&](Complexd* data) {
+    do_calculate_grid_d(data, sx, sy, sz, t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8],
+                        t[9], t[10], t[11], p[0], p[1], p[2]);
+  });
+  const Values<double> steps = pairs<double>(size.points(), [&](Complexd* data) {
+    do_calculate_d(data, sx, sy, sz, t[0], t[5], t[10], p[0], p[1], p[2]);
+  });
+  require(steps.has_value() == size.isRight(), "do_calculate_d fails if it must");
 }
 
-/// The grid of this size. If 32 bits cannot count its points, it must be rejected.
-template <class T>
-std::optional<Grid3DR<T>> gridOf(const Size& size,
-                                 const typename Grid3DR<T>::Transform& transform) {
+/// The grid of that size, if 32 bits count its points; it is refused if they do not.
+std::optional<Grid3DR<double>> gridOf(const Size& size,
+                                      const Grid3DR<double>::Transform& transform) {
   const auto length = [](int value) { return static_cast<unsigned>(value); };
   const unsigned sx = length(size.sx), sy = length(size.sy), sz = length(size.sz);
   const bool isCounted =
       sz == 0 || std::uint64_t{sx} * sy <= std::numeric_limits<unsigned>::max() / sz;
-  std::optional<Grid3DR<T>> grid;
+  std::optional<Grid3DR<double>> grid;
   require(fails([&] { grid.emplace(sx, sy, sz, transform); }) == !isCounted,
           "a grid of more points than 32 bits count is refused");
   return grid;
@@ -268,7 +256,7 @@ void checkPiston(FuzzedDataProvider& bytes, const Size& size) {
   const fuzz::Transform t = fuzz::anyTransform(bytes);
   Grid3DR<double>::Transform transform;
   std::copy(t.begin(), t.end(), transform.begin());
-  const std::optional<Grid3DR<double>> counted = gridOf<double>(size, transform);
+  const std::optional<Grid3DR<double>> counted = gridOf(size, transform);
   if (!counted) return;
   const Grid3DR<double>& grid = *counted;
   const std::vector<float> p = fuzz::numbers<float>(bytes, 3);
@@ -290,44 +278,7 @@ void checkPiston(FuzzedDataProvider& bytes, const Size& size) {
       pairs<double>(size.points(), [&](Complexd* data) { piston.compute(&data->re, grid); }));
 }
 
-template <class T>
-bool sameVector(const pistonfield::MVector<T, 3>& p, const pistonfield::MVector<T, 3>& q) {
-  return sameValue(p[0], q[0]) && sameValue(p[1], q[1]) && sameValue(p[2], q[2]);
-}
-
-/// Checks the positions of grids.
-template <class T>
-void checkPositions(FuzzedDataProvider& bytes, const Size& size) {
-  const std::vector<T> values = fuzz::numbers<T>(bytes, 16);
-  typename Grid3DR<T>::Transform transform;
-  std::copy(values.begin(), values.end(), transform.begin());
-  const std::optional<Grid3DR<T>> grid = gridOf<T>(size, transform);
-  if (grid && size.isRight()) {
-    require(grid->nbPositions() == size.points(), "a grid has sx·sy·sz positions");
-    int n = 0;
-    for (unsigned l = 0; l < grid->sz(); ++l)
-      for (unsigned j = 0; j < grid->sy(); ++j)
-        for (unsigned i = 0; i < grid->sx(); ++i, ++n)
-          require(sameVector(grid->getPosition(n), grid->getPosition(i, j, l)),
-                  "positions are counted with the first axis varying fastest");
-    require(fails([&] { grid->getPosition(n); }), "a position beyond the last is refused");
-  }
-
-  const std::vector<T> components = fuzz::numbers<T>(bytes, 3 * (size.points() % 16));
-  pistonfield::GridUnstructured<T> list(static_cast<unsigned>(components.size() / 3));
-  for (std::size_t i = 0; i < list.nbPositions(); ++i)
-    list.positions[i] = pistonfield::MVector<T, 3>(&components[3 * i]);
-  const int axis = bytes.ConsumeIntegralInRange(-2, 5);
-  for (unsigned i = 0; i < list.nbPositions(); ++i) {
-    T component = 0;
-    const bool failed = fails([&] { component = list.getPosition(static_cast<int>(i))[axis]; });
-    require(failed == (axis < 0 || axis > 2), "an index out of range is reported");
-    require(failed || sameValue(component, components[3 * i + static_cast<std::size_t>(axis)]),
-            "a list holds its components");
-  }
-}
-
-/// Checks lists of invalid length.
+/// Lists whose length is none.
 void checkListLength(FuzzedDataProvider& bytes, const Piston& p) {
   const int length = -bytes.ConsumeIntegralInRange(0, std::numeric_limits<int>::max()) -
                      (bytes.ConsumeBool() ? 1 : 0);
@@ -337,16 +288,6 @@ void checkListLength(FuzzedDataProvider& bytes, const Piston& p) {
                           RectangularPiston_func_unstructured(data, length, pos, p.a, p.b, p.k);
                         }),
           "a list of no points is refused");
-}
-
-void checkResort(FuzzedDataProvider& bytes) {
-  const auto count = bytes.ConsumeIntegralInRange<std::size_t>(0, 40);
-  const std::vector<float> values = fuzz::numbers<float>(bytes, 2 * count);
-  std::vector<float> sorted = values;
-  resort(sorted.data(), static_cast<int>(count));
-  for (std::size_t i = 0; i < count; ++i)
-    require(sameValue(sorted[2 * i], values[i]) && sameValue(sorted[2 * i + 1], values[count + i]),
-            "resort makes pairs");
 }
 
 }  // namespace
@@ -389,15 +330,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     case 5:
       checkPiston(bytes, grid);
       break;
-    case 6:
-      checkPositions<float>(bytes, grid);
-      checkPositions<double>(bytes, grid);
-      break;
-    case 7:
-      checkListLength(bytes, piston);
-      break;
     default:
-      checkResort(bytes);
+      checkListLength(bytes, piston);
   }
   return 0;
 }
