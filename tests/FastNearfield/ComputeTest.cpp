@@ -29,12 +29,6 @@ class ComputeTest : public support::DeviceTest {
     printed();
   }
 
-  std::string printed() {
-    std::string text = output();
-    captureAgain();
-    return text;
-  }
-
   template <class T>
   std::vector<T> computed(bool useGPU) {
     piston.useGPU = useGPU;
@@ -172,18 +166,13 @@ class Counting : public pistonfield::Piston {
   }
 };
 
-TEST_F(ComputeTest, OtherTransducersFillTheHostSideOfFloats) {
-  CudaStorage storage(CudaStorage::DT_FLOAT, values);
+TEST_F(ComputeTest, OtherTransducersFillTheHostSideOfFloatsAndRefuseDoubles) {
+  CudaStorage storage(CudaStorage::DT_FLOAT, values), doubles(CudaStorage::DT_DOUBLE, values);
   const Counting counting;
   static_cast<const pistonfield::Transducer&>(counting).compute(&storage, grid);
   for (std::size_t i = 0; i < values; ++i)
     EXPECT_EQ(storage.getFloatData()[i], static_cast<float>(i));
-}
-
-TEST_F(ComputeTest, OtherTransducersRefuseDoubles) {
-  CudaStorage storage(CudaStorage::DT_DOUBLE, values);
-  const Counting counting;
-  const Failure failure = failureOf([&] { counting.compute(&storage, grid); });
+  const Failure failure = failureOf([&] { counting.compute(&doubles, grid); });
   EXPECT_EQ(failure.condition, "data->getType() == CudaStorage::DT_FLOAT");
   EXPECT_EQ(failure.line, 14);
   EXPECT_EQ(failure.file, "src/FastNearfield/Transducer");
@@ -218,14 +207,10 @@ class ComputeInScopeTest : public ComputeTest {
   }
 };
 
-TEST_F(ComputeInScopeTest, WithoutARuleIsAnError) {
-  const CudaDeviceThread scope;
-  expectNoRule();
-}
-
-TEST_F(ComputeInScopeTest, ARuleEndsWithItsScope) {
+TEST_F(ComputeInScopeTest, WithoutARuleIsAnErrorAndARuleEndsWithItsScope) {
   {
     const CudaDeviceThread scope;
+    expectNoRule();
     setCudaIntegratorParameters("RectangularPiston", 64);
     EXPECT_EQ(conditions(), std::vector<std::string>(3));
   }

@@ -58,87 +58,17 @@ class KernelTest : public support::DeviceTest {
   }
 };
 
-TEST_F(KernelTest, ListsOfAnyLengthWriteExactlyTheirPoints) {
-  for (const std::size_t count : {1u, 2u, 127u, 128u, 129u, 8191u, 8193u}) {
-    std::vector<float> positions;
-    for (std::size_t i = 0; i < count; ++i)
-      positions.insert(positions.end(), {static_cast<float>(i) / 64, 0.25f, 1.0f});
-    const std::vector<Complex> p = list(positions);
-    const std::vector<Complex> last = list({positions.end() - 3, positions.end()});
-    EXPECT_TRUE(sameBits(p.back(), last[0]));
-  }
-}
-
-TEST_F(KernelTest, AllKernelsOfTransformedGridsAgreeWithTheList) {
+// The one kernel that no launcher calls. LaunchersAgreeTest has the others.
+TEST_F(KernelTest, TheKernelOfTwelveScalarsAndTwoArraysAgreesWithTheList) {
+  const float* const t = test_grids::transform;
   for (const test_grids::Size& size : test_grids::sizes) {
     const auto [sx, sy, sz] = size;
-    const std::size_t count = size.points();
-    const dim3 grid = regularGridShape(sx, sy, sz);
-    const std::vector<Complex> expected = list(test_grids::transformedPositions(size));
-    const float* const t = test_grids::transform;
-    const Uploaded<float> transform({t, t + 16});
-
-    GuardedArray<Complex> inMemory(count);
-    EXPECT_EQ(launch(calculate_grid, grid, blockShape, inMemory.device(), sx, sy, sz,
-                     transform.get(), a, b, k),
+    GuardedArray<float> re(size.points()), im(size.points());
+    EXPECT_EQ(launch(calculate_grid, regularGridShape(sx, sy, sz), blockShape, re.device(),
+                     im.device(), sx, sy, sz, t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8],
+                     t[9], t[10], t[11], a, b, k),
               cudaSuccess);
-    expectSame(inMemory.read(), expected);
-
-    GuardedArray<float> re(count), im(count);
-    EXPECT_EQ(launch(calculate_grid, grid, blockShape, re.device(), im.device(), sx, sy, sz,
-                     transform.get(), a, b, k),
-              cudaSuccess);
-    expectSame(pairs(re.read(), im.read()), expected);
-
-    GuardedArray<Complex> scalars(count);
-    EXPECT_EQ(launch(calculate_grid, grid, blockShape, scalars.device(), sx, sy, sz, t[0], t[1],
-                     t[2], t[3], t[4], t[5], t[6], t[7], t[8], t[9], t[10], t[11], a, b, k),
-              cudaSuccess);
-    expectSame(scalars.read(), expected);
-
-    GuardedArray<float> re12(count), im12(count);
-    EXPECT_EQ(
-        launch(calculate_grid, grid, blockShape, re12.device(), im12.device(), sx, sy, sz, t[0],
-               t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8], t[9], t[10], t[11], a, b, k),
-        cudaSuccess);
-    expectSame(pairs(re12.read(), im12.read()), expected);
-  }
-}
-
-TEST_F(KernelTest, TheGridFromTheCentreAgreesWithTheList) {
-  for (const test_grids::Size& size : test_grids::sizes) {
-    const auto [sx, sy, sz] = size;
-    const float dx = 0.125f, dy = 0.25f, dz = 0.5f;
-    std::vector<float> positions;
-    for (int l = 0; l < sz; ++l)
-      for (int j = 0; j < sy; ++j)
-        for (int i = 0; i < sx; ++i)
-          positions.insert(positions.end(), {static_cast<float>(i) * dx, static_cast<float>(j) * dy,
-                                             static_cast<float>(l) * dz});
-    GuardedArray<Complex> result(size.points());
-    EXPECT_EQ(launch(calculate, regularGridShape(sx, sy, sz), blockShape, result.device(), sx, sy,
-                     sz, dx, dy, dz, a, b, k),
-              cudaSuccess);
-    expectSame(result.read(), list(positions));
-  }
-}
-
-TEST_F(KernelTest, TheRectilinearGridAgreesWithTheList) {
-  for (const test_grids::Size& size : test_grids::sizes) {
-    const auto [sx, sy, sz] = size;
-    std::vector<float> x, y, z, positions;
-    for (int i = 0; i < sx; ++i) x.push_back(static_cast<float>(i * i) / 64 - 1);
-    for (int j = 0; j < sy; ++j) y.push_back(static_cast<float>(j * j) / 32 - 0.5f);
-    for (int l = 0; l < sz; ++l) z.push_back(static_cast<float>(l * l) / 16 - 2);
-    for (const float pz : z)
-      for (const float py : y)
-        for (const float px : x) positions.insert(positions.end(), {px, py, pz});
-    const Uploaded<float> posx(x), posy(y), posz(z);
-    GuardedArray<Complex> result(size.points());
-    EXPECT_EQ(launch(calculate_grid_structured, regularGridShape(sx, sy, sz), blockShape,
-                     result.device(), sx, sy, sz, posx.get(), posy.get(), posz.get(), a, b, k),
-              cudaSuccess);
-    expectSame(result.read(), list(positions));
+    expectSame(pairs(re.read(), im.read()), list(test_grids::transformedPositions(size)));
   }
 }
 
@@ -195,22 +125,16 @@ void PrintTo(const DeviceFile& file, std::ostream* out) { *out << file.name; }
 class ReferenceFieldTest : public support::DeviceTest,
                            public testing::WithParamInterface<DeviceFile> {};
 
-/// The pressures at the points of a reference field, computed by the launcher for lists.
-std::vector<Complex> launched(const support::ReferenceField& field) {
-  std::vector<float> positions;
-  for (const support::Position& p : field.points)
-    for (const double c : {p.x, p.y, p.z}) positions.push_back(static_cast<float>(c));
-  std::vector<Complex> result(field.points.size());
-  RectangularPiston_func_unstructured(result.data(), static_cast<int>(result.size()),
-                                      positions.data(), static_cast<float>(field.l),
-                                      static_cast<float>(field.s), static_cast<float>(field.k));
-  return result;
-}
-
 TEST_P(ReferenceFieldTest, EveryPointIsWithinTheBound) {
   setCudaIntegratorParameters("RectangularPiston", GetParam().order);
   for (const support::ReferenceField& field : support::readReferenceFields(GetParam().name)) {
-    const std::vector<Complex> result = launched(field);
+    std::vector<float> positions;
+    for (const support::Position& p : field.points)
+      for (const double c : {p.x, p.y, p.z}) positions.push_back(static_cast<float>(c));
+    std::vector<Complex> result(field.points.size());
+    RectangularPiston_func_unstructured(result.data(), static_cast<int>(result.size()),
+                                        positions.data(), static_cast<float>(field.l),
+                                        static_cast<float>(field.s), static_cast<float>(field.k));
     for (std::size_t i = 0; i < result.size(); ++i)
       EXPECT_LE(std::abs(std::complex<double>(result[i].re, result[i].im) - field.pressure[i]),
                 field.tolerance(i))
@@ -224,24 +148,5 @@ INSTANTIATE_TEST_SUITE_P(Orders, ReferenceFieldTest,
                          [](const auto& file) {
                            return "Order" + std::to_string(file.param.order);
                          });
-
-TEST_F(KernelTest, Order64MeetsTheIntegralItselfWhereTheRuleDoes) {
-  setCudaIntegratorParameters("RectangularPiston", 64);
-  const auto exact = support::readReferenceFields("exact.txt");
-  const auto rule = support::readReferenceFields("dev64.txt");
-  ASSERT_EQ(exact.size(), rule.size());
-  int met = 0, all = 0;
-  for (std::size_t f = 0; f < exact.size(); ++f) {
-    const std::vector<Complex> result = launched(exact[f]);
-    for (std::size_t i = 0; i < result.size(); ++i, ++all) {
-      const double tolerance = exact[f].tolerance(i);
-      if (std::abs(rule[f].pressure[i] - exact[f].pressure[i]) > tolerance / 6) continue;
-      EXPECT_LE(std::abs(std::complex<double>(result[i].re, result[i].im) - exact[f].pressure[i]),
-                tolerance);
-      ++met;
-    }
-  }
-  EXPECT_GE(met, all * 3 / 4) << "of " << all << " points";
-}
 
 }  // namespace

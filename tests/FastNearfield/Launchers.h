@@ -20,6 +20,7 @@ using pistonfield::Complex;
 using pistonfield::Complexd;
 using support::GuardedVector;
 using test_grids::Size;
+using test_grids::transform;
 
 /// Results in single or double precision, converted exactly.
 using Values = std::vector<std::complex<double>>;
@@ -42,10 +43,8 @@ Values joined(const std::vector<T>& re, const std::vector<T>& im) {
 constexpr Size small{17, 3, 3};
 constexpr float a = 2, b = 4, k = 5;
 
-inline float transform[16] = {0.5f, 0, 0, -1, 0, 0.25f, 0, 0.5f, 0, 0, 2, 1, 0, 0, 0, 1};
-
-/// Where the grid starts: do_calculate cannot place a grid.
-enum class Origin { PLACED, CENTRE };
+/// What maps a grid's indices to its points: a transform, axes, or steps from the centre.
+enum class Map { TRANSFORM, AXES, STEPS };
 
 /// The coordinates along an axis of a grid.
 inline std::vector<float> axis(int size, float step, float start) {
@@ -55,8 +54,9 @@ inline std::vector<float> axis(int size, float step, float start) {
   return values;
 }
 
-inline std::vector<float> gridPositions(const Size& size, Origin origin) {
-  const float placed = origin == Origin::PLACED ? 1 : 0;
+inline std::vector<float> gridPositions(const Size& size, Map map) {
+  if (map == Map::TRANSFORM) return test_grids::transformedPositions(size);
+  const float placed = map == Map::AXES ? 1 : 0;
   std::vector<float> positions;
   for (const float z : axis(size.sz, 2, placed))
     for (const float y : axis(size.sy, 0.25f, placed * 0.5f))
@@ -65,19 +65,19 @@ inline std::vector<float> gridPositions(const Size& size, Origin origin) {
   return positions;
 }
 
-inline Values list(const Size& size, Origin origin) {
-  std::vector<float> positions = gridPositions(size, origin);
+inline Values list(const Size& size, Map map) {
+  std::vector<float> positions = gridPositions(size, map);
   GuardedVector<Complex> data(size.points());
   RectangularPiston_func_unstructured(data.data(), static_cast<int>(size.points()),
                                       positions.data(), a, b, k);
   return widened(data.read());
 }
 
-inline Values unstructured(const Size& size) { return list(size, Origin::PLACED); }
+inline Values unstructured(const Size& size) { return list(size, Map::AXES); }
 
 /// The launcher for lists of points in double precision.
 inline Values doubles(const Size& size) {
-  const std::vector<float> positions = gridPositions(size, Origin::PLACED);
+  const std::vector<float> positions = gridPositions(size, Map::AXES);
   const std::vector<double> points(positions.begin(), positions.end());
   GuardedVector<double> re(size.points()), im(size.points());
   pistonfield::pressuresAt(points.data(), static_cast<int>(size.points()), a, b, k, re.data(),
@@ -171,12 +171,6 @@ class Test : public support::EmulationTest {
     do_timing = 0;
     setCudaIntegratorParameters("RectangularPiston", 10);
     printed();
-  }
-
-  std::string printed() {
-    std::string text = output();
-    captureAgain();
-    return text;
   }
 };
 #endif

@@ -7,7 +7,7 @@
 // Every launcher gives the same values as the launcher for lists, on any device and for any grid
 // size.
 
-using launchers::Origin;
+using launchers::Map;
 using launchers::Values;
 
 namespace {
@@ -31,24 +31,24 @@ class LaunchersAgreeTest : public support::DeviceTest,
   }
 #endif
 
-  /// The values of the launcher for lists at the points of the grid.
-  static Values list(Origin origin) { return launchers::list(GetParam(), origin); }
+  /// The list that a launcher's grid amounts to.
+  static Values list(Map map) { return launchers::list(GetParam(), map); }
 
-  /// Kernels with the same arithmetic give the same bits, unless the compiler for a GPU fuses
-  /// multiplications and additions differently.
-  static void expectSame(const Values& actual, Origin origin) {
+  /// Kernels of the same arithmetic give the same bits, unless the compiler of a GPU fuses one's
+  /// multiplications and additions in another way.
+  static void expectSame(const Values& actual, Map map) {
 #if defined(CUDART_VERSION)
-    expectWithinBound(actual, origin);
+    expectWithinBound(actual, map);
 #else
-    EXPECT_EQ(actual, list(origin));
+    EXPECT_EQ(actual, list(map));
 #endif
   }
 
-  /// Both values are within the single-precision bound of the exact value.
-  static void expectWithinBound(const Values& actual, Origin origin) {
-    const Values expected = list(origin);
+  /// Both within single precision's bound of the truth.
+  static void expectWithinBound(const Values& actual, Map map) {
+    const Values expected = list(map);
     support::ReferenceField field{launchers::a, launchers::b, launchers::k, {}, {}};
-    const std::vector<float> p = launchers::gridPositions(GetParam(), origin);
+    const std::vector<float> p = launchers::gridPositions(GetParam(), map);
     for (std::size_t i = 0; i < p.size(); i += 3)
       field.points.push_back({p[i], p[i + 1], p[i + 2]});
 
@@ -59,20 +59,20 @@ class LaunchersAgreeTest : public support::DeviceTest,
 };
 
 TEST_P(LaunchersAgreeTest, InSinglePrecision) {
-  EXPECT_EQ(launchers::doubles(GetParam()), list(Origin::PLACED));
-  expectSame(launchers::grid(GetParam()), Origin::PLACED);
-  expectSame(launchers::split(GetParam()), Origin::PLACED);
-  expectSame(launchers::structured(GetParam()), Origin::PLACED);
-  expectSame(launchers::twelveScalars(GetParam()), Origin::PLACED);
-  expectSame(launchers::fromCentre(GetParam()), Origin::CENTRE);
+  EXPECT_EQ(launchers::doubles(GetParam()), list(Map::AXES));
+  expectSame(launchers::grid(GetParam()), Map::TRANSFORM);
+  expectSame(launchers::split(GetParam()), Map::TRANSFORM);
+  expectSame(launchers::structured(GetParam()), Map::AXES);
+  expectSame(launchers::twelveScalars(GetParam()), Map::TRANSFORM);
+  expectSame(launchers::fromCentre(GetParam()), Map::STEPS);
 }
 
 TEST_P(LaunchersAgreeTest, InDoublePrecisionAsFarAsItsRootsAllow) {
   const Values placed_d = launchers::grid_d(GetParam());
-  expectWithinBound(placed_d, Origin::PLACED);
+  expectWithinBound(placed_d, Map::TRANSFORM);
   EXPECT_EQ(launchers::split_d(GetParam()), placed_d);
   EXPECT_EQ(launchers::twelveScalars_d(GetParam()), placed_d);
-  expectWithinBound(launchers::fromCentre_d(GetParam()), Origin::CENTRE);
+  expectWithinBound(launchers::fromCentre_d(GetParam()), Map::STEPS);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, LaunchersAgreeTest, testing::ValuesIn(test_grids::sizes),

@@ -65,9 +65,16 @@ class Repeated {
   T* const begin_;
 };
 
-class LongestListTest : public launchers::Test {};
+enum class Launch { WHOLE, IN_PIECES };
 
-TEST_F(LongestListTest, EveryPieceOfItIsEvaluated) {
+class LongestListTest : public launchers::Test, public testing::WithParamInterface<Launch> {};
+
+INSTANTIATE_TEST_SUITE_P(, LongestListTest, testing::Values(Launch::WHOLE, Launch::IN_PIECES),
+                         [](const auto& launch) {
+                           return launch.param == Launch::WHOLE ? "Whole" : "InPieces";
+                         });
+
+TEST_P(LongestListTest, EveryPieceOfItIsEvaluated) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "would take many minutes, and its memory is mapped, not the sanitizer's";
 #endif
@@ -96,7 +103,13 @@ TEST_F(LongestListTest, EveryPieceOfItIsEvaluated) {
   for (const std::size_t n : own) pressures.makeOwn(n);
   Complex* const last = pressures.piece(pieces) - 1;  // beyond the last point
   *last = {-7, -7};
-  RectangularPiston_func_unstructured_device(pressures.begin(), most, positions.begin(), a, b, k);
+  if (GetParam() == Launch::WHOLE) {
+    RectangularPiston_func_unstructured_device(pressures.begin(), most, positions.begin(), a, b, k);
+  } else {
+    startAfresh(Memory::HOSTS);
+    setCudaIntegratorParameters("RectangularPiston", 1);
+    RectangularPiston_func_unstructured(pressures.begin(), most, positions.begin(), a, b, k);
+  }
 
   EXPECT_TRUE(support::sameBits(*last, {-7, -7}));
   *last = expected.back();

@@ -39,15 +39,23 @@ Evaluation<T> evaluate(InstructionSet set, const pistonfield::QuadratureRule<T>&
 }
 
 template <class T>
-class NodeSumTest : public testing::Test {};
+class NodeSumTest : public testing::Test {
+ protected:
+  static std::vector<InstructionSet> sets() {
+    std::vector<InstructionSet> sets;
+    for (const InstructionSet set :
+         {InstructionSet::OLDEST, InstructionSet::AVX2, InstructionSet::AVX512})
+      if (pistonfield::has(set)) sets.push_back(set);
+    return sets;
+  }
+};
 
 using Precisions = testing::Types<float, double>;
 TYPED_TEST_SUITE(NodeSumTest, Precisions);
 
 TYPED_TEST(NodeSumTest, EveryInstructionSetGivesTheSameBits) {
   using T = TypeParam;
-  for (const InstructionSet set : {InstructionSet::AVX2, InstructionSet::AVX512}) {
-    if (!pistonfield::has(set)) continue;
+  for (const InstructionSet set : this->sets())
     for (int n = 1; n <= 200; n += n < 80 ? 1 : 15) {
       const pistonfield::QuadratureRule<T> rule(n);
       for (const bool map : {true, false}) {
@@ -60,14 +68,11 @@ TYPED_TEST(NodeSumTest, EveryInstructionSetGivesTheSameBits) {
         ASSERT_EQ(other.mappedW, oldest.mappedW) << n;
       }
     }
-  }
 }
 
 TYPED_TEST(NodeSumTest, ImagesAreWrittenForEveryNodeAndNoFurther) {
   using T = TypeParam;
-  for (const InstructionSet set :
-       {InstructionSet::OLDEST, InstructionSet::AVX2, InstructionSet::AVX512}) {
-    if (!pistonfield::has(set)) continue;
+  for (const InstructionSet set : this->sets())
     for (const int n : {1, 3, 10, 64, 65, 100}) {
       const pistonfield::QuadratureRule<T> rule(n);
       const Evaluation<T> result = evaluate(set, rule, true);
@@ -77,21 +82,17 @@ TYPED_TEST(NodeSumTest, ImagesAreWrittenForEveryNodeAndNoFurther) {
         EXPECT_EQ(result.mappedW[i], node ? T(0.7) * rule.w[i] : T(7)) << n << ", " << i;
       }
     }
-  }
 }
 
 TYPED_TEST(NodeSumTest, ANodeWithoutAValueLeavesNoFiniteSum) {
   using T = TypeParam;
-  for (const InstructionSet set :
-       {InstructionSet::OLDEST, InstructionSet::AVX2, InstructionSet::AVX512}) {
-    if (!pistonfield::has(set)) continue;
+  for (const InstructionSet set : this->sets())
     for (const int n : {1, 17, 101}) {
       const pistonfield::QuadratureRule<T> rule(n);
       const T node = T(0.7) * rule.x[n / 2] + T(0.4);
       const Evaluation<T> result = evaluate(set, rule, true, -(node * node));
       EXPECT_FALSE(std::isfinite(result.sum.re) && std::isfinite(result.sum.im)) << n;
     }
-  }
 }
 
 TYPED_TEST(NodeSumTest, WithoutNodesItIsZero) {

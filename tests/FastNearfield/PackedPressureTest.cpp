@@ -6,7 +6,6 @@
 #include <cmath>
 #include <complex>
 #include <limits>
-#include <numeric>
 #include <ostream>
 #include <random>
 #include <sstream>
@@ -19,12 +18,9 @@
 #include "support/SameBits.h"
 
 using pistonfield::Complex;
-using pistonfield::ComplexPair;
 using pistonfield::has;
 using pistonfield::InstructionSet;
 using pistonfield::packedPressure;
-using pistonfield::ScaledPair;
-using pistonfield::SymmetricRule;
 using support::HalfRule;
 
 namespace {
@@ -148,22 +144,7 @@ std::vector<Complex> scalar(const std::vector<Point>& points, const HalfRule<flo
 
 std::complex<double> wide(const Complex& p) { return {p.re, p.im}; }
 
-double phaseOfFarthestCorner(const Point& point, const Piston& p) {
-  return std::abs(double{p.k}) * std::hypot(double{std::abs(point.x)} + p.a,
-                                            double{std::abs(point.y)} + p.b, double{point.z});
-}
-
-double unit(const Point& point, const Piston& p) {
-  return std::ldexp(1.0, -24) * (1 + phaseOfFarthestCorner(point, p));
-}
-
-/// The bound for single precision, as in PointPressureTest: twice as large behind the piston.
-double tolerance(const Point& point, const Piston& p) {
-  return (point.z < 0 ? 6 : 3) * unit(point, p);
-}
-
-/// Whether all bits agree with the scalar code or, without fused multiply-add, whether the
-/// difference is at most one unit of 2^-24·(1 + kR).
+/// Bit for bit where the machine fuses products, elsewhere within one unit of 2^-24·(1 + kR).
 testing::AssertionResult meetsScalar(const Way& way, const std::vector<Point>& points,
                                      const HalfRule<float>& rule, const Piston& p) {
   const std::vector<Complex> expected = scalar(points, rule, p);
@@ -171,53 +152,16 @@ testing::AssertionResult meetsScalar(const Way& way, const std::vector<Point>& p
   if (!roundsTwice(way)) return sameValues(actual, expected, points);
   for (std::size_t i = 0; i < points.size(); ++i) {
     if (same(actual[i], expected[i])) continue;
-    if (!(std::abs(wide(actual[i]) - wide(expected[i])) <= unit(points[i], p)))
+    const auto& [x, y, z] = points[i];
+    if (!(std::abs(wide(actual[i]) - wide(expected[i])) <=
+          support::unitOfError(x, y, z, p.a, p.b, p.k)))
       return testing::AssertionFailure() << "at " << points[i] << ": " << wide(actual[i])
                                          << " instead of " << wide(expected[i]);
   }
   return testing::AssertionSuccess();
 }
 
-/// The half-angle form in double precision.
-template <class V>
-class DoubleIntegrand {
- public:
-  using Wave = V;
-
-  DoubleIntegrand(V z, Wave k) : z_(z), k_(k) {}
-
-  static V distance(V x) { return std::abs(x); }
-  static ComplexPair<V> zeroIfPhaseIsLost(ComplexPair<V> p, V /*across*/, V /*along*/) { return p; }
-
-  V path(V D) const {
-    const V R = std::sqrt(z_ * z_ + D);
-    return z_ < 0 ? R - z_ : D / (R + z_);
-  }
-
-  ScaledPair<V> value(V D, V path) const {
-    const V half = k_ * path / 2;
-    return {std::sin(half) / D, {std::sin(half), std::cos(half)}};
-  }
-
-  ComplexPair<V> complete(ComplexPair<V> sum) const {
-    const std::complex<V> S = V{-2} * std::polar(V{1}, -k_ * z_) * std::complex<V>(sum.re, sum.im);
-    const std::complex<V> p = std::complex<V>(0, -1) * S / (2 * M_PI);
-    return {p.real(), p.imag()};
-  }
-
- private:
-  V z_, k_;
-};
-
-std::complex<double> inDouble(const Point& point, const HalfRule<float>& rule, const Piston& p) {
-  const std::vector<double> x(rule.x.begin(), rule.x.end()), w(rule.w.begin(), rule.w.end());
-  const ComplexPair<double> pressure = pistonfield::pointPressure<DoubleIntegrand>(
-      double{point.x}, double{point.y}, double{point.z}, double{p.a}, double{p.b}, double{p.k},
-      SymmetricRule<double>{x.data(), w.data(), rule.N});
-  return {pressure.re, pressure.im};
-}
-
-/// Coordinates at which the case changes, for a piston that extends from -half to half.
+/// The coordinates at which something changes, for a piston that reaches from -half to half.
 std::vector<float> specialCoordinates(float half) {
   std::vector<float> values = {0.0f, -0.0f};
   for (const float at : {half, 1e-7f})
@@ -298,39 +242,6 @@ class Points {
   std::mt19937 random_;
 };
 
-/// One point for each case, and for each kind of number that could go wrong in one lane.
-const std::vector<Point> oneOfEach = {
-    {0.25f, 0.25f, 1},
-    {1.5f, 0.25f, 1},
-    {0.25f, 1.5f, 1},
-    {1.5f, 1.5f, 1},
-    {0, 0, 1},
-    {0, 0.25f, 1},
-    {0.25f, 0, 1},
-    {0, 1.5f, 1},
-    {0.75f, 0.5f, 1},
-    {0.75f, 0.25f, 1},
-    {0.25f, -0.5f, 1},
-    {-0.75f, 1.5f, 0},
-    {5e-8f, -5e-8f, 1},
-    {1e-7f, 0.25f, 1},
-    {0.25f, 0.25f, -1},
-    {0.75f, 0.5f, 0},
-    {0.25f, 0.25f, 0},
-    {1000, 2000, 8000},
-    {nan, 0, 1},
-    {0.25f, nan, 1},
-    {0.25f, 0.25f, nan},
-    {inf, 0.25f, 1},
-    {0.25f, -inf, -1},
-    {0.25f, 0.25f, inf},
-    {largest, largest, 1},
-    {0.25f, largest, nan},
-    {0, 0, -largest},
-    {1e19f, 1e19f, 1e19f},
-    {0.25f, 1e-45f, 1e-45f},
-};
-
 class PackedPressureTest : public testing::TestWithParam<Way> {
  protected:
   void SetUp() override {
@@ -355,7 +266,6 @@ TEST_P(PackedPressureTest, MeetsTheScalar) {
         const std::vector<Point> points = Points(p, seed++).list(n > 10 ? 600 : 2500, wild);
         EXPECT_TRUE(meetsScalar(way, points, rule, p)) << "order " << n << ", k = " << p.k;
       }
-    EXPECT_TRUE(meetsScalar(way, oneOfEach, rule, piston)) << "order " << n;
   }
 }
 
@@ -366,21 +276,6 @@ TEST_P(PackedPressureTest, AbscissasFarOutsideMeetTheScalar) {
     rule.x[0] = x;
     EXPECT_TRUE(meetsScalar(way, Points(piston, 9).list(500, false), rule, piston)) << x;
   }
-}
-
-TEST_P(PackedPressureTest, MeetsTheFormulaInDoublePrecision) {
-  for (const int n : {1, 2, 10})
-    for (const float ka : {0.1f, 1.0f, 2.0f, 10.0f, 100.0f, 1000.0f}) {
-      const HalfRule<float> rule(n);
-      const Piston p{0.75f, 0.5f, ka / 0.75f};
-      const std::vector<Point> points = Points(p, 2).list(2000, false);
-      const std::vector<Complex> pressures = evaluate(way, points, rule, p);
-      for (std::size_t i = 0; i < points.size(); ++i) {
-        const double error = std::abs(wide(pressures[i]) - inDouble(points[i], rule, p));
-        EXPECT_LE(error, tolerance(points[i], p))
-            << "order " << n << ", ka = " << ka << " at " << points[i];
-      }
-    }
 }
 
 TEST_P(PackedPressureTest, ListsOfAnyLengthGiveEachPointWhatItGetsAlone) {
@@ -400,52 +295,6 @@ TEST_P(PackedPressureTest, ListsOfAnyLengthGiveEachPointWhatItGetsAlone) {
   }
 }
 
-TEST_P(PackedPressureTest, NoPointsWriteNothing) {
-  const HalfRule<float> rule(10);
-  for (const int count : {0, -1, -2147483647 - 1}) {
-    support::GuardedVector<Complex> pressures(0);
-    way.packed()(nullptr, pressures.data(), count, piston.a, piston.b, piston.k, rule.view(), {});
-    pressures.read();
-  }
-}
-
-TEST_P(PackedPressureTest, TheOrderOfPointsDoesNotMatter) {
-  for (const int n : {1, 9, 10}) {
-    const HalfRule<float> rule(n);
-    for (const bool wild : {false, true}) {
-      std::mt19937 random(5);
-      const std::vector<Point> points = Points(piston, 4).list(3000, wild);
-      const std::vector<Complex> pressures = evaluate(way, points, rule);
-      std::vector<std::size_t> places(points.size());
-      std::iota(places.begin(), places.end(), 0);
-      for (int repeat = 0; repeat < 5; ++repeat) {
-        std::shuffle(places.begin(), places.end(), random);
-        std::vector<Point> shuffled;
-        std::vector<Complex> expected;
-        for (const std::size_t place : places) {
-          shuffled.push_back(points[place]);
-          expected.push_back(pressures[place]);
-        }
-        EXPECT_TRUE(sameValues(evaluate(way, shuffled, rule), expected, shuffled));
-      }
-    }
-  }
-}
-
-TEST_P(PackedPressureTest, APointDoesNotFeelItsNeighbours) {
-  const HalfRule<float> rule(10);
-  const std::vector<Complex> alone = evaluateAlone(way, oneOfEach, rule);
-  for (const Point& neighbour : oneOfEach)
-    for (std::size_t i = 0; i < oneOfEach.size(); ++i)
-      for (std::size_t lane = 0; lane < 32; ++lane) {
-        std::vector<Point> points(32, neighbour);
-        points[lane] = oneOfEach[i];
-        const Complex p = evaluate(way, points, rule)[lane];
-        ASSERT_TRUE(same(p, alone[i]))
-            << oneOfEach[i] << " in lane " << lane << " among " << neighbour;
-      }
-}
-
 TEST_P(PackedPressureTest, NegativeSidesReachAsFarAsPositiveOnes) {
   // Sides of opposite signs: without their magnitudes, they would cancel in a sum of distances.
   const HalfRule<float> rule(10);
@@ -462,27 +311,6 @@ TEST_P(PackedPressureTest, NegativeSidesReachAsFarAsPositiveOnes) {
     for (const Point& point : {Point{-side, 0, 0.01f}, Point{0.99f * side, 0, 0.01f}})
       EXPECT_TRUE(same(evaluate(way, {point}, rule, far)[0], {0, 0})) << point;
   }
-}
-
-TEST_P(PackedPressureTest, GarbageInEveryOtherPlaceChangesNothing) {
-  const HalfRule<float> rule(9);
-  const std::vector<Point> points = Points(piston, 6).list(3000, false);
-  const std::vector<Complex> expected = evaluate(way, points, rule);
-  for (const float garbage : {nan, inf, -inf, largest, 0.0f, 0.75f})
-    for (const std::size_t step : {2u, 3u, 7u, 32u, 33u})
-      for (const std::size_t kept : {std::size_t{0}, step - 1}) {
-        std::vector<Point> among(points.size(), {garbage, garbage, garbage});
-        std::vector<Point> chosen;
-        std::vector<Complex> actual, wanted;
-        for (std::size_t i = kept; i < points.size(); i += step) among[i] = points[i];
-        const std::vector<Complex> all = evaluate(way, among, rule);
-        for (std::size_t i = kept; i < points.size(); i += step) {
-          chosen.push_back(points[i]);
-          actual.push_back(all[i]);
-          wanted.push_back(expected[i]);
-        }
-        EXPECT_TRUE(sameValues(actual, wanted, chosen)) << garbage << " but every " << step;
-      }
 }
 
 TEST_P(PackedPressureTest, OrderZeroOrBelowIsZeroEverywhere) {

@@ -6,21 +6,12 @@
 #include <vector>
 
 #include "FastNearfield/Launchers.h"
-#include "FastNearfield/RectangularPiston2.h"
-#include "FastNearfield/packs/PackedPressure.h"
-#include "support/LiteralPressure.h"
 #include "support/SameBits.h"
 
 // Properties that hold for every piston and every point, bit for bit unless stated otherwise.
 
 using launchers::Complex;
-using launchers::Complexd;
 using launchers::GuardedVector;
-using launchers::Values;
-using launchers::widened;
-using pistonfield::Grid3DR;
-using pistonfield::InstructionSet;
-using pistonfield::RectangularPistonCuda2;
 
 namespace {
 
@@ -38,13 +29,13 @@ struct Point {
 
 using Points = std::vector<Point>;
 using Pressures = std::vector<Complex>;
-using Transform = Grid3DR<double>::Transform;
 
-class PropertiesTest : public launchers::Test {
+class OrderedPropertiesTest : public launchers::Test, public testing::WithParamInterface<int> {
  protected:
   void SetUp() override {
     Test::SetUp();
     device.poisonFreshMemory();
+    setCudaIntegratorParameters("RectangularPiston", GetParam());
   }
 
   float between(float low, float high) {
@@ -93,40 +84,7 @@ class PropertiesTest : public launchers::Test {
     return points;
   }
 
-  /// Places a grid of random steps at a random corner, turned and sheared.
-  Transform anyTransform() {
-    Transform transform{};
-    for (std::size_t n = 0; n < 12; ++n) transform[n] = static_cast<double>(between(-0.5f, 0.5f));
-    transform[11] += 3;
-    transform[15] = 1;
-    return transform;
-  }
-
-  template <class T>
-  static std::vector<T> onTheCpu(const Piston& piston, const Transform& transform) {
-    const Grid3DR<double> grid(5, 4, 3, transform);
-    std::vector<T> out(std::size_t{2} * grid.nbPositions());
-    RectangularPistonCuda2(double{piston.a}, double{piston.b}, double{piston.k})
-        .computeCPU<T, double>(out.data(), grid);
-    return out;
-  }
-
-  static Values inDoubleOnTheDevice(const Piston& piston, Transform transform) {
-    GuardedVector<Complexd> data(60);
-    RectangularPiston_func_d(data.data(), 5, 4, 3, transform.data(), double{piston.a},
-                             double{piston.b}, double{piston.k});
-    return widened(data.read());
-  }
-
   std::mt19937 random{20};
-};
-
-class OrderedPropertiesTest : public PropertiesTest, public testing::WithParamInterface<int> {
- protected:
-  void SetUp() override {
-    PropertiesTest::SetUp();
-    setCudaIntegratorParameters("RectangularPiston", GetParam());
-  }
 };
 
 INSTANTIATE_TEST_SUITE_P(Order, OrderedPropertiesTest, testing::Values(1, 9, 10, 64),
@@ -161,37 +119,6 @@ TEST_P(OrderedPropertiesTest, TheOrderOfPointsDoesNotMatter) {
       wanted.push_back(expected[place]);
     }
     EXPECT_TRUE(support::sameBits(evaluate(shuffled, piston), wanted));
-  }
-}
-
-TEST_P(OrderedPropertiesTest, InstructionSetsAgreeWithinARoundingOfThePhase) {
-  const support::HalfRule<float> rule(GetParam());
-  const auto evaluateWith = [&](InstructionSet set, const Points& points, const Piston& piston) {
-    GuardedVector<Complex> data(points.size());
-    pistonfield::packedPressure(set)(&points[0].x, data.data(), static_cast<int>(points.size()),
-                                     piston.b / 2, piston.a / 2, piston.k, rule.view(), {});
-    return data.read();
-  };
-  for (int repeat = 0; repeat < 10; ++repeat) {
-    const Piston piston = anyPiston();
-    const Points points = anyPoints(piston, 1000);
-    const Pressures launched = evaluate(points, piston);
-    for (const InstructionSet set :
-         {InstructionSet::OLDEST, InstructionSet::AVX2, InstructionSet::AVX512}) {
-      if (!pistonfield::has(set)) continue;
-      const Pressures pressures = evaluateWith(set, points, piston);
-      for (std::size_t i = 0; i < points.size(); ++i) {
-        const auto& [x, y, z] = points[i];
-        // A third of the bound promised for single precision.
-        const double bound =
-            support::tolerance(double{x}, double{y}, double{z}, double{piston.b} / 2,
-                               double{piston.a} / 2, double{piston.k}) /
-            3;
-        EXPECT_LE(std::hypot(pressures[i].re - launched[i].re, pressures[i].im - launched[i].im),
-                  bound)
-            << static_cast<int>(set) << " at " << x << ", " << y << ", " << z;
-      }
-    }
   }
 }
 
@@ -244,57 +171,6 @@ TEST_P(OrderedPropertiesTest, TheOppositeWaveNumberTurnsTheSignOfTheRealPart) {
       EXPECT_EQ(opposite[i].re, -pressures[i].re);
       EXPECT_EQ(opposite[i].im, pressures[i].im);
     }
-  }
-}
-
-TEST_F(PropertiesTest, GridsAreMirrorSymmetricInBothPrecisions) {
-  const std::size_t count = 1001;
-  for (int repeat = 0; repeat < 10; ++repeat) {
-    const Piston piston = anyPiston();
-    const float dx = between(0.05f, 0.3f), dy = between(0.05f, 0.3f), dz = between(0.1f, 1);
-    Values single[4], dual[4];
-    for (int mirrors = 0; mirrors < 4; ++mirrors) {
-      const float x = mirrors % 2 == 0 ? dx : -dx, y = mirrors < 2 ? dy : -dy;
-      GuardedVector<Complex> data(count);
-      do_calculate(data.data(), 11, 13, 7, x, y, dz, piston.a, piston.b, piston.k);
-      single[mirrors] = widened(data.read());
-      GuardedVector<Complexd> data_d(count);
-      do_calculate_d(data_d.data(), 11, 13, 7, double{x}, double{y}, double{dz}, double{piston.a},
-                     double{piston.b}, double{piston.k});
-      dual[mirrors] = widened(data_d.read());
-    }
-    for (int mirrors = 1; mirrors < 4; ++mirrors) {
-      EXPECT_EQ(single[mirrors], single[0]) << mirrors;
-      EXPECT_EQ(dual[mirrors], dual[0]) << mirrors;
-    }
-  }
-}
-
-TEST_F(PropertiesTest, LengthsScaleByPowersOfTwoInDoublePrecisionAndOnTheCpu) {
-  for (int repeat = 0; repeat < 10; ++repeat) {
-    const Piston piston = anyPiston();
-    const Transform transform = anyTransform();
-    for (const int exponent : {-8, 1, 20}) {
-      const Piston scaled = {std::ldexp(piston.a, exponent), std::ldexp(piston.b, exponent),
-                             std::ldexp(piston.k, -exponent)};
-      Transform placed = transform;
-      for (std::size_t n = 0; n < 12; ++n) placed[n] = std::ldexp(placed[n], exponent);
-      EXPECT_EQ(inDoubleOnTheDevice(scaled, placed), inDoubleOnTheDevice(piston, transform));
-      EXPECT_EQ(onTheCpu<float>(scaled, placed), onTheCpu<float>(piston, transform));
-      EXPECT_EQ(onTheCpu<double>(scaled, placed), onTheCpu<double>(piston, transform));
-    }
-  }
-}
-
-TEST_F(PropertiesTest, TheOppositeWaveNumberTurnsTheSignOfTheRealPartOnTheCpuToo) {
-  // Every operation of the sum rounds conjugate operands to the conjugate result.
-  for (int repeat = 0; repeat < 20; ++repeat) {
-    const Piston piston = anyPiston();
-    const Piston opposite = {piston.a, piston.b, -piston.k};
-    const Transform transform = anyTransform();
-    std::vector<double> expected = onTheCpu<double>(piston, transform);
-    for (std::size_t i = 0; i < expected.size(); i += 2) expected[i] = -expected[i];
-    EXPECT_EQ(onTheCpu<double>(opposite, transform), expected);
   }
 }
 

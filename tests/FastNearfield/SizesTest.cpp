@@ -1,13 +1,11 @@
 #include <cmath>
-#include <cstdlib>
-#include <fstream>
+#include <functional>
 #include <limits>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "FastNearfield/Launchers.h"
-#include "support/SameBits.h"
 
 // Launchers at sizes that reach a limit: the device's memory, the shape of a launch, or 32 bits.
 
@@ -17,7 +15,7 @@ using launchers::Complex;
 using launchers::k;
 using launchers::Values;
 using support::Failure;
-using support::failureOf;
+using support::quietFailureOf;
 
 namespace {
 
@@ -45,16 +43,7 @@ class SizesTest : public launchers::Test {
     device.poisonFreshMemory();
   }
 
-  /// Returns the failure, and discards the runtime's error text on standard error.
-  template <class Call>
-  static Failure quietFailureOf(Call call) {
-    testing::internal::CaptureStderr();
-    Failure failure = failureOf(call);
-    testing::internal::GetCapturedStderr();
-    return failure;
-  }
-
-  /// The bytes that a call allocates or copies, in turn, where every allocation fails.
+  /// The bytes that a call allocates or copies, in turn, if every allocation fails.
   template <class Call>
   std::vector<std::size_t> bytes(Call call) {
     std::vector<Failure> failures;
@@ -104,21 +93,21 @@ TEST_F(SizesTest, MorePointsThanAnIntCountsAreRefusedAndNothingIsWritten) {
   for (const launchers::Size& size :
        {launchers::Size{65536, 32768, 1}, launchers::Size{2048, 1024, 1024},
         launchers::Size{65536, 1, 65536}}) {
-    const auto [sx, sy, sz] = size;
-    EXPECT_EQ(quietFailureOf([&, sx = sx, sy = sy, sz = sz] {
-                RectangularPiston_func_device(nullptr, sx, sy, sz, launchers::transform, a, b, k);
-              }).condition,
-              "invalid configuration argument");
-    EXPECT_EQ(quietFailureOf([&, sx = sx, sy = sy, sz = sz] {
-                RectangularPiston_func2_device(nullptr, nullptr, sx, sy, sz, launchers::transform,
-                                               a, b, k);
-              }).condition,
-              "invalid configuration argument");
-    EXPECT_EQ(quietFailureOf([&, sx = sx, sy = sy, sz = sz] {
-                RectangularPiston_func_structured_device(nullptr, sx, sy, sz, nullptr, nullptr,
-                                                         nullptr, a, b, k);
-              }).condition,
-              "invalid configuration argument");
+    const std::function<void()> calls[] = {
+        [=] {
+          RectangularPiston_func_device(nullptr, size.sx, size.sy, size.sz, launchers::transform, a,
+                                        b, k);
+        },
+        [=] {
+          RectangularPiston_func2_device(nullptr, nullptr, size.sx, size.sy, size.sz,
+                                         launchers::transform, a, b, k);
+        },
+        [=] {
+          RectangularPiston_func_structured_device(nullptr, size.sx, size.sy, size.sz, nullptr,
+                                                   nullptr, nullptr, a, b, k);
+        }};
+    for (const std::function<void()>& call : calls)
+      EXPECT_EQ(quietFailureOf(call).condition, "invalid configuration argument");
     EXPECT_EQ(device.liveAllocations(), 0u);
   }
 }
@@ -162,57 +151,6 @@ TEST_F(SizesTest, MorePointsThanAnIntCountsTakeNoMemory) {
                                                 b, k);
             }),
             (std::vector<std::size_t>{8192, 524292, 32, 8192, 524292, 32}));
-}
-
-/// The available memory of this machine in bytes, or 0 if it is unknown.
-std::size_t availableMemory() {
-  std::ifstream information("/proc/meminfo");
-  std::string name, unit;
-  std::size_t kibibytes = 0;
-  while (information >> name >> kibibytes && std::getline(information, unit))
-    if (name == "MemAvailable:") return kibibytes << 10;
-  return 0;
-}
-
-TEST_F(SizesTest, TwoGibibytesOfPointsAreEvaluated) {
-  constexpr int count = 180000000;
-  constexpr std::size_t points = count;
-  constexpr std::size_t bytes = points * 3 * sizeof(float);
-  static_assert(bytes > std::size_t{1} << 31);
-  if (!std::getenv("PISTONFIELD_LONG"))
-    GTEST_SKIP() << "takes gigabytes: runs where PISTONFIELD_LONG is set";
-  const std::size_t needed = 2 * (bytes + points * sizeof(Complex)) + (std::size_t{1} << 30);
-  if (availableMemory() < needed)
-    GTEST_SKIP() << "needs " << needed << " bytes of memory, " << availableMemory()
-                 << " are available";
-  setCudaIntegratorParameters("RectangularPiston", 2);
-
-  // Each point differs from its neighbours and from the points 2²⁹ … 2³¹ bytes away.
-  const auto place = [](std::size_t n, float* position) {
-    constexpr std::size_t columns = 8191, rows = 8179;
-    const std::size_t column = n % columns, row = n / columns % rows, page = n / columns / rows;
-    position[0] = static_cast<float>(column) * 0x1p-11f;
-    position[1] = static_cast<float>(row) * 0x1p-11f;
-    position[2] = static_cast<float>(1 + page) * 0.25f;
-  };
-  std::vector<Complex> pressures(points);
-  std::vector<float> positions(points * 3);
-  for (std::size_t n = 0; n < points; ++n) place(n, &positions[3 * n]);
-  RectangularPiston_func_unstructured(pressures.data(), count, positions.data(), a, b, k);
-
-  const auto expectSame = [&](std::size_t first) {
-    constexpr std::size_t some = 1000;
-    std::vector<float> few(some * 3);
-    for (std::size_t n = 0; n < some; ++n) place(first + n, &few[3 * n]);
-    std::vector<Complex> expected(some);
-    RectangularPiston_func_unstructured(expected.data(), int{some}, few.data(), a, b, k);
-    const auto begin = pressures.begin() + static_cast<std::ptrdiff_t>(first);
-    EXPECT_TRUE(support::sameBits({begin, begin + int{some}}, expected)) << first;
-  };
-  for (std::size_t first = 0; first + 1000 <= points; first += 7654321) expectSame(first);
-  for (const std::size_t byte : {std::size_t{1} << 29, std::size_t{1} << 30, std::size_t{1} << 31})
-    expectSame(byte / 12 - 500);
-  expectSame(points - 1000);
 }
 
 }  // namespace

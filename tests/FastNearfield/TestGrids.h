@@ -17,10 +17,9 @@ struct Size {
 
 constexpr Size sizes[] = {{1, 1, 1}, {17, 3, 3}, {7, 11, 13}, {129, 1, 2}, {1, 1, 131}};
 
-// Powers of two, so that the positions are exact on every device, with or without fused
-// multiply-add.
-constexpr float transform[16] = {0.125f, 0.25f, -0.5f,  0.0625f, -0.25f, 0.125f, 0.5f, 0.5f,
-                                 0.5f,   0.25f, 0.125f, 1,       9,      9,      9,    9};
+// Powers of two, so that the positions are exact on every device, whatever it fuses.
+inline float transform[16] = {0.125f, 0.25f, -0.5f,  0.0625f, -0.25f, 0.125f, 0.5f, 0.5f,
+                              0.5f,   0.25f, 0.125f, 1,       9,      9,      9,    9};
 
 /// x, y, z of every point, the first axis varying fastest.
 inline std::vector<float> transformedPositions(const Size& size) {

@@ -9,7 +9,8 @@
 #include "FastNearfield/RectangularPiston2.h"
 #include "core/cudahelper.h"
 
-// Every way to use the device in C++.
+// Every way to compute on the device in C++. Whole calls, from its start to its release, are the
+// gateway's.
 
 namespace ways {
 
@@ -17,9 +18,6 @@ using launchers::small;
 using launchers::Values;
 using pistonfield::CudaDeviceThread;
 using pistonfield::CudaStorage;
-
-/// Stands for an exception of the caller that is unwinding when the device is released.
-struct Interruption {};
 
 inline const pistonfield::RectangularPistonCuda2 piston{2, 4, 5};
 inline const pistonfield::Grid3DR<double> grid(3, 2, 2,
@@ -48,27 +46,7 @@ inline Values computedOnStorage() {
   return paired<float>({storage.getFloatData(), storage.getFloatData() + storage.getSize()});
 }
 
-inline Values wholeCallWithOrder() {
-  const CudaDeviceThread device;
-  setCudaIntegratorParameters("RectangularPiston", 12);
-  return launchers::unstructured(small);
-}
-
-inline Values wholeCallWithTable() {
-  const CudaDeviceThread device;
-  const float x[] = {0.861136f, 0.339981f}, w[] = {0.347855f, 0.652145f};
-  setIntegratorWeightsSym("RectangularPiston", x, w, 4);
-  return launchers::unstructured(small);
-}
-
-inline Values interruptedCall() {
-  const CudaDeviceThread device;
-  setCudaIntegratorParameters("RectangularPiston", 12);
-  launchers::unstructured(small);
-  throw Interruption();
-}
-
-/// A list that is launched in two pieces, of which the second is short.
+/// A list of two pieces, the second a short one.
 inline Values listInPieces() {
   setCudaIntegratorParameters("RectangularPiston", 512);
   return launchers::unstructured({121, 85, 2});
@@ -96,9 +74,8 @@ Values launched() {
 
 inline std::vector<Way> all() {
   using namespace checked_calls;
-  // The first elements of the transform, as printed, for the grid of the launchers and for the grid
-  // above.
-  const char* const shown = "0.5 0 0 -1 0";
+  // Of the grid of the launchers, and of the one above.
+  const char* const shown = "0.125 0.25 -0.5 0.0625 -0.25";
   const char* const shownOfCompute = "0.5 0 0 -0.75 0";
   const dim3 ofCompute(1, 1);
   const Steps order12 = order(12, "-0.981561");
@@ -122,9 +99,6 @@ inline std::vector<Way> all() {
                  grid_device(shownOfCompute, ofCompute))},
         {"listOfDoubles", listOfDoubles, order12 + smallList},
         {"listOfDoublesInHostMemory", listOfDoubles, order12 + inHostMemory(smallList), true},
-        {"wholeCallWithOrder", wholeCallWithOrder, start + order12 + smallList + end},
-        {"wholeCallWithTable", wholeCallWithTable, start + table("0.861136") + smallList + end},
-        {"interruptedCall", interruptedCall, start + order12 + smallList + silentEnd},
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
         // The hundreds of runs would take minutes with a sanitizer. The launcher waits for the
         // first piece.

@@ -25,11 +25,9 @@ TEST_F(KernelOnFieldTest, ARunEndsWithTheKernel) {
   KernelOnField::setOrder(10);
   device.recordCalls();
   kernel.run();
-  std::vector<std::string> functions;
-  for (const pistonfield::emulation::Call& call : device.calls())
-    functions.emplace_back(call.function);
-  EXPECT_EQ(functions, (std::vector<std::string>{"cudaGetLastError", "cudaLaunchKernel",
-                                                 "cudaGetLastError", "cudaDeviceSynchronize"}));
+  EXPECT_EQ(functionsCalled(),
+            (std::vector<std::string>{"cudaGetLastError", "cudaLaunchKernel", "cudaGetLastError",
+                                      "cudaDeviceSynchronize"}));
 }
 
 TEST_F(KernelOnFieldTest, AKernelThatFailsEndsTheBenchmark) {

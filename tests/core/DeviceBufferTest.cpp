@@ -7,6 +7,8 @@
 
 using pistonfield::DeviceBuffer;
 
+// Memory of the device's own is seen in EveryCallTest: that it is copied to and from, and freed.
+
 namespace {
 
 class DeviceBufferTest : public support::EmulationTest {
@@ -14,26 +16,6 @@ class DeviceBufferTest : public support::EmulationTest {
   std::array<float, 4> array{1, 2, 3, 4};
   DeviceBuffer<float> buffer;
 };
-
-TEST_F(DeviceBufferTest, IsMemoryOfItsOwnThatIsCopiedAndFreed) {
-  EXPECT_EQ(buffer.allocate(array.data(), sizeof array), cudaSuccess);
-  EXPECT_NE(buffer.get(), array.data());
-  EXPECT_EQ(buffer.upload(), cudaSuccess);
-  array = {};
-  EXPECT_EQ(buffer.download(), cudaSuccess);
-  EXPECT_EQ(array, (std::array<float, 4>{1, 2, 3, 4}));
-  EXPECT_EQ(buffer.free(), cudaSuccess);
-  EXPECT_EQ(device.liveAllocations(), 0u);
-}
-
-TEST_F(DeviceBufferTest, IsFreedAtTheLatestWithItsOwner) {
-  {
-    DeviceBuffer<float> local;
-    EXPECT_EQ(local.allocate(array.data(), sizeof array), cudaSuccess);
-    EXPECT_EQ(device.liveAllocations(), 1u);
-  }
-  EXPECT_EQ(device.liveAllocations(), 0u);
-}
 
 TEST_F(DeviceBufferTest, IsTheArrayWhereTheDeviceWorksInTheHostsMemory) {
   device.restore();

@@ -37,27 +37,15 @@ TEST(GridTest, UnstructuredGridStartsAtZero) {
   for (int i = 0; i < 4; ++i) expectEqual(grid.getPosition(i), vector(0, 0, 0));
 }
 
-TEST(GridTest, UnstructuredGridReturnsCopiesOfItsPositions) {
-  GridUnstructured<double> grid(2);
-  grid.positions[1] = vector(1, 2, 3);
-  MVector<double, 3> copy = grid.getPosition(1);
-  copy[0] = 7;
-  expectEqual(grid.getPosition(1), vector(1, 2, 3));
-}
-
 TEST(GridTest, PositionsAreAPlainVectorWhoseNewElementsAreZero) {
   GridUnstructured<double> grid(1);
   std::vector<MVector<double, 3>>& positions = grid.positions;
   positions.resize(3);
   expectEqual(grid.getPosition(2), vector(0, 0, 0));
-}
-
-TEST(GridTest, RegularGridCountsItsPoints) {
-  const Grid3DR<double> grid(3, 4, 5, skewed);
-  EXPECT_EQ(grid.nbPositions(), 60u);
-  EXPECT_EQ(grid.sx(), 3u);
-  EXPECT_EQ(grid.sy(), 4u);
-  EXPECT_EQ(grid.sz(), 5u);
+  positions[1] = vector(1, 2, 3);
+  MVector<double, 3> copy = grid.getPosition(1);
+  copy[0] = 7;
+  expectEqual(grid.getPosition(1), vector(1, 2, 3));
 }
 
 TEST(GridTest, ARegularGridOfMorePointsThan32BitsCountIsRefused) {
@@ -96,33 +84,25 @@ TEST(GridTest, APositionBeyondARegularGridIsRefused) {
 }
 
 TEST(GridTest, RegularGridAppliesItsTransformFirstAxisFastest) {
-  const Grid3DR<double> grid(3, 4, 5, skewed);
-  const int i = 2, j = 3, l = 4;
-  expectEqual(
-      grid.getPosition((l * 4 + j) * 3 + i),
-      vector(4 + 1 * i + 2 * j + 3 * l, 8 + 5 * i + 6 * j + 7 * l, 12 + 9 * i + 10 * j + 11 * l));
-}
-
-TEST(GridTest, HomogeneousScaleOfTwoHalvesEveryCoordinate) {
   Grid3DR<double>::Transform halved = skewed;
+  halved[12] = halved[13] = halved[14] = 5;  // not used
   halved[15] = 2;
-  const Grid3DR<double> whole(3, 4, 5, skewed);
-  const Grid3DR<double> half(3, 4, 5, halved);
-  for (int n = 0; n < 60; ++n) {
-    MVector<double, 3> p = whole.getPosition(n);
-    expectEqual(half.getPosition(n), vector(p[0] / 2, p[1] / 2, p[2] / 2));
-  }
-}
-
-TEST(GridTest, OtherEntriesOfTheBottomRowAreNotUsed) {
-  Grid3DR<double>::Transform other = skewed;
-  other[12] = other[13] = other[14] = 5;
-  expectEqual(Grid3DR<double>(2, 2, 2, other).getPosition(7),
-              Grid3DR<double>(2, 2, 2, skewed).getPosition(7));
+  const Grid3DR<double> grid(3, 4, 5, skewed), half(3, 4, 5, halved);
+  EXPECT_EQ(grid.nbPositions(), 60u);
+  for (int l = 0, n = 0; l < 5; ++l)
+    for (int j = 0; j < 4; ++j)
+      for (int i = 0; i < 3; ++i, ++n) {
+        MVector<double, 3> p = vector(4 + 1 * i + 2 * j + 3 * l, 8 + 5 * i + 6 * j + 7 * l,
+                                      12 + 9 * i + 10 * j + 11 * l);
+        expectEqual(grid.getPosition(n), p);
+        expectEqual(half.getPosition(n), vector(p[0] / 2, p[1] / 2, p[2] / 2));
+      }
 }
 
 TEST(GridTest, RegularGridFromOriginAndSpacing) {
   const Grid3DR<double> grid(2, 3, 4, vector(1, 2, 3), vector(0.5, 0.25, 2));
+  EXPECT_EQ(std::vector<unsigned>({grid.sx(), grid.sy(), grid.sz()}),
+            std::vector<unsigned>({2, 3, 4}));
   expectEqual(grid.getPosition(0), vector(1, 2, 3));
   expectEqual(grid.getPosition(23), vector(1.5, 2.5, 9));
 }

@@ -9,7 +9,7 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 mkdir -p "$folder"/{bin,scripts,build/cuda/tests}
 cp "$2" "$folder/scripts/gpu-check"
-for name in unit_tests gateway_tests handler_tests; do ln -s "$program" "$folder/build/cuda/tests/$name"; done
+for name in unit_tests gateway_tests; do ln -s "$program" "$folder/build/cuda/tests/$name"; done
 
 command_that() { # <file> <does this>
   printf '#!/bin/bash\n%s\n' "$2" >"$folder/$1"

@@ -97,17 +97,12 @@ TEST_F(EmulatedLaunchTest, RefusesShapesThatNoDeviceLaunches) {
     return error == cudaErrorInvalidConfiguration &&
            cudaGetLastError() == cudaErrorInvalidConfiguration;
   };
-  EXPECT_TRUE(refused(dim3(0), dim3(1)));
-  EXPECT_TRUE(refused(dim3(1, 0), dim3(1)));
-  EXPECT_TRUE(refused(dim3(1, 1, 0), dim3(1)));
-  EXPECT_TRUE(refused(dim3(1), dim3(0)));
-  EXPECT_TRUE(refused(dim3(2147483648u), dim3(1)));
-  EXPECT_TRUE(refused(dim3(1, 65536), dim3(1)));
-  EXPECT_TRUE(refused(dim3(1, 1, 65536), dim3(1)));
+  for (const dim3 grid :
+       {dim3(0), dim3(1, 0), dim3(1, 1, 0), dim3(2147483648u), dim3(1, 65536), dim3(1, 1, 65536)})
+    EXPECT_TRUE(refused(grid, dim3(1))) << grid.x << " " << grid.y << " " << grid.z;
   EXPECT_TRUE(refused(dim3(1u << 30, 1u << 15, 1u << 15), dim3(16)));  // 2^64 threads
-  EXPECT_TRUE(refused(dim3(1), dim3(1025)));
-  EXPECT_TRUE(refused(dim3(1), dim3(1, 1, 65)));
-  EXPECT_TRUE(refused(dim3(1), dim3(32, 33)));
+  for (const dim3 block : {dim3(0), dim3(1025), dim3(1, 1, 65), dim3(32, 33)})
+    EXPECT_TRUE(refused(dim3(1), block)) << block.x << " " << block.y << " " << block.z;
   EXPECT_FALSE(refused(dim3(1), dim3(32, 32)));
 }
 

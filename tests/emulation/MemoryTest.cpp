@@ -102,31 +102,10 @@ TEST_F(EmulatedMemoryTest, ResetFreesMemoryAndForgetsSymbols) {
   EXPECT_EQ(table[0], 0.0f);
 }
 
-TEST_F(EmulatedMemoryTest, IsTheHostsUnlessATestSeparatesIt) {
-  EXPECT_FALSE(pistonfield::emulation::usesHostMemory());
-  device.restore();
-  EXPECT_TRUE(pistonfield::emulation::usesHostMemory());
-  device.separateMemory();
-  EXPECT_FALSE(pistonfield::emulation::usesHostMemory());
-}
-
 TEST_F(EmulatedMemoryTest, FreshMemoryCanBePoisoned) {
   device.poisonFreshMemory();
   const auto* const bytes = static_cast<unsigned char*>(allocate(64));
   for (int i = 0; i < 64; ++i) EXPECT_EQ(bytes[i], 0xFF);
-}
-
-TEST_F(EmulatedMemoryTest, TheNthCallFailsOnceOrForGood) {
-  device.failCall("cudaMalloc", 2, cudaErrorUnknown, false);
-  void* memory = nullptr;
-  EXPECT_EQ(cudaMalloc(&memory, 8), cudaSuccess);
-  EXPECT_EQ(cudaMalloc(&memory, 8), cudaErrorUnknown);
-  EXPECT_EQ(cudaMalloc(&memory, 8), cudaSuccess);
-  device.restore();
-  device.failCall("", 2, cudaErrorUnknown, true);
-  EXPECT_EQ(cudaDeviceSynchronize(), cudaSuccess);
-  EXPECT_EQ(cudaMalloc(&memory, 8), cudaErrorUnknown);
-  EXPECT_EQ(cudaDeviceSynchronize(), cudaErrorUnknown);
 }
 
 TEST_F(EmulatedMemoryTest, WithoutADeviceEveryCallSaysSo) {

@@ -45,14 +45,4 @@ TEST_F(FaultTest, WithoutDoubleSupportTheCallGoesOn) {
   EXPECT_EQ(outcome.results.at(0).re[0], expected[0].real());
 }
 
-TEST_F(FaultTest, PoisonedDeviceMemoryNeverShows) {
-  Arguments arguments;
-  arguments.points = host::matrix(3, 2, {0, 0, 0.01, 0.001, 0.002, 0.02});
-  startAfresh(Memory::HOSTS);
-  const auto expected = pressures(arguments);
-  startAfresh();
-  device.poisonFreshMemory();
-  EXPECT_EQ(pressures(arguments), expected);
-}
-
 }  // namespace

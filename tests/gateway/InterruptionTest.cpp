@@ -28,10 +28,10 @@ TEST_P(InterruptionTest, AsksBetweenPiecesOnly) {
   const host::Outcome outcome = interrupted(0);
   EXPECT_GE(outcome.checks, 2);
   EXPECT_FALSE(outcome.interrupted);
-  EXPECT_FALSE(outcome.error) << *outcome.error;
 }
 
-TEST_P(InterruptionTest, EndsWithEverythingFreedAndNothingPrintedAfter) {
+TEST_P(InterruptionTest, EndsWithEverythingFreedAndTheNextCallIsRight) {
+  const std::vector<std::complex<double>> expected = pressures(arguments);
   for (const int check : {1, 2}) {
     const host::Outcome outcome = interrupted(check);
     EXPECT_TRUE(outcome.interrupted);
@@ -39,13 +39,8 @@ TEST_P(InterruptionTest, EndsWithEverythingFreedAndNothingPrintedAfter) {
     EXPECT_FALSE(outcome.error) << *outcome.error;
     EXPECT_EQ(outcome.standardError, "");
     EXPECT_EQ(device.liveAllocations(), 0u);
+    EXPECT_EQ(pressures(arguments), expected);
   }
-}
-
-TEST_P(InterruptionTest, TheNextCallIsRight) {
-  const std::vector<std::complex<double>> expected = pressures(arguments);
-  interrupted(1);
-  EXPECT_EQ(pressures(arguments), expected);
 }
 
 INSTANTIATE_IN_EITHER_MEMORY(InterruptionTest);

@@ -3,23 +3,13 @@
 #include <limits>
 
 #include "gateway/GatewayTest.h"
+#include "gateway/Messages.h"
 
 // Every message of the gateway, and which one a call with several mistakes gets.
 
 namespace {
 
-const std::string argumentCount =
-    "Must have five or six input arguments: ([list of points], ignored, l, s, k, "
-    "['cuda'|'cudadp'|'cpu'|'cpusp'|'cpudp'], [nabscissas])";
-const std::string outputCount = "Must have one output arguments";
-const std::string pointsType = "Input must be real, full, and nonstring";
-const std::string abscissas =
-    "abscissas must be a number or a 2D matrix containing abscissas and weights.";
-const std::string rowCount = "Points (argument 1) must have dimension of three.";
-const std::string noPoints = "The given grid must have at least one data point";
-const std::string modeType = "Input 5 must be a character string and either be 'cuda' or 'cpu'";
-const std::string modeValue = "Input 5 must either be 'cuda' or 'cpu[sp,dp]'";
-const std::string cpuMode = "CPU version not implemented, yet.";
+using namespace messages;
 
 class MessagesTest : public GatewayTest {
  protected:
@@ -60,82 +50,87 @@ class MessagesTest : public GatewayTest {
     return array;
   }
 
-  static bool isTextOf(const mxArray& value) { return value.className == "char"; }
+  /// A value that an argument cannot have.
+  struct Wrong {
+    mxArray Arguments::*argument;
+    mxArray value;
+    std::string message;
+  };
+
+  void expectError(const Wrong& wrong) {
+    Arguments arguments;
+    arguments.*wrong.argument = wrong.value;
+    EXPECT_EQ(errorOf(arguments), wrong.message)
+        << wrong.value.className << " " << testing::PrintToString(wrong.value.dims) << " "
+        << std::string(wrong.value.bytes.begin(), wrong.value.bytes.end()).substr(0, 20);
+  }
 };
 
-TEST_F(MessagesTest, InfoPrintsFourLinesAndReturnsNothing) {
-  const host::Outcome outcome = module.call(0, {host::text("info")});
-  EXPECT_FALSE(outcome.error);
-  EXPECT_TRUE(outcome.results.empty());
-  EXPECT_EQ(std::count(outcome.printed.begin(), outcome.printed.end(), '\n'), 4);
-}
-
-TEST_F(MessagesTest, InfoWithAnOutputIsNoQuery) {
-  EXPECT_EQ(module.call(1, {host::text("info")}).error, argumentCount);
-}
-
-TEST_F(MessagesTest, OtherTextsAreNoQuery) {
+TEST_F(MessagesTest, OtherTextsAndInfoWithAnOutputAreNoQueries) {
   for (const char* other : {"inf", "infos", "Info", "", "xinfo"})
     EXPECT_EQ(module.call(0, {host::text(other)}).error, argumentCount) << other;
   EXPECT_EQ(module.call(0, {host::scalar(1)}).error, argumentCount);
   EXPECT_EQ(module.call(0, {}).error, argumentCount);
   EXPECT_EQ(module.call(0, {host::text("info"), host::text("info")}).error, argumentCount);
+  EXPECT_EQ(module.call(1, {host::text("info")}).error, argumentCount);
 }
 
-TEST_F(MessagesTest, FourOrEightArgumentsAreWrong) {
-  EXPECT_EQ(errorOf({}, 4), argumentCount);
-  EXPECT_EQ(errorOf({}, 8), argumentCount);
+TEST_F(MessagesTest, ThereMustBeFiveToSevenArgumentsAndOneOutput) {
+  for (const std::size_t count : {4u, 5u, 6u, 7u, 8u})
+    EXPECT_EQ(errorOf({}, count), count == 4 || count == 8 ? argumentCount : "") << count;
+  for (const int outputs : {0, 2})
+    EXPECT_EQ(module.call(outputs, Arguments{}.first(5)).error, outputCount) << outputs;
 }
 
-TEST_F(MessagesTest, FiveSixAndSevenArgumentsAreRight) {
-  for (const std::size_t count : {5u, 6u, 7u}) EXPECT_EQ(errorOf({}, count), "") << count;
+TEST_F(MessagesTest, WrongShapesAndTextsHaveTheirMessages) {
+  mxArray tooMany = host::matrix(3, 1, {0, 0, 1});
+  tooMany.dims[1] = std::size_t{1} << 31;
+  for (const Wrong& wrong : std::vector<Wrong>{
+           {&Arguments::points, host::ofClass("sparse", 3, 1), pointsType},
+           {&Arguments::points, host::matrix(2, 2, {1, 2, 3, 4}), rowCount},
+           {&Arguments::points, host::matrix(4, 1, {1, 2, 3, 4}), rowCount},
+           {&Arguments::points, host::matrix(0, 0, {}), rowCount},
+           {&Arguments::points, host::matrix(3, 0, {}), noPoints},
+           {&Arguments::points, tooMany, tooManyPoints},
+           {&Arguments::nabscissas, host::matrix(1, 3, {1, 2, 3}), abscissas},
+           {&Arguments::nabscissas, host::matrix(3, 3, {1, 2, 3, 4, 5, 6, 7, 8, 9}), abscissas},
+           {&Arguments::nabscissas, host::matrix(0, 0, {}), abscissas},
+           {&Arguments::nabscissas, host::sparseMatrix(0, 0, {}), abscissas},
+           {&Arguments::nabscissas, host::matrix(2, 1, {1, 2}), abscissas},
+           {&Arguments::mode, host::text(std::string("\0cuda", 5)), modeValue},
+           {&Arguments::mode, inShape("cuadaa", {2, 3}), modeValue},
+           {&Arguments::mode, host::text(std::string(1000000, 'x')), modeValue},
+       })
+    expectError(wrong);
+  for (const char* other : {"CUDA", "cud", "cudad", "cudadpx", "gpu", "", "cpu ", "cpus"})
+    expectError({&Arguments::mode, host::text(other), modeValue});
+  for (const char* cpu : {"cpu", "cpusp", "cpudp"})
+    expectError({&Arguments::mode, host::text(cpu), cpuMode});
 }
 
-TEST_F(MessagesTest, ThereMustBeOneOutput) {
-  EXPECT_EQ(module.call(0, Arguments{}.first(5)).error, outputCount);
-  EXPECT_EQ(module.call(2, Arguments{}.first(5)).error, outputCount);
-}
-
-TEST_F(MessagesTest, ComplexSparseAndCharPointsAreWrong) {
-  Arguments arguments;
-  arguments.points = host::complexMatrix(3, 1, {0, 0, 1}, {0, 0, 0});
-  EXPECT_EQ(errorOf(arguments), pointsType);
-  arguments.points = host::sparseMatrix(3, 1, {0, 0, 1});
-  EXPECT_EQ(errorOf(arguments), pointsType);
-  arguments.points = host::ofClass("sparse", 3, 1);
-  EXPECT_EQ(errorOf(arguments), pointsType);
-  arguments.points = host::text("abc");
-  EXPECT_EQ(errorOf(arguments), pointsType);
-}
-
-TEST_F(MessagesTest, PointsOfEveryOtherClassAreWrong) {
-  Arguments arguments;
+TEST_F(MessagesTest, OtherClassesHaveTheirMessages) {
+  const auto expected = pressures({});
   for (const mxArray& value : everyOtherClass()) {
-    arguments.points = value;
-    EXPECT_EQ(errorOf(arguments), pointsType) << value.className;
+    expectError({&Arguments::points, value, pointsType});
+    if (value.className != "char") expectError({&Arguments::mode, value, modeType});
+    Arguments arguments;
+    arguments.ignored = value;
+    EXPECT_EQ(pressures(arguments), expected) << value.className;
+    if (value.isComplex) continue;  // its real part is the table
+    mxArray table = value;
+    table.dims = {1, 2};
+    expectError({&Arguments::nabscissas, table, abscissas});
   }
-}
-
-TEST_F(MessagesTest, TwoOrFourRowsAreWrong) {
-  Arguments arguments;
-  arguments.points = host::matrix(2, 2, {1, 2, 3, 4});
-  EXPECT_EQ(errorOf(arguments), rowCount);
-  arguments.points = host::matrix(4, 1, {1, 2, 3, 4});
-  EXPECT_EQ(errorOf(arguments), rowCount);
-  arguments.points = host::matrix(0, 0, {});
-  EXPECT_EQ(errorOf(arguments), rowCount);
-}
-
-TEST_F(MessagesTest, NoPointsAreWrong) {
-  Arguments arguments;
-  arguments.points = host::matrix(3, 0, {});
-  EXPECT_EQ(errorOf(arguments), noPoints);
-}
-
-TEST_F(MessagesTest, MoreColumnsThanAnIntCountsAreWrong) {
-  Arguments arguments;
-  arguments.points.dims = {3, std::size_t{1} << 31};
-  EXPECT_EQ(errorOf(arguments), "Points (argument 1) must have at most 2147483647 columns.");
+  for (const Wrong& number :
+       {Wrong{&Arguments::l, {}, messages::l}, Wrong{&Arguments::s, {}, messages::s},
+        Wrong{&Arguments::k, {}, messages::k}, Wrong{&Arguments::nabscissas, {}, abscissas}}) {
+    expectError(number);  // an empty matrix
+    expectError({number.argument, host::sparseMatrix(0, 0, {}), number.message});
+    for (const char* name : {"cell", "struct", "function_handle", "object"})
+      expectError({number.argument, host::ofClass(name, 1, 1), number.message});
+    if (number.argument != &Arguments::nabscissas)
+      expectError({number.argument, host::ofClass("int8", 1, 1), ""});
+  }
 }
 
 TEST_F(MessagesTest, PagesOfPointsCountAsColumns) {
@@ -143,38 +138,6 @@ TEST_F(MessagesTest, PagesOfPointsCountAsColumns) {
   arguments.points.dims = {3, 2, 2};
   arguments.points.re = {0, 0, 1, 0, 0, 2, 0, 0, 3, 0, 0, 4};
   EXPECT_EQ(pressures(arguments).size(), 4u);
-}
-
-TEST_F(MessagesTest, VectorsAndWideMatricesAreNoAbscissas) {
-  Arguments arguments;
-  arguments.nabscissas = host::matrix(1, 3, {1, 2, 3});
-  EXPECT_EQ(errorOf(arguments), abscissas);
-  arguments.nabscissas = host::matrix(3, 3, {1, 2, 3, 4, 5, 6, 7, 8, 9});
-  EXPECT_EQ(errorOf(arguments), abscissas);
-  arguments.nabscissas = host::matrix(0, 0, {});
-  EXPECT_EQ(errorOf(arguments), abscissas);
-  arguments.nabscissas = host::matrix(2, 1, {1, 2});
-  EXPECT_EQ(errorOf(arguments), abscissas);
-}
-
-TEST_F(MessagesTest, TablesOfEveryOtherClassAreNoAbscissas) {
-  Arguments arguments;
-  for (mxArray value : everyOtherClass()) {
-    if (value.isComplex) continue;  // its real part is used as the table
-    value.dims = {1, 2};
-    arguments.nabscissas = value;
-    EXPECT_EQ(errorOf(arguments), abscissas) << value.className;
-  }
-}
-
-TEST_F(MessagesTest, ScalarsThatHoldNoNumberAreNoAbscissas) {
-  Arguments arguments;
-  for (const char* name : {"cell", "struct", "function_handle", "object"}) {
-    arguments.nabscissas = host::ofClass(name, 1, 1);
-    EXPECT_EQ(errorOf(arguments), abscissas) << name;
-  }
-  arguments.nabscissas = host::sparseMatrix(0, 0, {});
-  EXPECT_EQ(errorOf(arguments), abscissas);
 }
 
 TEST_F(MessagesTest, ASparseScalarIsANumber) {
@@ -203,60 +166,6 @@ TEST_F(MessagesTest, ASparseScalarThatHoldsNothingIsZero) {
   EXPECT_EQ(error, report("src/FastNearfield/IntegratorCuda", "order>0", error));
 }
 
-TEST_F(MessagesTest, SidesAndWaveNumberMustBeNumbers) {
-  struct Case {
-    mxArray Arguments::*argument;
-    const char* message;
-  };
-  for (const Case& one : {Case{&Arguments::l, "l (argument 3) must be a number."},
-                          Case{&Arguments::s, "s (argument 4) must be a number."},
-                          Case{&Arguments::k, "k (argument 5) must be a number."}}) {
-    Arguments arguments;
-    for (const char* name : {"cell", "struct", "function_handle", "object"}) {
-      arguments.*one.argument = host::ofClass(name, 1, 1);
-      EXPECT_EQ(errorOf(arguments), one.message) << name;
-    }
-    arguments.*one.argument = host::matrix(0, 0, {});
-    EXPECT_EQ(errorOf(arguments), one.message);
-    arguments.*one.argument = host::sparseMatrix(0, 0, {});
-    EXPECT_EQ(errorOf(arguments), one.message);
-    arguments.*one.argument = host::ofClass("int8", 1, 1);
-    EXPECT_EQ(errorOf(arguments), "");
-  }
-}
-
-TEST_F(MessagesTest, TheIgnoredArgumentMayBeAnything) {
-  Arguments arguments;
-  const auto expected = pressures(arguments);
-  for (const mxArray& value : everyOtherClass()) {
-    arguments.ignored = value;
-    EXPECT_EQ(pressures(arguments), expected) << value.className;
-  }
-}
-
-TEST_F(MessagesTest, TheModeMustBeText) {
-  Arguments arguments;
-  for (const mxArray& value : everyOtherClass()) {
-    if (isTextOf(value)) continue;
-    arguments.mode = value;
-    EXPECT_EQ(errorOf(arguments), modeType) << value.className;
-  }
-}
-
-TEST_F(MessagesTest, UnknownModesAreWrong) {
-  Arguments arguments;
-  for (const char* other : {"CUDA", "cud", "cudad", "cudadpx", "gpu", "", "cpu ", "cpus"}) {
-    arguments.mode = host::text(other);
-    EXPECT_EQ(errorOf(arguments), modeValue) << other;
-  }
-  arguments.mode = host::text(std::string("\0cuda", 5));
-  EXPECT_EQ(errorOf(arguments), modeValue);
-  arguments.mode = inShape("cuadaa", {2, 3});
-  EXPECT_EQ(errorOf(arguments), modeValue);
-  arguments.mode = host::text(std::string(1000000, 'x'));
-  EXPECT_EQ(errorOf(arguments), modeValue);
-}
-
 TEST_F(MessagesTest, TextsAreReadColumnByColumnUpToAZeroWhateverTheirShape) {
   const auto expected = pressures({});
   Arguments arguments;
@@ -270,19 +179,13 @@ TEST_F(MessagesTest, TextsAreReadColumnByColumnUpToAZeroWhateverTheirShape) {
   EXPECT_EQ(errorOf(arguments), cpuMode);
 
   const std::string info = module.call(0, {host::text("info")}).printed;
+  EXPECT_EQ(std::count(info.begin(), info.end(), '\n'), 4);
   for (const mxArray& query :
        {inShape("info", {4, 1}), inShape("info", {2, 2}), host::text(std::string("info\0\0", 6))}) {
     const host::Outcome outcome = module.call(0, {query});
     EXPECT_FALSE(outcome.error);
+    EXPECT_TRUE(outcome.results.empty());
     EXPECT_EQ(outcome.printed, info);
-  }
-}
-
-TEST_F(MessagesTest, TheCpuModesAreNotThere) {
-  Arguments arguments;
-  for (const char* cpu : {"cpu", "cpusp", "cpudp"}) {
-    arguments.mode = host::text(cpu);
-    EXPECT_EQ(errorOf(arguments), cpuMode) << cpu;
   }
 }
 
@@ -339,11 +242,11 @@ TEST_F(MessagesTest, MessagesWinInTheOrderOfTheChecks) {
   arguments.points = host::matrix(2, 0, {});
   EXPECT_EQ(errorOf(arguments), rowCount);
   arguments.k = host::matrix(0, 0, {});
-  EXPECT_EQ(errorOf(arguments), "k (argument 5) must be a number.");
+  EXPECT_EQ(errorOf(arguments), messages::k);
   arguments.s = host::matrix(0, 0, {});
-  EXPECT_EQ(errorOf(arguments), "s (argument 4) must be a number.");
+  EXPECT_EQ(errorOf(arguments), messages::s);
   arguments.l = host::matrix(0, 0, {});
-  EXPECT_EQ(errorOf(arguments), "l (argument 3) must be a number.");
+  EXPECT_EQ(errorOf(arguments), messages::l);
   arguments.nabscissas = host::matrix(1, 3, {1, 2, 3});
   EXPECT_EQ(errorOf(arguments), abscissas);
   arguments.points = host::text("ab");

@@ -1,12 +1,12 @@
 #include <cuda_runtime.h>
 
-#include <chrono>
+#include <cstddef>
 #include <fstream>
 #include <string>
-#include <thread>
 
 #include "gateway/GatewayTest.h"
 #include "support/ProcessMemory.h"
+#include "support/Threads.h"
 #include "support/WithoutDevice.h"
 
 // A host may unload a module and load it again any number of times. The module is linked as for
@@ -21,7 +21,7 @@ constexpr bool threadsAreOnlyOurs = false, memoryIsOnlyOurs = false;
 #else
 constexpr bool threadsAreOnlyOurs = true, memoryIsOnlyOurs = support::memoryIsOnlyOurs;
 #endif
-constexpr long mostLeft = 2000;  // kB; a single call takes 1400
+constexpr std::size_t mostLeft = 2'000'000;  // a single call takes 1'400'000
 
 bool isMapped(const std::string& path) {
   const std::string name = path.substr(path.rfind('/'));
@@ -29,25 +29,6 @@ bool isMapped(const std::string& path) {
   for (std::string line; std::getline(maps, line);)
     if (line.find(name) != std::string::npos) return true;
   return false;
-}
-
-/// A number in /proc/self/status: threads or kilobytes.
-long status(const std::string& name) {
-  std::ifstream lines("/proc/self/status");
-  for (std::string word; lines >> word;) {
-    long value = 0;
-    if (word == name + ":" && lines >> value) return value;
-  }
-  ADD_FAILURE() << name << " is missing in /proc/self/status";
-  return 0;
-}
-
-/// Whether the number of threads falls to `threads`. The kernel still counts a thread for a moment
-/// after it was joined.
-bool fallsTo(long threads) {
-  for (int tries = 0; tries < 1000 && status("Threads") > threads; ++tries)
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  return status("Threads") <= threads;
 }
 
 std::vector<double> realParts(const host::MexHost& module, const Arguments& arguments) {
@@ -75,8 +56,8 @@ TEST_F(UnloadTest, NothingOfAModuleStaysInTheProcess) {
   arguments.points = host::matrix(3, count, points);
 
   const std::vector<double> expected = realParts(host::MexHost(path), arguments);
-  long threads = status("Threads");
-  long early = 0;
+  std::ptrdiff_t threads = support::threadsOfThisProcess();
+  std::size_t early = 0;
   for (int n = 1; n <= 200; ++n) {
     {
       const host::MexHost again(path);
@@ -84,14 +65,14 @@ TEST_F(UnloadTest, NothingOfAModuleStaysInTheProcess) {
       ASSERT_EQ(realParts(again, arguments), expected) << n;
     }
     ASSERT_FALSE(isMapped(path)) << n;
-    if (n == 20) early = status("VmRSS");
-    if (n == 20 && !threadsAreOnlyOurs) threads = status("Threads");
+    if (n == 20) early = support::residentMemory();
+    if (n == 20 && !threadsAreOnlyOurs) threads = support::threadsOfThisProcess();
     if (n >= 20 || threadsAreOnlyOurs) {
-      ASSERT_TRUE(fallsTo(threads)) << n << ": " << status("Threads") << " threads";
+      ASSERT_TRUE(support::hasThreads(threads)) << n;
     }
   }
   if (memoryIsOnlyOurs) {
-    EXPECT_LT(status("VmRSS") - early, mostLeft);
+    EXPECT_LT(support::residentMemory(), early + mostLeft);
   }
 }
 

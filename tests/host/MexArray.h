@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// A value of the host's language. Real and imaginary parts are separate.
@@ -18,15 +19,44 @@ struct mxArray {
 namespace host {
 
 /// A rows × columns matrix of doubles, column by column.
-mxArray matrix(std::size_t rows, std::size_t columns, std::vector<double> values);
-mxArray scalar(double value);
-mxArray text(const std::string& characters);
+inline mxArray matrix(std::size_t rows, std::size_t columns, std::vector<double> values) {
+  mxArray array;
+  array.dims = {rows, columns};
+  array.re = std::move(values);
+  return array;
+}
 
-/// A value of another class. Its elements are zero bytes, which must not be read as doubles.
-mxArray ofClass(const std::string& className, std::size_t rows, std::size_t columns);
+inline mxArray scalar(double value) { return matrix(1, 1, {value}); }
 
-mxArray complexMatrix(std::size_t rows, std::size_t columns, std::vector<double> re,
-                      std::vector<double> im);
-mxArray sparseMatrix(std::size_t rows, std::size_t columns, std::vector<double> nonZeros);
+inline mxArray text(const std::string& characters) {
+  mxArray array;
+  array.className = "char";
+  array.dims = {characters.empty() ? std::size_t{0} : 1, characters.size()};
+  array.bytes.assign(characters.begin(), characters.end());
+  return array;
+}
+
+/// A value of another class: its elements are there, as zero bytes that are no doubles.
+inline mxArray ofClass(const std::string& className, std::size_t rows, std::size_t columns) {
+  mxArray array;
+  array.className = className;
+  array.dims = {rows, columns};
+  array.bytes.resize(rows * columns);
+  return array;
+}
+
+inline mxArray complexMatrix(std::size_t rows, std::size_t columns, std::vector<double> re,
+                             std::vector<double> im) {
+  mxArray array = matrix(rows, columns, std::move(re));
+  array.im = std::move(im);
+  array.isComplex = true;
+  return array;
+}
+
+inline mxArray sparseMatrix(std::size_t rows, std::size_t columns, std::vector<double> nonZeros) {
+  mxArray array = matrix(rows, columns, std::move(nonZeros));
+  array.isSparse = true;
+  return array;
+}
 
 }  // namespace host

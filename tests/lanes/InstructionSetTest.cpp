@@ -26,8 +26,6 @@ class InstructionSetTest : public testing::Test {
 constexpr InstructionSet sets[] = {InstructionSet::OLDEST, InstructionSet::AVX2,
                                    InstructionSet::AVX512};
 
-TEST_F(InstructionSetTest, EveryMachineHasTheOldest) { EXPECT_TRUE(has(InstructionSet::OLDEST)); }
-
 TEST_F(InstructionSetTest, WithoutALimitItIsTheNewestOfTheMachine) {
   const InstructionSet newest = unlimited();
   EXPECT_TRUE(has(newest));
@@ -54,6 +52,7 @@ TEST_F(InstructionSetTest, ALimitReturnsTheOneBefore) {
 }
 
 TEST_F(InstructionSetTest, NeverNamesASetThatTheMachineLacks) {
+  EXPECT_TRUE(has(InstructionSet::OLDEST));
   for (const InstructionSet set : sets) EXPECT_TRUE(has(limitedTo(set)));
 }
 

@@ -5,6 +5,7 @@
 
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "core/ErrorHandler.h"
 #include "core/ThrowingErrorHandler.h"
@@ -17,8 +18,17 @@
 
 namespace support {
 
-/// A test on the device that the tests are built for. Each test starts with a reset device,
-/// failures throw exceptions, and progress lines are captured.
+/// failureOf(call), without what it writes on standard error: a stage's label.
+template <class Call>
+Failure quietFailureOf(Call call) {
+  testing::internal::CaptureStderr();
+  Failure failure = failureOf(call);
+  testing::internal::GetCapturedStderr();
+  return failure;
+}
+
+/// A test that runs on the device the tests are built for: a fresh device, failures thrown,
+/// progress lines kept off the screen.
 class DeviceTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -37,19 +47,23 @@ class DeviceTest : public testing::Test {
     pistonfield::ErrorHandler::setErrorHandler(nullptr);
   }
 
-  /// What was written to standard output since the last call.
+  /// What standard output has received since the last time.
+  std::string printed() {
+    std::string text = output();
+    testing::internal::CaptureStdout();
+    capturing_ = true;
+    return text;
+  }
+
+ private:
+  /// The same, once: nothing catches what follows.
   std::string output() {
     capturing_ = false;
     std::string text = testing::internal::GetCapturedStdout();
     if (HasFailure()) std::cout << text;  // it includes the reports of failures
     return text;
   }
-  void captureAgain() {
-    testing::internal::CaptureStdout();
-    capturing_ = true;
-  }
 
- private:
   bool capturing_ = false;
 };
 
@@ -67,6 +81,14 @@ class EmulationTest : public DeviceTest {
     emulationTestControl()->restore();
     DeviceTest::TearDown();
   }
+  /// The runtime's functions that were called since `recordCalls`.
+  std::vector<std::string> functionsCalled() const {
+    std::vector<std::string> functions;
+    for (const pistonfield::emulation::Call& call : device.calls())
+      functions.emplace_back(call.function);
+    return functions;
+  }
+
   pistonfield::emulation::TestControl& device = *emulationTestControl();
 };
 #endif

@@ -45,43 +45,21 @@ constexpr std::align_val_t ordinary{alignof(std::max_align_t)};
 
 }  // namespace
 
+// All other forms call these.
 void* operator new(std::size_t size) { return allocateOrThrow(size, ordinary); }
-void* operator new[](std::size_t size) { return allocateOrThrow(size, ordinary); }
 void* operator new(std::size_t size, std::align_val_t alignment) {
-  return allocateOrThrow(size, alignment);
-}
-void* operator new[](std::size_t size, std::align_val_t alignment) {
   return allocateOrThrow(size, alignment);
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   return allocate(size, ordinary, true);
 }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return allocate(size, ordinary, true);
-}
 void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
   return allocate(size, alignment, true);
 }
-void* operator new[](std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
-  return allocate(size, alignment, true);
-}
-
 void operator delete(void* memory) noexcept { release(memory); }
-void operator delete[](void* memory) noexcept { release(memory); }
 void operator delete(void* memory, std::size_t) noexcept { release(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
 void operator delete(void* memory, std::align_val_t) noexcept { release(memory); }
-void operator delete[](void* memory, std::align_val_t) noexcept { release(memory); }
 void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { release(memory); }
-void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept { release(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { release(memory); }
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { release(memory); }
-void operator delete(void* memory, std::align_val_t, const std::nothrow_t&) noexcept {
-  release(memory);
-}
-void operator delete[](void* memory, std::align_val_t, const std::nothrow_t&) noexcept {
-  release(memory);
-}
 
 namespace support {
 

@@ -29,13 +29,29 @@ struct HalfRule {
 /// adding two parts.
 constexpr double nearPlane = 1e-7f;
 
+/// Functions without a rounding worth the name.
+struct Exact {
+  template <class Wide>
+  static Wide magnitude(Wide x) {
+    return std::abs(x);
+  }
+  template <class Wide>
+  static Wide root(Wide x) {
+    return std::sqrt(x);
+  }
+  template <class Wide>
+  static std::complex<Wide> turn(Wide theta) {
+    return std::polar(Wide(1), theta);
+  }
+};
+
 /// The integrals along the edges, seen from height z, in precision Wide. Edges are split at the
-/// foot of the perpendicular, unless it is within `doubled` of their middle.
-template <class Real, class Wide = double>
+/// foot of the perpendicular, unless that is at most `doubled` from their middle.
+template <class Real, class Wide, class Functions>
 class LiteralEdges {
  public:
-  LiteralEdges(Wide z, Wide k, const HalfRule<Real>& rule, Wide doubled = nearPlane)
-      : z_(z), k_(k), E0_(std::polar(Wide(1), -k * z)), rule_(rule), doubled_(doubled) {}
+  LiteralEdges(Wide z, Wide k, const HalfRule<Real>& rule, Wide doubled)
+      : z_(z), k_(k), E0_(Functions::turn(-k * z)), rule_(rule), doubled_(doubled) {}
 
   std::complex<Wide> F(Wide d, Wide lo, Wide hi) const {
     if (lo == hi) return 0;
@@ -58,7 +74,7 @@ class LiteralEdges {
  private:
   std::complex<Wide> at(Wide d, Wide sigma) const {
     const Wide D = d * d + sigma * sigma;
-    return (std::polar(Wide(1), -k_ * std::sqrt(z_ * z_ + D)) - E0_) / D;
+    return (Functions::turn(-k_ * Functions::root(z_ * z_ + D)) - E0_) / D;
   }
 
   Wide z_, k_;
@@ -72,13 +88,13 @@ template <class T>
 using Converted = std::common_type_t<T>;
 
 /// The pressure at (x, y, z) of a piston of half-width a along x and half-height b along y.
-template <class Wide = double, class Real>
+template <class Wide = double, class Functions = Exact, class Real>
 std::complex<Wide> literalPressure(Converted<Wide> x, Converted<Wide> y, Converted<Wide> z,
                                    Converted<Wide> a, Converted<Wide> b, Converted<Wide> k,
                                    const HalfRule<Real>& rule,
                                    Converted<Wide> doubled = nearPlane) {
-  const LiteralEdges<Real, Wide> f(z, k, rule, doubled);
-  const Wide u = std::abs(x), v = std::abs(y);
+  const LiteralEdges<Real, Wide, Functions> f(z, k, rule, doubled);
+  const Wide u = Functions::magnitude(x), v = Functions::magnitude(y);
   const std::complex<Wide> S = f.pair(u - a, u + a, v, b) + f.pair(v - b, v + b, u, a);
   return std::complex<Wide>(0, -1) * S / (2 * std::acos(Wide(-1)));
 }

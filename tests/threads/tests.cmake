@@ -9,7 +9,6 @@ add_executable(thread_tests EXCLUDE_FROM_ALL
   emulation/LaunchTest.cpp
   emulation/MemoryTest.cpp
   FastNearfield/LaunchersAgreeTest.cpp
-  FastNearfield/SpreadWorkTest.cpp
   parallel/SpreadTest.cpp
   threads/LibraryThreadsTest.cpp)
 target_link_libraries(thread_tests PRIVATE pistonfield_with_device pistonfield_parallel test_support
