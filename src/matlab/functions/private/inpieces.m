@@ -30,28 +30,3 @@ function values = inpieces (name, evaluate, count, piece, shares, quiet)
   end
 
 end
-
-function picture = progressbar (name, part, seconds)
-
-  filled = floor (40 * part);
-  if (part < 1)
-    time = sprintf ('%s left', inwords (seconds * (1 - part) / part));
-  else
-    time = sprintf ('took %s', inwords (seconds));
-  end
-  picture = sprintf ('%s [%s%s] %3d %%, %-14s', name, repmat ('#', 1, filled), ...
-                  repmat ('.', 1, 40 - filled), floor (100 * part), time);
-
-end
-
-function words = inwords (seconds)
-
-  if (seconds < 90)
-    words = sprintf ('%.1f s', seconds);
-  elseif (seconds < 5400)
-    words = sprintf ('%.1f min', seconds / 60);
-  else
-    words = sprintf ('%.1f h', seconds / 3600);
-  end
-
-end
