@@ -14,10 +14,10 @@ std::int64_t evaluateIntegrand(float* memory, bool ahead) {
   using Pack = pistonfield::Pack<Set>;
   constexpr int rounds = 40000;
   const pistonfield::ComplexPair<Pack> sum =
-      integrandSum(Pack::load(memory), Pack::load(memory + Pack::count), rounds, ahead);
+      integrandSum(Pack::load(memory), Pack::load(memory + Pack::lanes), rounds, ahead);
   sum.re.store(memory);
-  sum.im.store(memory + Pack::count);
-  return std::int64_t{4} * rounds * Pack::count;
+  sum.im.store(memory + Pack::lanes);
+  return std::int64_t{4} * rounds * Pack::lanes;
 }
 
 using EvaluateIntegrand = std::int64_t(float* memory, bool ahead);

@@ -14,14 +14,15 @@ struct KernelPiston {
   SymmetricRule<T> rule;
 };
 
-PISTONFIELD_HOST_DEVICE inline Complex pressureAt(const Point<float>& p,
-                                                  const KernelPiston<float>& piston) {
+/// The pressure at one point, with the integrand of the precision: all that a GPU thread computes.
+PISTONFIELD_HOST_DEVICE inline Complex kernelPressure(const Point<float>& p,
+                                                      const KernelPiston<float>& piston) {
   return pointPressure<HalfAngleIntegrand>(p.x, p.y, p.z, piston.halfWidth, piston.halfHeight,
                                            piston.k, piston.rule);
 }
 
-PISTONFIELD_HOST_DEVICE inline Complexd pressureAt(const Point<double>& p,
-                                                   const KernelPiston<double>& piston) {
+PISTONFIELD_HOST_DEVICE inline Complexd kernelPressure(const Point<double>& p,
+                                                       const KernelPiston<double>& piston) {
   return pointPressure<SingleRootIntegrand>(p.x, p.y, p.z, piston.halfWidth, piston.halfHeight,
                                             piston.k, piston.rule);
 }

@@ -45,13 +45,13 @@ struct LauncherTraits<double> {
       "cudaMemcpy( d_transform, transform, 16*sizeof(double), cudaMemcpyHostToDevice )";
 };
 
-/// Calls `launches`, which launches kernels. If `do_timing` is set, waits for them and stores the
-/// time in `global_time`.
-template <class Launches>
-void timed(SourceLocation location, const Launches& launches) {
+/// Calls launchKernels(). If `do_timing` is set, waits for the kernels and stores the time in
+/// `global_time`.
+template <class LaunchKernels>
+void timed(SourceLocation location, const LaunchKernels& launchKernels) {
   using std::chrono::system_clock;
   const system_clock::time_point t0 = system_clock::now();
-  launches();
+  launchKernels();
   if (do_timing == 0) return;
   callCheck(waitForDevice(), "cudaThreadSynchronize()", location);
   const auto elapsed =
@@ -63,15 +63,22 @@ void timed(SourceLocation location, const Launches& launches) {
 template <class... Arguments>
 void launchTimed(SourceLocation location, typename KernelOf<Arguments...>::Type kernel, dim3 grid,
                  dim3 block, Arguments... arguments) {
-  timed(location, [&] { launch<Arguments...>(kernel, grid, block, arguments...); });
+  timed(location, [&] { launch(kernel, grid, block, arguments...); });
 }
 
-/// The half-width and half-height that kernels take, for the sides `a` along y and `b` along x.
+/// Half the piston's sides along x and along y, as kernels take them.
 template <class T>
 struct HalfSides {
-  HalfSides(T a, T b) : width(half(b)), height(half(a)) {}
+  /// Explicit, so that a launcher cannot pass its whole sides as {a, b}.
+  explicit HalfSides(T halfWidth, T halfHeight) : width(halfWidth), height(halfHeight) {}
   T width, height;
 };
+
+/// For the sides as launchers take them: `a` along y, `b` along x.
+template <class T>
+HalfSides<T> halfSides(T a, T b) {
+  return HalfSides<T>(half(b), half(a));
+}
 
 /// A grid's transform on the device.
 template <class T>

@@ -33,13 +33,13 @@ void widen(const Complex* pressures, std::size_t count, double* re, double* im) 
 
 }  // namespace
 
-void pressuresAt(const double* points, int count, float a, float b, float k, double* re,
+void pressuresAt(const double* points, int count, float l, float s, float k, double* re,
                  double* im) {
-  if (usesHostMemory()) return pressuresInHostMemory(points, count, a, b, k, re, im);
+  if (usesHostMemory()) return pressuresInHostMemory(points, count, l, s, k, re, im);
   const auto size = static_cast<std::size_t>(count);
   const std::unique_ptr<float[]> positions = narrowed(points, size);
   const std::unique_ptr<Complex[]> pressures(new Complex[size]);
-  RectangularPiston_func_unstructured(pressures.get(), count, positions.get(), a, b, k);
+  RectangularPiston_func_unstructured(pressures.get(), count, positions.get(), l, s, k);
   widen(pressures.get(), size, re, im);
 }
 

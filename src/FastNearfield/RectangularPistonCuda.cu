@@ -4,13 +4,16 @@
 #include <string>
 #include <vector>
 
+#include "FastNearfield/EvaluatePoints.h"
 #include "FastNearfield/IntegratorCuda.h"
-#include "FastNearfield/KernelThreads.h"
 #include "FastNearfield/LaunchPieces.h"
 #include "FastNearfield/LauncherSteps.h"
 #include "FastNearfield/PressuresAt.h"
 #include "core/DeviceLock.h"
 #include "core/Progress.h"
+
+// The texts of checks and of printed lines are fixed, misspellings included: users see them. So are
+// the names of the tables in constant memory.
 
 using namespace pistonfield;  // NOLINT(google-build-using-namespace): for the plain names below
 
@@ -18,7 +21,8 @@ namespace {
 constexpr const char* sourceFile = "src/FastNearfield/RectangularPistonCuda";
 }
 
-// The rule, in constant memory.
+// The rule, in constant memory. setIntegratorWeightsSym writes it; pistonOf() hands it to the
+// kernels.
 
 __constant__ float global_RectangularPiston_float_x[mostNodes / 2];
 __constant__ float global_RectangularPiston_float_w[mostNodes / 2];
@@ -55,10 +59,12 @@ void setIntegratorWeightsSym(const char* name, const float* x, const float* w, i
   loadRule(HERE, writeSymbol, prefix, x, w, N);
 }
 
-// The kernels.
+// The kernels. evaluatePoints() is defined in EvaluatePointsOnGpu.h for nvcc, and in
+// EvaluatePointsInPacks.h for a C++ compiler.
 
 namespace {
 
+/// The piston with the loaded rule.
 __device__ KernelPiston<float> pistonOf(float halfWidth, float halfHeight, float k) {
   return {halfWidth,
           halfHeight,
@@ -71,8 +77,8 @@ __device__ KernelPiston<float> pistonOf(float halfWidth, float halfHeight, float
 
 __global__ void calculate(Complex* d_array, int sx, int sy, int sz, float dx, float dy, float dz,
                           float halfWidth, float halfHeight, float k) {
-  evaluate(pistonOf(halfWidth, halfHeight, k), SteppedGrid<float>(sx, sy, sz, {dx, dy, dz}),
-           Pairs<float>{d_array});
+  evaluatePoints(pistonOf(halfWidth, halfHeight, k), SteppedGrid<float>(sx, sy, sz, {dx, dy, dz}),
+                 Pairs<float>{d_array});
 }
 
 __global__ void calculate_grid(Complex* d_array, int sx, int sy, int sz, float transform00,
@@ -84,8 +90,8 @@ __global__ void calculate_grid(Complex* d_array, int sx, int sy, int sz, float t
   const AffineMap<float> map{{transform00, transform01, transform02, transform03, transform10,
                               transform11, transform12, transform13, transform20, transform21,
                               transform22, transform23}};
-  evaluate(pistonOf(halfWidth, halfHeight, k), MappedGrid<float>(sx, sy, sz, map),
-           Pairs<float>{d_array});
+  evaluatePoints(pistonOf(halfWidth, halfHeight, k), MappedGrid<float>(sx, sy, sz, map),
+                 Pairs<float>{d_array});
 }
 
 __global__ void calculate_grid(float* d_arrayr, float* d_arrayi, int sx, int sy, int sz,
@@ -97,26 +103,27 @@ __global__ void calculate_grid(float* d_arrayr, float* d_arrayi, int sx, int sy,
   const AffineMap<float> map{{transform00, transform01, transform02, transform03, transform10,
                               transform11, transform12, transform13, transform20, transform21,
                               transform22, transform23}};
-  evaluate(pistonOf(halfWidth, halfHeight, k), MappedGrid<float>(sx, sy, sz, map),
-           Parts<float>{d_arrayr, d_arrayi});
+  evaluatePoints(pistonOf(halfWidth, halfHeight, k), MappedGrid<float>(sx, sy, sz, map),
+                 Parts<float>{d_arrayr, d_arrayi});
 }
 
 __global__ void calculate_grid(Complex* d_array, int sx, int sy, int sz, float* transform,
                                float halfWidth, float halfHeight, float k) {
-  evaluate(pistonOf(halfWidth, halfHeight, k),
-           MappedGrid<float>(sx, sy, sz, loadAffineMap(transform)), Pairs<float>{d_array});
+  evaluatePoints(pistonOf(halfWidth, halfHeight, k),
+                 MappedGrid<float>(sx, sy, sz, loadAffineMap(transform)), Pairs<float>{d_array});
 }
 
 __global__ void calculate_grid(float* d_arrayr, float* d_arrayi, int sx, int sy, int sz,
                                float* transform, float halfWidth, float halfHeight, float k) {
-  evaluate(pistonOf(halfWidth, halfHeight, k),
-           MappedGrid<float>(sx, sy, sz, loadAffineMap(transform)),
-           Parts<float>{d_arrayr, d_arrayi});
+  evaluatePoints(pistonOf(halfWidth, halfHeight, k),
+                 MappedGrid<float>(sx, sy, sz, loadAffineMap(transform)),
+                 Parts<float>{d_arrayr, d_arrayi});
 }
 
 __global__ void calculate_grid_unstructured(Complex* d_array, int nbPos, float* pos,
                                             float halfWidth, float halfHeight, float k) {
-  evaluate(pistonOf(halfWidth, halfHeight, k), PointList<float>(nbPos, pos), Pairs<float>{d_array});
+  evaluatePoints(pistonOf(halfWidth, halfHeight, k), PointList<float>(nbPos, pos),
+                 Pairs<float>{d_array});
 }
 
 namespace {
@@ -127,8 +134,8 @@ constexpr std::nullptr_t calculate_in_host_memory = nullptr;  // is never launch
 /// A list of points in double precision, with real and imaginary parts in separate arrays.
 __global__ void calculate_in_host_memory(double* re, double* im, int nbPos, const double* pos,
                                          float halfWidth, float halfHeight, float k) {
-  evaluate(pistonOf(halfWidth, halfHeight, k), PointList<float, double>(nbPos, pos),
-           Parts<float, double>{re, im});
+  evaluatePoints(pistonOf(halfWidth, halfHeight, k), PointList<float, double>(nbPos, pos),
+                 Parts<float, double>{re, im});
 }
 #endif
 
@@ -137,8 +144,8 @@ __global__ void calculate_in_host_memory(double* re, double* im, int nbPos, cons
 __global__ void calculate_grid_structured(Complex* d_array, int sx, int sy, int sz, float* posx,
                                           float* posy, float* posz, float halfWidth,
                                           float halfHeight, float k) {
-  evaluate(pistonOf(halfWidth, halfHeight, k), AxesGrid<float>(sx, sy, sz, {posx, posy, posz}),
-           Pairs<float>{d_array});
+  evaluatePoints(pistonOf(halfWidth, halfHeight, k),
+                 AxesGrid<float>(sx, sy, sz, {posx, posy, posz}), Pairs<float>{d_array});
 }
 
 // The launchers.
@@ -163,15 +170,16 @@ cudaError_t launchPointList(Complex* d_array, int nbPos, float* d_pos, HalfSides
                 d_pos, sides.width, sides.height, k);
 }
 
-/// The steps on the device for a list of points; `launches` launches the kernel.
-template <class Launches>
-void evaluatePointList(int nbPos, const Launches& launches) {
+/// The steps of every launcher of a list of points: checks, printed lines and timing around
+/// launchKernels().
+template <class LaunchKernels>
+void pointListSteps(int nbPos, const LaunchKernels& launchKernels) {
   stageCheck("pre RectangularPison_func_device", HERE);
   const dim3 grid = pointListShape(nbPos);
   progress() << "nbPos" << nbPos << std::endl;
   progress() << "grid: " << grid.x << " " << grid.y << " " << grid.z << std::endl;
   progress() << (std::size_t{grid.x} << 13) << std::endl;
-  timed(HERE, launches);
+  timed(HERE, launchKernels);
   stageCheck("RectangularPiston_func_device", HERE);
 }
 
@@ -202,10 +210,10 @@ void RectangularPiston_func_unstructured(Complex* data, int nbPositions, float* 
 
   const auto launchPiece = [&](int first, int count) {
     return launchPointList(d_arrayr.get() + first, count, d_pos.get() + std::ptrdiff_t{3} * first,
-                           {a, b}, k);
+                           halfSides(a, b), k);
   };
-  evaluatePointList(nbPositions,
-                    [&] { launchInPieces(nbPositions, loadedOrder, launchPiece, waitForPiece); });
+  pointListSteps(nbPositions,
+                 [&] { launchInPieces(nbPositions, loadedOrder, launchPiece, waitForPiece); });
 
   callCheck(d_arrayr.download(),
             "cudaMemcpy( &data[0], d_arrayr, datasize*2, cudaMemcpyDeviceToHost )", HERE);
@@ -215,20 +223,20 @@ void RectangularPiston_func_unstructured(Complex* data, int nbPositions, float* 
 
 void RectangularPiston_func_unstructured_device(Complex* d_array, int nbPos, float* d_pos, float a,
                                                 float b, float k) {
-  evaluatePointList(nbPos, [&] { launchPointList(d_array, nbPos, d_pos, {a, b}, k); });
+  pointListSteps(nbPos, [&] { launchPointList(d_array, nbPos, d_pos, halfSides(a, b), k); });
 }
 
-void pistonfield::pressuresInHostMemory(const double* points, int count, float a, float b, float k,
+void pistonfield::pressuresInHostMemory(const double* points, int count, float l, float s, float k,
                                         double* re, double* im) {
   stageCheck("pre do_calculate_grid", HERE);
   printAllocation(static_cast<std::size_t>(count) * sizeof(float));
-  const HalfSides<float> sides(a, b);
+  const HalfSides<float> sides = halfSides(l, s);
   const auto launchPiece = [&](int first, int size) {
-    return launch<double*, double*, int, const double*, float, float, float>(
-        calculate_in_host_memory, pointListShape(size), blockShape, re + first, im + first, size,
-        points + std::ptrdiff_t{3} * first, sides.width, sides.height, k);
+    return launch(calculate_in_host_memory, pointListShape(size), blockShape, re + first,
+                  im + first, size, points + std::ptrdiff_t{3} * first, sides.width, sides.height,
+                  k);
   };
-  evaluatePointList(count, [&] { launchInPieces(count, loadedOrder, launchPiece, waitForPiece); });
+  pointListSteps(count, [&] { launchInPieces(count, loadedOrder, launchPiece, waitForPiece); });
 }
 
 void RectangularPiston_func(Complex* data, int sx, int sy, int sz, float* transform, float a,
@@ -244,7 +252,7 @@ void RectangularPiston_func_device(Complex* d_array, int sx, int sy, int sz, flo
                                    float a, float b, float k) {
   stageCheck("pre RectangularPison_func_device", HERE);
   printTransform(" _device transform: ", transform);
-  const HalfSides<float> sides(a, b);
+  const HalfSides<float> sides = halfSides(a, b);
   DeviceTransform<float> d_transform(transform, HERE);
   launchTimed(HERE, calculate_grid, regularGridShape(sx, sy, sz), blockShape, d_array, sx, sy, sz,
               d_transform.get(), sides.width, sides.height, k);
@@ -265,7 +273,7 @@ void RectangularPiston_func2(float* datar, float* datai, int sx, int sy, int sz,
 void RectangularPiston_func2_device(float* d_arrayr, float* d_arrayi, int sx, int sy, int sz,
                                     float* transform, float a, float b, float k) {
   stageCheck("pre RectangularPiston_func2_device", HERE);
-  const HalfSides<float> sides(a, b);
+  const HalfSides<float> sides = halfSides(a, b);
   DeviceTransform<float> d_transform(transform, HERE);
   launchTimed(HERE, calculate_grid, regularGridShape(sx, sy, sz), blockShape, d_arrayr, d_arrayi,
               sx, sy, sz, d_transform.get(), sides.width, sides.height, k);
@@ -314,7 +322,7 @@ void RectangularPiston_func_structured_device(Complex* d_array, int sx, int sy, 
                                               float* d_posx, float* d_posy, float* d_posz, float a,
                                               float b, float k) {
   stageCheck("pre RectangularPison_func_device", HERE);
-  const HalfSides<float> sides(a, b);
+  const HalfSides<float> sides = halfSides(a, b);
   launchTimed(HERE, calculate_grid_structured, regularGridShape(sx, sy, sz), blockShape, d_array,
               sx, sy, sz, d_posx, d_posy, d_posz, sides.width, sides.height, k);
   stageCheck("RectangularPiston_func_device", HERE);
@@ -328,12 +336,12 @@ void do_calculate_grid(Complex* data, int sx, int sy, int sz, float transform00,
       HERE, calculate_grid, data, sx, sy, sz,
       {transform00, transform01, transform02, transform03, transform10, transform11, transform12,
        transform13, transform20, transform21, transform22, transform23},
-      {a, b}, k);
+      halfSides(a, b), k);
 }
 
 void do_calculate(Complex* data, int sx, int sy, int sz, float dx, float dy, float dz, float a,
                   float b, float k) {
-  calculateFromCentre<float>(HERE, calculate, data, sx, sy, sz, dx, dy, dz, {a, b}, k);
+  calculateFromCentre<float>(HERE, calculate, data, sx, sy, sz, dx, dy, dz, halfSides(a, b), k);
 }
 
 void resort(float* data, int n) {

@@ -3,11 +3,14 @@
 #include <cstddef>
 #include <string>
 
+#include "FastNearfield/EvaluatePoints.h"
 #include "FastNearfield/IntegratorCuda.h"
-#include "FastNearfield/KernelThreads.h"
 #include "FastNearfield/LauncherSteps.h"
 #include "core/DeviceLock.h"
 #include "core/Progress.h"
+
+// The texts of checks and of printed lines are fixed, misspellings included: users see them. So are
+// the names of the tables in constant memory.
 
 using namespace pistonfield;  // NOLINT(google-build-using-namespace): for the plain names below
 
@@ -17,7 +20,8 @@ constexpr const char* sourceFile = "src/FastNearfield/RectangularPistonCuda.dp";
 
 #if PISTONFIELD_DOUBLE
 
-// The rule, in constant memory. The "dp" belongs to the model's name.
+// The rule, in constant memory. setIntegratorWeightsSym_d writes it; pistonOf() hands it to the
+// kernels. The "dp" belongs to the model's name.
 
 __constant__ double global_dpRectangularPiston_double_x[mostNodes / 2];
 __constant__ double global_dpRectangularPiston_double_w[mostNodes / 2];
@@ -35,10 +39,12 @@ cudaError_t writeSymbol(const std::string& symbol, const void* data, std::size_t
 
 }  // namespace
 
-// The kernels.
+// The kernels. evaluatePoints() is defined in EvaluatePointsOnGpu.h for nvcc, and in
+// EvaluatePointsInPacks.h for a C++ compiler.
 
 namespace {
 
+/// The piston with the loaded rule.
 __device__ KernelPiston<double> pistonOf(double halfWidth, double halfHeight, double k) {
   return {halfWidth,
           halfHeight,
@@ -51,8 +57,8 @@ __device__ KernelPiston<double> pistonOf(double halfWidth, double halfHeight, do
 
 __global__ void calculate(Complexd* d_array, int sx, int sy, int sz, double dx, double dy,
                           double dz, double halfWidth, double halfHeight, double k) {
-  evaluate(pistonOf(halfWidth, halfHeight, k), SteppedGrid<double>(sx, sy, sz, {dx, dy, dz}),
-           Pairs<double>{d_array});
+  evaluatePoints(pistonOf(halfWidth, halfHeight, k), SteppedGrid<double>(sx, sy, sz, {dx, dy, dz}),
+                 Pairs<double>{d_array});
 }
 
 __global__ void calculate_grid(Complexd* d_array, int sx, int sy, int sz, double transform00,
@@ -64,8 +70,8 @@ __global__ void calculate_grid(Complexd* d_array, int sx, int sy, int sz, double
   const AffineMap<double> map{{transform00, transform01, transform02, transform03, transform10,
                                transform11, transform12, transform13, transform20, transform21,
                                transform22, transform23}};
-  evaluate(pistonOf(halfWidth, halfHeight, k), MappedGrid<double>(sx, sy, sz, map),
-           Pairs<double>{d_array});
+  evaluatePoints(pistonOf(halfWidth, halfHeight, k), MappedGrid<double>(sx, sy, sz, map),
+                 Pairs<double>{d_array});
 }
 
 __global__ void calculate_grid(double* d_arrayr, double* d_arrayi, int sx, int sy, int sz,
@@ -77,21 +83,21 @@ __global__ void calculate_grid(double* d_arrayr, double* d_arrayi, int sx, int s
   const AffineMap<double> map{{transform00, transform01, transform02, transform03, transform10,
                                transform11, transform12, transform13, transform20, transform21,
                                transform22, transform23}};
-  evaluate(pistonOf(halfWidth, halfHeight, k), MappedGrid<double>(sx, sy, sz, map),
-           Parts<double>{d_arrayr, d_arrayi});
+  evaluatePoints(pistonOf(halfWidth, halfHeight, k), MappedGrid<double>(sx, sy, sz, map),
+                 Parts<double>{d_arrayr, d_arrayi});
 }
 
 __global__ void calculate_grid(Complexd* d_array, int sx, int sy, int sz, double* transform,
                                double halfWidth, double halfHeight, double k) {
-  evaluate(pistonOf(halfWidth, halfHeight, k),
-           MappedGrid<double>(sx, sy, sz, loadAffineMap(transform)), Pairs<double>{d_array});
+  evaluatePoints(pistonOf(halfWidth, halfHeight, k),
+                 MappedGrid<double>(sx, sy, sz, loadAffineMap(transform)), Pairs<double>{d_array});
 }
 
 __global__ void calculate_grid(double* d_arrayr, double* d_arrayi, int sx, int sy, int sz,
                                double* transform, double halfWidth, double halfHeight, double k) {
-  evaluate(pistonOf(halfWidth, halfHeight, k),
-           MappedGrid<double>(sx, sy, sz, loadAffineMap(transform)),
-           Parts<double>{d_arrayr, d_arrayi});
+  evaluatePoints(pistonOf(halfWidth, halfHeight, k),
+                 MappedGrid<double>(sx, sy, sz, loadAffineMap(transform)),
+                 Parts<double>{d_arrayr, d_arrayi});
 }
 
 namespace {
@@ -141,7 +147,7 @@ void setIntegratorWeightsSym_d(const char* name, const double* x, const double* 
 void RectangularPiston_func_d(Complexd* data, int sx, int sy, int sz, double* transform, double a,
                               double b, double k) {
   stageCheck("pre do_calculate_grid", HERE);
-  const HalfSides<double> sides(a, b);
+  const HalfSides<double> sides = halfSides(a, b);
   PairResults<double> results(data, resultBytes(sx, sy, sz, sizeof *data), HERE);
   DeviceTransform<double> d_transform(transform, HERE);
   launchTimed(HERE, byTransform, regularGridShape(sx, sy, sz), blockShape, results.onDevice(), sx,
@@ -154,7 +160,7 @@ void RectangularPiston_func_d(Complexd* data, int sx, int sy, int sz, double* tr
 void RectangularPiston_func2_d(double* datar, double* datai, int sx, int sy, int sz,
                                double* transform, double a, double b, double k) {
   stageCheck("pre do_calculate_grid", HERE);
-  const HalfSides<double> sides(a, b);
+  const HalfSides<double> sides = halfSides(a, b);
   SplitResults<double> results(datar, datai, resultBytes(sx, sy, sz, sizeof(double)), HERE);
   DeviceTransform<double> d_transform(transform, HERE);
   launchTimed(HERE, splitByTransform, regularGridShape(sx, sy, sz), blockShape,
@@ -174,10 +180,10 @@ void do_calculate_grid_d(Complexd* data, int sx, int sy, int sz, double transfor
       HERE, byValues, data, sx, sy, sz,
       {transform00, transform01, transform02, transform03, transform10, transform11, transform12,
        transform13, transform20, transform21, transform22, transform23},
-      {a, b}, k);
+      halfSides(a, b), k);
 }
 
 void do_calculate_d(Complexd* data, int sx, int sy, int sz, double dx, double dy, double dz,
                     double a, double b, double k) {
-  calculateFromCentre<double>(HERE, fromCentre, data, sx, sy, sz, dx, dy, dz, {a, b}, k);
+  calculateFromCentre<double>(HERE, fromCentre, data, sx, sy, sz, dx, dy, dz, halfSides(a, b), k);
 }

@@ -40,6 +40,8 @@ using SplitGridByTransform = void(T* d_arrayr, T* d_arrayi, int sx, int sy, int 
 
 }  // namespace pistonfield
 
+// Declarations of functions with these signatures.
+
 __global__ pistonfield::GridFromCentre<float> calculate;
 __global__ pistonfield::GridFromCentre<double> calculate;
 __global__ pistonfield::GridByValues<float> calculate_grid;

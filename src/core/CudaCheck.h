@@ -34,6 +34,8 @@ bool callCheck(cudaError_t code, const char* call, SourceLocation location);
 
 }  // namespace pistonfield
 
-/// The location of a check. The scope must define `sourceFile`.
+/// The location of a check, for checks whose line users need not recognise: it changes with the
+/// file. Checks whose line users know have a SourceLocation with a fixed number instead. The scope
+/// must define `sourceFile`.
 #define HERE \
   ::pistonfield::SourceLocation { sourceFile, __LINE__ }

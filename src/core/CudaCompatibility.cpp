@@ -2,18 +2,14 @@
 
 #include <cstring>
 
-#include "core/cudahelper.h"
-
 namespace pistonfield {
-namespace {
 
-// If the query fails, the context counts as active, so that nothing is destroyed.
 #if !defined(CUDART_VERSION)
 // No other code can use the emulation device, which is part of this module.
-bool isContextActive(int /*device*/) { return false; }
+bool contextIsActive(int /*device*/) { return false; }
 #else
 // Obtains the driver's function through the runtime, so that the module loads without a driver.
-bool isContextActive(int device) {
+bool contextIsActive(int device) {
   using PrimaryContextState = int (*)(int device, unsigned* flags, int* active);
   void* entry = nullptr;
 #if CUDART_VERSION >= 12050
@@ -34,25 +30,6 @@ bool isContextActive(int device) {
   return reinterpret_cast<PrimaryContextState>(entry)(device, &flags, &active) != 0 || active != 0;
 }
 #endif
-
-}  // namespace
-
-DeviceUse enterDevice(int device) {
-  DeviceUse use;
-  use.contextIsShared = isContextActive(device);
-  int current = 0;
-  if (cudaGetDevice(&current) == cudaSuccess && current != device) use.previousDevice = current;
-  cudaSetDevice(device);
-  return use;
-}
-
-// Objects own the device memory of launchers, so the call leaves nothing in a context that is kept.
-// If the device has not changed, cudaSetDevice is not called: it would start the context again.
-cudaError_t leaveDevice(const DeviceUse& use) {
-  const cudaError_t error = use.contextIsShared ? cudaSuccess : cudaDeviceReset();
-  if (use.previousDevice >= 0) cudaSetDevice(use.previousDevice);
-  return error;
-}
 
 int clockRate(int device) {
   int kiloHertz = 0;

@@ -6,24 +6,25 @@
 #include <initializer_list>
 
 // The differences between CUDA toolkits, and between them and the emulation device. The rest of the
-// sources is the same for all.
+// sources is the same for all, except for these macros:
+//
+//     CUDART_VERSION        whose runtime is this? That of a toolkit defines it, as its version;
+//                           the emulation device does not.
+//     __CUDACC__            which compiler is this? nvcc defines it.
+//     __CUDA_ARCH__         for which processor is this code? nvcc defines it for a GPU only.
+//     PISTONFIELD_USE_CUDA  which device was configured? 1 for a GPU, 0 for the emulation device. A
+//                           variable of CMake, which passes it to about.cpp and to tests.
+//
+// Without a toolkit, src/CMakeLists.txt compiles the .cu files as C++.
 
 namespace pistonfield {
-
-struct DeviceUse;
 
 /// Waits for the device.
 inline cudaError_t waitForDevice() { return cudaDeviceSynchronize(); }
 
-/// Makes `device` the thread's current device for a call. Returns the thread's previous device, and
-/// whether other code in the process (the host's own GPU arrays, say) already uses the context of
-/// the new one.
-DeviceUse enterDevice(int device);
-
-/// Ends the use of a device. Resets the device unless other code used its context before. Then
-/// makes the previous device current again, which from CUDA 12 on starts its context. Returns the
-/// status of the reset.
-cudaError_t leaveDevice(const DeviceUse& use);
+/// Whether any code in the process uses the device's context. True also if the query fails, so that
+/// nothing is destroyed.
+bool contextIsActive(int device);
 
 /// Whether kernels work directly on host arrays.
 #if defined(CUDART_VERSION)

@@ -2,6 +2,9 @@
 
 #include <cuda_runtime.h>
 
+// The start of the device that is current. FastestDevice.h chooses the device; DeviceUse.h makes it
+// current and releases it.
+
 extern "C" {
 
 /// Starts the runtime on the current device by launching an empty kernel. Writes an error that is

@@ -5,6 +5,7 @@
 
 #include "core/CudaCheck.h"
 #include "core/CudaCompatibility.h"
+#include "core/DeviceUse.h"
 #include "core/FastestDevice.h"
 #include "core/LoadedRules.h"
 #include "core/cuda_init.h"

@@ -20,20 +20,22 @@ bool fits(dim3 grid, dim3 block) {
 /// few enough to keep all cores busy to the end.
 constexpr std::uint64_t rangeLength = 2048;
 
-/// The threads of the current launch. There is one launch at a time.
-std::uint64_t launchedThreads = 0;
+/// The number of threads of the current launch. There is one launch at a time.
+std::uint64_t threadCount = 0;
 
 }  // namespace
 
-void forThreads(const ThreadWork& work) { parallel::spread(launchedThreads, rangeLength, work); }
+void forRangesOfThreads(const ThreadWork& work) {
+  parallel::spread(threadCount, rangeLength, work);
+}
 
-cudaError_t launch(dim3 grid, dim3 block, std::size_t sharedMemory,
-                   const std::function<void()>& kernel) {
+cudaError_t runKernel(dim3 grid, dim3 block, std::size_t sharedMemory,
+                      const std::function<void()>& kernel) {
   return performOnDevice({"cudaLaunchKernel", sharedMemory, grid, block}, [&](State&) {
     if (!kernel) return cudaErrorInvalidDeviceFunction;
     if (!fits(grid, block)) return cudaErrorInvalidConfiguration;
     if (sharedMemory > 49152) return cudaErrorInvalidValue;
-    launchedThreads = std::uint64_t{grid.x} * grid.y * grid.z * block.x * block.y * block.z;
+    threadCount = std::uint64_t{grid.x} * grid.y * grid.z * block.x * block.y * block.z;
     kernel();
     return cudaSuccess;
   });

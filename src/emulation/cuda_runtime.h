@@ -91,12 +91,15 @@ using ThreadWork = std::function<void(std::uint64_t first, std::uint64_t last)>;
 
 /// For kernels: calls `work` for ranges that together cover all threads of the current launch, on
 /// all cores of the CPU. A kernel takes many threads at once to use the processor's SIMD lanes.
-void forThreads(const ThreadWork& work);
+///
+/// Neither the kernel nor `work` may call the runtime: the launch holds the lock that every call
+/// takes (stateLock).
+void forRangesOfThreads(const ThreadWork& work);
 
-/// Calls `kernel` once for all threads of the launch. An empty function represents a kernel that
-/// the device's image does not contain.
-cudaError_t launch(dim3 grid, dim3 block, std::size_t sharedMemory,
-                   const std::function<void()>& kernel);
+/// Checks the shape of a launch and calls `kernel` once for all its threads. An empty function
+/// represents a kernel that the device's image does not contain.
+cudaError_t runKernel(dim3 grid, dim3 block, std::size_t sharedMemory,
+                      const std::function<void()>& kernel);
 
 template <class... Parameters, std::size_t... I>
 void callKernel(void (*kernel)(Parameters...), void** arguments, std::index_sequence<I...>) {
@@ -129,7 +132,7 @@ cudaError_t cudaLaunchKernel(void (*kernel)(Parameters...), dim3 grid, dim3 bloc
     run = [=] {
       emulation::callKernel(kernel, arguments, std::index_sequence_for<Parameters...>{});
     };
-  return emulation::launch(grid, block, sharedMemory, run);
+  return emulation::runKernel(grid, block, sharedMemory, run);
 }
 
 }  // namespace pistonfield::emulation::runtime

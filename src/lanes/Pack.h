@@ -28,7 +28,7 @@ struct PackMask {
 template <class Set>
 struct Pack {
   using Register = typename Set::Register;
-  static constexpr int count = Set::width;
+  static constexpr int lanes = Set::width;
 
   Pack() = default;
   explicit Pack(float everywhere) : value(Set::broadcast(everywhere)) {}

@@ -64,6 +64,8 @@ void loadTable(const Quadrature& quadrature) {
   setIntegratorWeightsSym(model, abscissas.get(), weights.get(), quadrature.nabs);
 }
 
+/// Computes the rule and loads it into the device's constant memory, where pistonOf() of the
+/// kernels finds it.
 void loadOrder(int order) {
   progress() << "4" << std::endl;
   setCudaIntegratorParameters(model, order);

@@ -26,7 +26,7 @@ float first(float x) { return x; }
 using OldestPack = pistonfield::Pack<pistonfield::Sse2>;
 
 float first(OldestPack x) {
-  float values[OldestPack::count];
+  float values[OldestPack::lanes];
   x.store(values);
   return values[0];
 }

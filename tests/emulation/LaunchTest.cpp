@@ -19,7 +19,7 @@ constexpr unsigned threads = 5 * 3 * 2 * 32 * 8 * 4;  // more than a few ranges
 std::atomic<unsigned> visits[threads];
 
 void visit() {
-  pistonfield::emulation::forThreads([](std::uint64_t first, std::uint64_t last) {
+  pistonfield::emulation::forRangesOfThreads([](std::uint64_t first, std::uint64_t last) {
     for (std::uint64_t thread = first; thread < last; ++thread) ++visits[thread];
   });
 }
@@ -29,7 +29,7 @@ void doNothing() {}
 using Ids = std::vector<std::thread::id>;
 
 void sleepAndNote(Ids* ids, std::mutex* mutex, int milliseconds) {
-  pistonfield::emulation::forThreads([=](std::uint64_t /*first*/, std::uint64_t /*last*/) {
+  pistonfield::emulation::forRangesOfThreads([=](std::uint64_t /*first*/, std::uint64_t /*last*/) {
     {
       const std::lock_guard lock(*mutex);
       ids->push_back(std::this_thread::get_id());
@@ -39,14 +39,14 @@ void sleepAndNote(Ids* ids, std::mutex* mutex, int milliseconds) {
 }
 
 void throwAtThread(unsigned which) {
-  pistonfield::emulation::forThreads([=](std::uint64_t first, std::uint64_t last) {
+  pistonfield::emulation::forRangesOfThreads([=](std::uint64_t first, std::uint64_t last) {
     if (first <= which && which < last) throw std::range_error("kernel");
     std::this_thread::sleep_for(std::chrono::microseconds(200));
   });
 }
 
 void throwFromThread(unsigned least) {
-  pistonfield::emulation::forThreads([=](std::uint64_t first, std::uint64_t /*last*/) {
+  pistonfield::emulation::forRangesOfThreads([=](std::uint64_t first, std::uint64_t /*last*/) {
     std::this_thread::sleep_for(std::chrono::microseconds(200));
     if (first >= least) throw std::range_error("kernel");
   });

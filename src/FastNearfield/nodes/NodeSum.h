@@ -2,6 +2,10 @@
 
 #include "lanes/InstructionSet.h"
 
+// The sum over the nodes of a rule for RectangularPiston2OnCpu.cpp, the evaluation with useGPU off.
+// No call of the gateway reaches it. The sums of the kernels, with and without a GPU, are in
+// point/PointPressure.h and packs/PackEvaluation.h.
+
 namespace pistonfield {
 
 /// The nodes of a rule and their images on an interval, in arrays that do not overlap. If `map` is
@@ -37,7 +41,8 @@ using SumNodes = NodeSum<T>(const NodeImages<T>& nodes, int count, const NodeInt
 template <class T>
 SumNodes<T>* sumNodes(InstructionSet set);
 
-/// The functions for each set are defined in a separate file, which is compiled for that set.
+/// Declarations of functions with this signature, each defined in a file that is compiled for its
+/// instruction set.
 SumNodes<float> nodesSse2, nodesAvx2, nodesAvx512, nodesNeon;
 SumNodes<double> nodesSse2, nodesAvx2, nodesAvx512, nodesNeon;
 

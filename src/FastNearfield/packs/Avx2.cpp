@@ -7,7 +7,7 @@ namespace pistonfield {
 void packedAvx2(const float* positions, Complex* pressures, int count, float halfWidth,
                 float halfHeight, float k, const SymmetricRule<float>& rule,
                 const CallersDoubles& callers) {
-  evaluatePacks<Avx2>(positions, pressures, count, halfWidth, halfHeight, k, rule, callers);
+  PackEvaluation<Avx2>(positions, pressures, count, halfWidth, halfHeight, k, rule, callers).run();
 }
 
 }  // namespace pistonfield

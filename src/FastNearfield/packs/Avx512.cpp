@@ -7,14 +7,16 @@ namespace pistonfield {
 void packedAvx512(const float* positions, Complex* pressures, int count, float halfWidth,
                   float halfHeight, float k, const SymmetricRule<float>& rule,
                   const CallersDoubles& callers) {
-  evaluatePacks<Avx512>(positions, pressures, count, halfWidth, halfHeight, k, rule, callers);
+  PackEvaluation<Avx512>(positions, pressures, count, halfWidth, halfHeight, k, rule, callers)
+      .run();
 }
 
 void packedAvx512SlowDivision(const float* positions, Complex* pressures, int count,
                               float halfWidth, float halfHeight, float k,
                               const SymmetricRule<float>& rule, const CallersDoubles& callers) {
-  evaluatePacks<Avx512, Avx512SlowDivision>(positions, pressures, count, halfWidth, halfHeight, k,
-                                            rule, callers);
+  PackEvaluation<Avx512, Avx512SlowDivision>(positions, pressures, count, halfWidth, halfHeight, k,
+                                             rule, callers)
+      .run();
 }
 
 }  // namespace pistonfield

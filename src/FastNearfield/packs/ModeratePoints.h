@@ -27,7 +27,8 @@ class ModeratePoints {
   }
 
  private:
-  // L = |x| + |y| + 2·|z| + a + b is at least as long as every sum of two distances that occurs.
+  // L = |x| + |y| + 2·|z| + halfWidth + halfHeight is at least as long as every sum of two
+  // distances that occurs.
   static constexpr float mostL = 0x1p20f;
   static constexpr float mostKL = 0x1p21f;
   static constexpr float leastK = 0x1p-10f;

@@ -7,7 +7,7 @@ namespace pistonfield {
 void packedNeon(const float* positions, Complex* pressures, int count, float halfWidth,
                 float halfHeight, float k, const SymmetricRule<float>& rule,
                 const CallersDoubles& callers) {
-  evaluatePacks<Neon>(positions, pressures, count, halfWidth, halfHeight, k, rule, callers);
+  PackEvaluation<Neon>(positions, pressures, count, halfWidth, halfHeight, k, rule, callers).run();
 }
 
 }  // namespace pistonfield

@@ -21,8 +21,9 @@
 
 namespace pistonfield {
 
-/// `ModerateSet` evaluates moderate points.
-template <class Set, class ModerateSet>
+/// Moderate points are evaluated with ModerateSet. It may be Avx512SlowDivision, whose quotient is
+/// right only in the SecondQuotientRange; every other point with Set. Both have the same registers.
+template <class Set, class ModerateSet = Set>
 class PackEvaluation {
  public:
   PackEvaluation(const float* positions, Complex* pressures, int count, float halfWidth,
@@ -47,7 +48,7 @@ class PackEvaluation {
   void run() {
     for (int first = 0, last = 0; first < count_; first = last) {
       last = count_ - first < block ? count_ : first + block;
-      for (int n = first; n < last; n += Points::count) sort(n);
+      for (int n = first; n < last; n += Points::lanes) sort(n);
       if (last == count_)
         for (Indices& indices : ofCase_) indices.fillPack();
       nextBlock_ = {point(last), point(count_)};
@@ -95,17 +96,17 @@ class PackEvaluation {
     }
 
     /// The number of indices in whole packs.
-    int whole() const { return count - count % Points::count; }
+    int whole() const { return count - count % Points::lanes; }
 
     void dropWhole() {
       const int first = whole();
       if (first == 0) return;
-      __builtin_memcpy(of, of + first, sizeof(int) * Points::count);
+      __builtin_memcpy(of, of + first, sizeof(int) * Points::lanes);
       count -= first;
     }
 
     // The previous block leaves less than a pack, and `append` writes a whole register.
-    int of[block + 2 * Points::count];
+    int of[block + 2 * Points::lanes];
     int count = 0;
   };
 
@@ -115,13 +116,15 @@ class PackEvaluation {
     void set(const Mirrored& points, float halfWidth, float halfHeight, HalfPhase<V> wave) {
       f = Integrand(V::of(points.z.value), wave);
       const V u = V::of(points.u.value), v = V::of(points.v.value);
-      const V a(halfWidth), b(halfHeight), foot(0.0f);
-      beyondX = u > a;
-      beyondY = v > b;
-      edges[0] = Edges(u - a, u + a, splitY ? foot : select(beyondY, v - b, foot), v + b);
-      edges[1] = Edges(v - b, v + b, splitX ? foot : select(beyondX, u - a, foot), u + a);
-      if constexpr (splitY) edges[2] = Edges(u - a, u + a, v - b, foot);
-      if constexpr (splitX) edges[2 + splitY] = Edges(v - b, v + b, u - a, foot);
+      const V halfX(halfWidth), halfY(halfHeight), foot(0.0f);
+      beyondX = u > halfX;
+      beyondY = v > halfY;
+      edges[0] =
+          Edges(u - halfX, u + halfX, splitY ? foot : select(beyondY, v - halfY, foot), v + halfY);
+      edges[1] =
+          Edges(v - halfY, v + halfY, splitX ? foot : select(beyondX, u - halfX, foot), u + halfX);
+      if constexpr (splitY) edges[2] = Edges(u - halfX, u + halfX, v - halfY, foot);
+      if constexpr (splitX) edges[2 + splitY] = Edges(v - halfY, v + halfY, u - halfX, foot);
     }
 
     ComplexPair<V> pressure() const {
@@ -137,10 +140,10 @@ class PackEvaluation {
       return f.complete(sumY + sumX);
     }
 
-    static constexpr int count = 2 + splitX + splitY;
+    static constexpr int edgePairs = 2 + splitX + splitY;
     Integrand f;
     PackMask<ModerateSet> beyondX, beyondY;
-    Edges edges[count];
+    Edges edges[edgePairs];
   };
 
   const float* point(std::ptrdiff_t n) const { return positions_ + 3 * n; }
@@ -153,14 +156,14 @@ class PackEvaluation {
   /// Loads the points with the indices of one pack, which ascend.
   Mirrored gather(const int* indices) const {
     // gatherTriples may read one float past a point. Past the last point there is none.
-    if (indices[Points::count - 1] == count_ - 1) return copy(indices);
+    if (indices[Points::lanes - 1] == count_ - 1) return copy(indices);
     Points x, y, z;
     Set::gatherTriples(positions_, indices, x.value, y.value, z.value);
     return {absolute(x), absolute(y), z};
   }
   __attribute__((noinline)) Mirrored copy(const int* indices) const {
-    float positions[3 * Points::count];
-    for (int n = 0; n < Points::count; ++n)
+    float positions[3 * Points::lanes];
+    for (int n = 0; n < Points::lanes; ++n)
       __builtin_memcpy(positions + 3 * n, point(indices[n]), 3 * sizeof(float));
     return load(positions);
   }
@@ -168,7 +171,7 @@ class PackEvaluation {
   /// Prefetches an array's numbers for one more pack of points.
   template <int perPoint, class T>
   static void fetch(UsedSoon<T>& array) {
-    constexpr int numbers = perPoint * Points::count, cacheLine = 64 / sizeof(T);
+    constexpr int numbers = perPoint * Points::lanes, cacheLine = 64 / sizeof(T);
     if (array.end - array.next < numbers) return;
     for (int n = 0; n < numbers; n += cacheLine) __builtin_prefetch(array.next + n);
     array.next += numbers;
@@ -183,24 +186,24 @@ class PackEvaluation {
 
   /// Sorts one pack of points from `first` on, or those that are left.
   void sort(int first) {
-    const int left = count_ - first < Points::count ? count_ - first : Points::count;
+    const int left = count_ - first < Points::lanes ? count_ - first : Points::lanes;
     Mirrored points;
-    if (left == Points::count) {
+    if (left == Points::lanes) {
       points = load(point(first));
     } else {
-      int indices[Points::count];
-      for (int n = 0; n < Points::count; ++n) indices[n] = n < left ? first + n : count_ - 1;
+      int indices[Points::lanes];
+      for (int n = 0; n < Points::lanes; ++n) indices[n] = n < left ? first + n : count_ - 1;
       points = copy(indices);
     }
-    const unsigned lanes = ~0u >> (32 - left);
+    const unsigned listed = ~0u >> (32 - left);
     const unsigned x = footSplits<float>(points.u, Points(halfWidth_)).bits();
     const unsigned y = footSplits<float>(points.v, Points(halfHeight_)).bits();
-    const unsigned known = lanes & moderate_(points.u, points.v, points.z).bits();
+    const unsigned known = listed & moderate_(points.u, points.v, points.z).bits();
     ofCase_[0].append(first, known & ~x & ~y);
     ofCase_[splitInX].append(first, known & x & ~y);
     ofCase_[splitInY].append(first, known & ~x & y);
     ofCase_[splitInX | splitInY].append(first, known & x & y);
-    if (known != lanes) ofCase_[notModerate].append(first, lanes & ~known);
+    if (known != listed) ofCase_[notModerate].append(first, listed & ~known);
   }
 
   /// D and the integrand's paths at a pair of nodes on two edges.
@@ -236,20 +239,20 @@ class PackEvaluation {
   template <bool splitX, bool splitY>
   __attribute__((noinline)) void evaluateModerate(const Indices& indices) {
     using Case = ModeratePack<splitX, splitY>;
-    const int count = indices.whole(), pairs = rule_.N / 2;
-    if (count == 0) return;
+    const int whole = indices.whole(), pairs = rule_.N / 2;
+    if (whole == 0) return;
     Case packs[2], *present = &packs[0], *following = &packs[1];
     present->set(gather(indices.of), halfWidth_, halfHeight_, wave_);
     Started nodes = start(present->edges[0], present->f, fromEnds_[0]);
-    for (int n = 0; n < count; n += Points::count) {
+    for (int n = 0; n < whole; n += Points::lanes) {
       fetchAhead();
-      const bool more = n + Points::count < count;
+      const bool more = n + Points::lanes < whole;
       for (int i = 0; i < pairs; ++i) {
         // Halfway, since between steps that wait for roots it costs little.
         if (more && i == pairs / 2)
-          following->set(gather(indices.of + n + Points::count), halfWidth_, halfHeight_, wave_);
-        for (int e = 0; e < Case::count; ++e) {
-          const bool around = e + 1 == Case::count;
+          following->set(gather(indices.of + n + Points::lanes), halfWidth_, halfHeight_, wave_);
+        for (int e = 0; e < Case::edgePairs; ++e) {
+          const bool around = e + 1 == Case::edgePairs;
           // After the last pack this starts nodes that are not used.
           const Case& next = around && i + 1 == pairs && more ? *following : *present;
           nodes = step(present->edges[e], present->f, rule_.w[i], nodes,
@@ -265,7 +268,7 @@ class PackEvaluation {
   }
 
   __attribute__((noinline)) void evaluateOthers(const Indices& indices) {
-    for (int n = 0; n < indices.whole(); n += Points::count) {
+    for (int n = 0; n < indices.whole(); n += Points::lanes) {
       const Mirrored points = gather(indices.of + n);
       const ComplexPair<Points> p = pointPressure<HalfAngleIntegrand>(
           points.u, points.v, points.z, halfWidth_, halfHeight_, k_, rule_);
@@ -274,9 +277,9 @@ class PackEvaluation {
   }
 
   void scatter(typename Set::Register re, typename Set::Register im, const int* indices) {
-    Complex pressures[Points::count];
+    Complex pressures[Points::lanes];
     Set::storePairs(&pressures->re, re, im);
-    for (int n = 0; n < Points::count; ++n) pressures_[indices[n]] = pressures[n];
+    for (int n = 0; n < Points::lanes; ++n) pressures_[indices[n]] = pressures[n];
   }
 
   const float* const positions_;
@@ -291,14 +294,5 @@ class PackEvaluation {
   UsedSoon<float> nextBlock_{};
   CallersDoubles callers_;
 };
-
-template <class Set, class ModerateSet = Set>
-void evaluatePacks(const float* positions, Complex* pressures, int count, float halfWidth,
-                   float halfHeight, float k, const SymmetricRule<float>& rule,
-                   const CallersDoubles& callers) {
-  PackEvaluation<Set, ModerateSet>(positions, pressures, count, halfWidth, halfHeight, k, rule,
-                                   callers)
-      .run();
-}
 
 }  // namespace pistonfield

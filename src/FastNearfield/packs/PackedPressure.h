@@ -32,7 +32,8 @@ using PackedPressure = void(const float* positions, Complex* pressures, int coun
 /// functions with the same results; one is for machines that divide slowly.
 PackedPressure* packedPressure(InstructionSet set, bool slowDivision = dividesSlowly());
 
-/// The functions, each in a file that is compiled for its instruction set.
+/// Declarations of functions with this signature, each defined in a file that is compiled for its
+/// instruction set.
 PackedPressure packedSse2, packedAvx2, packedAvx512, packedAvx512SlowDivision, packedNeon;
 
 }  // namespace pistonfield

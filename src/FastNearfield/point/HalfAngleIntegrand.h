@@ -14,7 +14,7 @@ namespace pistonfield {
 template <class V>
 class HalfAngleIntegrand {
  public:
-  using Wave = HalfPhase<V>;
+  using Wave = HalfPhase<V>;  // gives the sine and cosine of half of k·path
 
   HalfAngleIntegrand() = default;
   PISTONFIELD_INLINE HalfAngleIntegrand(V z, Wave halfPhase)
@@ -26,7 +26,7 @@ class HalfAngleIntegrand {
 
   PISTONFIELD_INLINE static V distance(V x) { return absolute(x); }
 
-  /// R − z.
+  /// R − z, the path from the node less that from the piston's plane.
   PISTONFIELD_INLINE V path(V D) const {
     const V sum = squareRoot(zz_ + D) + absZ_;
     return select(V(0.0f) <= z_, quotient(D, sum), sum);

@@ -7,9 +7,9 @@ namespace pistonfield {
 /// The sine and cosine of half the phase k·path, up to a common sign. Only their products are used,
 /// in which the sign cancels.
 ///
-/// The half phase is counted in half turns, so that whole ones drop out without a rounding: the
-/// fraction comes from the exact product. k/2π is a sum of two floats, since one float would be off
-/// by up to k·path·2^-25 everywhere.
+/// Half the phase, in half turns, is the phase in whole turns: k/2π·path. Counted so, whole numbers
+/// drop out without a rounding: the fraction comes from the exact product. k/2π is a sum of two
+/// floats, since one float would be off by up to k·path·2^-25 everywhere.
 ///
 /// Up to 10^5 half turns, the error of these products is at most 6.5·2^-24. Beyond that, the second
 /// float moves the fraction past 1/2, where the polynomials are less accurate. The error grows to

@@ -15,10 +15,13 @@
 // V is the type of a value (lanes/Arithmetic.h): float or double, or a pack with one point per
 // lane.
 //
-// An integrand (HalfAngleIntegrand.h, SingleRootIntegrand.h) is constructed from z and its `Wave`
-// from k. Its value is computed in two steps, so that packs can start the next value meanwhile:
+// Single precision uses HalfAngleIntegrand, double precision SingleRootIntegrand.
 //
-//     path(D)        the part that takes long: a square root and a quotient
+// An integrand is constructed from z and its `Wave`: k in the form that it computes phases from.
+// Its value is computed in two steps, so that packs can start the next value meanwhile:
+//
+//     path(D)        the length whose phase is needed, R − z or R. It takes long: a square root,
+//                    and for R − z a quotient
 //     value(D, path) the value, up to a factor that all values of the point share
 //     complete(S)    the sum S times that factor and −i/(2π)
 //     distance(x)    |x| in the precision that is kept
@@ -161,12 +164,12 @@ PISTONFIELD_HOST_DEVICE inline ComplexPair<V> pointPressure(V x, V y, V z, Real 
   using Integrand = IntegrandOf<V>;
   const V u = Integrand::distance(x), v = Integrand::distance(y);
   const Integrand f(z, typename Integrand::Wave(k));
-  const V a(halfWidth), b(halfHeight);
-  const ComplexPair<V> sumY = edgeSum(f, rule, u, a, v, b);
-  const ComplexPair<V> sumX = edgeSum(f, rule, v, b, u, a);
+  const V halfX(halfWidth), halfY(halfHeight);
+  const ComplexPair<V> sumY = edgeSum(f, rule, u, halfX, v, halfY);
+  const ComplexPair<V> sumX = edgeSum(f, rule, v, halfY, u, halfX);
   // A negative side is as long as a positive one.
-  return f.zeroIfPhaseIsLost(f.complete(sumY + sumX), u + Integrand::distance(a),
-                             v + Integrand::distance(b));
+  return f.zeroIfPhaseIsLost(f.complete(sumY + sumX), u + Integrand::distance(halfX),
+                             v + Integrand::distance(halfY));
 }
 
 }  // namespace pistonfield

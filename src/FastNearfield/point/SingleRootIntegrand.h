@@ -11,13 +11,13 @@ namespace pistonfield {
 template <class V>
 class SingleRootIntegrand {
  public:
-  using Wave = V;
+  using Wave = V;  // k itself
 
   PISTONFIELD_INLINE SingleRootIntegrand(V z, Wave k) : k_(k), zz_(z * z), E0_(turn(-(k * z))) {}
 
   PISTONFIELD_INLINE static V distance(V x) { return std::fabs(static_cast<float>(x)); }
 
-  /// R.
+  /// R, the distance of the point from the node.
   PISTONFIELD_INLINE V path(V D) const { return std::sqrt(static_cast<float>(zz_ + D)); }
 
   PISTONFIELD_INLINE ScaledPair<V> value(V D, V path) const {

@@ -135,8 +135,8 @@ std::complex<T> RectangularPistonCuda2::doFastNearfield_Private(
 
 template <class T, class GridT>
 void RectangularPistonCuda2::computeCPU(T* out, const Grid3DR<GridT>& grid) const {
-  const auto b = static_cast<T>(s * 0.5);
-  const auto a = static_cast<T>(0.5 * l);
+  const auto halfX = static_cast<T>(s * 0.5);
+  const auto halfY = static_cast<T>(0.5 * l);
   const auto waveNumber = static_cast<T>(k);
   const std::complex<T> scale(T(0), static_cast<T>(-0.15915494309189535));
   const std::lock_guard lock(onCPU_);
@@ -153,8 +153,8 @@ void RectangularPistonCuda2::computeCPU(T* out, const Grid3DR<GridT>& grid) cons
         const auto y = static_cast<T>(p[1]);
         const auto z = static_cast<T>(p[2]);
         FirstIntegral<T> f{T(0), waveNumber, z, turn(-(z * waveNumber))};
-        const std::complex<T> pressure =
-            doFastNearfield_Private<T>(f, x - b, x + b, y - a, y + a, waveNumber, z, scale);
+        const std::complex<T> pressure = doFastNearfield_Private<T>(
+            f, x - halfX, x + halfX, y - halfY, y + halfY, waveNumber, z, scale);
         *out++ = pressure.real();
         *out++ = pressure.imag();
       }

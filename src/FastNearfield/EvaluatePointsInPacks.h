@@ -9,14 +9,18 @@
 #include "FastNearfield/packs/PackedPressure.h"
 #include "core/CudaCompatibility.h"
 
-// The emulation device calls a kernel once per launch. The kernel takes ranges of its threads.
+// evaluatePoints() on the emulation device, which calls a kernel once per launch: the kernel itself
+// takes ranges of its threads, on all cores. Single precision is evaluated in packs.
 
 namespace pistonfield {
 
-inline void evaluateList(const KernelPiston<float>& piston, const float* positions,
-                         Complex* pressures, unsigned count, const CallersDoubles& callers = {}) {
-  packedPressure(instructionSet())(positions, pressures, static_cast<int>(count), piston.halfWidth,
-                                   piston.halfHeight, piston.k, piston.rule, callers);
+/// Evaluates a list in packs, with the machine's instruction set.
+inline void evaluateInPacks(const KernelPiston<float>& piston, const float* positions,
+                            Complex* pressures, unsigned count,
+                            const CallersDoubles& callers = {}) {
+  PackedPressure* const evaluate = packedPressure(instructionSet());
+  evaluate(positions, pressures, static_cast<int>(count), piston.halfWidth, piston.halfHeight,
+           piston.k, piston.rule, callers);
 }
 
 /// What to prefetch while a list is evaluated: the doubles of the points from `toRead` on and of
@@ -38,8 +42,8 @@ CallersDoubles usedSoon(const Points& /*points*/, unsigned /*toRead*/, const Res
 
 /// Copies the points to lists, evaluates the lists in packs, and copies the pressures back.
 template <class Points, class Results>
-void evaluateByLists(const KernelPiston<float>& piston, const Points& points,
-                     const Results& results, unsigned n, unsigned last) {
+void evaluateCopiesInPacks(const KernelPiston<float>& piston, const Points& points,
+                           const Results& results, unsigned n, unsigned last) {
   // With what is prefetched meanwhile, the lists take 240 kB of the second-level cache. Shorter
   // lists would leave more packs partly filled. For longer ones the allocator may request memory
   // from the system again for every range.
@@ -50,8 +54,8 @@ void evaluateByLists(const KernelPiston<float>& piston, const Points& points,
   while (n < last) {
     const unsigned count = std::min(most, last - n);
     for (unsigned i = 0; i < count; ++i, points.advance(cursor)) list[i] = points.at(cursor);
-    evaluateList(piston, &list[0].x, pressures.get(), count,
-                 usedSoon(points, n + count, results, n));
+    evaluateInPacks(piston, &list[0].x, pressures.get(), count,
+                    usedSoon(points, n + count, results, n));
     for (std::size_t i = 0; i < count; ++i) results.store(n + i, pressures[i]);
     n += count;
   }
@@ -61,13 +65,13 @@ template <class T, class Points, class Results>
 void evaluateOneByOne(const KernelPiston<T>& piston, const Points& points, const Results& results,
                       unsigned n, unsigned last) {
   for (auto cursor = points.cursor(n); n < last; ++n, points.advance(cursor))
-    results.store(n, pressureAt(points.at(cursor), piston));
+    results.store(n, kernelPressure(points.at(cursor), piston));
 }
 
 template <class T, class Points, class Results>
-void evaluate(const KernelPiston<T>& piston, const Points& points, const Results& results) {
+void evaluatePoints(const KernelPiston<T>& piston, const Points& points, const Results& results) {
   const auto count = static_cast<std::uint64_t>(std::max(points.count(), 0));
-  emulation::forThreads([&](std::uint64_t firstThread, std::uint64_t lastThread) {
+  emulation::forRangesOfThreads([&](std::uint64_t firstThread, std::uint64_t lastThread) {
     if (firstThread >= count) return;
     const auto n = static_cast<unsigned>(firstThread);
     const auto last = static_cast<unsigned>(std::min(lastThread, count));
@@ -75,10 +79,10 @@ void evaluate(const KernelPiston<T>& piston, const Points& points, const Results
       evaluateOneByOne(piston, points, results, n, last);
     else if constexpr (std::is_same_v<Points, PointList<T>> && std::is_same_v<Results, Pairs<T>>)
       // lists of floats, in place
-      evaluateList(piston, points.cursor(n), results.values + n, last - n);
+      evaluateInPacks(piston, points.cursor(n), results.values + n, last - n);
     else
       // grids, lists of doubles, split results
-      evaluateByLists(piston, points, results, n, last);
+      evaluateCopiesInPacks(piston, points, results, n, last);
   });
 }
 
