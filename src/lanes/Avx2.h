@@ -8,11 +8,40 @@
 
 namespace pistonfield {
 
+/// 4 doubles per register.
+struct Avx2Double {
+  using Value = double;
+  using Register = __m256d;
+  using Mask = __m256d;
+  static constexpr int width = 4;
+
+  static Register broadcast(double x) { return _mm256_set1_pd(x); }
+  static Register load(const double* from) { return _mm256_loadu_pd(from); }
+  static void store(double* to, Register x) { _mm256_storeu_pd(to, x); }
+
+  static Mask less(Register x, Register y) { return _mm256_cmp_pd(x, y, _CMP_LT_OQ); }
+  static Mask equal(Register x, Register y) { return _mm256_cmp_pd(x, y, _CMP_EQ_OQ); }
+  static unsigned bits(Mask mask) { return static_cast<unsigned>(_mm256_movemask_pd(mask)); }
+  static Register select(Mask mask, Register yes, Register no) {
+    return _mm256_blendv_pd(no, yes, mask);
+  }
+
+  static Register absolute(Register x) { return _mm256_andnot_pd(_mm256_set1_pd(-0.0), x); }
+  static Register squareRoot(Register x) { return _mm256_sqrt_pd(x); }
+  static Register multiplyAdd(Register x, Register y, Register z) {
+    return _mm256_fmadd_pd(x, y, z);
+  }
+};
+
 /// 8 lanes per register. Needs AVX2 and FMA.
 struct Avx2 {
+  using Value = float;
+  using Double = Avx2Double;
   using Register = __m256;
+  using Integers = int __attribute__((vector_size(32)));
   using Mask = __m256;
   static constexpr int width = 8;
+  static constexpr bool dividesSlowly() { return false; }
 
   static Register broadcast(float x) { return _mm256_set1_ps(x); }
   static Register load(const float* from) { return _mm256_loadu_ps(from); }
@@ -58,6 +87,12 @@ struct Avx2 {
                         _mm256_add_epi32(chosen, _mm256_set1_epi32(first)));
   }
 
+  static Double::Register lower(Register x) { return _mm256_cvtps_pd(_mm256_castps256_ps128(x)); }
+  static Double::Register upper(Register x) { return _mm256_cvtps_pd(_mm256_extractf128_ps(x, 1)); }
+  static Register joined(Double::Register low, Double::Register high) {
+    return _mm256_set_m128(_mm256_cvtpd_ps(high), _mm256_cvtpd_ps(low));
+  }
+
   static Mask less(Register x, Register y) { return _mm256_cmp_ps(x, y, _CMP_LT_OQ); }
   static Mask lessOrEqual(Register x, Register y) { return _mm256_cmp_ps(x, y, _CMP_LE_OQ); }
   static Mask equal(Register x, Register y) { return _mm256_cmp_ps(x, y, _CMP_EQ_OQ); }
@@ -66,6 +101,14 @@ struct Avx2 {
   static unsigned bits(Mask mask) { return static_cast<unsigned>(_mm256_movemask_ps(mask)); }
   static Register select(Mask mask, Register yes, Register no) {
     return _mm256_blendv_ps(no, yes, mask);
+  }
+
+  static Register inverseEstimate(Register x) { return _mm256_rcp_ps(x); }
+  static Register rootEstimate(Register x) { return x * _mm256_rsqrt_ps(x); }
+  static float largest(Register x) {
+    __m128 four = _mm_max_ps(_mm256_castps256_ps128(x), _mm256_extractf128_ps(x, 1));
+    four = _mm_max_ps(four, _mm_movehl_ps(four, four));
+    return _mm_cvtss_f32(_mm_max_ss(four, _mm_movehdup_ps(four)));
   }
 
   static Register absolute(Register x) { return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), x); }

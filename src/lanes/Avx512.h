@@ -8,11 +8,40 @@
 
 namespace pistonfield {
 
+/// 8 doubles per register.
+struct Avx512Double {
+  using Value = double;
+  using Register = __m512d;
+  using Mask = __mmask8;
+  static constexpr int width = 8;
+
+  static Register broadcast(double x) { return _mm512_set1_pd(x); }
+  static Register load(const double* from) { return _mm512_loadu_pd(from); }
+  static void store(double* to, Register x) { _mm512_storeu_pd(to, x); }
+
+  static Mask less(Register x, Register y) { return _mm512_cmp_pd_mask(x, y, _CMP_LT_OQ); }
+  static Mask equal(Register x, Register y) { return _mm512_cmp_pd_mask(x, y, _CMP_EQ_OQ); }
+  static unsigned bits(Mask mask) { return mask; }
+  static Register select(Mask mask, Register yes, Register no) {
+    return _mm512_mask_blend_pd(mask, no, yes);
+  }
+
+  static Register absolute(Register x) { return _mm512_abs_pd(x); }
+  static Register squareRoot(Register x) { return _mm512_sqrt_pd(x); }
+  static Register multiplyAdd(Register x, Register y, Register z) {
+    return _mm512_fmadd_pd(x, y, z);
+  }
+};
+
 /// 16 lanes per register. Needs AVX-512 F and DQ.
 struct Avx512 {
+  using Value = float;
+  using Double = Avx512Double;
   using Register = __m512;
+  using Integers = int __attribute__((vector_size(64)));
   using Mask = __mmask16;
   static constexpr int width = 16;
+  static constexpr bool dividesSlowly() { return false; }
 
   static Register broadcast(float x) { return _mm512_set1_ps(x); }
   static Register load(const float* from) { return _mm512_loadu_ps(from); }
@@ -61,6 +90,15 @@ struct Avx512 {
     _mm512_storeu_si512(to, _mm512_maskz_compress_epi32(static_cast<Mask>(lanes), all));
   }
 
+  static Double::Register lower(Register x) { return _mm512_cvtps_pd(_mm512_castps512_ps256(x)); }
+  static Double::Register upper(Register x) {
+    return _mm512_cvtps_pd(_mm512_extractf32x8_ps(x, 1));
+  }
+  static Register joined(Double::Register low, Double::Register high) {
+    return _mm512_insertf32x8(_mm512_castps256_ps512(_mm512_cvtpd_ps(low)), _mm512_cvtpd_ps(high),
+                              1);
+  }
+
   static Mask less(Register x, Register y) { return _mm512_cmp_ps_mask(x, y, _CMP_LT_OQ); }
   static Mask lessOrEqual(Register x, Register y) { return _mm512_cmp_ps_mask(x, y, _CMP_LE_OQ); }
   static Mask equal(Register x, Register y) { return _mm512_cmp_ps_mask(x, y, _CMP_EQ_OQ); }
@@ -70,6 +108,10 @@ struct Avx512 {
   static Register select(Mask mask, Register yes, Register no) {
     return _mm512_mask_blend_ps(mask, no, yes);
   }
+
+  static Register inverseEstimate(Register x) { return _mm512_rcp14_ps(x); }
+  static Register rootEstimate(Register x) { return x * _mm512_rsqrt14_ps(x); }
+  static float largest(Register x) { return _mm512_reduce_max_ps(x); }
 
   static Register absolute(Register x) { return _mm512_abs_ps(x); }
   static Register squareRoot(Register x) { return _mm512_sqrt_ps(x); }
@@ -82,6 +124,8 @@ struct Avx512 {
 /// For machines whose division is the bottleneck: one of two quotients is computed by
 /// multiplications.
 struct Avx512SlowDivision : Avx512 {
+  static constexpr bool dividesSlowly() { return true; }
+
   /// Correctly rounded, like a division, in the SecondQuotientRange: there the quotient is not
   /// subnormal, and its remainder is a float.
   ///
@@ -101,6 +145,11 @@ struct Avx512SlowDivision : Avx512 {
     const Register quotient = x * inverse;
     const Register remainder = _mm512_fnmadd_ps(y, quotient, x);
     return multiplyAdd(remainder, inverse, quotient);
+  }
+
+  static Register inverse(Register x) {
+    const Register estimate = _mm512_rcp14_ps(x);
+    return multiplyAdd(_mm512_fnmadd_ps(x, estimate, broadcast(1)), estimate, estimate);
   }
 };
 

@@ -3,8 +3,16 @@
 // A pack holds one quantity of several points in a register, one point per lane. It supports the
 // arithmetic of lanes/Arithmetic.h.
 //
-// `Set` is an instruction set: a struct with a register type, a mask type and operations on them.
-// Each set has its own header in this folder. Besides arithmetic, load and store it has
+// `Set` is an instruction set: a struct with the type of a value, a register type, a mask type and
+// operations on them. Each set has its own header in this folder, in which `Double` is the set for
+// double precision: its registers have half as many lanes, and
+//
+//     lower, upper   the first and the second half of a register's floats, as doubles
+//     joined         both halves as floats, rounded
+//
+// If `dividesSlowly()`, it also has `inverse`, 1/x within 2^-22 for 2^-126 ≤ |x| ≤ 2^126.
+//
+// Besides arithmetic, load and store, a set for floats has
 //
 //     loadTriples    the first, second and third values of `width` consecutive triples
 //     gatherTriples  the same of the triples at given indices; it may read one value after each
@@ -28,18 +36,19 @@ struct PackMask {
 template <class Set>
 struct Pack {
   using Register = typename Set::Register;
+  using Value = typename Set::Value;
   static constexpr int lanes = Set::width;
 
   Pack() = default;
-  explicit Pack(float everywhere) : value(Set::broadcast(everywhere)) {}
+  explicit Pack(Value everywhere) : value(Set::broadcast(everywhere)) {}
   static Pack of(Register value) {
     Pack pack;
     pack.value = value;
     return pack;
   }
 
-  static Pack load(const float* from) { return of(Set::load(from)); }
-  void store(float* to) const { Set::store(to, value); }
+  static Pack load(const Value* from) { return of(Set::load(from)); }
+  void store(Value* to) const { Set::store(to, value); }
 
   Register value;
 };
@@ -113,6 +122,52 @@ Pack<Set> secondQuotient(Pack<Set> x, Pack<Set> y) {
 template <class Set>
 Pack<Set> multiplyAdd(Pack<Set> x, Pack<Set> y, Pack<Set> z) {
   return Pack<Set>::of(Set::multiplyAdd(x.value, y.value, z.value));
+}
+
+template <class Set>
+Pack<Set> inverse(Pack<Set> x) {
+  return Pack<Set>::of(Set::inverse(x.value));
+}
+/// 1/x and √x within 2^-11, for 2^-126 ≤ x ≤ 2^126.
+template <class Set>
+Pack<Set> inverseEstimate(Pack<Set> x) {
+  return Pack<Set>::of(Set::inverseEstimate(x.value));
+}
+template <class Set>
+Pack<Set> rootEstimate(Pack<Set> x) {
+  return Pack<Set>::of(Set::rootEstimate(x.value));
+}
+
+/// The largest lane.
+template <class Set>
+float largest(Pack<Set> x) {
+  return Set::largest(x.value);
+}
+
+template <class Set>
+float smallest(Pack<Set> x) {
+  return -largest(-x);
+}
+
+/// The floats' bits as integers, which are converted to floats; and back.
+template <class Set>
+Pack<Set> bitsAsNumber(Pack<Set> x) {
+  return Pack<Set>::of(__builtin_convertvector(reinterpret_cast<typename Set::Integers>(x.value),
+                                               typename Set::Register));
+}
+template <class Set>
+Pack<Set> numberAsBits(Pack<Set> x) {
+  return Pack<Set>::of(reinterpret_cast<typename Set::Register>(
+      __builtin_convertvector(x.value, typename Set::Integers)));
+}
+
+template <class Set>
+Pack<Set> larger(Pack<Set> x, Pack<Set> y) {
+  return select(x < y, y, x);
+}
+template <class Set>
+Pack<Set> smaller(Pack<Set> x, Pack<Set> y) {
+  return select(y < x, y, x);
 }
 
 }  // namespace pistonfield
