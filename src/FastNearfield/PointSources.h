@@ -118,7 +118,7 @@ PISTONFIELD_HOST_DEVICE inline AffineMap<T> loadAffineMap(const T* transform) {
 template <class T>
 using SteppedGrid = GridOf<T, Steps<T>>;
 template <class T>
-using AxesGrid = GridOf<T, Axes<T>>;
+using GridOnAxes = GridOf<T, Axes<T>>;
 template <class T>
 using MappedGrid = GridOf<T, AffineMap<T>>;
 

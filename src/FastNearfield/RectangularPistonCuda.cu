@@ -145,7 +145,7 @@ __global__ void calculate_grid_structured(Complex* d_array, int sx, int sy, int 
                                           float* posy, float* posz, float halfWidth,
                                           float halfHeight, float k) {
   evaluatePoints(pistonOf(halfWidth, halfHeight, k),
-                 AxesGrid<float>(sx, sy, sz, {posx, posy, posz}), Pairs<float>{d_array});
+                 GridOnAxes<float>(sx, sy, sz, {posx, posy, posz}), Pairs<float>{d_array});
 }
 
 // The launchers.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "lanes/Arithmetic.h"
+#include "FastNearfield/point/HalfTurns.h"
 
 namespace pistonfield {
 
@@ -29,17 +29,17 @@ class HalfPhase {
   /// With more half turns, a float can hardly represent a fraction of one.
   static constexpr float mostHalfTurns = 4194304;  // 2^22
 
-  struct SineCosine {
-    V sine, cosine;
-  };
+  using SineCosine = pistonfield::SineCosineOfHalfTurns<V>;
 
   /// For paths that are not `lost`.
-  PISTONFIELD_INLINE SineCosine operator()(V path) const { return ofHalfTurns(fraction(path)); }
+  PISTONFIELD_INLINE SineCosine operator()(V path) const {
+    return sineCosineOfHalfTurns(fraction(path));
+  }
 
   /// For any path. A lost path gives an arbitrary phase, an infinite one NaN.
   PISTONFIELD_INLINE SineCosine ofAny(V path) const {
     const auto kept = absolute(V(high_) * path) <= V(mostHalfTurns);
-    return ofHalfTurns(select(kept, fraction(path), path * V(0.0f)));
+    return sineCosineOfHalfTurns(select(kept, fraction(path), path * V(0.0f)));
   }
 
   /// Whether a path of at most this length can be lost.
@@ -62,20 +62,6 @@ class HalfPhase {
     const V roundsOff(3 * mostHalfTurns);
     const V whole = multiplyAdd(high, path, roundsOff) - roundsOff;
     return multiplyAdd(V(low_), path, multiplyAdd(high, path, -whole));
-  }
-
-  /// sin(πr) and cos(πr) for |r| ≤ 1/2, within 0.5 and 0.02 units of 2^-24 before rounding.
-  PISTONFIELD_INLINE static SineCosine ofHalfTurns(V r) {
-    const V t = r * r;
-    V sine = multiplyAdd(t, V(0.07969464361667633f), V(-0.5993670225143433f));
-    V cosine = multiplyAdd(t, V(-0.023963654413819313f), V(0.23468372225761414f));
-    sine = multiplyAdd(t, sine, V(2.5502591133117676f));
-    cosine = multiplyAdd(t, cosine, V(-1.335161566734314f));
-    sine = multiplyAdd(t, sine, V(-5.167720317840576f));
-    cosine = multiplyAdd(t, cosine, V(4.0587053298950195f));
-    sine = multiplyAdd(t, sine, V(3.1415927410125732f));
-    cosine = multiplyAdd(t, cosine, V(-4.934802055358887f));
-    return {r * sine, multiplyAdd(t, cosine, V(1.0f))};
   }
 
   static constexpr float inverse2Pi = 0.15915494f;

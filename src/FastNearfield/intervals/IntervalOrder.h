@@ -1,0 +1,124 @@
+#pragma once
+
+#include "lanes/Pack.h"
+
+// How many nodes an interval of an edge needs, and which precision, for a tolerance. All lengths
+// are in wavelengths, so that k = 2π.
+//
+// The integral is
+//
+//     I = d·∫ (exp(−ikR) − exp(−ikz)) / (d² + σ²) dσ,   R = √(z² + d² + σ²),   from α to β.
+//
+// Its magnitude is at most
+//
+//     S = (β − α)·d·min(k/(R₀ + z), 2/D₀),   R₀ and D₀ = d² + σ² at the end nearer to the foot.
+//
+// Two things limit how fast the error of a Gauss rule falls with its order n. One is the
+// oscillation: the phase turns by at most 2ω, ω = k(β − α)/2·slope, where slope = dR/dσ is largest
+// at the end farther from the foot. The error of exp(iωt) on [−1, 1] is below S·exp(ω·sinh ξ − 2nξ)
+// for every ξ > 0, so that n = min over ξ of (L + ω·sinh ξ)/2ξ with L = ln(S/tolerance). The other
+// is the branch point of R at σ = ±i√(z² + d²): the largest ellipse around the interval that
+// excludes it has semi-axes whose sum is r half-lengths,
+//
+//     r = q + √(q² − 1),   q = (R(α) + R(β))/(β − α),
+//
+// and the error that it causes is about d·k·(R(α)·R(β))^¼/ρ^½·r^(−2n), ρ = √(z² + d²).
+//
+// The order is the fourth root of the sum of both fourth powers, plus 0.6 and, for L > 18, 0.1 more
+// for each unit of L, rounded up. This, the mean of slopes below and two factors of the tolerance
+// were measured (docs/theory.md).
+
+namespace pistonfield {
+
+/// log₂ x for normal x > 0. The result is 0 to 0.0861 too small.
+template <class Set>
+Pack<Set> log2Below(Pack<Set> x) {
+  return bitsAsNumber(x) * Pack<Set>(0x1p-23f) - Pack<Set>(127.0f);
+}
+
+/// The result is 0 to 0.0861 too large.
+template <class Set>
+Pack<Set> log2Above(Pack<Set> x) {
+  return bitsAsNumber(x) * Pack<Set>(0x1p-23f) - Pack<Set>(127.0f - 0.0861f);
+}
+
+/// 2^x for |x| < 126. The result is up to 6.2 % too large.
+template <class Set>
+Pack<Set> exp2Above(Pack<Set> x) {
+  return numberAsBits((x + Pack<Set>(127.0f)) * Pack<Set>(0x1p23f));
+}
+
+/// Bounds of an interval at several points.
+template <class V>
+struct IntervalBounds {
+  V leastD, mostD;  ///< the magnitude of d
+  V leastZ;
+  V leastFrom;   ///< α: at least 0; or at least −β, and all lengths are equal
+  V mostTo;      ///< β
+  V mostLength;  ///< β − α
+};
+
+/// What intervals need, one a lane, for a tolerance of each integral.
+template <class Set>
+struct IntervalNeeds {
+  using V = Pack<Set>;
+
+  V magnitude;    ///< S
+  V oscillation;  ///< the order that the oscillation needs alone
+  V order;        ///< the order, not rounded
+  V rounding;     ///< the bound of the rounding error, in units of the precision
+  V ends;         ///< the same for α and β, if they are rounded
+
+  IntervalNeeds(const IntervalBounds<V>& in, V tolerance) {
+    const V zero(0.0f), one(1.0f), tiny(1e-18f);
+    const V nearest = larger(in.leastFrom, zero), to = in.mostTo, length = in.mostLength;
+    const V dd = in.leastD * in.leastD,
+            rho2 = larger(multiplyAdd(in.leastZ, in.leastZ, dd), V(1e-30f));
+    const V end = in.leastFrom + length;  // of the interval that is nearest to the branch point
+    const V R1squared = multiplyAdd(in.leastFrom, in.leastFrom, rho2),
+            R2squared = multiplyAdd(to, to, rho2);
+    const V R2 = rootEstimate(R2squared);
+    const V R0 = rootEstimate(multiplyAdd(nearest, nearest, rho2));
+    const V D0 = multiplyAdd(nearest, nearest, dd);
+    const V smooth = length * in.mostD * V(2 * pi) * inverseEstimate(R0 + in.leastZ);
+    const V steep = in.mostD * V(2.0f) * inverseEstimate(D0 + V(1e-30f));
+    magnitude = smaller(smooth, length * steep);
+    rounding = V(3.0f) * smooth + V(4.0f) * magnitude;
+    ends = V(2.0f) * to * smaller(in.mostD * V(2 * pi) * inverseEstimate(R0 + in.leastZ), steep);
+
+    constexpr float ln2 = 0.693147f;
+    const V relative = inverseEstimate(tolerance);
+    const V L =
+        larger(V(ln2) * log2Above(magnitude * V(oscillationMargin) * relative + tiny), V(0.1f));
+    // Between the slope at the farther end and the mean slope, from R(β) − R₀.
+    const V endTurns = length * to * inverseEstimate(R2);
+    const V meanTurns = (to - nearest) * (to + nearest) * inverseEstimate(R2 + R0);
+    const V omega = V(0.7f * pi) * endTurns + V(0.3f * pi) * meanTurns + V(1e-6f);
+    // The minimum over ξ is ω/2 + L·J(log₂(L/ω)). log₂ J is fitted by a polynomial, within 0.07.
+    const V l = smaller(larger(log2Below(L * inverseEstimate(omega)), V(-9.0f)), V(16.0f));
+    V logJ = multiplyAdd(l, V(1.44254e-4f), V(4.43785e-3f));
+    logJ = multiplyAdd(l, logJ, V(-0.304180f));
+    logJ = multiplyAdd(l, logJ, V(-0.901854f + 0.07f));
+    oscillation = multiplyAdd(L, exp2Above(logJ), V(0.5f) * omega);
+
+    const V q = smaller((rootEstimate(R1squared) + rootEstimate(multiplyAdd(end, end, rho2))) *
+                            inverseEstimate(length + tiny) * V(1 - 0x1p-10f),
+                        V(1e6f));
+    const V r = q + rootEstimate(larger(multiplyAdd(q, q, -one), V(1e-12f)));
+    // Two lower bounds of ln r: the first is close for r near 1.
+    const V lnr = larger(V(2.0f) * (r - one) * inverseEstimate(r + one), V(ln2) * log2Below(r));
+    const V strength = log2Above(in.mostD * V(2 * pi * branchMargin) * relative + tiny) +
+                       V(0.125f) * (log2Above(R1squared) + log2Above(R2squared)) -
+                       V(0.25f) * log2Below(rho2);
+    const V branch =
+        larger(strength, zero) * V(0.5f * ln2) * inverseEstimate(larger(lnr, V(1e-6f)));
+    const V o2 = oscillation * oscillation, b2 = branch * branch;
+    order = rootEstimate(rootEstimate(multiplyAdd(o2, o2, b2 * b2))) + V(0.6f) +
+            V(0.1f) * larger(L - V(18.0f), zero);
+  }
+
+  static constexpr float pi = 3.14159265f;
+  static constexpr float oscillationMargin = 2, branchMargin = 1;
+};
+
+}  // namespace pistonfield

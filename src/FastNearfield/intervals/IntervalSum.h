@@ -1,0 +1,94 @@
+#pragma once
+
+#include "FastNearfield/intervals/GaussRules.h"
+#include "FastNearfield/point/ComplexArithmetic.h"
+#include "FastNearfield/point/HalfTurns.h"
+#include "lanes/Pack.h"
+
+namespace pistonfield {
+
+/// The fraction of a number of half turns, from −1/2 to 1/2.
+template <class Set>
+Pack<Set> fractionOf(Pack<Set> halfTurns) {
+  // Above this, a float or a double has no digits after the point.
+  constexpr typename Set::Value roundsOff =
+      sizeof(typename Set::Value) == sizeof(float) ? 0x1.8p23 : 0x1.8p52;
+  return halfTurns - ((halfTurns + Pack<Set>(roundsOff)) - Pack<Set>(roundsOff));
+}
+
+template <class Set>
+SineCosineOfHalfTurns<Pack<Set>> sineCosine(Pack<Set> r) {
+  if constexpr (sizeof(typename Set::Value) == sizeof(float))
+    return sineCosineOfHalfTurns(r);
+  else
+    return preciseSineCosineOfHalfTurns(r);
+}
+
+/// The rule of n nodes.
+template <class Set>
+struct IntervalRule {
+  using Value = typename Set::Value;
+
+  IntervalRule(GaussRuleTable<Value> rules, int n) : order(n) {
+    const int first = (n * (n - 1) - rules.least * (rules.least - 1)) / 2;
+    fromStart = rules.fromStart + first;
+    w = rules.w + first;
+  }
+
+  const Value *fromStart, *w;
+  int order;
+};
+
+/// The two quotients of a node: R − z = D/(R + z), and 1/D.
+template <class Set>
+struct Quotients {
+  using V = Pack<Set>;
+  V path, inverseD;
+
+  Quotients(V D, V ends) {
+    if constexpr (sizeof(typename Set::Value) == sizeof(float)) {
+      if constexpr (!Set::dividesSlowly()) {
+        path = quotient(D, ends);
+        inverseD = quotient(V(1.0f), D);
+      } else {
+        both(D, ends, inverse(D * ends));
+      }
+    } else {
+      both(D, ends, quotient(V(1.0), D * ends));
+    }
+  }
+
+ private:
+  void both(V D, V ends, V inverseOfBoth) {
+    path = D * (D * inverseOfBoth);
+    inverseD = ends * inverseOfBoth;
+  }
+};
+
+/// d·∫ sin(δ/2)·(sin(δ/2) + i·cos(δ/2)) / D dσ from `from` to `to`, by the rule. D = d² + σ²,
+/// δ/2 = π(R − z), R = √(z² + D); all lengths are in wavelengths. The integral of
+/// (exp(−ikR) − exp(−ikz))/D is −2·exp(−ikz) times this.
+template <class Set>
+ComplexPair<Pack<Set>> intervalSum(Pack<Set> d, Pack<Set> z, Pack<Set> from, Pack<Set> to,
+                                   IntervalRule<Set> rule) {
+  using V = Pack<Set>;
+  using Value = typename Set::Value;
+  const V h = (to - from) * V(Value(0.5));
+  const V zz = z * z;
+  // Where d is 0 the result is, too. The product below must not be 0.
+  const V dd = larger(d * d, V(Value(sizeof(Value) == sizeof(float) ? 1e-24 : 1e-200)));
+  ComplexPair<V> sum{V(Value(0)), V(Value(0))};
+  for (int j = 0; j < rule.order; ++j) {
+    const V sigma = multiplyAdd(V(rule.fromStart[j]), h, from);
+    const V D = multiplyAdd(sigma, sigma, dd);
+    const V ends = squareRoot(zz + D) + z;  // R + z
+    const Quotients<Set> q(D, ends);
+    const auto [sine, cosine] = sineCosine(fractionOf(q.path));
+    const V scale = V(rule.w[j]) * q.inverseD * sine;
+    sum = multiplyAdd(scale, ComplexPair<V>{sine, cosine}, sum);
+  }
+  const V dh = d * h;
+  return {dh * sum.re, dh * sum.im};
+}
+
+}  // namespace pistonfield
