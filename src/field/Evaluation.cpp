@@ -1,0 +1,172 @@
+#include "field/Evaluation.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <mutex>
+
+#include "parallel/Spread.h"
+
+namespace pistonfield {
+namespace {
+
+constexpr double pi = 3.14159265358979323846;
+
+/// Of the tolerance, what the rounding of coordinates may take.
+constexpr double phaseShare = 0.25;
+
+constexpr std::size_t tileSize = 1024;
+static_assert(tileSize % pointsPerPack == 0);
+
+/// How many tiles times pistons are evaluated between two calls of `progress`.
+constexpr std::size_t pieceWork = 256;
+
+/// The rules that tolerances need, which are computed once; or the rule of an order.
+template <class Real>
+std::shared_ptr<const GaussRules<Real>> rulesFor(int order) {
+  using Rules = GaussRules<Real>;
+  static const auto shared = std::make_shared<const Rules>(1, mostIntervalOrder);
+  return order > 0 ? std::make_shared<const Rules>(order, order) : shared;
+}
+
+WeightedPiston weighted(const Field::Piston& piston, double k, double tolerance) {
+  WeightedPiston result{};
+  const double wavelengths = std::fabs(k) / (2 * pi);
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    result.centre[axis] = piston.centre[axis];
+    for (std::size_t n = 0; n < 3; ++n) result.axes[axis][n] = piston.axes[axis][n] * wavelengths;
+  }
+  result.halfWidth = piston.width / 2 * wavelengths;
+  result.halfHeight = piston.height / 2 * wavelengths;
+  result.weightRe = piston.weight.real();
+  // Σ w·(−p̄) for −k is −conj(Σ w̄·p).
+  result.weightIm = k > 0 ? piston.weight.imag() : -piston.weight.imag();
+  // Units of the last place: of the difference to the centre, of a product, and of two more and two
+  // sums if the piston is turned.
+  const auto isAlong = [&](std::size_t axis) { return std::fabs(piston.axes[axis][axis]) == 1; };
+  result.relativeShift = isAlong(0) && isAlong(1) ? 0x1p-51 : 0x1p-50;
+  result.weightMagnitude = std::abs(piston.weight);
+  result.tolerance = tolerance / std::abs(piston.weight);
+  return result;
+}
+
+struct Tile {
+  alignas(64) double x[tileSize], y[tileSize], z[tileSize];
+
+  Tile(const Points& points, std::size_t first, std::size_t count) {
+    points.read(first, count, x, y, z);
+  }
+
+  /// Marks the points with a coordinate above `most` or one that is not a number. Returns the index
+  /// of a point that is not marked, or `count`.
+  std::size_t markLost(std::size_t count, double most, bool* isLost) const {
+    std::size_t valid = count;
+    for (std::size_t n = 0; n < count; ++n) {
+      isLost[n] =
+          !((std::fabs(x[n]) <= most) & (std::fabs(y[n]) <= most) & (std::fabs(z[n]) <= most));
+      if (!isLost[n]) valid = n;
+    }
+    return valid;
+  }
+  void copy(std::size_t from, std::size_t to) {
+    x[to] = x[from];
+    y[to] = y[from];
+    z[to] = z[from];
+  }
+};
+
+}  // namespace
+
+Used nothingUsed() { return {std::numeric_limits<int>::max(), 0, 0, false, false, 0, 0}; }
+
+Used bothUsed(const Used& one, const Used& other) {
+  return {std::min(one.leastOrder, other.leastOrder),
+          std::max(one.mostOrder, other.mostOrder),
+          one.nodes + other.nodes,
+          one.single || other.single,
+          one.precise || other.precise,
+          std::max(one.excess, other.excess),
+          0};
+}
+
+Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, double tolerance,
+                       const Shift& shift, int order)
+    : tolerance_(tolerance),
+      isNegative_(k < 0),
+      mostCoordinate_(mostWavelengths * 2 * pi / std::fabs(k)),
+      rules_(rulesFor<float>(order)),
+      preciseRules_(rulesFor<double>(order)),
+      add_(addPiston(instructionSet())),
+      used_(nothingUsed()) {
+  const auto isSilent = [&](const Field::Piston& piston) {
+    return piston.weight == 0.0 || piston.width == 0 || piston.height == 0 || k == 0;
+  };
+  const auto sounding = pistons.size() - static_cast<std::size_t>(std::count_if(
+                                             pistons.begin(), pistons.end(), isSilent));
+  for (const Field::Piston& piston : pistons) {
+    if (isSilent(piston)) continue;
+    pistons_.push_back(
+        weighted(piston, k, tolerance * (1 - phaseShare) / static_cast<double>(sounding)));
+    pistons_.back().order = order;
+    pistons_.back().rules = rules_->table();
+    pistons_.back().preciseRules = preciseRules_->table();
+    const Position& c = piston.centre;
+    const double offset = std::fabs(c[0]) + std::fabs(c[1]) + std::fabs(c[2]);
+    pistons_.back().shift = (shift.absolute + shift.relative * offset) * std::fabs(k) / (2 * pi);
+    pistons_.back().relativeShift += shift.relative;
+  }
+}
+
+void Evaluation::run(const Points& points, std::complex<double>* pressures, Work& work) {
+  std::mutex usedMutex;
+  const std::size_t all = points.count();
+  const std::size_t pieceSize =
+      std::max<std::size_t>(pieceWork / std::max<std::size_t>(pistons_.size(), 1), 2) * tileSize;
+  for (std::size_t piece = 0; piece < all; piece += pieceSize) {
+    const std::size_t inPiece = std::min(pieceSize, all - piece);
+    parallel::spread((inPiece + tileSize - 1) / tileSize, 1,
+                     [&](std::uint64_t begin, std::uint64_t end) {
+                       Used used = nothingUsed();
+                       for (std::uint64_t t = begin; t < end; ++t) {
+                         const std::size_t first = t * tileSize;
+                         evaluateTile(points, piece + first, std::min(tileSize, inPiece - first),
+                                      pressures + piece + first, used);
+                       }
+                       const std::lock_guard lock(usedMutex);
+                       used_ = bothUsed(used_, used);
+                     });
+    work.advance(static_cast<double>(inPiece));
+  }
+}
+
+void Evaluation::evaluateTile(const Points& points, std::size_t first, std::size_t count,
+                              std::complex<double>* pressures, Used& used) const {
+  Tile tile(points, first, count);
+  const std::size_t padded =
+      (count + pointsPerPack - 1) / pointsPerPack * std::size_t{pointsPerPack};
+  std::array<bool, tileSize> isLost{};
+  const std::size_t valid = tile.markLost(count, mostCoordinate_, isLost.data());
+  for (std::size_t n = 0; n < padded && valid < count; ++n)
+    if (n >= count || isLost[n]) tile.copy(valid, n);
+
+  used.phaseError = 0;
+  alignas(64) double re[tileSize] = {}, im[tileSize] = {};
+  for (const WeightedPiston& piston : pistons_)
+    if (valid < count) add_(piston, tile.x, tile.y, tile.z, static_cast<int>(padded), re, im, used);
+
+  if (!pistons_.empty() && pistons_.front().order == 0)
+    used.excess = std::max(used.excess, used.phaseError / (phaseShare * tolerance_));
+
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  for (std::size_t n = 0; n < count; ++n) {
+    pressures[n] = {isNegative_ ? -re[n] : re[n], im[n]};
+    if (!isLost[n]) continue;
+    pressures[n] = {nan, nan};
+    const Position p = points.position(first + n);
+    if (std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]))
+      used.excess = std::numeric_limits<double>::infinity();
+  }
+}
+
+}  // namespace pistonfield

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "FastNearfield/intervals/PistonOnPoints.h"
+#include "field/Points.h"
+#include "field/Work.h"
+
+namespace pistonfield {
+
+/// Coordinates of points are at most so large, in magnitude.
+constexpr double mostWavelengths = 1e9;
+
+/// How far points may be from where they should be: `absolute`, plus `relative` times the distance
+/// from a piston and from the origin.
+struct Shift {
+  double absolute = 0, relative = 0;
+};
+
+/// The sum of pistons' pressures at points, for an absolute tolerance. It is computed tile by tile,
+/// on all cores: a tile's sum stays in the cache while the pistons are added to it.
+class Evaluation {
+ public:
+  /// The shift of points is charged to the tolerance. If `order` is above 0, it is the order of
+  /// every integral, and the tolerance is ignored.
+  Evaluation(const std::vector<Field::Piston>& pistons, double k, double tolerance,
+             const Shift& shift, int order = 0);
+
+  /// Writes the pressure at each point, or NaN if the point is not finite. Where a point is too
+  /// far, `used().excess` is infinite afterwards.
+  void run(const Points& points, std::complex<double>* pressures, Work& work);
+
+  /// What all runs used.
+  const Used& used() const { return used_; }
+
+ private:
+  void evaluateTile(const Points& points, std::size_t first, std::size_t count,
+                    std::complex<double>* pressures, Used& used) const;
+
+  std::vector<WeightedPiston> pistons_;
+  double tolerance_;
+  bool isNegative_;  // k
+  double mostCoordinate_;
+  std::shared_ptr<const GaussRules<float>> rules_;
+  std::shared_ptr<const GaussRules<double>> preciseRules_;
+  AddPiston* add_;
+  Used used_;
+};
+
+/// The record of nothing, and the one of both.
+Used nothingUsed();
+Used bothUsed(const Used& one, const Used& other);
+
+}  // namespace pistonfield

@@ -1,0 +1,135 @@
+#include "field/Points.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace pistonfield {
+namespace {
+
+std::size_t product(std::size_t nx, std::size_t ny, std::size_t nz) {
+  const std::size_t most =
+      std::numeric_limits<std::ptrdiff_t>::max() / sizeof(std::complex<double>);
+  if (nx == 0 || ny == 0 || nz == 0) return 0;
+  if (ny > most / nx || nz > most / (nx * ny))
+    throw FieldError("The grid has more points than an array can hold. Divide it.");
+  return nx * ny * nz;
+}
+
+/// The least and the largest finite value; 0 if there is none.
+std::array<double, 2> finiteRange(const std::vector<double>& values) {
+  std::array<double, 2> range{};
+  bool isFirst = true;
+  for (const double value : values) {
+    if (!std::isfinite(value)) continue;
+    range = {isFirst ? value : std::min(range[0], value),
+             isFirst ? value : std::max(range[1], value)};
+    isFirst = false;
+  }
+  return range;
+}
+
+/// Calls at(n, i, j, m) for `count` points from `first` on; n counts them, and i runs fastest.
+template <class At>
+void walk(std::size_t first, std::size_t count, std::size_t nx, std::size_t ny, At at) {
+  std::size_t i = first % nx, j = first / nx % ny, m = first / nx / ny;
+  for (std::size_t n = 0; n < count; ++n) {
+    at(n, i, j, m);
+    if (++i < nx) continue;
+    i = 0;
+    if (++j < ny) continue;
+    j = 0;
+    ++m;
+  }
+}
+
+}  // namespace
+
+void ListPoints::read(std::size_t first, std::size_t count, double* x, double* y, double* z) const {
+  for (std::size_t n = 0; n < count; ++n) {
+    x[n] = points_[first + n][0];
+    y[n] = points_[first + n][1];
+    z[n] = points_[first + n][2];
+  }
+}
+
+AxesPoints::AxesPoints(const AxesGrid& grid, double shift)
+    : Points(product(grid.x.size(), grid.y.size(), grid.z.size())), grid_(grid), shift_(shift) {}
+
+std::vector<Position> AxesPoints::corners() const {
+  std::vector<Position> corners;
+  if (count() == 0) return corners;
+  for (const double x : finiteRange(grid_.x))
+    for (const double y : finiteRange(grid_.y))
+      for (const double z : finiteRange(grid_.z)) corners.push_back({x, y, z});
+  return corners;
+}
+
+Rows AxesPoints::rows() const {
+  const std::vector<double>& x = grid_.x;
+  if (x.empty()) return Points::rows();
+  const double step = x.size() > 1 ? (x.back() - x.front()) / static_cast<double>(x.size() - 1) : 0;
+  double deviation = 0;
+  for (std::size_t i = 0; i < x.size(); ++i)
+    // Written so that it becomes infinite for values that are not finite.
+    if (const double apart = std::fabs(x[i] - (x.front() + static_cast<double>(i) * step));
+        !(apart <= deviation))
+      deviation = std::isfinite(apart) ? apart : std::numeric_limits<double>::infinity();
+  return {x.size(), count() / x.size(), {step, 0, 0}, deviation};
+}
+
+void AxesPoints::read(std::size_t first, std::size_t count, double* x, double* y, double* z) const {
+  const std::size_t nx = grid_.x.size(), ny = grid_.y.size();
+  std::size_t i = first % nx, j = first / nx % ny, m = first / nx / ny;
+  for (std::size_t n = 0; n < count; i = 0) {
+    const std::size_t row = std::min(nx - i, count - n);
+    std::copy_n(&grid_.x[i], row, x + n);
+    std::fill_n(y + n, row, grid_.y[j]);
+    std::fill_n(z + n, row, grid_.z[m]);
+    n += row;
+    if (++j < ny) continue;
+    j = 0;
+    ++m;
+  }
+}
+
+AffinePoints::AffinePoints(const AffineGrid& grid)
+    : Points(product(grid.counts[0], grid.counts[1], grid.counts[2])), grid_(grid) {}
+
+std::vector<Position> AffinePoints::corners() const {
+  std::vector<Position> corners;
+  const auto [nx, ny, nz] = grid_.counts;
+  for (std::size_t corner = 0; count() > 0 && corner < 8; ++corner) {
+    const std::size_t i = corner & 1 ? nx - 1 : 0, j = corner & 2 ? ny - 1 : 0,
+                      m = corner & 4 ? nz - 1 : 0;
+    corners.push_back(position(i + nx * (j + ny * m)));
+  }
+  return corners;
+}
+
+double AffinePoints::shift() const {
+  const Position& o = grid_.origin;
+  return units * (std::fabs(o[0]) + std::fabs(o[1]) + std::fabs(o[2]));
+}
+
+Rows AffinePoints::rows() const {
+  if (count() == 0) return Points::rows();
+  return {grid_.counts[0], count() / grid_.counts[0], grid_.steps[0], 0};
+}
+
+void AffinePoints::read(std::size_t first, std::size_t count, double* x, double* y,
+                        double* z) const {
+  walk(first, count, grid_.counts[0], grid_.counts[1], [&](auto n, auto i, auto j, auto m) {
+    const auto along = [&](std::size_t axis) {
+      return grid_.origin[axis] + static_cast<double>(i) * grid_.steps[0][axis] +
+             static_cast<double>(j) * grid_.steps[1][axis] +
+             static_cast<double>(m) * grid_.steps[2][axis];
+    };
+    x[n] = along(0);
+    y[n] = along(1);
+    z[n] = along(2);
+  });
+}
+
+}  // namespace pistonfield

@@ -1,0 +1,92 @@
+#pragma once
+
+#include <cstddef>
+
+#include "field/field.h"
+
+namespace pistonfield {
+
+/// Points in rows of equal length with a common step.
+struct Rows {
+  std::size_t length, count;
+  Position step;     ///< from a point to the next in its row; 0 if length is 1
+  double deviation;  ///< the largest distance of a point from where the step puts it
+};
+
+/// Where a field is evaluated.
+class Points {
+ public:
+  virtual ~Points() = default;
+
+  /// Positions whose convex hull contains all points; none if the points are not those of a grid.
+  virtual std::vector<Position> corners() const { return {}; }
+
+  /// How far positions may be from where they should be, if they are computed: this, plus
+  /// `relativeShift` times their distance from anything.
+  virtual double shift() const { return 0; }
+  virtual double relativeShift() const { return 0; }
+
+  /// The rows that the points form, or one point a row.
+  virtual Rows rows() const { return {1, count(), {0, 0, 0}, 0}; }
+
+  /// Writes the coordinates of the points first ... first + count - 1.
+  virtual void read(std::size_t first, std::size_t count, double* x, double* y,
+                    double* z) const = 0;
+
+  std::size_t count() const { return count_; }
+
+  Position position(std::size_t n) const {
+    double x, y, z;
+    read(n, 1, &x, &y, &z);
+    return {x, y, z};
+  }
+
+ protected:
+  explicit Points(std::size_t count) : count_(count) {}
+  Points(const Points&) = default;
+  Points& operator=(const Points&) = default;
+
+ private:
+  std::size_t count_;
+};
+
+class ListPoints final : public Points {
+ public:
+  explicit ListPoints(const std::vector<Position>& points)
+      : Points(points.size()), points_(points) {}
+  void read(std::size_t first, std::size_t count, double* x, double* y, double* z) const override;
+
+ private:
+  const std::vector<Position>& points_;
+};
+
+class AxesPoints final : public Points {
+ public:
+  /// Throws a FieldError if the grid has more points than an array can hold.
+  explicit AxesPoints(const AxesGrid& grid, double shift = 0);
+  double shift() const override { return shift_; }
+  std::vector<Position> corners() const override;
+  Rows rows() const override;
+  void read(std::size_t first, std::size_t count, double* x, double* y, double* z) const override;
+
+ private:
+  const AxesGrid& grid_;
+  double shift_;
+};
+
+class AffinePoints final : public Points {
+ public:
+  /// Throws a FieldError if the grid has more points than an array can hold.
+  explicit AffinePoints(const AffineGrid& grid);
+  std::vector<Position> corners() const override;
+  double shift() const override;
+  double relativeShift() const override { return units; }
+  Rows rows() const override;
+  void read(std::size_t first, std::size_t count, double* x, double* y, double* z) const override;
+
+ private:
+  static constexpr double units = 0x1p-52;
+  const AffineGrid& grid_;
+};
+
+}  // namespace pistonfield

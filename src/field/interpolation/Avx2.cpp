@@ -1,0 +1,12 @@
+#include "lanes/Avx2.h"
+
+#include "field/interpolation/Interpolation.h"
+
+namespace pistonfield {
+
+void addInterpolatedAvx2(const SplitNumbers* samples, const double* factors, int taps,
+                         double weightRe, double weightIm, int count, double* re, double* im) {
+  interpolateAndAdd<Avx2>(samples, factors, taps, weightRe, weightIm, count, re, im);
+}
+
+}  // namespace pistonfield
