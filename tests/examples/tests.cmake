@@ -1,5 +1,11 @@
 # Runs the examples as users do, and checks what they claim.
 
+find_package(Threads REQUIRED)
+add_executable(example_threads ${PROJECT_SOURCE_DIR}/examples/cpp/threads.cpp)
+target_link_libraries(example_threads PRIVATE pistonfield Threads::Threads)
+add_test(NAME examples.threads COMMAND ${CMAKE_CURRENT_LIST_DIR}/threads.sh $<TARGET_FILE:example_threads>)
+set_tests_properties(examples.threads PROPERTIES LABELS fast)
+
 if(NOT TARGET pistonfield_octave OR PISTONFIELD_USE_CUDA)
   return()
 endif()

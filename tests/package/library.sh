@@ -44,6 +44,8 @@ version=$(pkg-config --modversion pistonfield)
 [[ $("$work/program") == "$version $version" ]] || { echo "not of version $version"; exit 1; }
 compile "$root/examples/cpp/field.cpp"
 run_field "$work/program"
+compile "$root/examples/cpp/threads.cpp"
+"$root/tests/examples/threads.sh" "$work/program"
 
 if [[ $kind == static ]]; then
   [[ " $(pkg-config --static --libs pistonfield) " == *" -pthread "* ]] || { echo "no threads"; exit 1; }
@@ -58,6 +60,7 @@ fi
 cmake -S "$root/examples/cpp" -B "$work/example" -G Ninja -D CMAKE_PREFIX_PATH="$work/prefix" >/dev/null
 cmake --build "$work/example" >/dev/null
 run_field "$work/example/field"
+"$root/tests/examples/threads.sh" "$work/example/threads"
 
 if [[ $octave && $kind == static ]]; then
   module=$(dirname "$(find "$work/prefix" -name pistonfield.mex)")

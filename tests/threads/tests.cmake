@@ -10,6 +10,7 @@ add_executable(thread_tests EXCLUDE_FROM_ALL
   emulation/MemoryTest.cpp
   FastNearfield/LaunchersAgreeTest.cpp
   parallel/SpreadTest.cpp
+  threads/FieldThreadsTest.cpp
   threads/LibraryThreadsTest.cpp)
 target_link_libraries(thread_tests PRIVATE pistonfield_with_device pistonfield_parallel test_support
                                            GTest::gtest_main)

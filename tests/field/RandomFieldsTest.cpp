@@ -1,0 +1,388 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <complex>
+#include <cstddef>
+#include <cstdlib>
+#include <iostream>
+#include <optional>
+#include <random>
+#include <sstream>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "field/ExactPressure.h"
+#include "support/AnyScene.h"
+
+// Random fields against an evaluation in extended precision: the tolerance is kept, or refused
+// where double precision cannot keep it. All fields, and all kinds of points, are drawn anew in the
+// same sequence in each run.
+
+using pistonfield::AffineGrid;
+using pistonfield::AxesGrid;
+using pistonfield::Field;
+using pistonfield::FieldError;
+using pistonfield::FieldOptions;
+using pistonfield::FieldReport;
+using Piston = pistonfield::Field::Piston;
+using pistonfield::Position;
+using support::Chance;
+
+namespace {
+
+constexpr double tolerances[] = {1e-2, 1e-4, 1e-6, 1e-9};
+
+/// Where a point lies in the axes of a piston of half-width a and half-height b. Lengths are in
+/// wavelengths.
+struct Kind {
+  const char* name;
+  Position (*at)(Chance& chance, double a, double b);
+};
+
+const Kind kinds[] = {
+    {"on the face",
+     [](Chance& c, double a, double b) -> Position {
+       return {c.between(-a, a), c.between(-b, b), 0};
+     }},
+    {"on an edge",
+     [](Chance& c, double a, double b) -> Position {
+       return {c.sign() * a, c.between(-b, b), 0};
+     }},
+    {"on a corner",
+     [](Chance& c, double a, double b) -> Position {
+       return {c.sign() * a, c.sign() * b, 0};
+     }},
+    {"next to an edge",
+     [](Chance& c, double a, double b) -> Position {
+       return {c.between(-a, a), b + c.sign() * c.ofAnySize(1e-12, 0.1), c.ofAnySize(1e-12, 1)};
+     }},
+    {"next to a corner",
+     [](Chance& c, double a, double b) -> Position {
+       return {a + c.sign() * c.ofAnySize(1e-12, 0.1), b + c.sign() * c.ofAnySize(1e-12, 0.1),
+               c.ofAnySize(1e-12, 1)};
+     }},
+    {"above an edge",
+     [](Chance& c, double a, double b) -> Position {
+       return {a, c.between(-b, b), c.ofAnySize(1e-4, 100)};
+     }},
+    {"above a corner",
+     [](Chance& c, double a, double b) -> Position {
+       return {a, c.sign() * b, c.ofAnySize(1e-4, 100)};
+     }},
+    {"in line with an edge",
+     [](Chance& c, double a, double b) -> Position {
+       return {a, b * c.ofAnySize(1, 100), 0};
+     }},
+    {"on the axis",
+     [](Chance& c, double /*a*/, double /*b*/) -> Position {
+       return {0, 0, c.ofAnySize(1e-2, 1e3)};
+     }},
+    {"around",
+     [](Chance& c, double a, double b) -> Position {
+       const double size = 3 * std::hypot(a, b);
+       return {c.between(-size, size), c.between(-size, size), c.ofAnySize(1e-3, 1) * size};
+     }},
+    {"behind",
+     [](Chance& c, double a, double b) -> Position {
+       return {c.between(-2 * a, 2 * a), c.between(-2 * b, 2 * b), -c.ofAnySize(1e-3, 100)};
+     }},
+    {"behind an edge",
+     [](Chance& c, double a, double b) -> Position {
+       return {a, c.between(-b, b), -c.ofAnySize(1e-3, 100)};
+     }},
+    {"far",
+     [](Chance& c, double /*a*/, double /*b*/) -> Position {
+       const double R = c.ofAnySize(100, 1e5), slope = c.between(0, M_PI / 2),
+                    turn = c.between(0, 2 * M_PI);
+       return {R * std::sin(slope) * std::cos(turn), R * std::sin(slope) * std::sin(turn),
+               R * std::cos(slope)};
+     }},
+};
+
+double dot(const Position& p, const Position& q) { return p[0] * q[0] + p[1] * q[1] + p[2] * q[2]; }
+
+/// p in the axes of the piston.
+Position inPiston(const Piston& piston, const Position& p) {
+  const Position from = {p[0] - piston.centre[0], p[1] - piston.centre[1], p[2] - piston.centre[2]};
+  return {dot(piston.axes[0], from), dot(piston.axes[1], from), dot(piston.axes[2], from)};
+}
+
+/// The reverse.
+Position fromPiston(const Piston& piston, const Position& own) {
+  Position p = piston.centre;
+  for (std::size_t n = 0; n < 3; ++n)
+    for (std::size_t axis = 0; axis < 3; ++axis) p[n] += own[axis] * piston.axes[axis][n];
+  return p;
+}
+
+/// Whether the point lies behind an edge, but for rounding: the pressure jumps there.
+bool isAtJump(const Piston& piston, const Position& p) {
+  const Position own = inPiston(piston, p);
+  const double rounding =
+      1e-14 * (std::sqrt(dot(p, p)) + std::sqrt(dot(piston.centre, piston.centre)));
+  const double x = std::fabs(own[0]) - piston.width / 2, y = std::fabs(own[1]) - piston.height / 2;
+  return own[2] < 0 && std::max(x, y) <= rounding && std::max(x, y) >= -rounding;
+}
+
+std::array<Position, 3> anyRotation(std::mt19937& random) {
+  std::normal_distribution<double> normal;
+  double a = normal(random), b = normal(random), c = normal(random), d = normal(random);
+  const double length = std::sqrt(a * a + b * b + c * c + d * d);
+  a /= length, b /= length, c /= length, d /= length;
+  return {{{a * a + b * b - c * c - d * d, 2 * (b * c + a * d), 2 * (b * d - a * c)},
+           {2 * (b * c - a * d), a * a - b * b + c * c - d * d, 2 * (c * d + a * b)},
+           {2 * (b * d + a * c), 2 * (c * d - a * b), a * a - b * b - c * c + d * d}}};
+}
+
+/// A field of 1 to 64 pistons, in a unit from a micrometre to a kilometre for wavelengths around a
+/// millimetre.
+class RandomField {
+ public:
+  explicit RandomField(std::mt19937& random) : random_(random), chance_(random) {
+    lambda_ = chance_.ofAnySize(1e-6, 1e3);
+    k_ = 2 * M_PI / lambda_;
+    drawPistons();
+    drawPoints();
+    for (const Position& point : points_) exact_.push_back(exactPressure(pistons_, k_, point));
+    for (const auto& p : exact_) peak_ = std::max(peak_, static_cast<double>(std::abs(p)));
+  }
+
+  std::vector<std::complex<double>> evaluate(const FieldOptions& options,
+                                             FieldReport& report) const {
+    const Field field(pistons_, k_);
+    if (const auto* axes = std::get_if<AxesGrid>(&grid_)) return field.on(*axes, options, &report);
+    if (const auto* affine = std::get_if<AffineGrid>(&grid_))
+      return field.on(*affine, options, &report);
+    return field.at(points_, options, &report);
+  }
+
+  const std::vector<std::complex<long double>>& exact() const { return exact_; }
+  double peak() const { return peak_; }
+
+  /// How much the pressure at a point changes if the distances from the pistons change by 2⁻⁵³, at
+  /// least: the sum of the pistons' 2⁻⁵³·(1 + kR), R being the distance of the farthest corner.
+  double rounding() const {
+    double most = 0;
+    for (const Position& point : points_) {
+      double sum = 0;
+      for (const Piston& piston : pistons_) {
+        const Position own = inPiston(piston, point);
+        const double R = std::hypot(std::fabs(own[0]) + piston.width / 2,
+                                    std::fabs(own[1]) + piston.height / 2, own[2]);
+        sum += std::abs(piston.weight) * (1 + k_ * R);
+      }
+      most = std::max(most, sum);
+    }
+    return most * 0x1p-53;
+  }
+
+  std::string describe(std::size_t point) const {
+    std::ostringstream text;
+    text.precision(17);
+    text << points_.size() << (grid_.index() ? " points of a grid" : " points") << ", this one "
+         << (kinds_.empty() ? "" : kinds_[point]) << " at " << points_[point][0] / lambda_ << ", "
+         << points_[point][1] / lambda_ << ", " << points_[point][2] / lambda_ << "; "
+         << pistons_.size() << " pistons, the first of " << pistons_[0].width / lambda_ << " by "
+         << pistons_[0].height / lambda_ << " wavelengths, lambda " << lambda_;
+    return text.str();
+  }
+
+ private:
+  bool happens(double probability) { return chance_.between(0, 1) < probability; }
+
+  void drawPistons() {
+    const bool turned = happens(0.4), equal = happens(0.5), alone = happens(0.5);
+    const int count = alone ? 1 : static_cast<int>(chance_.ofAnySize(2, 65));
+    const auto side = [&] { return chance_.ofAnySize(0.1, 100) * lambda_; };
+    const double width = side(), height = side();
+    for (int n = 0; n < count; ++n) {
+      Piston piston;
+      piston.width = equal ? width : side();
+      piston.height = equal ? height : side();
+      const auto place = [&](double range) { return chance_.between(-range, range) * lambda_; };
+      if (!alone) piston.centre = {place(20), place(20), turned ? place(5) : 0};
+      if (turned) piston.axes = anyRotation(random_);
+      if (!alone)
+        piston.weight = std::polar(chance_.ofAnySize(0.1, 1), chance_.between(0, 2 * M_PI));
+      pistons_.push_back(piston);
+    }
+  }
+
+  Position drawPoint(const Kind& kind) {
+    const auto& piston = pistons_[static_cast<std::size_t>(
+        chance_.between(0, static_cast<double>(pistons_.size())))];
+    Position own = kind.at(chance_, piston.width / 2 / lambda_, piston.height / 2 / lambda_);
+    // The halves of the sides exactly, where the point is to lie above them.
+    for (double& coordinate : own) coordinate *= lambda_;
+    if (std::fabs(std::fabs(own[0]) / piston.width - 0.5) < 1e-15)
+      own[0] = std::copysign(piston.width / 2, own[0]);
+    if (std::fabs(std::fabs(own[1]) / piston.height - 0.5) < 1e-15)
+      own[1] = std::copysign(piston.height / 2, own[1]);
+    return fromPiston(piston, own);
+  }
+
+  /// Whether rounding decides on which side of a jump a point lies. For a piston in the origin it
+  /// does not.
+  bool isAmbiguous(const Position& p) const {
+    if (pistons_.size() == 1 && pistons_[0].axes == Piston().axes) return false;
+    return std::any_of(pistons_.begin(), pistons_.end(),
+                       [&](const Piston& piston) { return isAtJump(piston, p); });
+  }
+
+  const Kind& anyKind() {
+    return kinds[static_cast<std::size_t>(chance_.between(0, std::size(kinds)))];
+  }
+
+  /// Points of one kind or of all: a call's peak is that of its nearest points.
+  void drawPoints() {
+    const double list = chance_.between(0, 1);
+    if (list < 0.15) return drawAxesGrid();
+    if (list < 0.3) return drawAffineGrid();
+    const Kind* const only = happens(0.4) ? &anyKind() : nullptr;
+    const std::size_t count = std::clamp<std::size_t>(128 / pistons_.size(), 4, 40);
+    while (points_.size() < count) {
+      const Kind& kind = only ? *only : anyKind();
+      const Position point = drawPoint(kind);
+      const bool ambiguous = isAmbiguous(point);
+      points_.push_back(ambiguous ? drawPoint(kinds[0]) : point);
+      kinds_.emplace_back(ambiguous ? kinds[0].name : kind.name);
+    }
+  }
+
+  void drawAxesGrid() {
+    AxesGrid grid;
+    do {
+      grid = {};
+      points_.clear();
+      for (int n = 0; n < 2; ++n) {
+        const Position p = drawPoint(anyKind()), q = drawPoint(anyKind());
+        grid.x.insert(grid.x.end(), {p[0], q[0]});
+        grid.y.push_back(p[1]);
+        grid.z.push_back(p[2]);
+      }
+      for (const double z : grid.z)
+        for (const double y : grid.y)
+          for (const double x : grid.x) points_.push_back({x, y, z});
+    } while (anyIsAmbiguous());
+    grid_ = grid;
+  }
+
+  void drawAffineGrid() {
+    AffineGrid grid;
+    do {
+      points_.clear();
+      grid.origin = drawPoint(anyKind());
+      grid.counts = {3, 1, 4};
+      for (Position& step : grid.steps) {
+        step = drawPoint(anyKind());
+        for (std::size_t n = 0; n < 3; ++n) step[n] = (step[n] - grid.origin[n]) / 4;
+      }
+      for (double m = 0; m < 4; ++m)
+        for (double i = 0; i < 3; ++i) {
+          Position p = grid.origin;
+          for (std::size_t n = 0; n < 3; ++n) p[n] += i * grid.steps[0][n] + m * grid.steps[2][n];
+          points_.push_back(p);
+        }
+    } while (anyIsAmbiguous());
+    grid_ = grid;
+  }
+
+  bool anyIsAmbiguous() const {
+    return std::any_of(points_.begin(), points_.end(),
+                       [&](const Position& p) { return isAmbiguous(p); });
+  }
+
+  std::mt19937& random_;
+  Chance chance_;
+  double lambda_ = 0, k_ = 0, peak_ = 0;
+  std::vector<Piston> pistons_;
+  std::vector<Position> points_;  // also those of a grid
+  std::vector<std::string> kinds_;
+  std::variant<std::monostate, AxesGrid, AffineGrid> grid_;
+  std::vector<std::complex<long double>> exact_;
+};
+
+/// What an error message recommends: "... at least 1.4e-09 ...".
+double recommended(const std::string& message) {
+  const std::string before = "at least ";
+  const std::size_t at = message.find(before);
+  return at == std::string::npos ? 1 : std::strtod(message.c_str() + at + before.size(), nullptr);
+}
+
+/// The parameter is the seed.
+class RandomFieldsTest : public testing::TestWithParam<unsigned> {
+ protected:
+  struct Measured {
+    double worst = 0;
+    int refused = 0;
+  };
+
+  /// Returns the worst error over the tolerance times the peak, or nothing if the field was
+  /// refused.
+  static std::optional<double> worstOf(const RandomField& field, double tolerance,
+                                       std::string& refusal) {
+    FieldOptions options;
+    options.tolerance = tolerance;
+    FieldReport report;
+    std::vector<std::complex<double>> p;
+    try {
+      p = field.evaluate(options, report);
+    } catch (const FieldError& error) {
+      refusal = error.what();
+      return {};
+    }
+    EXPECT_EQ(p.size(), field.exact().size());
+    EXPECT_LE(report.bound, tolerance * field.peak());
+    double worst = 0;
+    for (std::size_t n = 0; n < p.size(); ++n) {
+      const auto error =
+          static_cast<double>(std::abs(std::complex<long double>(p[n]) - field.exact()[n]));
+      EXPECT_LE(error, report.bound) << "tolerance " << tolerance << ": " << field.describe(n);
+      worst = std::max(worst, error / (tolerance * field.peak()));
+    }
+    return worst;
+  }
+};
+
+TEST_P(RandomFieldsTest, TheToleranceIsKeptOrRefusedWhereDoublePrecisionCannotKeepIt) {
+  const bool all = std::getenv("PISTONFIELD_LONG");
+  const int count = all ? 250 : 5;
+  std::mt19937 random(GetParam());
+  Measured measured[std::size(tolerances)];
+  for (int n = 0; n < count; ++n) {
+    const RandomField field(random);
+    for (std::size_t t = 0; t < std::size(tolerances); ++t) {
+      SCOPED_TRACE("field " + std::to_string(n));
+      std::string refusal;
+      if (const auto worst = worstOf(field, tolerances[t], refusal)) {
+        measured[t].worst = std::max(measured[t].worst, *worst);
+        continue;
+      }
+      ++measured[t].refused;
+      EXPECT_LT(tolerances[t] * field.peak(), 4 * field.rounding())
+          << refusal << " " << field.describe(0);
+      EXPECT_LT(tolerances[t], 1e-6) << refusal << " " << field.describe(0);
+      const double possible = recommended(refusal);
+      EXPECT_GT(possible, tolerances[t]) << refusal;
+      EXPECT_TRUE(worstOf(field, possible, refusal))
+          << "what the message recommends is refused, too: " << refusal;
+    }
+  }
+  double worst = 0;
+  for (std::size_t t = 0; t < std::size(tolerances); ++t) {
+    std::cout << "tolerance " << tolerances[t] << ": largest error " << measured[t].worst
+              << " of it, " << measured[t].refused << " of " << count << " fields refused\n";
+    worst = std::max(worst, measured[t].worst);
+  }
+  if (all) {
+    EXPECT_GT(worst, 0.05) << "more is computed than the tolerance needs";
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(, RandomFieldsTest, testing::Range(1u, 9u),
+                         testing::PrintToStringParamName());
+
+}  // namespace
