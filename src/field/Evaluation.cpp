@@ -6,12 +6,11 @@
 #include <limits>
 #include <mutex>
 
+#include "field/Vectors.h"
 #include "parallel/Spread.h"
 
 namespace pistonfield {
 namespace {
-
-constexpr double pi = 3.14159265358979323846;
 
 /// Of the tolerance, what the rounding of coordinates may take.
 constexpr double phaseShare = 0.25;
@@ -32,7 +31,7 @@ std::shared_ptr<const GaussRules<Real>> rulesFor(int order) {
 
 WeightedPiston weighted(const Field::Piston& piston, double k, double tolerance) {
   WeightedPiston result{};
-  const double wavelengths = std::fabs(k) / (2 * pi);
+  const double wavelengths = wavelengthsPerUnit(k);
   for (std::size_t axis = 0; axis < 3; ++axis) {
     result.centre[axis] = piston.centre[axis];
     for (std::size_t n = 0; n < 3; ++n) result.axes[axis][n] = piston.axes[axis][n] * wavelengths;
@@ -94,7 +93,7 @@ Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, doub
                        const Shift& shift, int order)
     : tolerance_(tolerance),
       isNegative_(k < 0),
-      mostCoordinate_(mostWavelengths * 2 * pi / std::fabs(k)),
+      mostCoordinate_(mostWavelengths / wavelengthsPerUnit(k)),
       rules_(rulesFor<float>(order)),
       preciseRules_(rulesFor<double>(order)),
       add_(addPiston(instructionSet())),
@@ -113,7 +112,7 @@ Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, doub
     pistons_.back().preciseRules = preciseRules_->table();
     const Position& c = piston.centre;
     const double offset = std::fabs(c[0]) + std::fabs(c[1]) + std::fabs(c[2]);
-    pistons_.back().shift = (shift.absolute + shift.relative * offset) * std::fabs(k) / (2 * pi);
+    pistons_.back().shift = (shift.absolute + shift.relative * offset) * wavelengthsPerUnit(k);
     pistons_.back().relativeShift += shift.relative;
   }
 }

@@ -9,17 +9,14 @@
 #include "field/Evaluation.h"
 #include "field/Mirror.h"
 #include "field/SharedRows.h"
+#include "field/Vectors.h"
 
 namespace pistonfield {
 namespace {
 
-constexpr double pi = 3.14159265358979323846;
-
 bool finite(const Position& p) {
   return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]);
 }
-
-double dot(const Position& p, const Position& q) { return p[0] * q[0] + p[1] * q[1] + p[2] * q[2]; }
 
 bool isRotation(const std::array<Position, 3>& axes) {
   if (!finite(axes[0]) || !finite(axes[1]) || !finite(axes[2])) return false;
@@ -130,8 +127,7 @@ bool isAnyBehind(const std::vector<Field::Piston>& pistons, const Points& points
   const std::vector<Position> corners = points.corners();
   return std::any_of(pistons.begin(), pistons.end(), [&](const Field::Piston& piston) {
     return std::any_of(corners.begin(), corners.end(), [&](const Position& p) {
-      const Position& c = piston.centre;
-      return dot(piston.axes[2], {p[0] - c[0], p[1] - c[1], p[2] - c[2]}) < 0;
+      return dot(piston.axes[2], difference(p, piston.centre)) < 0;
     });
   });
 }
@@ -268,7 +264,7 @@ Field::Field(std::vector<Field::Piston> pistons, double k) : pistons_(std::move(
   for (std::size_t n = 0; n < pistons_.size(); ++n) {
     check(pistons_[n], n);
     pistons_[n].axes = orthonormal(pistons_[n].axes);
-    if (k != 0) checkScale(pistons_[n], std::fabs(k) / (2 * pi), n);
+    if (k != 0) checkScale(pistons_[n], wavelengthsPerUnit(k), n);
   }
 }
 

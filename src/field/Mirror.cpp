@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "field/Vectors.h"
 #include "parallel/Spread.h"
 
 namespace pistonfield {
@@ -21,7 +22,8 @@ bool isSymmetric(const std::vector<double>& axis, double negligible) {
 }
 
 double distance(const Position& p, const Position& q) {
-  return std::hypot(p[0] - q[0], p[1] - q[1], p[2] - q[2]);
+  const Position apart = difference(p, q);
+  return std::sqrt(dot(apart, apart));
 }
 
 /// Whether vectors are equal, or opposite, up to an angle by which a side of this length would move
@@ -42,8 +44,7 @@ bool areMirrored(const Field::Piston& p, const Field::Piston& q, std::size_t axi
   for (Position& direction : axes) direction[axis] = -direction[axis];
   const double side = std::max(p.width, p.height);
   return isSameLine(axes[0], q.axes[0], side, negligible) &&
-         isSameLine(axes[1], q.axes[1], side, negligible) &&
-         axes[2][0] * q.axes[2][0] + axes[2][1] * q.axes[2][1] + axes[2][2] * q.axes[2][2] > 0;
+         isSameLine(axes[1], q.axes[1], side, negligible) && dot(axes[2], q.axes[2]) > 0;
 }
 
 }  // namespace

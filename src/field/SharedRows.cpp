@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 
+#include "field/Vectors.h"
 #include "field/interpolation/AddInterpolated.h"
 #include "parallel/Spread.h"
 
@@ -14,11 +15,6 @@ constexpr int taps = interpolationTaps, before = taps / 2 - 1;  // of these, bef
 constexpr int densest = 32;                                     // samples a step
 constexpr std::size_t mostComparisons = 10000000;  // of pistons, while groups are looked for
 constexpr std::size_t batchSize = 1 << 17;         // samples that are evaluated together
-
-double dot(const Position& p, const Position& q) { return p[0] * q[0] + p[1] * q[1] + p[2] * q[2]; }
-Position difference(const Position& p, const Position& q) {
-  return {p[0] - q[0], p[1] - q[1], p[2] - q[2]};
-}
 
 bool isEqual(const Field::Piston& p, const Field::Piston& q) {
   return p.width == q.width && p.height == q.height && p.axes == q.axes;
