@@ -124,19 +124,23 @@ void Evaluation::run(const Points& points, std::complex<double>* pressures, Work
       std::max<std::size_t>(pieceWork / std::max<std::size_t>(pistons_.size(), 1), 2) * tileSize;
   for (std::size_t piece = 0; piece < all; piece += pieceSize) {
     const std::size_t inPiece = std::min(pieceSize, all - piece);
-    parallel::spread((inPiece + tileSize - 1) / tileSize, 1,
-                     [&](std::uint64_t begin, std::uint64_t end) {
-                       Used used = nothingUsed();
-                       for (std::uint64_t t = begin; t < end; ++t) {
-                         const std::size_t first = t * tileSize;
-                         evaluateTile(points, piece + first, std::min(tileSize, inPiece - first),
-                                      pressures + piece + first, used);
-                       }
-                       const std::lock_guard lock(usedMutex);
-                       used_ = bothUsed(used_, used);
-                     });
+    parallel::spread(
+        (inPiece + tileSize - 1) / tileSize, 1, [&](std::uint64_t begin, std::uint64_t end) {
+          Used used = nothingUsed();
+          const std::size_t first = begin * tileSize,
+                            last = std::min<std::size_t>(end * tileSize, inPiece);
+          runHere(points, piece + first, last - first, pressures + piece + first, used);
+          const std::lock_guard lock(usedMutex);
+          used_ = bothUsed(used_, used);
+        });
     work.advance(static_cast<double>(inPiece));
   }
+}
+
+void Evaluation::runHere(const Points& points, std::size_t first, std::size_t count,
+                         std::complex<double>* pressures, Used& used) const {
+  for (std::size_t n = 0; n < count; n += tileSize)
+    evaluateTile(points, first + n, std::min(tileSize, count - n), pressures + n, used);
 }
 
 void Evaluation::evaluateTile(const Points& points, std::size_t first, std::size_t count,

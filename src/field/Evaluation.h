@@ -31,7 +31,12 @@ class Evaluation {
   /// far, `used().excess` is infinite afterwards.
   void run(const Points& points, std::complex<double>* pressures, Work& work);
 
-  /// What all runs used.
+  /// The same for `count` points from `first` on, on the calling thread alone. Adds what it used to
+  /// `used`. Any number of threads may call it at once.
+  void runHere(const Points& points, std::size_t first, std::size_t count,
+               std::complex<double>* pressures, Used& used) const;
+
+  /// What all calls of `run` used.
   const Used& used() const { return used_; }
 
  private:

@@ -6,9 +6,10 @@
 #include <string>
 #include <utility>
 
+#include "field/EqualPistons.h"
 #include "field/Evaluation.h"
 #include "field/Mirror.h"
-#include "field/SharedRows.h"
+#include "field/RowEvaluation.h"
 #include "field/Vectors.h"
 
 namespace pistonfield {
@@ -152,30 +153,62 @@ double negligibleLength(const std::vector<Field::Piston>& pistons, double k, con
   return length * std::fabs(k) < tolerance / 1000 ? length : 0;
 }
 
-/// Writes the pressures for an absolute tolerance, or for an order.
-Used evaluateFor(std::vector<Field::Piston> pistons, double k, double tolerance,
+/// Pistons that are evaluated row by row, and the others.
+struct Divided {
+  Rows rows{};
+  std::vector<EqualPistons> inRows;
+  std::vector<Field::Piston> rest;
+};
+
+/// Divides the pistons so that the evaluation takes the least time.
+Divided divided(const std::vector<Field::Piston>& pistons, double k, double tolerance,
+                const Points& points, double negligible) {
+  Divided best{{}, {}, pistons};
+  double mostSaved = 0;
+  for (const Rows& rows : points.rows()) {
+    if (rows.length < 8 || !(dot(rows.step, rows.step) > 0 && rows.deviation <= negligible))
+      continue;
+    Divided candidate{rows, {}, {}};
+    double saved = 0;
+    for (const EqualPistons& group : equalPistons(pistons, rows, negligible)) {
+      const double share =
+          static_cast<double>(group.pistons.size()) / static_cast<double>(pistons.size());
+      const RowEvaluation::Cost cost = RowEvaluation::cost(group, rows, k, share * tolerance);
+      if (cost.sampled < 0.8 * cost.oneByOne) {
+        candidate.inRows.push_back(group);
+        saved += (cost.oneByOne - cost.sampled) * static_cast<double>(rows.count);
+      } else {
+        candidate.rest.insert(candidate.rest.end(), group.pistons.begin(), group.pistons.end());
+      }
+    }
+    if (saved <= mostSaved) continue;
+    mostSaved = saved;
+    best = std::move(candidate);
+  }
+  return best;
+}
+
+/// Writes the pressures, which are zeros, for an absolute tolerance, or for an order.
+Used evaluateFor(const std::vector<Field::Piston>& pistons, double k, double tolerance,
                  const Points& points, const FieldOptions& options,
                  std::complex<double>* pressures) {
-  const auto pistonCount = static_cast<double>(pistons.size());
   const double negligible = negligibleLength(pistons, k, points, options.tolerance);
-  std::vector<SharedGroup> groups;
+  Divided parts{{}, {}, pistons};
   if (options.order == 0 && k != 0 && !isAnyBehind(pistons, points))
-    groups = takeSharedGroups(pistons, points, negligible);
+    parts = divided(pistons, k, tolerance, points, negligible);
+  const bool someInRows = !parts.inRows.empty(), someElse = !someInRows || !parts.rest.empty();
   Work work(options.progress,
-            static_cast<double>(points.count()) * static_cast<double>(groups.size() + 1));
+            static_cast<double>(points.count()) * (someInRows && someElse ? 2 : 1));
   work.advance(0);
   const Shift shift{points.shift(), points.relativeShift()};
-  Evaluation rest(pistons, k, tolerance * static_cast<double>(pistons.size()) / pistonCount, shift,
-                  options.order);
-  rest.run(points, pressures, work);
-  Used used = rest.used();
-  for (const SharedGroup& group : groups) {
-    const double share = static_cast<double>(group.weights.size()) / pistonCount;
-    used = bothUsed(used, addSharedGroup(group, k, tolerance * share,
-                                         {shift.absolute + negligible, shift.relative}, points,
-                                         pressures, work));
-  }
-  return used;
+  const double share = static_cast<double>(parts.rest.size()) / static_cast<double>(pistons.size());
+  Evaluation rest(parts.rest, k, tolerance * share, shift, options.order);
+  if (someElse) rest.run(points, pressures, work);
+  if (!someInRows) return rest.used();
+  RowEvaluation inRows(parts.inRows, parts.rows, points, k, tolerance * (1 - share),
+                       {shift.absolute + negligible, shift.relative});
+  inRows.run(pressures, work);
+  return bothUsed(rest.used(), inRows.used());
 }
 
 [[noreturn]] void refuse(double tolerance, const Used& used) {
@@ -215,11 +248,13 @@ std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons, d
     largest -= options.tolerance * peak * used.excess;
     if (largest > 1.5 * peak) {
       peak = largest;
+      std::fill(pressures.begin(), pressures.end(), 0.0);
       used = evaluateFor(pistons, k, options.tolerance * peak, points, options, pressures.data());
     }
   }
   if (used.excess > 1) refuse(options.tolerance, used);
-  for (std::complex<double>& p : pressures) p *= scale;
+  if (scale != 1)
+    for (std::complex<double>& p : pressures) p *= scale;
   if (report)
     *report = {used.mostOrder > 0 ? used.leastOrder : 0,
                used.mostOrder,

@@ -66,17 +66,27 @@ std::vector<Position> AxesPoints::corners() const {
   return corners;
 }
 
-Rows AxesPoints::rows() const {
-  const std::vector<double>& x = grid_.x;
-  if (x.empty()) return Points::rows();
-  const double step = x.size() > 1 ? (x.back() - x.front()) / static_cast<double>(x.size() - 1) : 0;
-  double deviation = 0;
-  for (std::size_t i = 0; i < x.size(); ++i)
-    // Written so that it becomes infinite for values that are not finite.
-    if (const double apart = std::fabs(x[i] - (x.front() + static_cast<double>(i) * step));
-        !(apart <= deviation))
-      deviation = std::isfinite(apart) ? apart : std::numeric_limits<double>::infinity();
-  return {x.size(), count() / x.size(), {step, 0, 0}, deviation};
+std::vector<Rows> AxesPoints::rows() const {
+  std::vector<Rows> rows;
+  if (count() == 0) return rows;
+  std::size_t stride = 1;
+  for (const std::vector<double>* axis : {&grid_.x, &grid_.y, &grid_.z}) {
+    const std::size_t length = axis->size();
+    const double last = static_cast<double>(std::max<std::size_t>(length - 1, 1));
+    const double step = (axis->back() - axis->front()) / last;
+    double deviation = 0;
+    for (std::size_t i = 0; i < length; ++i)
+      // Written so that it becomes infinite for values that are not finite.
+      if (const double apart =
+              std::fabs((*axis)[i] - (axis->front() + static_cast<double>(i) * step));
+          !(apart <= deviation))
+        deviation = std::isfinite(apart) ? apart : std::numeric_limits<double>::infinity();
+    Position along = {0, 0, 0};
+    along[rows.size()] = step;
+    rows.push_back({length, count() / length, stride, along, deviation});
+    stride *= length;
+  }
+  return rows;
 }
 
 void AxesPoints::read(std::size_t first, std::size_t count, double* x, double* y, double* z) const {
@@ -113,9 +123,15 @@ double AffinePoints::shift() const {
   return units * (std::fabs(o[0]) + std::fabs(o[1]) + std::fabs(o[2]));
 }
 
-Rows AffinePoints::rows() const {
-  if (count() == 0) return Points::rows();
-  return {grid_.counts[0], count() / grid_.counts[0], grid_.steps[0], 0};
+std::vector<Rows> AffinePoints::rows() const {
+  std::vector<Rows> rows;
+  std::size_t stride = 1;
+  for (std::size_t axis = 0; count() > 0 && axis < 3; ++axis) {
+    const std::size_t length = grid_.counts[axis];
+    rows.push_back({length, count() / length, stride, grid_.steps[axis], 0});
+    stride *= length;
+  }
+  return rows;
 }
 
 void AffinePoints::read(std::size_t first, std::size_t count, double* x, double* y,

@@ -6,11 +6,15 @@
 
 namespace pistonfield {
 
-/// Points in rows of equal length with a common step.
+/// The rows of a grid along one of its axes: points with a common step.
 struct Rows {
   std::size_t length, count;
-  Position step;     ///< from a point to the next in its row; 0 if length is 1
-  double deviation;  ///< the largest distance of a point from where the step puts it
+  std::size_t stride;  ///< between the indices of neighbours in a row
+  Position step;       ///< from a point to the next in its row
+  double deviation;    ///< the largest distance of a point from where the step puts it
+
+  /// The index of the first point of a row.
+  std::size_t first(std::size_t row) const { return row / stride * stride * length + row % stride; }
 };
 
 /// Where a field is evaluated.
@@ -26,8 +30,8 @@ class Points {
   virtual double shift() const { return 0; }
   virtual double relativeShift() const { return 0; }
 
-  /// The rows that the points form, or one point a row.
-  virtual Rows rows() const { return {1, count(), {0, 0, 0}, 0}; }
+  /// The rows along each axis of a grid; none if the points are not those of a grid.
+  virtual std::vector<Rows> rows() const { return {}; }
 
   /// Writes the coordinates of the points first ... first + count - 1.
   virtual void read(std::size_t first, std::size_t count, double* x, double* y,
@@ -66,7 +70,7 @@ class AxesPoints final : public Points {
   explicit AxesPoints(const AxesGrid& grid, double shift = 0);
   double shift() const override { return shift_; }
   std::vector<Position> corners() const override;
-  Rows rows() const override;
+  std::vector<Rows> rows() const override;
   void read(std::size_t first, std::size_t count, double* x, double* y, double* z) const override;
 
  private:
@@ -81,7 +85,7 @@ class AffinePoints final : public Points {
   std::vector<Position> corners() const override;
   double shift() const override;
   double relativeShift() const override { return units; }
-  Rows rows() const override;
+  std::vector<Rows> rows() const override;
   void read(std::size_t first, std::size_t count, double* x, double* y, double* z) const override;
 
  private:

@@ -104,7 +104,8 @@ class PistonInPacks {
   using Half = typename W::Half;
   static constexpr double pi = 3.14159265358979323846;
   // Of the tolerance of an integral.
-  static constexpr float roundingShare = 0.25f, quadratureShare = 1 - roundingShare;
+  static constexpr float roundingShare = 0.2f, preciseRoundingShare = 0.05f,
+                         quadratureShare = 1 - roundingShare - preciseRoundingShare;
   static constexpr float mostTurns = 0x1p20f;      // of which a float still has a fraction
   static constexpr float leastTolerance = 1e-32f;  // so that no float underflows
   static constexpr int packs = 16, mostIntervals = 8, queueLength = 128;
@@ -158,6 +159,7 @@ class PistonInPacks {
     singleZ_[n] = z_[n].rounded();
     sum_[n] = {Single(0.0f), Single(0.0f)};
     hasPrecise_[n] = false;
+    roundingLeft_[n] = roundingShare * tolerance_ * mostIntervals;
     for (int axis : {0, 1}) {
       const Single lateral = lateral_[axis][n].rounded();
       range_[axis] = {smallest(lateral), largest(lateral)};
@@ -233,12 +235,21 @@ class PistonInPacks {
     (needs.rounding + needs.ends).store(rounding);
     for (int n = 0; n < proposals_; ++n) {
       if (magnitude[n] <= tolerance_) continue;
-      if (nodes[n] <= 17 && rounding[n] <= roundingShare * tolerance_ * 0x1p24f)
+      if (nodes[n] <= 17 && mayRound(proposed_[n], rounding[n]))
         keep(proposed_[n], orderOf(nodes[n]), true);
       else
         addDifficult(proposed_[n], tolerance_);
     }
     proposals_ = 0;
+  }
+
+  /// Takes the rounding error of single precision, in units of it, from what the pack's intervals
+  /// may have together. Returns false, and takes nothing, if that is not enough.
+  bool mayRound(const Interval& interval, float rounding) {
+    const float error = static_cast<float>(interval.times) * rounding * 0x1p-24f;
+    if (!(error <= roundingLeft_[interval.pack])) return false;
+    roundingLeft_[interval.pack] -= error;
+    return true;
   }
 
   static int orderOf(float need) { return static_cast<int>(need + 0.9999f); }
@@ -267,10 +278,10 @@ class PistonInPacks {
       addDifficult(rest, tolerance / 2);
       return;
     }
-    const float most = roundingShare * tolerance;
-    const bool single = largest(needs.rounding + needs.ends) <= most * 0x1p24f;
+    const bool single = mayRound(interval, largest(needs.rounding + needs.ends));
     // In double precision, neighbouring intervals share their ends.
-    const double excess = static_cast<double>(largest(needs.rounding)) * 0x1p-53 / most;
+    const double excess = static_cast<double>(largest(needs.rounding)) * 0x1p-53 /
+                          static_cast<double>(preciseRoundingShare * tolerance);
     if (!single && excess > used_.excess) used_.excess = excess;
     keep(interval, orderOf(need), single);
   }
@@ -391,6 +402,8 @@ class PistonInPacks {
   Used& used_;
   const double halfSides_[2];
   const float tolerance_;  // of an integral
+
+  float roundingLeft_[packs] = {};  // of the tolerance, for what is evaluated in single precision
 
   // Of the pack that is planned.
   float leastZ_ = 0;

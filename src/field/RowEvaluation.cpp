@@ -1,0 +1,388 @@
+#include "field/RowEvaluation.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <optional>
+
+#include "field/Vectors.h"
+#include "field/filter/RowFilter.h"
+#include "parallel/Spread.h"
+
+namespace pistonfield {
+namespace {
+
+// Of the tolerance.
+constexpr double interpolationShare = 0.125, roundingShare = 0.125,
+                 sampleShare = 1 - interpolationShare - roundingShare;
+
+constexpr std::array halfTapsToTry = {4, 6, 8, 12, 16, 24};
+
+// In evaluations of one piston at one point.
+constexpr double costOfFactor = 1.0 / 200, costOfPoint = 0.15;
+
+constexpr std::size_t together = rowsTogether;
+
+constexpr double pi = 3.14159265358979323846;
+
+/// How many batches are evaluated between two calls of `progress`, a core.
+constexpr std::size_t batchesTogether = 16;
+
+double apertureOf(const EqualPistons& group) {
+  const auto [least, most] =
+      std::minmax_element(group.displacements.begin(), group.displacements.end());
+  return *most - *least;
+}
+
+/// Of rows from a plane.
+struct Distance {
+  double least;
+  double slope;  ///< its change along a row, per unit of length
+};
+
+struct Plan {
+  std::optional<Lattice> lattice;
+  double cost;
+};
+
+/// The fastest way to compute `length` points of `rowCount` rows at this distance from the plane of
+/// the pistons.
+Plan planFor(const EqualPistons& group, double step, std::size_t length, std::size_t rowCount,
+             Distance distance, double k, double error) {
+  const double points = static_cast<double>(length), aperture = apertureOf(group),
+               pistons = static_cast<double>(group.pistons.size()),
+               padding = static_cast<double>(together) / static_cast<double>(rowCount);
+  Plan plan{std::nullopt, points * pistons};
+  const auto consider = [&](const Lattice& lattice) {
+    const double samplesAStep =
+        static_cast<double>(lattice.samplesAStep) / static_cast<double>(lattice.stepsASample);
+    const double taps = 2 * lattice.halfTaps;
+    const double samples = (points + aperture) * samplesAStep + taps;
+    const double factors =
+        lattice.halfTaps == 0 ? pistons : std::min(aperture * samplesAStep + taps, pistons * taps);
+    const double cost =
+        samples * (1 + costOfPoint) + points * (factors * costOfFactor * padding + costOfPoint);
+    if (cost < plan.cost) plan = {lattice, cost};
+  };
+  if (group.onSteps) consider({});
+  for (const int halfTaps : halfTapsToTry) {
+    // Samples beyond the ends of a row are at most half a wavelength apart.
+    const double z = distance.least - distance.slope * halfTaps * (pi / k);
+    if (z > 0)
+      if (const auto lattice = latticeFor(step, z, k, error, halfTaps)) consider(*lattice);
+  }
+  return plan;
+}
+
+/// Points of some rows, column by column: from start·distance on, in steps of the rows, `distance`
+/// apart.
+class Columns final : public Points {
+ public:
+  Columns(const std::vector<Position>& origins, const Position& step, double start, double distance,
+          std::size_t length)
+      : Points(origins.size() * length),
+        origins_(origins),
+        step_(step),
+        start_(start),
+        distance_(distance) {}
+
+  void read(std::size_t first, std::size_t count, double* x, double* y, double* z) const override {
+    std::size_t column = first / origins_.size(), row = first % origins_.size();
+    for (std::size_t n = 0; n < count; ++column, row = 0) {
+      const double steps = (start_ + static_cast<double>(column)) * distance_;
+      for (; row < origins_.size() && n < count; ++row, ++n) {
+        x[n] = origins_[row][0] + steps * step_[0];
+        y[n] = origins_[row][1] + steps * step_[1];
+        z[n] = origins_[row][2] + steps * step_[2];
+      }
+    }
+  }
+
+ private:
+  const std::vector<Position>& origins_;
+  const Position step_;
+  double start_, distance_;
+};
+
+/// Columns of rowsTogether numbers.
+template <class Real>
+struct SplitColumns {
+  std::vector<Real> re, im;
+
+  /// From columns of `rowCount` numbers.
+  void assign(const std::vector<std::complex<double>>& values, std::size_t rowCount) {
+    const std::size_t columns = values.size() / rowCount;
+    re.assign(columns * together, 0);
+    im.assign(columns * together, 0);
+    for (std::size_t column = 0; column < columns; ++column)
+      for (std::size_t row = 0; row < rowCount; ++row) {
+        re[column * together + row] = static_cast<Real>(values[column * rowCount + row].real());
+        im[column * together + row] = static_cast<Real>(values[column * rowCount + row].imag());
+      }
+  }
+};
+
+/// Factors of columns.
+struct Factors {
+  std::vector<int> columns;
+  std::vector<double> re, im;
+  std::vector<float> singleRe, singleIm;
+  bool isReal = true;
+
+  void add(int column, std::complex<double> factor) {
+    columns.push_back(column);
+    isReal = isReal && factor.imag() == 0;
+    re.push_back(factor.real());
+    im.push_back(factor.imag());
+    singleRe.push_back(static_cast<float>(factor.real()));
+    singleIm.push_back(static_cast<float>(factor.imag()));
+  }
+
+  RowFilter<float> filter(float) const {
+    return {static_cast<int>(columns.size()), columns.data(), singleRe.data(),
+            isReal ? nullptr : singleIm.data()};
+  }
+  RowFilter<double> filter(double) const {
+    return {static_cast<int>(columns.size()), columns.data(), re.data(),
+            isReal ? nullptr : im.data()};
+  }
+};
+
+}  // namespace
+
+/// The pressures in a row from the samples of a lattice: `phases` has the factors for the points
+/// 0, 1 ... of a row. They are used again and again, each time samplesAStep columns further.
+struct RowEvaluation::Filter {
+  Lattice lattice;
+  int leastSample = 0, mostColumn = 0;
+  double factorSum = 0;  ///< of magnitudes, the largest of a phase
+  std::vector<Factors> phases;
+  std::unique_ptr<const Evaluation> samples;
+};
+
+struct RowEvaluation::Group {
+  EqualPistons members;
+  double tolerance;
+  InterpolationKernel kernel;
+  double interpolationError;  ///< of a piston of weight 1
+  Evaluation oneByOne;
+  std::mutex mutex;
+  std::vector<std::unique_ptr<const Filter>> filters;  ///< of the lattices that were needed
+};
+
+RowEvaluation::Cost RowEvaluation::cost(const EqualPistons& group, const Rows& rows, double k,
+                                        double tolerance) {
+  const Distance far{std::numeric_limits<double>::infinity(), 0};
+  const Plan plan = planFor(group, std::sqrt(dot(rows.step, rows.step)), rows.length,
+                            std::min(rows.count, together), far, std::fabs(k),
+                            interpolationShare * tolerance / group.weightSum());
+  return {plan.cost, static_cast<double>(rows.length) * static_cast<double>(group.pistons.size())};
+}
+
+RowEvaluation::RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows,
+                             const Points& points, double k, double tolerance, const Shift& shift)
+    : rows_(rows), points_(points), k_(k), shift_(shift), segment_(1024), used_(nothingUsed()) {
+  std::size_t count = 0;
+  for (const EqualPistons& group : groups) count += group.pistons.size();
+  for (EqualPistons& group : groups) {
+    const double share = static_cast<double>(group.pistons.size()) / static_cast<double>(count);
+    const double error = interpolationShare * share * tolerance / group.weightSum();
+    segment_ = std::max(segment_, static_cast<std::size_t>(4 * apertureOf(group)));
+    Evaluation oneByOne(group.pistons, k, share * tolerance, shift);
+    groups_.push_back(std::shared_ptr<Group>(new Group{std::move(group),
+                                                       share * tolerance,
+                                                       InterpolationKernel(error),
+                                                       error,
+                                                       std::move(oneByOne),
+                                                       {},
+                                                       {}}));
+  }
+  segment_ = std::min(segment_, rows.length);
+}
+
+const RowEvaluation::Filter& RowEvaluation::filterOf(Group& group, const Lattice& lattice) {
+  const std::lock_guard lock(group.mutex);
+  for (const auto& filter : group.filters)
+    if (filter->lattice == lattice) return *filter;
+  auto filter = std::make_unique<Filter>();
+  filter->lattice = lattice;
+  const EqualPistons& members = group.members;
+  std::vector<std::map<int, std::complex<double>>> phases(
+      static_cast<std::size_t>(lattice.stepsASample));
+  int least = std::numeric_limits<int>::max();
+  for (std::size_t phase = 0; phase < phases.size(); ++phase) {
+    for (std::size_t m = 0; m < members.pistons.size(); ++m) {
+      const double at = (static_cast<double>(phase) - members.displacements[m]) *
+                        lattice.samplesAStep / lattice.stepsASample;
+      if (lattice.halfTaps == 0) {
+        phases[phase][static_cast<int>(std::lround(at))] += members.pistons[m].weight;
+        continue;
+      }
+      const int before = static_cast<int>(std::floor(at));
+      for (int n = before - lattice.halfTaps + 1; n <= before + lattice.halfTaps; ++n)
+        if (const double factor = group.kernel(at - n, lattice.halfTaps); factor != 0)
+          phases[phase][n] += factor * members.pistons[m].weight;
+    }
+    least = std::min(least, phases[phase].begin()->first);
+  }
+  filter->leastSample = least;
+  for (const auto& phase : phases) {
+    Factors factors;
+    double sum = 0;
+    for (const auto& [sample, factor] : phase) {
+      factors.add(sample - least, factor);
+      sum += std::abs(factor);
+    }
+    filter->mostColumn = std::max(filter->mostColumn, factors.columns.back());
+    filter->factorSum = std::max(filter->factorSum, sum);
+    filter->phases.push_back(std::move(factors));
+  }
+  std::vector<Field::Piston> sampled = {members.pistons.front()};
+  sampled.front().weight = 1;
+  filter->samples = std::make_unique<const Evaluation>(
+      sampled, k_, sampleShare * group.tolerance / filter->factorSum, shift_);
+  group.filters.push_back(std::move(filter));
+  return *group.filters.back();
+}
+
+/// Some points of some rows.
+class RowEvaluation::Batch {
+ public:
+  Batch(RowEvaluation& evaluation, Used& used)
+      : evaluation_(evaluation), add_(addFiltered(instructionSet())), used_(used) {}
+
+  /// Adds the pressures of `length` points from `first` on of `rowCount` rows.
+  void run(std::size_t firstRow, std::size_t rowCount, std::size_t first, std::size_t length,
+           std::complex<double>* pressures) {
+    const Rows& rows = evaluation_.rows_;
+    first_ = first;
+    length_ = length;
+    origins_.resize(rowCount);
+    for (std::size_t row = 0; row < rowCount; ++row)
+      origins_[row] = evaluation_.points_.position(rows.first(firstRow + row));
+    sumRe_.assign(length * together, 0);
+    sumIm_.assign(length * together, 0);
+    const double step = std::sqrt(dot(rows.step, rows.step));
+    for (const auto& group : evaluation_.groups_) {
+      const Plan plan = planFor(group->members, step, length, rowCount, distanceOf(group->members),
+                                std::fabs(evaluation_.k_), group->interpolationError);
+      if (plan.lattice)
+        addFilteredSamples(evaluation_.filterOf(*group, *plan.lattice), group->tolerance);
+      else
+        addOneByOne(group->oneByOne);
+    }
+    // Some columns at a time, so that they stay in the cache while they are read row by row.
+    constexpr std::size_t columns = 8;
+    for (std::size_t from = 0; from < length; from += columns)
+      for (std::size_t row = 0; row < rowCount; ++row) {
+        std::complex<double>* const to =
+            pressures + rows.first(firstRow + row) + first * rows.stride;
+        for (std::size_t i = from; i < std::min(from + columns, length); ++i)
+          to[i * rows.stride] +=
+              std::complex<double>(sumRe_[i * together + row], sumIm_[i * together + row]);
+      }
+  }
+
+ private:
+  /// The least distance of the rows from the plane of the first piston, where its field is needed
+  /// for the others.
+  Distance distanceOf(const EqualPistons& group) const {
+    const Position& normal = group.pistons.front().axes[2];
+    const Position& step = evaluation_.rows_.step;
+    const double rise = dot(normal, step);
+    const auto [least, most] =
+        std::minmax_element(group.displacements.begin(), group.displacements.end());
+    const double from = (static_cast<double>(first_) - *most) * rise,
+                 to = (static_cast<double>(first_ + length_ - 1) - *least) * rise;
+    double nearest = std::numeric_limits<double>::infinity();
+    for (const Position& origin : origins_)
+      nearest = std::min(nearest, dot(normal, difference(origin, group.pistons.front().centre)));
+    return {nearest + std::min(from, to), std::fabs(rise) / std::sqrt(dot(step, step))};
+  }
+
+  void addOneByOne(const Evaluation& pistons) {
+    const Columns columns(origins_, evaluation_.rows_.step, static_cast<double>(first_), 1,
+                          length_);
+    evaluate(pistons, columns);
+    for (std::size_t i = 0; i < length_; ++i)
+      for (std::size_t row = 0; row < origins_.size(); ++row) {
+        sumRe_[i * together + row] += values_[i * origins_.size() + row].real();
+        sumIm_[i * together + row] += values_[i * origins_.size() + row].imag();
+      }
+  }
+
+  void evaluate(const Evaluation& pistons, const Columns& columns) {
+    values_.resize(columns.count());
+    pistons.runHere(columns, 0, columns.count(), values_.data(), used_);
+  }
+
+  void addFilteredSamples(const Filter& filter, double tolerance) {
+    const auto a = static_cast<std::size_t>(filter.lattice.stepsASample),
+               b = static_cast<std::size_t>(filter.lattice.samplesAStep);
+    const std::size_t firstCycle = first_ / a, lastCycle = (first_ + length_ - 1) / a;
+    const std::size_t sampleCount =
+        (lastCycle - firstCycle) * b + static_cast<std::size_t>(filter.mostColumn) + 1;
+    evaluate(*filter.samples,
+             Columns(origins_, evaluation_.rows_.step,
+                     static_cast<double>(firstCycle * b) + filter.leastSample,
+                     static_cast<double>(a) / static_cast<double>(b), sampleCount));
+    double largest = 0;
+    for (const std::complex<double>& value : values_) largest = std::max(largest, std::norm(value));
+    const double rounding =
+        filterRounding * filter.factorSum * std::sqrt(largest) / (roundingShare * tolerance);
+    if (rounding * 0x1p-24 <= 1)
+      add(filter, add_.single, single_);
+    else
+      add(filter, add_.precise, precise_);
+    used_.excess = std::max(used_.excess, rounding * 0x1p-53);
+  }
+
+  template <class Real>
+  void add(const Filter& filter, AddFiltered<Real>* addColumn, SplitColumns<Real>& samples) {
+    samples.assign(values_, origins_.size());
+    const std::size_t a = filter.phases.size(), firstCycle = first_ / a;
+    for (std::size_t i = 0; i < length_; ++i) {
+      const std::size_t cycle = (first_ + i) / a - firstCycle, phase = (first_ + i) % a;
+      const std::size_t from =
+          cycle * static_cast<std::size_t>(filter.lattice.samplesAStep) * together;
+      addColumn(filter.phases[phase].filter(Real()), &samples.re[from], &samples.im[from],
+                &sumRe_[i * together], &sumIm_[i * together]);
+    }
+  }
+
+  RowEvaluation& evaluation_;
+  const AddFilteredInPacks add_;
+  Used& used_;
+  std::size_t first_ = 0, length_ = 0;
+  std::vector<Position> origins_;
+  std::vector<std::complex<double>> values_;
+  SplitColumns<float> single_;
+  SplitColumns<double> precise_;
+  std::vector<double> sumRe_, sumIm_;
+};
+
+void RowEvaluation::run(std::complex<double>* pressures, Work& work) {
+  std::mutex usedMutex;
+  const std::size_t segments = (rows_.length + segment_ - 1) / segment_,
+                    rowBatches = (rows_.count + together - 1) / together,
+                    batches = segments * rowBatches;
+  for (std::size_t piece = 0; piece < batches; piece += batchesTogether) {
+    const std::size_t last = std::min(piece + batchesTogether, batches);
+    parallel::spread(last - piece, 1, [&](std::uint64_t begin, std::uint64_t end) {
+      Used used = nothingUsed();
+      Batch batch(*this, used);
+      for (std::size_t n = piece + begin; n < piece + end; ++n) {
+        const std::size_t row = n / segments * together, first = n % segments * segment_;
+        batch.run(row, std::min(together, rows_.count - row), first,
+                  std::min(segment_, rows_.length - first), pressures);
+      }
+      const std::lock_guard lock(usedMutex);
+      used_ = bothUsed(used_, used);
+    });
+    work.advance(static_cast<double>(points_.count()) * static_cast<double>(last - piece) /
+                 static_cast<double>(batches));
+  }
+}
+
+}  // namespace pistonfield

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <complex>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "field/EqualPistons.h"
+#include "field/Evaluation.h"
+#include "field/Lattice.h"
+
+namespace pistonfield {
+
+/// The sum of pistons' pressures on a grid, row by row. The field of equal pistons is sampled once
+/// in a row, no more densely than its interpolation needs. All copies of it and the interpolation
+/// are one filter of the samples. Where that takes longer, pistons are evaluated one by one.
+class RowEvaluation {
+ public:
+  /// How long pressures in a row take, in evaluations of one piston at one point.
+  struct Cost {
+    double sampled, oneByOne;
+  };
+  static Cost cost(const EqualPistons& group, const Rows& rows, double k, double tolerance);
+
+  RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows, const Points& points, double k,
+                double tolerance, const Shift& shift);
+
+  /// Adds the pressures.
+  void run(std::complex<double>* pressures, Work& work);
+
+  /// What all runs used.
+  const Used& used() const { return used_; }
+
+ private:
+  class Batch;
+  struct Filter;
+  struct Group;
+
+  const Filter& filterOf(Group& group, const Lattice& lattice);
+
+  const Rows rows_;
+  const Points& points_;
+  const double k_;
+  const Shift shift_;
+  std::vector<std::shared_ptr<Group>> groups_;
+  std::size_t segment_;  ///< how many points of a row are evaluated together, at most
+  Used used_;
+};
+
+}  // namespace pistonfield
