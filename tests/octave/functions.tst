@@ -9,6 +9,7 @@
 %!  own = ['^((Too few|Too many|Wrong number of) arguments|The only option|x, y and z must be|points must be|array[. ]|' ...
 %!         '[lsk] must be|nabscissas must be|quantity must be|limits must be|p must have|order must be|' ...
 %!         '[a-z]+: function called with too many inputs|x and w must be|tolerance must be|Sides must be|points must include|No order up to|' ...
+%!         '(counts?|pitch|pitches|radius|name|parameter) must be|' ...
 %!         'After limits, only|axes must be|pistonfield_quiet: (Input must be|Points \(argument 1\)|The given grid))'];
 %!  if (isempty (regexp (failure.message, own)))
 %!    error ("%s (%s) says: %s", name, disp (arguments), failure.message);
@@ -87,3 +88,14 @@
 %!   close (f);
 %! end_unwind_protect
 %! assert (fine > 5 && refused > 200);
+%!test # arrays and weights
+%! [fine, refused] = sweep ("pistonlinear", {4, 3, 2, 1});
+%! assert (fine > 15 && refused > 120);
+%! [fine, refused] = sweep ("pistonmatrix", {[4, 2], [3, 4], 2, 1});
+%! assert (fine > 15 && refused > 120);
+%! [fine, refused] = sweep ("pistonconvex", {4, 3, 20, 2, 1});
+%! assert (fine > 20 && refused > 150);
+%! [fine, refused] = sweep ("pistonapodization", {"tukey", [4, 2], 0.3});
+%! assert (fine > 5 && refused > 100);
+%! [fine, refused] = sweep ("pistonapodization", {"hann", 4});
+%! assert (fine > 3 && refused > 70);
