@@ -104,8 +104,7 @@ class PistonInPacks {
   using Half = typename W::Half;
   static constexpr double pi = 3.14159265358979323846;
   // Of the tolerance of an integral.
-  static constexpr float roundingShare = 0.2f, preciseRoundingShare = 0.05f,
-                         quadratureShare = 1 - roundingShare - preciseRoundingShare;
+  static constexpr float roundingShare = 0.25f, quadratureShare = 1 - roundingShare;
   static constexpr float mostTurns = 0x1p20f;      // of which a float still has a fraction
   static constexpr float leastTolerance = 1e-32f;  // so that no float underflows
   static constexpr int packs = 16, mostIntervals = 8, queueLength = 128;
@@ -159,7 +158,7 @@ class PistonInPacks {
     singleZ_[n] = z_[n].rounded();
     sum_[n] = {Single(0.0f), Single(0.0f)};
     hasPrecise_[n] = false;
-    roundingLeft_[n] = roundingShare * tolerance_ * mostIntervals;
+    singleRounding_[n] = preciseRounding_[n] = 0;
     for (int axis : {0, 1}) {
       const Single lateral = lateral_[axis][n].rounded();
       range_[axis] = {smallest(lateral), largest(lateral)};
@@ -243,14 +242,17 @@ class PistonInPacks {
     proposals_ = 0;
   }
 
-  /// Takes the rounding error of single precision, in units of it, from what the pack's intervals
-  /// may have together. Returns false, and takes nothing, if that is not enough.
+  /// Whether an interval may be evaluated in single precision, with this rounding error in its
+  /// units. If so, it is added to those of the pack: they may take half of the share together.
   bool mayRound(const Interval& interval, float rounding) {
     const float error = static_cast<float>(interval.times) * rounding * 0x1p-24f;
-    if (!(error <= roundingLeft_[interval.pack])) return false;
-    roundingLeft_[interval.pack] -= error;
+    if (!(singleRounding_[interval.pack] + error <= 0.5f * mostRounding())) return false;
+    singleRounding_[interval.pack] += error;
     return true;
   }
+
+  /// The largest rounding error of the sum at a point.
+  float mostRounding() const { return roundingShare * tolerance_ * mostIntervals; }
 
   static int orderOf(float need) { return static_cast<int>(need + 0.9999f); }
 
@@ -280,9 +282,9 @@ class PistonInPacks {
     }
     const bool single = mayRound(interval, largest(needs.rounding + needs.ends));
     // In double precision, neighbouring intervals share their ends.
-    const double excess = static_cast<double>(largest(needs.rounding)) * 0x1p-53 /
-                          static_cast<double>(preciseRoundingShare * tolerance);
-    if (!single && excess > used_.excess) used_.excess = excess;
+    if (!single)
+      preciseRounding_[interval.pack] +=
+          static_cast<float>(interval.times) * largest(needs.rounding) * 0x1p-53f;
     keep(interval, orderOf(need), single);
   }
 
@@ -355,6 +357,11 @@ class PistonInPacks {
   }
 
   void addPressure(int n, double* re, double* im) {
+    if (piston_.order == 0) {
+      const double excess =
+          static_cast<double>((singleRounding_[n] + preciseRounding_[n]) / mostRounding());
+      if (excess > used_.excess) used_.excess = excess;
+    }
     ComplexPair<W> p = pressure(n);
     Single magnitude = absolute(p.re.rounded()) + absolute(p.im.rounded());
     if (anyLess(signedZ_[n], W(0.0))) {
@@ -403,7 +410,8 @@ class PistonInPacks {
   const double halfSides_[2];
   const float tolerance_;  // of an integral
 
-  float roundingLeft_[packs] = {};  // of the tolerance, for what is evaluated in single precision
+  // Bounds of the rounding errors of a pack's intervals.
+  float singleRounding_[packs] = {}, preciseRounding_[packs] = {};
 
   // Of the pack that is planned.
   float leastZ_ = 0;
