@@ -10,6 +10,7 @@
 #include "field/Evaluation.h"
 #include "field/Mirror.h"
 #include "field/RowEvaluation.h"
+#include "field/SortedPoints.h"
 #include "field/Vectors.h"
 
 namespace pistonfield {
@@ -82,6 +83,9 @@ std::string inDigits(double tolerance) {
   std::snprintf(text.data(), text.size(), "%.1e", tolerance);
   return text.data();
 }
+
+/// Sorting a list takes about as long as eight pistons.
+constexpr std::size_t leastPistonsToSort = 16, leastPointsToSort = 64;
 
 /// The smallest peak pressure that is told from 0, relative to that at the pistons.
 constexpr double leastPeak = 1e-30;
@@ -173,10 +177,11 @@ Divided divided(const std::vector<Field::Piston>& pistons, double k, double tole
     for (const EqualPistons& group : equalPistons(pistons, rows, negligible)) {
       const double share =
           static_cast<double>(group.pistons.size()) / static_cast<double>(pistons.size());
-      const RowEvaluation::Cost cost = RowEvaluation::cost(group, rows, k, share * tolerance);
+      const RowEvaluation::Cost cost =
+          RowEvaluation::cost(group, rows, points, k, share * tolerance);
       if (cost.sampled < 0.8 * cost.oneByOne) {
         candidate.inRows.push_back(group);
-        saved += (cost.oneByOne - cost.sampled) * static_cast<double>(rows.count);
+        saved += cost.oneByOne - cost.sampled;
       } else {
         candidate.rest.insert(candidate.rest.end(), group.pistons.begin(), group.pistons.end());
       }
@@ -307,7 +312,10 @@ std::vector<std::complex<double>> Field::at(const std::vector<Position>& points,
                                             const FieldOptions& options,
                                             FieldReport* report) const {
   return computed(options, [&](const FieldOptions& guarded) {
-    return evaluate(pistons_, k_, ListPoints(points), guarded, report);
+    if (pistons_.size() < leastPistonsToSort || points.size() < leastPointsToSort)
+      return evaluate(pistons_, k_, ListPoints(points), guarded, report);
+    const SortedPoints sorted(points);
+    return sorted.inListOrder(evaluate(pistons_, k_, sorted, guarded, report));
   });
 }
 

@@ -46,6 +46,22 @@ struct Plan {
   double cost;
 };
 
+/// The least distance of `length` points from `first` on of rows from the plane of the first
+/// piston, where its field is needed for the others.
+Distance distanceOf(const EqualPistons& group, const Position& step,
+                    const std::vector<Position>& origins, std::size_t first, std::size_t length) {
+  const Field::Piston& piston = group.pistons.front();
+  const double rise = dot(piston.axes[2], step);
+  const auto [least, most] =
+      std::minmax_element(group.displacements.begin(), group.displacements.end());
+  const double from = (static_cast<double>(first) - *most) * rise,
+               to = (static_cast<double>(first + length - 1) - *least) * rise;
+  double nearest = std::numeric_limits<double>::infinity();
+  for (const Position& origin : origins)
+    nearest = std::min(nearest, dot(piston.axes[2], difference(origin, piston.centre)));
+  return {nearest + std::min(from, to), std::fabs(rise) / std::sqrt(dot(step, step))};
+}
+
 /// The fastest way to compute `length` points of `rowCount` rows at this distance from the plane of
 /// the pistons.
 Plan planFor(const EqualPistons& group, double step, std::size_t length, std::size_t rowCount,
@@ -171,13 +187,20 @@ struct RowEvaluation::Group {
   std::vector<std::unique_ptr<const Filter>> filters;  ///< of the lattices that were needed
 };
 
-RowEvaluation::Cost RowEvaluation::cost(const EqualPistons& group, const Rows& rows, double k,
-                                        double tolerance) {
-  const Distance far{std::numeric_limits<double>::infinity(), 0};
-  const Plan plan = planFor(group, std::sqrt(dot(rows.step, rows.step)), rows.length,
-                            std::min(rows.count, together), far, std::fabs(k),
-                            interpolationShare * tolerance / group.weightSum());
-  return {plan.cost, static_cast<double>(rows.length) * static_cast<double>(group.pistons.size())};
+RowEvaluation::Cost RowEvaluation::cost(const EqualPistons& group, const Rows& rows,
+                                        const Points& points, double k, double tolerance) {
+  constexpr std::size_t most = 16;
+  const std::size_t tried = std::min(rows.count, most);
+  Cost cost{0, static_cast<double>(points.count()) * static_cast<double>(group.pistons.size())};
+  for (std::size_t n = 0; n < tried; ++n) {
+    const std::vector<Position> origin = {points.position(rows.first(rows.count / tried * n))};
+    const Plan plan = planFor(group, std::sqrt(dot(rows.step, rows.step)), rows.length,
+                              std::min(rows.count, together),
+                              distanceOf(group, rows.step, origin, 0, rows.length), std::fabs(k),
+                              interpolationShare * tolerance / group.weightSum());
+    cost.sampled += plan.cost * static_cast<double>(rows.count) / static_cast<double>(tried);
+  }
+  return cost;
 }
 
 RowEvaluation::RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows,
@@ -265,7 +288,8 @@ class RowEvaluation::Batch {
     sumIm_.assign(length * together, 0);
     const double step = std::sqrt(dot(rows.step, rows.step));
     for (const auto& group : evaluation_.groups_) {
-      const Plan plan = planFor(group->members, step, length, rowCount, distanceOf(group->members),
+      const Plan plan = planFor(group->members, step, length, rowCount,
+                                distanceOf(group->members, rows.step, origins_, first, length),
                                 std::fabs(evaluation_.k_), group->interpolationError);
       if (plan.lattice)
         addFilteredSamples(evaluation_.filterOf(*group, *plan.lattice), group->tolerance);
@@ -285,22 +309,6 @@ class RowEvaluation::Batch {
   }
 
  private:
-  /// The least distance of the rows from the plane of the first piston, where its field is needed
-  /// for the others.
-  Distance distanceOf(const EqualPistons& group) const {
-    const Position& normal = group.pistons.front().axes[2];
-    const Position& step = evaluation_.rows_.step;
-    const double rise = dot(normal, step);
-    const auto [least, most] =
-        std::minmax_element(group.displacements.begin(), group.displacements.end());
-    const double from = (static_cast<double>(first_) - *most) * rise,
-                 to = (static_cast<double>(first_ + length_ - 1) - *least) * rise;
-    double nearest = std::numeric_limits<double>::infinity();
-    for (const Position& origin : origins_)
-      nearest = std::min(nearest, dot(normal, difference(origin, group.pistons.front().centre)));
-    return {nearest + std::min(from, to), std::fabs(rise) / std::sqrt(dot(step, step))};
-  }
-
   void addOneByOne(const Evaluation& pistons) {
     const Columns columns(origins_, evaluation_.rows_.step, static_cast<double>(first_), 1,
                           length_);

@@ -17,11 +17,12 @@ namespace pistonfield {
 /// are one filter of the samples. Where that takes longer, pistons are evaluated one by one.
 class RowEvaluation {
  public:
-  /// How long pressures in a row take, in evaluations of one piston at one point.
+  /// How long all pressures of a group take, in evaluations of one piston at one point: about.
   struct Cost {
     double sampled, oneByOne;
   };
-  static Cost cost(const EqualPistons& group, const Rows& rows, double k, double tolerance);
+  static Cost cost(const EqualPistons& group, const Rows& rows, const Points& points, double k,
+                   double tolerance);
 
   RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows, const Points& points, double k,
                 double tolerance, const Shift& shift);

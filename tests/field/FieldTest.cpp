@@ -174,6 +174,27 @@ TEST(FieldTest, APointThatIsNotFiniteGetsNaNAndTheOthersTheirPressures) {
     }
 }
 
+TEST(FieldTest, TheOrderOfAListDoesNotMatter) {
+  std::vector<Piston> pistons;
+  for (int m = 0; m < 20; ++m)
+    pistons.push_back(piston(0.5 + 0.1 * m, 7, {2.0 * m - 20, 0, 0}, std::polar(1.0, 0.3 * m)));
+  std::vector<Position> points;
+  for (int n = 0; n < 500; ++n) {  // coprime steps: all over the range, in no order
+    points.push_back({-30.0 + n * 37 % 61, -9.0 + n * 17 % 19, 1.0 + n * 29 % 83});
+    if (n % 50 == 7) points.back()[static_cast<std::size_t>(n) % 3] = nan;
+  }
+  const Field field(pistons, k);
+  FieldReport report;
+  const Pressures actual = field.at(points, {}, &report);
+  for (std::size_t n = 0; n < points.size(); ++n) {
+    SCOPED_TRACE(n);
+    EXPECT_EQ(isNaN(actual[n]), n % 50 == 7);
+    if (n % 50 == 7) continue;
+    const std::complex<double> alone = field.at({points[n]}, toTolerance(1e-8))[0];
+    EXPECT_LE(std::abs(actual[n] - alone), report.bound + 1e-8 * std::abs(alone));
+  }
+}
+
 TEST(FieldTest, PointsThatAreAllNotFiniteGetNaN) {
   const Field field({piston(5, 7)}, k);
   EXPECT_TRUE(isNaN(field.at({{nan, 0, 1}}).at(0)));

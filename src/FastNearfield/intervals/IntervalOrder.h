@@ -48,6 +48,57 @@ Pack<Set> exp2Above(Pack<Set> x) {
   return numberAsBits((x + Pack<Set>(127.0f)) * Pack<Set>(0x1p23f));
 }
 
+/// How many nodes integrals over exp(−ikR) need, R² = ρ² + σ².
+template <class Set>
+struct NodeNeeds {
+  using V = Pack<Set>;
+
+  V oscillation;  ///< the order that the oscillation needs alone
+  V order;        ///< with the branch point
+
+  /// `from`: at least 0; or at least −`to`, and all lengths are equal. L = ln(S/tolerance). The
+  /// error that the branch point causes is 2^strength·r^(−2n) tolerances.
+  NodeNeeds(V rho2, V from, V to, V length, V L, V strength) {
+    constexpr float pi = 3.14159265f, ln2 = 0.693147f;
+    const V one(1.0f), tiny(1e-18f), nearest = larger(from, V(0.0f));
+    const V end = from + length;  // of the interval that is nearest to the branch point
+    const V R1 = rootEstimate(multiplyAdd(from, from, rho2));
+    const V R2 = rootEstimate(multiplyAdd(to, to, rho2));
+    const V R0 = rootEstimate(multiplyAdd(nearest, nearest, rho2));
+
+    // Between the slope at the farther end and the mean slope, from R(β) − R₀.
+    const V endTurns = length * to * inverseEstimate(R2);
+    const V meanTurns = (to - nearest) * (to + nearest) * inverseEstimate(R2 + R0);
+    const V omega = V(0.7f * pi) * endTurns + V(0.3f * pi) * meanTurns + V(1e-6f);
+    // The minimum over ξ is ω/2 + L·J(log₂(L/ω)). log₂ J is fitted by a polynomial, within 0.07.
+    const V l = smaller(larger(log2Below(L * inverseEstimate(omega)), V(-9.0f)), V(16.0f));
+    V logJ = multiplyAdd(l, V(1.44254e-4f), V(4.43785e-3f));
+    logJ = multiplyAdd(l, logJ, V(-0.304180f));
+    logJ = multiplyAdd(l, logJ, V(-0.901854f + 0.07f));
+    oscillation = multiplyAdd(L, exp2Above(logJ), V(0.5f) * omega);
+
+    const V q = smaller((R1 + rootEstimate(multiplyAdd(end, end, rho2))) *
+                            inverseEstimate(length + tiny) * V(1 - 0x1p-10f),
+                        V(1e6f));
+    const V r = q + rootEstimate(larger(multiplyAdd(q, q, -one), V(1e-12f)));
+    // Two lower bounds of ln r: the first is close for r near 1.
+    const V lnr = larger(V(2.0f) * (r - one) * inverseEstimate(r + one), V(ln2) * log2Below(r));
+    const V branch =
+        larger(strength, V(0.0f)) * V(0.5f * ln2) * inverseEstimate(larger(lnr, V(1e-6f)));
+    const V o2 = oscillation * oscillation, b2 = branch * branch;
+    order = rootEstimate(rootEstimate(multiplyAdd(o2, o2, b2 * b2)));
+  }
+};
+
+/// L = ln(magnitude·margin/tolerance), at least 0.1.
+template <class Set>
+Pack<Set> logarithmOver(Pack<Set> magnitude, float margin, Pack<Set> tolerance) {
+  using V = Pack<Set>;
+  constexpr float ln2 = 0.693147f;
+  return larger(V(ln2) * log2Above(magnitude * V(margin) * inverseEstimate(tolerance) + V(1e-18f)),
+                V(0.1f));
+}
+
 /// Bounds of an interval at several points.
 template <class V>
 struct IntervalBounds {
@@ -70,14 +121,10 @@ struct IntervalNeeds {
   V ends;         ///< the same for α and β, if they are rounded
 
   IntervalNeeds(const IntervalBounds<V>& in, V tolerance) {
-    const V zero(0.0f), one(1.0f), tiny(1e-18f);
+    const V zero(0.0f), tiny(1e-18f);
     const V nearest = larger(in.leastFrom, zero), to = in.mostTo, length = in.mostLength;
     const V dd = in.leastD * in.leastD,
             rho2 = larger(multiplyAdd(in.leastZ, in.leastZ, dd), V(1e-30f));
-    const V end = in.leastFrom + length;  // of the interval that is nearest to the branch point
-    const V R1squared = multiplyAdd(in.leastFrom, in.leastFrom, rho2),
-            R2squared = multiplyAdd(to, to, rho2);
-    const V R2 = rootEstimate(R2squared);
     const V R0 = rootEstimate(multiplyAdd(nearest, nearest, rho2));
     const V D0 = multiplyAdd(nearest, nearest, dd);
     const V smooth = length * in.mostD * V(2 * pi) * inverseEstimate(R0 + in.leastZ);
@@ -86,35 +133,15 @@ struct IntervalNeeds {
     rounding = V(3.0f) * smooth + V(4.0f) * magnitude;
     ends = V(2.0f) * to * smaller(in.mostD * V(2 * pi) * inverseEstimate(R0 + in.leastZ), steep);
 
-    constexpr float ln2 = 0.693147f;
-    const V relative = inverseEstimate(tolerance);
-    const V L =
-        larger(V(ln2) * log2Above(magnitude * V(oscillationMargin) * relative + tiny), V(0.1f));
-    // Between the slope at the farther end and the mean slope, from R(β) − R₀.
-    const V endTurns = length * to * inverseEstimate(R2);
-    const V meanTurns = (to - nearest) * (to + nearest) * inverseEstimate(R2 + R0);
-    const V omega = V(0.7f * pi) * endTurns + V(0.3f * pi) * meanTurns + V(1e-6f);
-    // The minimum over ξ is ω/2 + L·J(log₂(L/ω)). log₂ J is fitted by a polynomial, within 0.07.
-    const V l = smaller(larger(log2Below(L * inverseEstimate(omega)), V(-9.0f)), V(16.0f));
-    V logJ = multiplyAdd(l, V(1.44254e-4f), V(4.43785e-3f));
-    logJ = multiplyAdd(l, logJ, V(-0.304180f));
-    logJ = multiplyAdd(l, logJ, V(-0.901854f + 0.07f));
-    oscillation = multiplyAdd(L, exp2Above(logJ), V(0.5f) * omega);
-
-    const V q = smaller((rootEstimate(R1squared) + rootEstimate(multiplyAdd(end, end, rho2))) *
-                            inverseEstimate(length + tiny) * V(1 - 0x1p-10f),
-                        V(1e6f));
-    const V r = q + rootEstimate(larger(multiplyAdd(q, q, -one), V(1e-12f)));
-    // Two lower bounds of ln r: the first is close for r near 1.
-    const V lnr = larger(V(2.0f) * (r - one) * inverseEstimate(r + one), V(ln2) * log2Below(r));
-    const V strength = log2Above(in.mostD * V(2 * pi * branchMargin) * relative + tiny) +
-                       V(0.125f) * (log2Above(R1squared) + log2Above(R2squared)) -
-                       V(0.25f) * log2Below(rho2);
-    const V branch =
-        larger(strength, zero) * V(0.5f * ln2) * inverseEstimate(larger(lnr, V(1e-6f)));
-    const V o2 = oscillation * oscillation, b2 = branch * branch;
-    order = rootEstimate(rootEstimate(multiplyAdd(o2, o2, b2 * b2))) + V(0.6f) +
-            V(0.1f) * larger(L - V(18.0f), zero);
+    const V L = logarithmOver(magnitude, oscillationMargin, tolerance);
+    const V strength =
+        log2Above(in.mostD * V(2 * pi * branchMargin) * inverseEstimate(tolerance) + tiny) +
+        V(0.125f) * (log2Above(multiplyAdd(in.leastFrom, in.leastFrom, rho2)) +
+                     log2Above(multiplyAdd(to, to, rho2))) -
+        V(0.25f) * log2Below(rho2);
+    const NodeNeeds<Set> needs(rho2, in.leastFrom, to, length, L, strength);
+    oscillation = needs.oscillation;
+    order = needs.order + V(0.6f) + V(0.1f) * larger(L - V(18.0f), zero);
   }
 
   static constexpr float pi = 3.14159265f;

@@ -39,29 +39,29 @@ struct IntervalRule {
   int order;
 };
 
-/// The two quotients of a node: R − z = D/(R + z), and 1/D.
+/// Two quotients of a node: a difference of paths, numerator/ends, and 1/divisor.
 template <class Set>
 struct Quotients {
   using V = Pack<Set>;
-  V path, inverseD;
+  V path, inverse;
 
-  Quotients(V D, V ends) {
+  Quotients(V numerator, V ends, V divisor) {
     if constexpr (sizeof(typename Set::Value) == sizeof(float)) {
       if constexpr (!Set::dividesSlowly()) {
-        path = quotient(D, ends);
-        inverseD = quotient(V(1.0f), D);
+        path = quotient(numerator, ends);
+        inverse = quotient(V(1.0f), divisor);
       } else {
-        both(D, ends, inverse(D * ends));
+        both(numerator, ends, divisor, pistonfield::inverse(divisor * ends));
       }
     } else {
-      both(D, ends, quotient(V(1.0), D * ends));
+      both(numerator, ends, divisor, quotient(V(1.0), divisor * ends));
     }
   }
 
  private:
-  void both(V D, V ends, V inverseOfBoth) {
-    path = D * (D * inverseOfBoth);
-    inverseD = ends * inverseOfBoth;
+  void both(V numerator, V ends, V divisor, V inverseOfBoth) {
+    path = numerator * (divisor * inverseOfBoth);
+    inverse = ends * inverseOfBoth;
   }
 };
 
@@ -82,9 +82,9 @@ ComplexPair<Pack<Set>> intervalSum(Pack<Set> d, Pack<Set> z, Pack<Set> from, Pac
     const V sigma = multiplyAdd(V(rule.fromStart[j]), h, from);
     const V D = multiplyAdd(sigma, sigma, dd);
     const V ends = squareRoot(zz + D) + z;  // R + z
-    const Quotients<Set> q(D, ends);
+    const Quotients<Set> q(D, ends, D);
     const auto [sine, cosine] = sineCosine(fractionOf(q.path));
-    const V scale = V(rule.w[j]) * q.inverseD * sine;
+    const V scale = V(rule.w[j]) * q.inverse * sine;
     sum = multiplyAdd(scale, ComplexPair<V>{sine, cosine}, sum);
   }
   const V dh = d * h;

@@ -3,6 +3,7 @@
 #include "FastNearfield/intervals/IntervalOrder.h"
 #include "FastNearfield/intervals/IntervalSum.h"
 #include "FastNearfield/intervals/PistonOnPoints.h"
+#include "FastNearfield/intervals/ProductRule.h"
 
 namespace pistonfield {
 
@@ -86,8 +87,11 @@ class PistonInPacks {
     constexpr int group = packs * Single::lanes;
     for (int first = 0; first < count; first += group) {
       const int last = first + group < count ? first + group : count;
-      for (int i = first, n = 0; i < last; i += Single::lanes, ++n) {
-        load(n, x + i, y + i, z + i);
+      const int loaded = (last - first) / Single::lanes;
+      for (int i = first, n = 0; i < last; i += Single::lanes, ++n) load(n, x + i, y + i, z + i);
+      if (piston_.order == 0) planProducts(loaded);
+      for (int n = 0; n < loaded; ++n) {
+        if (isProduct_[n]) continue;
         planEdges(n, 0);
         planEdges(n, 1);
       }
@@ -155,18 +159,77 @@ class PistonInPacks {
     lateral_[1][n] = absolute(along(axes[1]));
     signedZ_[n] = along(axes[2]);
     z_[n] = absolute(signedZ_[n]);
+    phase_[n] = z_[n];
     singleZ_[n] = z_[n].rounded();
+    isProduct_[n] = false;
     sum_[n] = {Single(0.0f), Single(0.0f)};
     hasPrecise_[n] = false;
     singleRounding_[n] = preciseRounding_[n] = 0;
     for (int axis : {0, 1}) {
       const Single lateral = lateral_[axis][n].rounded();
-      range_[axis] = {smallest(lateral), largest(lateral)};
+      least_[axis][n] = smallest(lateral);
+      most_[axis][n] = largest(lateral);
     }
-    leastZ_ = smallest(singleZ_[n]);
+    leastZ_[n] = smallest(singleZ_[n]);
   }
 
-  /// The range of a coordinate's magnitude among the points of a pack.
+  /// Evaluates packs by a product of rules where that takes the least time.
+  void planProducts(int loaded) {
+    const auto a = static_cast<float>(halfSides_[0]), b = static_cast<float>(halfSides_[1]);
+    const float tolerance = tolerance_ * static_cast<float>(mostIntervals / (2 * pi));
+    for (int first = 0; first < loaded; first += Single::lanes) {
+      const auto all = [&](const float* values) { return Single::load(values + first); };
+      const ProductNeeds<Set> needs(
+          Single(a), Single(b),
+          {all(least_[0]), all(most_[0]), all(least_[1]), all(most_[1]), all(leastZ_)},
+          Single(tolerance));
+      float orderX[Single::lanes], orderY[Single::lanes], rounding[Single::lanes];
+      needs.orderX.store(orderX);
+      needs.orderY.store(orderY);
+      needs.rounding.store(rounding);
+      for (int lane = 0; lane < Single::lanes && first + lane < loaded; ++lane) {
+        const int n = first + lane;
+        if (!(rounding[lane] * 0x1p-24f <= tolerance / 3)) continue;
+        if (!(orderX[lane] < mostIntervalOrder && orderY[lane] < mostIntervalOrder)) continue;
+        const HalvedRule<Set> ruleX{{piston_.rules, orderOf(orderX[lane])}, most_[0][n] == 0},
+            ruleY{{piston_.rules, orderOf(orderY[lane])}, most_[1][n] == 0};
+        if (isFaster(n, ruleX, ruleY)) addProduct(n, ruleX, ruleY);
+      }
+    }
+  }
+
+  /// Whether the product rule is faster than the integrals along the edges, which have about the
+  /// same orders.
+  bool isFaster(int n, const HalvedRule<Set>& ruleX, const HalvedRule<Set>& ruleY) const {
+    const auto a = static_cast<float>(halfSides_[0]), b = static_cast<float>(halfSides_[1]);
+    const int edgesAlongX = ruleY.halves ? 1 : 2, edgesAlongY = ruleX.halves ? 1 : 2;
+    float nodes = static_cast<float>(edgesAlongX * ruleX.nodes() + edgesAlongY * ruleY.nodes());
+    // The integrals nearly cancel each other; a quarter of their rounding errors.
+    const float rounding = (a + most_[0][n]) * b + (b + most_[1][n]) * a;
+    if (rounding * 40 * 0x1p-24f > leastZ_[n] * roundingShare * tolerance_ * mostIntervals)
+      nodes *= 4;
+    return static_cast<float>(ruleX.nodes() * ruleY.nodes()) < nodes + 4;
+  }
+
+  void addProduct(int n, const HalvedRule<Set>& ruleX, const HalvedRule<Set>& ruleY) {
+    isProduct_[n] = true;
+    used_.single = true;
+    for (const HalvedRule<Set>* rule : {&ruleX, &ruleY}) {
+      used_.leastOrder = rule->rule.order < used_.leastOrder ? rule->rule.order : used_.leastOrder;
+      used_.mostOrder = rule->rule.order > used_.mostOrder ? rule->rule.order : used_.mostOrder;
+    }
+    used_.nodes += ruleX.nodes() * ruleY.nodes() * Single::lanes;
+    const W x = lateral_[0][n], y = lateral_[1][n], z = z_[n], square = x * x + (y * y + z * z);
+    phase_[n] = W(squareRoot(square.low), squareRoot(square.high));
+    const auto value =
+        productSum<Set>(static_cast<float>(halfSides_[0]), static_cast<float>(halfSides_[1]),
+                        x.rounded(), y.rounded(), phase_[n].rounded(), ruleX, ruleY);
+    // `pressure` multiplies by −i/π.
+    const Single factor(static_cast<float>(pi));
+    sum_[n] = {-factor * value.im, factor * value.re};
+  }
+
+  /// The range of a magnitude among the points of a pack.
   struct Range {
     float least, most;
   };
@@ -174,7 +237,8 @@ class PistonInPacks {
   /// Plans two parallel edges. Near edges on which the foot of the perpendicular lies are divided
   /// there, where the integrand is steepest.
   void planEdges(int n, int across) {
-    const Range u = range_[across], v = range_[1 - across];
+    const Range u{least_[across][n], most_[across][n]},
+        v{least_[1 - across][n], most_[1 - across][n]};
     const auto a = static_cast<float>(halfSides_[across]),
                b = static_cast<float>(halfSides_[1 - across]);
     const float rounding = 1e-6f;
@@ -190,7 +254,7 @@ class PistonInPacks {
 
   void planEdge(Interval edge, Range d, Range v, float b) {
     const float least = v.least - b, most = v.most + b;
-    if (piston_.order > 0 ? v.least > b : (least >= 0 || isFar(d.least, 2 * b, most)))
+    if (piston_.order > 0 ? v.least > b : (least >= 0 || isFar(edge.pack, d.least, 2 * b, most)))
       return propose(edge, d, {least, most}, 2 * b);
     const int times = edge.times;
     edge.part = Part::AHEAD;
@@ -204,8 +268,8 @@ class PistonInPacks {
 
   /// Whether an interval is short enough, compared with its distance and the wavelength, not to be
   /// divided at the foot.
-  bool isFar(float d, float length, float end) const {
-    const float rho2 = d * d + leastZ_ * leastZ_;
+  bool isFar(int n, float d, float length, float end) const {
+    const float rho2 = d * d + leastZ_[n] * leastZ_[n];
     const float changeTimesR = length * end;  // of the phase along the interval, in turns, at most
     return rho2 >= 0.14f * length * length && 2 * rho2 >= changeTimesR * changeTimesR;
   }
@@ -214,7 +278,7 @@ class PistonInPacks {
     if (piston_.order > 0) return keep(interval, piston_.order, d.most + ends.most < mostTurns);
     leastD_[proposals_] = d.least;
     mostD_[proposals_] = d.most;
-    zs_[proposals_] = leastZ_;
+    zs_[proposals_] = leastZ_[interval.pack];
     leastFrom_[proposals_] = ends.least;
     mostTo_[proposals_] = ends.most;
     length_[proposals_] = length;
@@ -335,7 +399,7 @@ class PistonInPacks {
 
   ComplexPair<W> pressure(int n) const {
     const ComplexPair<Single>& single = sum_[n];
-    const Half low = fractionOf(z_[n].low), high = fractionOf(z_[n].high);
+    const Half low = fractionOf(phase_[n].low), high = fractionOf(phase_[n].high);
     if (!hasPrecise_[n]) {
       const ComplexPair<Single> E = factor(W(low, high).rounded());
       return {W(E.re * single.re - E.im * single.im), W(E.re * single.im + E.im * single.re)};
@@ -393,6 +457,9 @@ class PistonInPacks {
   // The points of a group in the piston's own axes, and their sums.
   W lateral_[2][packs];  // |x| and |y|
   W signedZ_[packs], z_[packs];
+  W phase_[packs];  ///< the path by which the sums are delayed
+  float least_[2][packs] = {}, most_[2][packs] = {}, leastZ_[packs] = {};
+  bool isProduct_[packs] = {};
   ComplexPair<W> preciseSum_[packs];
   Single singleZ_[packs];
   ComplexPair<Single> sum_[packs];
@@ -413,10 +480,7 @@ class PistonInPacks {
   // Bounds of the rounding errors of a pack's intervals.
   float singleRounding_[packs] = {}, preciseRounding_[packs] = {};
 
-  // Of the pack that is planned.
-  float leastZ_ = 0;
   float phaseError_ = 0;
-  Range range_[2] = {};
 
   int proposals_ = 0, singles_ = 0, precises_ = 0;
   bool hasPrecise_[packs] = {};

@@ -1,0 +1,104 @@
+#pragma once
+
+#include "FastNearfield/intervals/IntervalOrder.h"
+#include "FastNearfield/intervals/IntervalSum.h"
+
+// The Rayleigh integral of a piston by a product of two Gauss rules. Far from a small piston this
+// takes fewer nodes than the integrals along its edges, which nearly cancel each other there. All
+// lengths are in wavelengths, so that k = 2π, in the piston's own axes.
+//
+// The pressure is
+//
+//     p = ∬ exp(−2πiR)/R dξ dη = exp(−2πiC)·∬ exp(−2πi(R − C))/R dξ dη,
+//
+// C being the distance from the centre: R − C = q/(R + C), q = ξ² − 2xξ + η² − 2yη, has no
+// cancellation. At one η the integral over ξ is that of NodeNeeds, with S = 2a/R₀ and an error of
+// the branch point of about S. The order, from the same bounds, plus 0.3 and 0.09 for each unit of
+// L above 5, was measured (docs/theory.md).
+
+namespace pistonfield {
+
+/// Bounds of the positions of several points.
+template <class V>
+struct PointBounds {
+  V leastX, mostX, leastY, mostY;  ///< of magnitudes
+  V leastZ;
+};
+
+/// What product rules for a piston need, for one set of points a lane.
+template <class Set>
+struct ProductNeeds {
+  using V = Pack<Set>;
+
+  V orderX, orderY;  ///< not rounded
+  V rounding;        ///< the bound of the rounding error, in units of the precision
+
+  /// `tolerance` is that of the pressure, a third of it for each order.
+  ProductNeeds(V halfWidth, V halfHeight, const PointBounds<V>& in, V tolerance) {
+    const V fromX = in.leastX - halfWidth, fromY = in.leastY - halfHeight, zero(0.0f);
+    const V besideX = larger(fromX, zero), besideY = larger(fromY, zero),
+            zz = in.leastZ * in.leastZ;
+    const V alongX = larger(multiplyAdd(besideY, besideY, zz), V(1e-30f)),
+            alongY = larger(multiplyAdd(besideX, besideX, zz), V(1e-30f));
+    const V nearest = rootEstimate(multiplyAdd(besideX, besideX, alongX));
+    const V magnitude = V(4.0f) * halfWidth * halfHeight * inverseEstimate(nearest);
+    const V third = V(1.0f / 3) * tolerance;
+    const V L = logarithmOver(magnitude, 2, third);
+    const V strength = larger(log2Above(magnitude * inverseEstimate(third) + V(1e-18f)), zero);
+    const V more = V(0.3f) + V(0.09f) * larger(L - V(5.0f), zero);
+    orderX = NodeNeeds<Set>(alongX, fromX, in.mostX + halfWidth, V(2.0f) * halfWidth, L, strength)
+                 .order +
+             more;
+    orderY = NodeNeeds<Set>(alongY, fromY, in.mostY + halfHeight, V(2.0f) * halfHeight, L, strength)
+                 .order +
+             more;
+    // Of q, which delays a wave by q/2R; and of the sum's terms and of sums.
+    const V paths =
+        multiplyAdd(halfWidth, in.mostX + halfWidth, halfHeight * (in.mostY + halfHeight)) *
+        inverseEstimate(nearest);
+    rounding = magnitude * (V(8.0f) + orderX + orderY + V(50.0f) * paths);
+  }
+};
+
+/// A rule for one direction, or for half of it where both halves are equal.
+template <class Set>
+struct HalvedRule {
+  IntervalRule<Set> rule;
+  bool halves;
+
+  int nodes() const { return halves ? (rule.order + 1) / 2 : rule.order; }
+  float weight(int n) const { return halves && 2 * n + 1 < rule.order ? 2 * rule.w[n] : rule.w[n]; }
+};
+
+/// ∬ exp(−2πi(R − C))/R dξ dη over a piston, at points in single precision.
+template <class Set>
+ComplexPair<Pack<Set>> productSum(float halfWidth, float halfHeight, Pack<Set> x, Pack<Set> y,
+                                  Pack<Set> C, const HalvedRule<Set>& ruleX,
+                                  const HalvedRule<Set>& ruleY) {
+  using V = Pack<Set>;
+  const V zero(0.0f), CC = C * C, twoX = x + x, twoY = y + y;
+  ComplexPair<V> sum{zero, zero};
+  for (int i = 0; i < ruleX.nodes(); ++i) {
+    const V xi(halfWidth * (ruleX.rule.fromStart[i] - 1.0f));
+    const V qx = xi * (xi - twoX);
+    V ones = zero;
+    ComplexPair<V> column{zero, zero};
+    for (int j = 0; j < ruleY.nodes(); ++j) {
+      const V eta(halfHeight * (ruleY.rule.fromStart[j] - 1.0f));
+      const V q = multiplyAdd(eta, eta - twoY, qx);
+      const V R = squareRoot(CC + q);
+      const Quotients<Set> quotients(q, R + C, R);
+      // exp(−2πiδ) = 1 − 2·sin(πδ)·(sin(πδ) + i·cos(πδ))
+      const auto [sine, cosine] = sineCosine(fractionOf(quotients.path));
+      const V weight = V(ruleY.weight(j)) * quotients.inverse;
+      ones = ones + weight;
+      column = multiplyAdd(weight * sine, ComplexPair<V>{sine, cosine}, column);
+    }
+    const V weight(ruleX.weight(i));
+    sum = multiplyAdd(weight, {multiplyAdd(V(-2.0f), column.re, ones), V(-2.0f) * column.im}, sum);
+  }
+  const V area(halfWidth * halfHeight);
+  return {area * sum.re, area * sum.im};
+}
+
+}  // namespace pistonfield

@@ -1,0 +1,82 @@
+#include "field/SortedPoints.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace pistonfield {
+namespace {
+
+/// The lowest 21 bits, with two zeros after each.
+std::uint64_t spread(std::uint64_t bits) {
+  bits = (bits | bits << 32) & 0x001F00000000FFFF;
+  bits = (bits | bits << 16) & 0x001F0000FF0000FF;
+  bits = (bits | bits << 8) & 0x100F00F00F00F00F;
+  bits = (bits | bits << 4) & 0x10C30C30C30C30C3;
+  return (bits | bits << 2) & 0x1249249249249249;
+}
+
+struct Box {
+  Position least;
+  double size = 0;  ///< of the longest side
+
+  explicit Box(const std::vector<Position>& points) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    Position most = {-infinity, -infinity, -infinity};
+    least = {infinity, infinity, infinity};
+    for (const Position& p : points)
+      for (std::size_t axis = 0; axis < 3; ++axis) {
+        if (!std::isfinite(p[axis])) continue;
+        least[axis] = std::min(least[axis], p[axis]);
+        most[axis] = std::max(most[axis], p[axis]);
+      }
+    for (std::size_t axis = 0; axis < 3; ++axis) size = std::max(size, most[axis] - least[axis]);
+  }
+
+  /// Where the point lies on the curve; points that are not finite come last.
+  std::uint64_t code(const Position& p) const {
+    std::uint64_t bits = 0;
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+      const double cell = (p[axis] - least[axis]) / size * 0x1FFFFF;
+      if (!(cell >= 0 && cell <= 0x1FFFFF)) return std::numeric_limits<std::uint64_t>::max();
+      bits |= spread(static_cast<std::uint64_t>(cell)) << axis;
+    }
+    return bits;
+  }
+};
+
+}  // namespace
+
+SortedPoints::SortedPoints(const std::vector<Position>& points) : Points(points.size()) {
+  const Box box(points);
+  std::vector<std::pair<std::uint64_t, std::size_t>> order;
+  order.reserve(points.size());
+  for (std::size_t n = 0; n < points.size(); ++n) order.emplace_back(box.code(points[n]), n);
+  std::sort(order.begin(), order.end());
+  sorted_.reserve(points.size());
+  indices_.reserve(points.size());
+  for (const auto& [code, n] : order) {
+    sorted_.push_back(points[n]);
+    indices_.push_back(n);
+  }
+}
+
+void SortedPoints::read(std::size_t first, std::size_t count, double* x, double* y,
+                        double* z) const {
+  for (std::size_t n = 0; n < count; ++n) {
+    x[n] = sorted_[first + n][0];
+    y[n] = sorted_[first + n][1];
+    z[n] = sorted_[first + n][2];
+  }
+}
+
+std::vector<std::complex<double>> SortedPoints::inListOrder(
+    const std::vector<std::complex<double>>& values) const {
+  std::vector<std::complex<double>> listed(values.size());
+  for (std::size_t n = 0; n < values.size(); ++n) listed[indices_[n]] = values[n];
+  return listed;
+}
+
+}  // namespace pistonfield

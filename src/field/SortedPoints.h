@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "field/Points.h"
+
+namespace pistonfield {
+
+/// Points of a list in an order in which neighbours in space follow each other (along a Z-order
+/// curve): points that are evaluated together then need similar orders.
+class SortedPoints final : public Points {
+ public:
+  /// Copies the list.
+  explicit SortedPoints(const std::vector<Position>& points);
+  void read(std::size_t first, std::size_t count, double* x, double* y, double* z) const override;
+
+  /// Values in the order of the list, from those in the order of these points.
+  std::vector<std::complex<double>> inListOrder(
+      const std::vector<std::complex<double>>& values) const;
+
+ private:
+  std::vector<Position> sorted_;
+  std::vector<std::size_t> indices_;  ///< of the sorted points in the list
+};
+
+}  // namespace pistonfield
