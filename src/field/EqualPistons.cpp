@@ -1,5 +1,6 @@
 #include "field/EqualPistons.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "field/Vectors.h"
@@ -41,6 +42,8 @@ std::vector<EqualPistons> equalPistons(std::vector<Field::Piston> pistons, const
         continue;
       }
       group.displacements.push_back(steps);
+      group.least = std::min(group.least, steps);
+      group.most = std::max(group.most, steps);
       group.pistons.push_back(piston);
       if (std::fabs(steps - std::round(steps)) * step > negligible) group.onSteps = false;
     }

@@ -14,6 +14,9 @@ struct EqualPistons {
   std::vector<double> displacements;  ///< from the first one, in steps of the rows
   bool onSteps;                       ///< all displacements are multiples of the step
 
+  /// Of the displacements.
+  double least = 0, most = 0;
+
   /// The sum of the weights' magnitudes.
   double weightSum() const;
 };

@@ -23,10 +23,15 @@ constexpr std::size_t pieceWork = 256;
 
 /// The rules that tolerances need, which are computed once; or the rule of an order.
 template <class Real>
-std::shared_ptr<const GaussRules<Real>> rulesFor(int order) {
-  using Rules = GaussRules<Real>;
-  static const auto shared = std::make_shared<const Rules>(1, mostIntervalOrder);
-  return order > 0 ? std::make_shared<const Rules>(order, order) : shared;
+const GaussRules<Real>& rulesForTolerances() {
+  static const GaussRules<Real> rules(1, mostIntervalOrder);
+  return rules;
+}
+
+/// The rule of an order; or null, if the rules for tolerances are to be used.
+template <class Real>
+std::unique_ptr<const GaussRules<Real>> ruleOf(int order) {
+  return order > 0 ? std::make_unique<const GaussRules<Real>>(order, order) : nullptr;
 }
 
 WeightedPiston weighted(const Field::Piston& piston, double k, double tolerance) {
@@ -57,8 +62,16 @@ struct Tile {
     points.read(first, count, x, y, z);
   }
 
-  /// Marks the points with a coordinate above `most` or one that is not a number. Returns the index
-  /// of a point that is not marked, or `count`.
+  /// Whether all coordinates are numbers of at most `most` in magnitude.
+  bool isWithin(std::size_t count, double most) const {
+    unsigned outside = 0;
+    for (std::size_t n = 0; n < count; ++n)
+      outside |=
+          !(std::fabs(x[n]) <= most) | !(std::fabs(y[n]) <= most) | !(std::fabs(z[n]) <= most);
+    return outside == 0;
+  }
+
+  /// Marks the points that are not. Returns the index of a point that is not marked, or `count`.
   std::size_t markLost(std::size_t count, double most, bool* isLost) const {
     std::size_t valid = count;
     for (std::size_t n = 0; n < count; ++n) {
@@ -94,8 +107,8 @@ Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, doub
     : tolerance_(tolerance),
       isNegative_(k < 0),
       mostCoordinate_(mostWavelengths / wavelengthsPerUnit(k)),
-      rules_(rulesFor<float>(order)),
-      preciseRules_(rulesFor<double>(order)),
+      rule_(ruleOf<float>(order)),
+      preciseRule_(ruleOf<double>(order)),
       add_(addPiston(instructionSet())),
       used_(nothingUsed()) {
   const auto isSilent = [&](const Field::Piston& piston) {
@@ -108,8 +121,9 @@ Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, doub
     pistons_.push_back(
         weighted(piston, k, tolerance * (1 - phaseShare) / static_cast<double>(sounding)));
     pistons_.back().order = order;
-    pistons_.back().rules = rules_->table();
-    pistons_.back().preciseRules = preciseRules_->table();
+    pistons_.back().rules = (rule_ ? *rule_ : rulesForTolerances<float>()).table();
+    pistons_.back().preciseRules =
+        (preciseRule_ ? *preciseRule_ : rulesForTolerances<double>()).table();
     const Position& c = piston.centre;
     const double offset = std::fabs(c[0]) + std::fabs(c[1]) + std::fabs(c[2]);
     pistons_.back().shift = (shift.absolute + shift.relative * offset) * wavelengthsPerUnit(k);
@@ -148,22 +162,25 @@ void Evaluation::evaluateTile(const Points& points, std::size_t first, std::size
   Tile tile(points, first, count);
   const std::size_t padded =
       (count + pointsPerPack - 1) / pointsPerPack * std::size_t{pointsPerPack};
-  std::array<bool, tileSize> isLost{};
-  const std::size_t valid = tile.markLost(count, mostCoordinate_, isLost.data());
-  for (std::size_t n = 0; n < padded && valid < count; ++n)
+  const bool areAllWithin = tile.isWithin(count, mostCoordinate_);
+  std::array<bool, tileSize> isLost;
+  const std::size_t valid = areAllWithin ? 0 : tile.markLost(count, mostCoordinate_, isLost.data());
+  for (std::size_t n = areAllWithin ? count : 0; n < padded && valid < count; ++n)
     if (n >= count || isLost[n]) tile.copy(valid, n);
 
   used.phaseError = 0;
-  alignas(64) double re[tileSize] = {}, im[tileSize] = {};
+  alignas(64) double re[tileSize], im[tileSize];
+  std::fill_n(re, padded, 0.0);
+  std::fill_n(im, padded, 0.0);
   for (const WeightedPiston& piston : pistons_)
     if (valid < count) add_(piston, tile.x, tile.y, tile.z, static_cast<int>(padded), re, im, used);
 
   if (!pistons_.empty() && pistons_.front().order == 0)
     used.excess = std::max(used.excess, used.phaseError / (phaseShare * tolerance_));
 
+  for (std::size_t n = 0; n < count; ++n) pressures[n] = {isNegative_ ? -re[n] : re[n], im[n]};
   const double nan = std::numeric_limits<double>::quiet_NaN();
-  for (std::size_t n = 0; n < count; ++n) {
-    pressures[n] = {isNegative_ ? -re[n] : re[n], im[n]};
+  for (std::size_t n = 0; n < count && !areAllWithin; ++n) {
     if (!isLost[n]) continue;
     pressures[n] = {nan, nan};
     const Position p = points.position(first + n);

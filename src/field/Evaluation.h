@@ -47,8 +47,8 @@ class Evaluation {
   double tolerance_;
   bool isNegative_;  // k
   double mostCoordinate_;
-  std::shared_ptr<const GaussRules<float>> rules_;
-  std::shared_ptr<const GaussRules<double>> preciseRules_;
+  std::unique_ptr<const GaussRules<float>> rule_;
+  std::unique_ptr<const GaussRules<double>> preciseRule_;
   AddPiston* add_;
   Used used_;
 };

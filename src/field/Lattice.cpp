@@ -9,45 +9,47 @@ namespace {
 
 constexpr double pi = 3.14159265358979323846;
 
-/// Few different ones, so that rows at different distances share them.
-constexpr std::array densities = {1, 2, 3, 4, 6, 8, 12, 16, 24, 32};
+/// Samples' distances in steps of a row, {numerator, denominator}: few different ones, so that rows
+/// share their filters.
+constexpr std::array<std::array<int, 2>, 24> distances = {
+    {{1, 32}, {1, 24}, {1, 16}, {1, 12}, {1, 8},  {1, 6},  {1, 4},  {1, 3},
+     {1, 2},  {2, 3},  {1, 1},  {5, 4},  {3, 2},  {2, 1},  {5, 2},  {3, 1},
+     {4, 1},  {5, 1},  {6, 1},  {8, 1},  {12, 1}, {16, 1}, {24, 1}, {32, 1}}};
 
-/// The modified Bessel function of the first kind, of order 0.
-double besselI0(double x) {
-  double term = 1, sum = 1;
-  for (int n = 1; term > sum * 0x1p-56; ++n) {
-    term *= x / 2 / n * (x / 2 / n);
-    sum += term;
-  }
-  return sum;
-}
+/// ln x for x > 1. The C library's log of today needs a newer library than the modules do.
+double logarithm(double x) { return std::log1p(x - 1); }
 
 }  // namespace
 
-InterpolationKernel::InterpolationKernel(double error)
-    : alpha_(std::log(2 / error)), atZero_(besselI0(alpha_)) {}
+InterpolationKernel::InterpolationKernel(double error) : alpha_(logarithm(2 / error)) {}
 
-double InterpolationKernel::operator()(double t, int halfTaps) const {
-  if (t == 0) return 1;
-  const double u = t / halfTaps, inside = 1 - u * u;
-  if (inside <= 0 || t == std::round(t)) return 0;
-  return std::sin(pi * t) / (pi * t) * besselI0(alpha_ * std::sqrt(inside)) / atZero_;
+void InterpolationKernel::factors(double t, int halfTaps, double* factors) const {
+  std::fill_n(factors, 2 * halfTaps, 0.0);
+  factors += halfTaps - 1;
+  if (t == 0) {
+    factors[0] = 1;
+    return;
+  }
+  // sin(πt), also for t next to 1
+  double sine = std::sin(pi * std::min(t, 1 - t)) / (pi * std::sinh(alpha_));
+  if (halfTaps % 2 == 0) sine = -sine;
+  for (int n = 1 - halfTaps; n <= halfTaps; ++n, sine = -sine) {
+    const double apart = t - n, u = apart / halfTaps, s = std::sqrt(1 - u * u);
+    factors[n] = sine / apart * (alpha_ * s > 1e-4 ? std::sinh(alpha_ * s) / s : alpha_);
+  }
 }
 
 std::optional<Lattice> latticeFor(double step, double z, double k, double error, int halfTaps) {
-  const double turns = pi - std::log(2 / error) / halfTaps;  // κ₁·h
+  const double turns = pi - logarithm(2 / error) / halfTaps;  // κ₁·h
   if (turns <= 0) return std::nullopt;
-  const double most = turns / std::hypot(k, std::log(4 / error) / z);
-  Lattice lattice;
-  lattice.halfTaps = halfTaps;
-  for (const int density : densities)
-    if (density * step <= most) lattice.stepsASample = density;
-  if (step <= most) return lattice;
-  const auto* const dense = std::find_if(densities.begin(), densities.end(),
-                                         [&](int density) { return step / density <= most; });
-  if (dense == densities.end()) return std::nullopt;
-  lattice.samplesAStep = *dense;
-  return lattice;
+  const double steepness = logarithm(4 / error) / z;
+  const double most = turns / std::sqrt(k * k + steepness * steepness);
+  const auto tooFar = std::find_if(distances.begin(), distances.end(), [&](const auto& distance) {
+    return step * distance[0] / distance[1] > most;
+  });
+  if (tooFar == distances.begin()) return std::nullopt;
+  const auto& [numerator, denominator] = *(tooFar - 1);
+  return Lattice{denominator, numerator, halfTaps};
 }
 
 }  // namespace pistonfield

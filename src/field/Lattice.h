@@ -6,25 +6,23 @@ namespace pistonfield {
 
 /// Samples of a field along a row, from which it is interpolated: the value at x is
 ///
-///     Σ samples[n]·L(x − n),   L(t) = sinc(t)·I₀(α√(1 − (t/T)²))/I₀(α)   for |t| < T,
+///     Σ samples[n]·L(x − n),   L(t) = sin(πt)/(πt)·sinh(αs)/(s·sinh α),   s = √(1 − (t/T)²),
 ///
-/// with x in units of the samples' distance h. For a wave exp(iκx) of κh ≤ π − α/T the error is at
-/// most 0.8·exp(−α). At the distance z from the plane of a piston, the waves of κ > κ₁ in its field
-/// decay at least by exp(−√(κ₁² − k²)·z). Both together: with
+/// over |x − n| < T, with x in units of the samples' distance h. For a wave exp(iκx) of
+/// κh ≤ π − α/T the error is at most 1.1·exp(−α). At the distance z from the plane of a piston, the
+/// waves of κ > κ₁ in its field decay at least by exp(−√(κ₁² − k²)·z). Both together: with
 ///
 ///     α = ln(2/ε),   κ₁² = k² + (ln(4/ε)/z)²,   h = (π − α/T)/κ₁
 ///
 /// the error is below ε where 1 is the pressure of the plane wave (measured: docs/theory.md).
 struct Lattice {
-  /// One of them is 1: the samples are a step of the rows over samplesAStep apart, or
-  /// stepsASample steps.
-  int samplesAStep = 1, stepsASample = 1;
+  /// `samples` samples are as long as `steps` steps of the row, with no common factor.
+  int samples = 1, steps = 1;
   /// T. 0: only samples themselves are used.
   int halfTaps = 0;
 
   bool operator==(const Lattice& other) const {
-    return samplesAStep == other.samplesAStep && stepsASample == other.stepsASample &&
-           halfTaps == other.halfTaps;
+    return samples == other.samples && steps == other.steps && halfTaps == other.halfTaps;
   }
 };
 
@@ -32,12 +30,15 @@ struct Lattice {
 class InterpolationKernel {
  public:
   explicit InterpolationKernel(double error);
-  double operator()(double t, int halfTaps) const;
-  double alpha() const { return alpha_; }
+
+  /// Writes L(t − n) to factors[n + halfTaps − 1], for −halfTaps < n ≤ halfTaps and 0 ≤ t < 1.
+  void factors(double t, int halfTaps, double* factors) const;
 
  private:
-  double alpha_, atZero_;
+  double alpha_;
 };
+
+constexpr int mostHalfTaps = 24;
 
 /// Returns the lattice with the fewest samples of this T, for rows at the distance z > 0 from the
 /// piston's plane; nothing if that is more than 32 samples a step.

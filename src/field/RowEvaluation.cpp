@@ -14,10 +14,10 @@ namespace pistonfield {
 namespace {
 
 // Of the tolerance.
-constexpr double interpolationShare = 0.125, roundingShare = 0.125,
+constexpr double interpolationShare = 0.125, roundingShare = 0.25,
                  sampleShare = 1 - interpolationShare - roundingShare;
 
-constexpr std::array halfTapsToTry = {4, 6, 8, 12, 16, 24};
+constexpr std::array halfTapsToTry = {4, 6, 8, 12, 16, mostHalfTaps};
 
 // In evaluations of one piston at one point.
 constexpr double costOfFactor = 1.0 / 200, costOfPoint = 0.15;
@@ -29,11 +29,7 @@ constexpr double pi = 3.14159265358979323846;
 /// How many batches are evaluated between two calls of `progress`, a core.
 constexpr std::size_t batchesTogether = 16;
 
-double apertureOf(const EqualPistons& group) {
-  const auto [least, most] =
-      std::minmax_element(group.displacements.begin(), group.displacements.end());
-  return *most - *least;
-}
+double apertureOf(const EqualPistons& group) { return group.most - group.least; }
 
 /// Of rows from a plane.
 struct Distance {
@@ -52,10 +48,8 @@ Distance distanceOf(const EqualPistons& group, const Position& step,
                     const std::vector<Position>& origins, std::size_t first, std::size_t length) {
   const Field::Piston& piston = group.pistons.front();
   const double rise = dot(piston.axes[2], step);
-  const auto [least, most] =
-      std::minmax_element(group.displacements.begin(), group.displacements.end());
-  const double from = (static_cast<double>(first) - *most) * rise,
-               to = (static_cast<double>(first + length - 1) - *least) * rise;
+  const double from = (static_cast<double>(first) - group.most) * rise,
+               to = (static_cast<double>(first + length - 1) - group.least) * rise;
   double nearest = std::numeric_limits<double>::infinity();
   for (const Position& origin : origins)
     nearest = std::min(nearest, dot(piston.axes[2], difference(origin, piston.centre)));
@@ -72,7 +66,7 @@ Plan planFor(const EqualPistons& group, double step, std::size_t length, std::si
   Plan plan{std::nullopt, points * pistons};
   const auto consider = [&](const Lattice& lattice) {
     const double samplesAStep =
-        static_cast<double>(lattice.samplesAStep) / static_cast<double>(lattice.stepsASample);
+        static_cast<double>(lattice.samples) / static_cast<double>(lattice.steps);
     const double taps = 2 * lattice.halfTaps;
     const double samples = (points + aperture) * samplesAStep + taps;
     const double factors =
@@ -168,7 +162,7 @@ struct Factors {
 }  // namespace
 
 /// The pressures in a row from the samples of a lattice: `phases` has the factors for the points
-/// 0, 1 ... of a row. They are used again and again, each time samplesAStep columns further.
+/// 0, 1 ... of a row. They are used again and again, each time `samples` columns further.
 struct RowEvaluation::Filter {
   Lattice lattice;
   int leastSample = 0, mostColumn = 0;
@@ -213,7 +207,7 @@ RowEvaluation::RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows,
     const double error = interpolationShare * share * tolerance / group.weightSum();
     segment_ = std::max(segment_, static_cast<std::size_t>(4 * apertureOf(group)));
     Evaluation oneByOne(group.pistons, k, share * tolerance, shift);
-    groups_.push_back(std::shared_ptr<Group>(new Group{std::move(group),
+    groups_.push_back(std::unique_ptr<Group>(new Group{std::move(group),
                                                        share * tolerance,
                                                        InterpolationKernel(error),
                                                        error,
@@ -224,6 +218,8 @@ RowEvaluation::RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows,
   segment_ = std::min(segment_, rows.length);
 }
 
+RowEvaluation::~RowEvaluation() = default;
+
 const RowEvaluation::Filter& RowEvaluation::filterOf(Group& group, const Lattice& lattice) {
   const std::lock_guard lock(group.mutex);
   for (const auto& filter : group.filters)
@@ -231,34 +227,38 @@ const RowEvaluation::Filter& RowEvaluation::filterOf(Group& group, const Lattice
   auto filter = std::make_unique<Filter>();
   filter->lattice = lattice;
   const EqualPistons& members = group.members;
-  std::vector<std::map<int, std::complex<double>>> phases(
-      static_cast<std::size_t>(lattice.stepsASample));
-  int least = std::numeric_limits<int>::max();
-  for (std::size_t phase = 0; phase < phases.size(); ++phase) {
+  const double samplesAStep = static_cast<double>(lattice.samples) / lattice.steps;
+  const int least = static_cast<int>(std::floor(-members.most * samplesAStep)) - lattice.halfTaps;
+  const int most = static_cast<int>(std::ceil((lattice.steps - members.least) * samplesAStep)) +
+                   lattice.halfTaps;
+  filter->leastSample = least;
+  for (int phase = 0; phase < lattice.steps; ++phase) {
+    std::vector<std::complex<double>> sum(static_cast<std::size_t>(most - least + 1));
     for (std::size_t m = 0; m < members.pistons.size(); ++m) {
-      const double at = (static_cast<double>(phase) - members.displacements[m]) *
-                        lattice.samplesAStep / lattice.stepsASample;
+      const double at = (phase - members.displacements[m]) * samplesAStep - least;
+      const std::complex<double> weight = members.pistons[m].weight;
       if (lattice.halfTaps == 0) {
-        phases[phase][static_cast<int>(std::lround(at))] += members.pistons[m].weight;
+        sum[static_cast<std::size_t>(std::lround(at))] += weight;
         continue;
       }
-      const int before = static_cast<int>(std::floor(at));
-      for (int n = before - lattice.halfTaps + 1; n <= before + lattice.halfTaps; ++n)
-        if (const double factor = group.kernel(at - n, lattice.halfTaps); factor != 0)
-          phases[phase][n] += factor * members.pistons[m].weight;
+      const double before = std::floor(at);
+      std::array<double, 2 * mostHalfTaps> factors;
+      group.kernel.factors(at - before, lattice.halfTaps, factors.data());
+      std::complex<double>* const from =
+          &sum[static_cast<std::size_t>(before) - static_cast<std::size_t>(lattice.halfTaps - 1)];
+      for (std::size_t n = 0; n < 2 * static_cast<std::size_t>(lattice.halfTaps); ++n)
+        from[n] += factors[n] * weight;
     }
-    least = std::min(least, phases[phase].begin()->first);
-  }
-  filter->leastSample = least;
-  for (const auto& phase : phases) {
     Factors factors;
-    double sum = 0;
-    for (const auto& [sample, factor] : phase) {
-      factors.add(sample - least, factor);
-      sum += std::abs(factor);
+    double magnitudes = 0;
+    for (std::size_t n = 0; n < sum.size(); ++n) {
+      if (sum[n] == 0.0) continue;
+      factors.add(static_cast<int>(n), sum[n]);
+      magnitudes += std::abs(sum[n]);
     }
-    filter->mostColumn = std::max(filter->mostColumn, factors.columns.back());
-    filter->factorSum = std::max(filter->factorSum, sum);
+    if (!factors.columns.empty())
+      filter->mostColumn = std::max(filter->mostColumn, factors.columns.back());
+    filter->factorSum = std::max(filter->factorSum, magnitudes);
     filter->phases.push_back(std::move(factors));
   }
   std::vector<Field::Piston> sampled = {members.pistons.front()};
@@ -326,8 +326,8 @@ class RowEvaluation::Batch {
   }
 
   void addFilteredSamples(const Filter& filter, double tolerance) {
-    const auto a = static_cast<std::size_t>(filter.lattice.stepsASample),
-               b = static_cast<std::size_t>(filter.lattice.samplesAStep);
+    const auto a = static_cast<std::size_t>(filter.lattice.steps),
+               b = static_cast<std::size_t>(filter.lattice.samples);
     const std::size_t firstCycle = first_ / a, lastCycle = (first_ + length_ - 1) / a;
     const std::size_t sampleCount =
         (lastCycle - firstCycle) * b + static_cast<std::size_t>(filter.mostColumn) + 1;
@@ -352,8 +352,7 @@ class RowEvaluation::Batch {
     const std::size_t a = filter.phases.size(), firstCycle = first_ / a;
     for (std::size_t i = 0; i < length_; ++i) {
       const std::size_t cycle = (first_ + i) / a - firstCycle, phase = (first_ + i) % a;
-      const std::size_t from =
-          cycle * static_cast<std::size_t>(filter.lattice.samplesAStep) * together;
+      const std::size_t from = cycle * static_cast<std::size_t>(filter.lattice.samples) * together;
       addColumn(filter.phases[phase].filter(Real()), &samples.re[from], &samples.im[from],
                 &sumRe_[i * together], &sumIm_[i * together]);
     }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <complex>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -27,6 +26,10 @@ class RowEvaluation {
   RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows, const Points& points, double k,
                 double tolerance, const Shift& shift);
 
+  RowEvaluation(const RowEvaluation&) = delete;
+  RowEvaluation& operator=(const RowEvaluation&) = delete;
+  ~RowEvaluation();
+
   /// Adds the pressures.
   void run(std::complex<double>* pressures, Work& work);
 
@@ -44,7 +47,7 @@ class RowEvaluation {
   const Points& points_;
   const double k_;
   const Shift shift_;
-  std::vector<std::shared_ptr<Group>> groups_;
+  std::vector<std::unique_ptr<Group>> groups_;
   std::size_t segment_;  ///< how many points of a row are evaluated together, at most
   Used used_;
 };

@@ -57,11 +57,11 @@ TEST(LatticeTest, InterpolatedFieldsAreWithinTheErrorOfTheLattice) {
     const double z = logFrom(0.1, 100), error = logFrom(1e-9, 1e-2);
     const int halfTaps = halfTapsToTry[random() % 6];
     // Rows next to edges, corners and the axis, and beside the piston; some of them turned.
-    const double angle = random() % 3 == 0 ? from(0, 1.2) : 0;
+    const double angle = random() % 3 == 0 ? from(0, 1.57) : 0;
     const Position along = {std::cos(angle), 0, std::sin(angle)};
     const auto lattice = latticeFor(1e-3, z, k, error, halfTaps);
     if (!lattice) continue;
-    const double h = 1e-3 * lattice->stepsASample / lattice->samplesAStep;
+    const double h = 1e-3 * lattice->steps / lattice->samples;
     // The steps are so small that the lattice is the coarsest that there is; it may be finer.
     const double distance = from(0.5, 1) > 0.75 ? h : h * from(0.5, 1);
     const double turns = pi - std::log(2 / error) / halfTaps;
@@ -69,7 +69,8 @@ TEST(LatticeTest, InterpolatedFieldsAreWithinTheErrorOfTheLattice) {
     const double spacing = round % 4 == 0 ? distance : coarsest;
     const double centre[] = {maybe(width / 2) + maybe(logFrom(1e-3, 30)),
                              maybe(height / 2) + maybe(logFrom(1e-3, 30))};
-    const double t = from(0, 1);
+    // Next to a sample, too.
+    const double t = round % 5 == 0 ? 1 - logFrom(0x1p-53, 1) : from(0, 1);
     // The first sample that is used is at the distance z.
     const double lowest = -(halfTaps - 1 + t) * spacing;
     const Position origin = {centre[0], centre[1], z - lowest * along[2]};
@@ -79,8 +80,9 @@ TEST(LatticeTest, InterpolatedFieldsAreWithinTheErrorOfTheLattice) {
     const auto p = line.at(positions);
     const InterpolationKernel kernel(error);
     std::complex<double> sum = 0;
-    for (int n = -halfTaps + 1; n <= halfTaps; ++n)
-      sum += kernel(t - n, halfTaps) * p[static_cast<std::size_t>(n + halfTaps)];
+    std::vector<double> factors(2 * static_cast<std::size_t>(halfTaps));
+    kernel.factors(t, halfTaps, factors.data());
+    for (std::size_t n = 0; n < factors.size(); ++n) sum += factors[n] * p[n + 1];
     const double ratio = std::abs(sum - p[0]) / error;
     if (ratio > worst) {
       worst = ratio;

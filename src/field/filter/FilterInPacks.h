@@ -5,11 +5,16 @@
 
 namespace pistonfield {
 
-template <class V>
-void addPack(V values, double* to) {
-  typename V::Value each[V::lanes];
-  values.store(each);
-  for (int lane = 0; lane < V::lanes; ++lane) to[lane] += static_cast<double>(each[lane]);
+template <class Set>
+void addPack(Pack<Set> values, double* to) {
+  if constexpr (sizeof(typename Set::Value) == sizeof(float)) {
+    using Half = Pack<typename Set::Double>;
+    (Half::load(to) + Half::of(Set::lower(values.value))).store(to);
+    to += Half::lanes;
+    (Half::load(to) + Half::of(Set::upper(values.value))).store(to);
+  } else {
+    (Pack<Set>::load(to) + values).store(to);
+  }
 }
 
 template <class V, bool isReal>

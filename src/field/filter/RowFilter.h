@@ -27,7 +27,7 @@ using AddFiltered = void(const RowFilter<Real>& filter, const Real* re, const Re
                          double* sumRe, double* sumIm);
 
 /// How many products are added in the precision of Real.
-constexpr int filterBlock = 32;
+constexpr int filterBlock = 16;
 
 constexpr double filterRounding = 1.5 * (filterBlock + 4);  // 1.5 > √2, for both parts
 
