@@ -18,15 +18,18 @@ pistonfield_add_module(pistonfield_octave ${interruption} ${mex_h})
 pistonfield_add_module(pistonfield_octave_quiet ${interruption} ${mex_h})
 target_compile_definitions(pistonfield_octave_quiet PRIVATE PISTONFIELD_QUIET)
 pistonfield_add_loaded(pistonfield_octave_about ${PROJECT_SOURCE_DIR}/src/matlab/about.cpp ${mex_h})
+pistonfield_add_loaded(pistonfield_octave_pressure
+                       "${PROJECT_SOURCE_DIR}/src/matlab/pressure.cpp;${interruption}" ${mex_h})
 
-set(octave_modules pistonfield_octave pistonfield_octave_quiet pistonfield_octave_about)
+set(octave_modules pistonfield_octave pistonfield_octave_quiet pistonfield_octave_about
+                   pistonfield_octave_pressure)
 foreach(module IN LISTS octave_modules)
   string(REPLACE _octave "" name ${module})
   set_target_properties(${module} PROPERTIES
     OUTPUT_NAME ${name} SUFFIX .mex LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/octave)
 endforeach()
 pistonfield_hide_symbols(pistonfield_octave)
-foreach(module pistonfield_octave_quiet pistonfield_octave_about)
+foreach(module pistonfield_octave_quiet pistonfield_octave_about pistonfield_octave_pressure)
   pistonfield_hide_symbols(${module} ${PROJECT_SOURCE_DIR}/src/matlab/exports_internal.map)
 endforeach()
 pistonfield_copy_functions(${CMAKE_BINARY_DIR}/octave)

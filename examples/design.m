@@ -11,7 +11,7 @@ depth = 100e-3;
 goal = 12e-3;
 
 x = linspace (-60e-3, 60e-3, 2401);
-widthof = @(a) beamwidth (x, pistongrid (x, 0, depth, a, a, k, 64));
+widthof = @(a) beamwidth (x, pistongrid (x, 0, depth, a, a, k));
 
 % First try all sides in coarse steps.  Then bisect the interval in which the goal is first met, down to
 % a manufacturing tolerance.

@@ -16,7 +16,7 @@ k = 2 * pi / lambda;
 a = 10 * lambda;
 
 z = logspace (-3, 0.3, 6000);
-axial = abs (reshape (pistongrid (0, 0, z, a, a, k, 64), 1, []));
+axial = abs (reshape (pistongrid (0, 0, z, a, a, k, 'tolerance', 1e-6), 1, []));
 far = a ^ 2 ./ (lambda * z);
 
 % The last maximum, and its position from Fresnel's integral.
@@ -38,7 +38,7 @@ picture = newpicture (760, 800);
 subplot ('position', [0.12, 0.56, 0.78, 0.38]);
 across = linspace (-a, a, 161);
 along = linspace (0.5e-3, 80e-3, 400);
-pistonplot (across, 0, along, pistongrid (across, 0, along, a, a, k, 64));
+pistonplot (across, 0, along, pistongrid (across, 0, along, a, a, k));
 title (sprintf ('Square piston of %g mm, 1 MHz in water, plane y = 0', a * 1e3));
 
 subplot ('position', [0.12, 0.09, 0.84, 0.38]);

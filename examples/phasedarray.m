@@ -18,8 +18,6 @@ array.positions = [((1:elements) - (elements + 1) / 2) * pitch; zeros(2, element
 
 x = linspace (-15e-3, 30e-3, 151);
 z = linspace (1e-3, 55e-3, 181);
-[X, Z] = ndgrid (x, z);
-plane = [X(:).'; zeros(1, numel (X)); Z(:).'];
 
 picture = newpicture (620, 860);
 
@@ -32,7 +30,7 @@ p = pistonarray (20 * [sind(circle); zeros(size (circle)); cosd(circle)], steere
 [~, loudest] = max (abs (p));
 fprintf ('steered to %g degrees; the beam is loudest at %.2f degrees\n', angle_, circle(loudest));
 subplot ('position', [0.12, 0.57, 0.8, 0.38]);
-pistonplot (x, 0, z, pistonarray (plane, steered, k, 'quiet'), 'dB');
+pistonplot (x, 0, z, pistonarray ({x, 0, z}, steered, k, 'quiet'), 'dB');
 hold ('on');
 plot (55 * [0, cosd(angle_)], 55 * [0, sind(angle_)], 'r--', 'linewidth', 2);
 title (sprintf ('64 elements, 2 MHz in water, steered to %g degrees', angle_));
@@ -53,7 +51,7 @@ fprintf ('focused at x = %.2f mm, z = %.2f mm; across the beam it is loudest at 
          focused.focus([1, 3]) * 1e3, found([1, 3]) * 1e3);
 fprintf ('width at -6 dB %.3f mm; expected %.3f mm\n', width * 1e3, widthexpected * 1e3);
 subplot ('position', [0.12, 0.07, 0.8, 0.38]);
-pistonplot (x, 0, z, pistonarray (plane, focused, k, 'quiet'), 'dB');
+pistonplot (x, 0, z, pistonarray ({x, 0, z}, focused, k, 'quiet'), 'dB');
 hold ('on');
 plot (focused.focus(3) * 1e3, focused.focus(1) * 1e3, 'r+', 'markersize', 12, 'linewidth', 2);
 title (sprintf ('Focused: %.2f mm wide at -6 dB, expected %.2f mm', width * 1e3, widthexpected * 1e3));

@@ -12,7 +12,7 @@ s = 5 * lambda;
 x = (-30:30) * lambda / 5;
 y = (-30:30) * lambda / 5;
 z = (1:100) * lambda / 5;
-p = pistongrid (x, y, z, l, s, k, 24);
+p = pistongrid (x, y, z, l, s, k);
 
 save ('volume.mat', '-v7', 'x', 'y', 'z', 'l', 's', 'k', 'p');
 try

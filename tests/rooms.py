@@ -17,7 +17,7 @@ MAY_INCLUDE = {
     "FastNearfield/intervals": {"core", "lanes", "FastNearfield", "FastNearfield/point"},
     "field": {"core", "parallel", "FastNearfield", "FastNearfield/intervals", "field/filter"},
     "field/filter": {"lanes"},
-    "matlab": {"core", "lanes", "FastNearfield", "<mex.h>", "<quit.h>"},
+    "matlab": {"core", "lanes", "FastNearfield", "field", "<mex.h>", "<quit.h>"},
     "tools": {"FastNearfield"},
     "emulation": {"parallel", "<cuda_runtime.h>"},
     "parallel": set(),

@@ -7,7 +7,7 @@ import re
 import sys
 from pathlib import Path
 
-INTERNAL = {"pistonfield_quiet", "pistonfield_about"}
+INTERNAL = {"pistonfield_quiet", "pistonfield_about", "pistonfield_pressure"}
 
 
 def help_text(source):

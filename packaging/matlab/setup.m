@@ -93,7 +93,7 @@ end
 
 function forget ()
 
-  clear pistonfield pistonfield_quiet pistonfield_about;
+  clear pistonfield pistonfield_quiet pistonfield_about pistonfield_pressure;
 
 end
 

@@ -30,7 +30,8 @@
 %   nabscissas  order of the quadrature rule, 1 to 512 (a fraction is truncated), or
 %               a table of M rows and 2 columns, where M is the order.  The default
 %               order, 10, is too low for sides of some 7 wavelengths: see
-%               pistonorder.
+%               pistonorder, or use pistongrid or pistonarray, which keep a
+%               tolerance.
 %               CAUTION: a table is NOT READ AS [x, w], which gives wrong numbers
 %               without an error: pistonrule (x, w) PACKS THE TABLE.  The table is
 %               read column by column, in pairs: abscissa, weight, abscissa, weight

@@ -10,3 +10,5 @@
 %! info = pistoninfo ();
 %! assert (! isempty (regexp (info.device, '^none: \w+')), info.device);
 %! assert (info.instructions, "CUDA");
+%!test # pressures for a tolerance need no GPU
+%! assert (pistongrid (0, 0, 0.005, 0.01, 0.005, 4188.79), -1.4349405557124149 + 0.7410821519076099i, 2e-4);

@@ -6,11 +6,11 @@
 %!endfunction
 
 %!function complain (name, arguments, failure) # fails unless the message explains the mistake in the user's terms
-%!  own = ['^((Too few|Too many|Wrong number of) arguments|The only option|x, y and z must be|points must be|array[. ]|' ...
+%!  own = ['^((Too few|Wrong number of) arguments|After k, only|Pass an order or|x, y and z must be|points must be|array[. ]|' ...
 %!         '[lsk] must be|nabscissas must be|quantity must be|limits must be|p must have|order must be|' ...
 %!         '[a-z]+: function called with too many inputs|x and w must be|tolerance must be|Sides must be|points must include|No order up to|' ...
 %!         '(counts?|pitch|pitches|radius|name|parameter) must be|' ...
-%!         'After limits, only|axes must be|pistonfield_quiet: (Input must be|Points \(argument 1\)|The given grid))'];
+%!         'After limits, only|axes must be|A point is farther than|pistonfield_quiet: (Input must be|Points \(argument 1\)|The given grid))'];
 %!  if (isempty (regexp (failure.message, own)))
 %!    error ("%s (%s) says: %s", name, disp (arguments), failure.message);
 %!  endif
@@ -46,9 +46,15 @@
 %!test
 %! [fine, refused] = sweep ("pistongrid", {0, 0, [1, 2], 2, 1, 3, 10});
 %! assert (fine > 60 && refused > 150);
+%! [fine, refused] = sweep ("pistongrid", {0, 0, [1, 2], 2, 1, 3, [], "tolerance", 1e-3, "quiet"});
+%! assert (fine > 60 && refused > 300);
 %!test
 %! [fine, refused] = sweep ("pistonarray", {[0; 0; 1], array, 3, 10});
 %! assert (fine > 15 && refused > 130);
+%! [fine, refused] = sweep ("pistonarray", {[0; 0; 1], array, 3, [], "tolerance", 1e-3});
+%! assert (fine > 8 && refused > 230);
+%! [fine, refused] = sweep ("pistonarray", {{0, 0, 1}, array, 3, "quiet"});
+%! assert (fine > 12 && refused > 150);
 %!test # every field
 %! for steering = {"steer", "focus"}
 %!   whole = array;
@@ -63,7 +69,7 @@
 %!         p = pistonarray ([0; 0; 1], other, 3);
 %!         assert (size (p), [1, 1]);
 %!       catch failure
-%!         assert (! isempty (regexp (failure.message, '^(array\.[a-z]+(\(:,:,\d\))? must (be|have)|Sides must be from 1e-18)')));
+%!         assert (! isempty (regexp (failure.message, '^(array\.[a-z]+(\(:,:,\d\))? must (be|have)|Sides must be 0 or from 1e-9)')));
 %!       end_try_catch
 %!     endfor
 %!   endfor

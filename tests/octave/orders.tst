@@ -1,12 +1,12 @@
 %!test # pistonorder meets its tolerance on grids, clouds and points as seen from elements of arrays
-%! [worst, refused] = order_sweep ("lists", 1:20, 20000);
+%! [worst, refused] = order_sweep (1:20, 20000);
 %! assert (worst < 1);
 %! assert (refused < 6);
-%!test # the order that pistongrid chooses meets the tolerance
-%! [worst, refused] = order_sweep ("grids", 1:20, 30000);
-%! assert (worst < 1);
-%! assert (refused, 0);
-%!test # the order that pistonarray chooses meets the tolerance
-%! [worst, refused] = order_sweep ("arrays", 1:20, 4000);
-%! assert (worst < 1);
-%! assert (refused < 2);
+%!test # pistongrid keeps its tolerances
+%! [worst, against] = tolerance_sweep ("grid", 1:40, 30000);
+%! assert (all (worst < 1));
+%! assert (against(1) > 30 && against(2) > 10);
+%!test # pistonarray keeps its tolerances
+%! [worst, against] = tolerance_sweep ("array", 1:40, 4000);
+%! assert (all (worst < 1));
+%! assert (against(1) > 10 && against(2) > 3);

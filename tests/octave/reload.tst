@@ -10,8 +10,8 @@
 %!  bytes = 1024 * str2double (regexp (process ("status"), 'VmRSS:\s+(\d+)', "tokens"){1}{1});
 %!endfunction
 
-%!function is = is_mapped ()
-%!  is = ! isempty (strfind (process ("maps"), "pistonfield.mex"));
+%!function is = is_mapped (name = "pistonfield")
+%!  is = ! isempty (strfind (process ("maps"), [name, ".mex"]));
 %!endfunction
 
 %!test # after 200 loads and clears, no thread, mapping or memory is left
@@ -34,6 +34,22 @@
 %! assert (growth < 2e6, sprintf ("it grew by %d bytes", growth));   # one call's results and copies take 1.4 MB
 %! p = pistonfield (points, 0, 0.01, 0.005, 4188.79);
 %! assert (isequal (p, first));
+
+%!test # the same for the module behind pistongrid
+%! grid_ = {linspace(-0.02, 0.03, 200), 0, linspace(0.001, 0.05, 150), 0.01, 0.005, 4188.79};
+%! first = pistongrid (grid_{:});
+%! before = threads ();
+%! for n = 1:200
+%!   assert (pistongrid (grid_{:}), first);
+%!   assert (is_mapped ("pistonfield_pressure"));
+%!   clear pistonfield_pressure
+%!   assert (! is_mapped ("pistonfield_pressure"));
+%!   assert (threads (), before);
+%!   used(n) = memory ();
+%! endfor
+%! growth = min (used(181:200)) - min (used(81:100));
+%! assert (growth < 2e6, sprintf ("it grew by %d bytes", growth));
+%! assert (pistongrid (grid_{:}), first);
 
 %!test # processes forked after a call compute what their parent does
 %! points = [zeros(2, 30000); linspace(0.001, 0.05, 30000)];

@@ -8,7 +8,7 @@ call = @() [pistonfield([1, -3; 2, 4; 3, 5], 0, 7.5, 5, 2, "cuda", 30), pistonar
             struct ("l", 7.5, "s", 5, "positions", [1; 2; 3]), 2)];
 addpath (built);
 expected = call ();
-clear pistonfield pistonfield_quiet pistonarray
+clear pistonfield pistonfield_quiet pistonfield_pressure pistonarray
 rmpath (built);
 
 cd (folder);

@@ -60,7 +60,7 @@ void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   mexErrMsgTxt("no CUDA-capable device is detected");
 }
 END
-for module in pistonfield pistonfield_quiet pistonfield_about; do
+for module in pistonfield pistonfield_quiet pistonfield_about pistonfield_pressure; do
   mkoctfile --mex -o "$work/no_gpu.mex" "$work/no_gpu.c"
   cp "$work/no_gpu.mex" "$folder/modules/cuda/$module.mex"
 done

@@ -1,9 +1,11 @@
 % PISTONARRAY  Pressure of an array of rectangular pistons.
 %
 %   p = pistonarray (points, array, k)
-%   p = pistonarray (points, array, k, nabscissas)
+%   p = pistonarray ({x, y, z}, array, k)
+%   p = pistonarray (..., 'tolerance', tolerance)
+%   p = pistonarray (..., nabscissas)
 %   p = pistonarray (..., 'quiet')
-%   [p, weights, order] = pistonarray (...)
+%   [p, used] = pistonarray (...)
 %
 % Adds the fields of M pistons, each moved, rotated and weighted:
 %
@@ -16,9 +18,13 @@
 % Arguments (all lengths, and 1/k, in one unit)
 %
 %   points      3 x N real double, one point per column.
+%   x, y, z     instead of points, the axes of a grid: real vectors of one or more values.
+%               A grid is faster than a list of its points: equal pistons, and mirror
+%               images, are then computed once.
 %   array       a struct; l, s and positions are required:
 %     l, s        sides along the piston's own y and along its own x: one number for all
-%                 pistons, or one for each.
+%                 pistons, or one for each; 0, or from 1e-9 to 1e6 wavelengths.  A negative
+%                 side reverses the sign of a piston's pressure.
 %     positions   3 x M, the centres.
 %     rotations   3 x 3, or 3 x 3 x M: the columns are the directions of the piston's own
 %                 x, y and z.  Default: no rotation.
@@ -28,29 +34,27 @@
 %     focus       3 numbers, a point: sets the phases of the weights so that the waves
 %                 from the pistons' centres arrive there in phase.  Not with steer.
 %   k           wave number, 2 pi / wavelength.
-%   nabscissas  order of the quadrature rule, 1 to 512, or a table made by pistonrule.
-%               If it is omitted or [], pistonarray chooses one order for all pistons,
-%               with an error of p below 1e-4 of the peak of p.
+%   tolerance   largest error of p, relative to the peak of |p| at the points: from 1e-12
+%               to below 1.  Default: 1e-4.
+%   nabscissas  order of the quadrature rule for all pistons and points, 1 to 512, or a
+%               table made by pistonrule, instead of a tolerance.  [] means no order.
 %   'quiet'     suppresses the progress bar, which appears if the work takes more than
 %               half a second.
 %
 % Result
 %
-%   p           N x 1 complex double, as from pistonfield.
-%   weights     M x 1 complex double, including the phases of steering and focusing.
-%   order       the chosen order, or nabscissas.
+%   p           N x 1 complex double, or numel (x) by numel (y) by numel (z); NaN at points
+%               with a coordinate that is infinite or NaN.
+%   used        a struct that describes the computation: orders, precision, nodes and bound
+%               as for pistongrid, and
+%     weights     M x 1, including the phases of steering and focusing.
 %
-% How the order is chosen: pistonarray compares the sums of lower orders with those of an
-% order at least four times as high (384 with 512, the highest).  It compares all of up to
-% 1000 points.  Of a longer list it compares some 700 points, with a safety margin: those
-% where an edge of a piston needs the highest orders, those nearest to a piston, and
-% others.  The peak is that of the sum at these points: if pistons cancel each other, the
-% order is higher than each of them needs.  This is no proof, but of 1000 random arrays
-% none had an error above 1e-4 of its peak at any point.  The search takes as long as some
-% ten thousand points: in a loop over short lists, pass the order that the first call
-% returned.
+% How the tolerance is kept: see pistongrid.  The peak is that of the sum: if pistons cancel
+% each other, each of them is computed more accurately.
 %
-% Points are evaluated in pieces; Ctrl-C ends the work.
+% An order is used unchanged, for all pistons and points.  With an order the pressure is
+% computed on the device, which may be a GPU; with a tolerance it is computed on the cores of
+% the CPU, also if pistonfield is built for a GPU.  Ctrl-C ends the work.
 %
 % Example: 64 elements at 1 MHz in water, focused 60 mm ahead and 20 mm to the side
 %
@@ -61,33 +65,43 @@
 %   array.focus = [20e-3; 0; 60e-3];
 %   x = (-200:200) * 0.2e-3;
 %   z = (5:400) * 0.2e-3;
-%   [X, Z] = ndgrid (x, z);
-%   p = pistonarray ([X(:)'; zeros(1, numel (X)); Z(:)'], array, 2 * pi / lambda);
+%   p = pistonarray ({x, 0, z}, array, 2 * pi / lambda);
 %   pistonplot (x, 0, z, p, 'dB');
 %
-% Errors: "points must be a full real double matrix ..."; "array ...", with the field and its
-% requirement; "k must be a finite real number."; "nabscissas must be an order from 1 to 512,
-% ..."; "Sides must be from 1e-18 to 1e18 ..."; "No order up to 384 keeps the error below 1e-4
-% ..." (behind a piston, next to the edges of very long sides, and where pistons cancel each
-% other almost completely); and pistonfield's errors of the device and of memory.
+% Errors: "points must be a full real double matrix ..."; "x, y and z must be non-empty real
+% vectors."; "array ...", with the field and its requirement; "k must be a finite real
+% number."; "tolerance must be at least 1e-12 ..."; "nabscissas must be an order from 1 to
+% 512, ..."; "Pass an order or a tolerance, not both."; "After k, only ..."; "Sides must be
+% ..."; "A point is farther than 1e9 wavelengths ..."; "Double precision cannot keep ..." (far
+% away, and where pistons cancel each other almost completely); too little memory; and, with
+% an order, pistonfield's errors of the device.
 %
-% See also: pistonfield, pistongrid, pistonplot, pistonorder.
+% See also: pistonfield, pistongrid, pistonplot.
 
-function [p, weights, nabscissas] = pistonarray (points, array, k, varargin)
+function [p, used] = pistonarray (points, array, k, varargin)
 
   if (nargin < 3)
     error ('pistonarray:arguments', 'Too few arguments. Call it as p = pistonarray (points, array, k).');
   end
-  checkpoints ('pistonarray', points);
-  k = readnumber ('pistonarray', 'k', k);
-  [nabscissas, quiet] = readoptions ('pistonarray', varargin);
-  array = readarray (array, k);
-  checklengths ('pistonarray', [array.l; array.s], [points, array.positions]);
-  weights = array.weights;
-  if (isempty (nabscissas))
-    nabscissas = defaultorder ('pistonarray', points, array, k);
+  if (iscell (points))
+    points = readaxes ('pistonarray', points);
+    coordinates = [points{:}];
+  else
+    checkpoints ('pistonarray', points);
+    coordinates = points;
   end
-  p = arraypressure (points, array, k, nabscissas, 'pistonarray', quiet);
+  k = readnumber ('pistonarray', 'k', k);
+  [nabscissas, tolerance, quiet] = readoptions ('pistonarray', varargin);
+  array = readarray (array, k);
+
+  if (isempty (nabscissas))
+    [p, used] = pressurewithin ('pistonarray', points, array, k, tolerance, quiet);
+  else
+    checklengths ('pistonarray', [array.l; array.s], coordinates, array.positions);
+    p = arraypressure (points, array, k, nabscissas, 'pistonarray', quiet);
+    used = usedorder (nabscissas);
+  end
+  used.weights = array.weights;
 
 end
 
@@ -123,32 +137,66 @@ end
 %!     + 2i * pistonfield_quiet (points - [8e-3; 0; 0], 0, 3e-3, 4e-3, k) ...
 %!     - 0.5 * pistonfield_quiet (points - [-5e-3; 1e-3; 0], 0, 6e-3, 4e-3, k);
 %! assert (max (abs (pistonarray (points, several, k, 10) - p)) < 1e-12);
-%!test # the default order keeps the error below 1e-4 of the sum's peak, and is returned
+%!test # the error is below the tolerance, a part of the sum's peak, by default 1e-4
 %! tall = struct ("l", 5e-3, "s", 0.25e-3, "positions", [((1:32) - 16.5) * 0.3e-3; zeros(2, 32)]);
-%! [X, Z] = ndgrid ((-60:60) * 0.1e-3, (1:60) * 0.2e-3);
+%! x = (-60:60) * 0.1e-3;
+%! z = (1:60) * 0.2e-3;
+%! [X, Z] = ndgrid (x, z);
 %! plane = [X(:)'; zeros(1, numel (X)); Z(:)'];
-%! errorof = @(q, best) max (abs (q - best)) / max (abs (best));
+%! high = 2 * pi * 5e6 / 1500;
+%! errorof = @(q, best) max (abs (q(:) - best)) / max (abs (best));
 %! for weights = {ones(1, 32), (-1) .^ (1:32)}          # alternating weights nearly cancel
 %!   tall.weights = weights{1};
-%!   [p, w, order] = pistonarray (plane, tall, 2 * pi * 5e6 / 1500);
-%!   best = pistonarray (plane, tall, 2 * pi * 5e6 / 1500, 512);
+%!   best = pistonarray (plane, tall, high, 512);
+%!   [p, used] = pistonarray (plane, tall, high);
 %!   assert (errorof (p, best) < 1e-4);
-%!   assert (errorof (pistonarray (plane, tall, 2 * pi * 5e6 / 1500, order - 4), best) > 1e-4);
-%!   [q, w, again] = pistonarray (plane, tall, 2 * pi * 5e6 / 1500, [], "quiet");
-%!   assert ({q, again}, {p, order});
+%!   assert (used.bound > 0.5e-4 * max (abs (p)) && used.bound <= 1e-4 * max (abs (p)));
+%!   [p2, loose] = pistonarray (plane, tall, high, "tolerance", 1e-2);
+%!   assert (errorof (p2, best) < 1e-2);
+%!   assert (loose.nodes < used.nodes && loose.bound > 90 * used.bound);
+%!   [q, again] = pistonarray (plane, tall, high, [], "quiet", "tolerance", 1e-4);
+%!   assert ({q, again}, {p, used});
+%!   assert (errorof (pistonarray ({x, 0, z}, tall, high), best) < 1e-4);
 %! endfor
-%!test # a given order is used unchanged, and returned
-%! [p, w, order] = pistonarray (points, one, k, 3);
+%!test # a grid has the shape of its axes, and the pressures of its points
+%! few = struct ("l", [3, 2, 3], "s", 1, "positions", [-2, 0.25, 3; 0, 1, 0; 0, 0, 0.5], "weights", [1, 2i, -1]);
+%! axes_ = {single([-1, 0, 2, 5]'), [0, 3, 4], sparse([1, 6])};
+%! [X, Y, Z] = ndgrid (double (axes_{1}), axes_{2}, full (axes_{3}));
+%! list = [X(:)'; Y(:)'; Z(:)'];
+%! p = pistonarray (axes_, few, 3, 20);
+%! assert (size (p), [4, 3, 2]);
+%! assert (p(:), pistonarray (list, few, 3, 20));
+%! [p, used] = pistonarray (axes_, few, 3, "tolerance", 1e-9);
+%! assert (size (p), [4, 3, 2]);
+%! q = pistonarray (list, few, 3, "tolerance", 1e-9);
+%! assert (size (q), [24, 1]);
+%! assert (max (abs (p(:) - q)) < 2e-9 * max (abs (q)));
+%! assert (used.precision, "double");
+%! assert (size (pistonarray ({0, 0, 1}, few, 3)), [1, 1]);
+%!test # a given order is used unchanged
+%! [p, used] = pistonarray (points, one, k, 3);
 %! assert (p, pistonfield_quiet (points, 0, 6e-3, 4e-3, k, "cuda", 3));
-%! assert (order, 3);
+%! assert (used, struct ("orders", [3, 3], "precision", "single", "nodes", NaN, "bound", NaN, "weights", 1));
 %!test # a piston with weight 0
-%! [p, w, order] = pistonarray (points, setfield (one, "weights", 0), k);
-%! assert ({p, order}, {complex(zeros(4, 1)), 1});
-%!error <No order up to 384 keeps the error below 1e-4> pistonarray ([0; 3e-3 + 1e-9; -0.01], one, k)
+%! [p, used] = pistonarray (points, setfield (one, "weights", 0), k);
+%! assert (iscomplex (p));
+%! assert ({p, used.orders, used.precision}, {complex(zeros(4, 1)), [0, 0], "none"});
+%!test # a negative side reverses the sign of its piston
+%! two = struct ("l", [6e-3, 4e-3], "s", 3e-3, "positions", [0, 7e-3; 0, 0; 0, 0], "weights", [1, 1i]);
+%! p = pistonarray (points, two, k);
+%! q = pistonarray (points, setfield (setfield (two, "l", [6e-3, -4e-3]), "weights", [1, -1i]), k);
+%! assert (p, q);
+%! [~, used] = pistonarray (points, setfield (two, "s", -3e-3), k);
+%! assert (used.weights, [1; 1i]);
+%!test # a point behind a piston and next to the plane of its edge
+%! point = [0; 3e-3 + 1e-9; -0.01];
+%! best = pistonarray (point, one, k, "tolerance", 1e-9);
+%! assert (abs (pistonarray (point, one, k) - best) < 1e-4 * abs (best));
 %!test # waves arrive together at the focus
 %! row = struct ("l", 6e-3, "s", 0.4e-3, "positions", [((1:16) - 8.5) * 0.75e-3; zeros(2, 16)], ...
 %!               "focus", [3e-3; 0; 40e-3]);
-%! [p, w] = pistonarray (row.focus, row, k, 30);
+%! [p, used] = pistonarray (row.focus, row, k, 30);
+%! w = used.weights;
 %! each = zeros (16, 1);
 %! for m = 1:16
 %!   each(m) = w(m) * pistonfield_quiet (row.focus - row.positions(:,m), 0, 6e-3, 0.4e-3, k, "cuda", 30);
@@ -177,17 +225,37 @@ end
 %! assert (p(19990:20000), q);
 %! assert (isempty (evalc ("q = pistonarray (points, many, k, 40, \"quiet\");")));
 %! assert (p, q);
+%!test # the same for a tolerance
+%! many = struct ("l", 6e-3, "s", 0.4e-3, "positions", [((1:64) - 32.5) * 0.75e-3; zeros(2, 64)]);
+%! N = 50000;
+%! do
+%!   N *= 2;
+%!   points = [linspace(-20e-3, 20e-3, N); zeros(1, N); linspace(1e-3, 80e-3, N)];
+%!   started = tic ();
+%!   bar = evalc ("p = pistonarray (points, many, k, \"tolerance\", 1e-9);");
+%! until (toc (started) > 1)
+%! assert (! isempty (regexp (bar, 'pistonarray \[#+\.+\] +\d+ %, [\d.]+ (s|min) left')));
+%! assert (isempty (evalc ("q = pistonarray (points, many, k, \"tolerance\", 1e-9, \"quiet\");")));
+%! assert (p, q);
 %!error <p = pistonarray> pistonarray (points, one)
-%!error <Sides must be from 1e-18> pistonarray (points, setfield (one, "s", 1e19), k)
-%!error <coordinates at most 1e18> pistonarray (points, setfield (one, "positions", [1e19; 0; 0]), k)
+%!error <Sides must be from 1e-18> pistonarray (points, setfield (one, "s", 1e19), k, 10)
+%!error <coordinates at most 1e18> pistonarray (points, setfield (one, "positions", [1e19; 0; 0]), k, 10)
+%!error <Sides must be 0 or from 1e-9> pistonarray (points, setfield (one, "s", 1e4), k)
+%!error <centres within 1e9 wavelengths> pistonarray (points, setfield (one, "positions", [1e19; 0; 0]), k)
+%!error <A point is farther than> pistonarray ([0; 0; 1e9], one, k)
+%!error <x, y and z must be non-empty real vectors> pistonarray ({1, 2}, one, k)
+%!error <x, y and z must be non-empty real vectors> pistonarray ({1, 2, []}, one, k)
+%!error <x, y and z must be non-empty real vectors> pistonarray ({1, 2, {3}}, one, k)
+%!error <tolerance must be> pistonarray (points, one, k, "tolerance", NaN)
+%!error <Pass an order or a tolerance, not both> pistonarray (points, one, k, 10, "tolerance", 1e-3)
 %!error <k must be a finite real number> pistonarray (points, one, "k")
 %!error <k must be a finite real number> pistonarray (points, one, Inf)
 %!error <nabscissas must be an order> pistonarray (points, one, k, 513)
 %!error <points must be> pistonarray (zeros (3, 0), one, k)
 %!error <points must be> pistonarray (ones (2, 4), one, k)
 %!error <points must be> pistonarray (single (points), one, k)
-%!error <The only option is> pistonarray (points, one, k, 10, "loud")
-%!error <Too many arguments> pistonarray (points, one, k, 10, 11)
+%!error <After k, only> pistonarray (points, one, k, 10, "loud")
+%!error <After k, only> pistonarray (points, one, k, 10, 11)
 %!error <array must be a scalar struct> pistonarray (points, 1, k)
 %!error <array has an unknown field: position> pistonarray (points, struct ("position", 1), k)
 %!error <array needs the field s> pistonarray (points, struct ("l", 1, "positions", [0; 0; 0]), k)
@@ -208,6 +276,5 @@ end
 %! array.focus = [20e-3; 0; 60e-3];
 %! x = (-200:200) * 0.2e-3;
 %! z = (5:400) * 0.2e-3;
-%! [X, Z] = ndgrid (x, z);
-%! p = pistonarray ([X(:)'; zeros(1, numel (X)); Z(:)'], array, 2 * pi / lambda);
+%! p = pistonarray ({x, 0, z}, array, 2 * pi / lambda);
 %! pistonplot (x, 0, z, p, 'dB');

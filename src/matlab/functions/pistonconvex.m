@@ -1,4 +1,4 @@
-% PISTONCONVEX  Convex (curved) array of equal pistons.
+% PISTONCONVEX  Curved array of equal pistons, convex or concave.
 %
 %   array = pistonconvex (count, pitch, radius, l, s)
 %

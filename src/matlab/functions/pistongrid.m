@@ -1,9 +1,10 @@
 % PISTONGRID  Pressure of a rectangular piston on a grid.
 %
 %   p = pistongrid (x, y, z, l, s, k)
+%   p = pistongrid (x, y, z, l, s, k, 'tolerance', tolerance)
 %   p = pistongrid (x, y, z, l, s, k, nabscissas)
 %   p = pistongrid (..., 'quiet')
-%   [p, order] = pistongrid (...)
+%   [p, used] = pistongrid (...)
 %
 % p(i,j,m) is the complex pressure at the point x(i), y(j), z(m): abs (p(:,:,1)) is a
 % picture of the plane z(1), and pistonplot (x, y, z, p) draws a plane.  The piston, the
@@ -12,26 +13,38 @@
 % Arguments (all lengths, and 1/k, in one unit; pistonplot takes metres)
 %
 %   x, y, z     the axes of the grid: real vectors of one or more values.
-%   l, s        sides of the piston along y and along x, full lengths.
+%   l, s        sides of the piston along y and along x, full lengths: 0, or from 1e-9 to
+%               1e6 wavelengths.  A negative side reverses the sign of p.
 %   k           wave number, 2 pi / wavelength.
-%   nabscissas  order of the quadrature rule, 1 to 512, or a table made by pistonrule.
-%               If it is omitted or [], pistongrid chooses an order with an error below
-%               1e-4 of the peak pressure on the grid.
+%   tolerance   largest error of p, relative to the peak of |p| on the grid: from 1e-12 to
+%               below 1.  Default: 1e-4.
+%   nabscissas  order of the quadrature rule for all points, 1 to 512, or a table made by
+%               pistonrule, instead of a tolerance.  [] means no order.
 %   'quiet'     suppresses the progress bar, which appears if the work takes more than
 %               half a second.
 %
 % Result
 %
-%   p           numel (x) by numel (y) by numel (z), complex double.
-%   order       the chosen order, or nabscissas.
+%   p           numel (x) by numel (y) by numel (z), complex double; NaN at points with a
+%               coordinate that is infinite or NaN.
+%   used        a struct that describes the computation:
+%     orders      the lowest and the highest order of the integrals; [0, 0] if none was
+%                 needed.
+%     precision   of the integrals: 'single', 'double', 'both', or 'none' if none was
+%                 needed.
+%     nodes       the number of values of integrands; NaN if you pass nabscissas.
+%     bound       the largest error that p may have, absolute, not relative to the peak;
+%                 NaN if you pass nabscissas: its error is not known.
 %
-% How the order is chosen: pistongrid compares the pressures of lower orders with those
-% of an order at least four times as high (384 with 512, the highest).  It compares all
-% points of a grid of up to 1000 points.  On a larger grid it compares some 700 points,
-% with a safety margin: those that need the highest orders, those nearest to the piston,
-% and others.  This is no proof, but of 1000 random grids none had an error above 1e-4 of
-% its peak at any point.  The search takes longer than the pressure of a small grid: in a
-% loop over small grids, pass the order that the first call returned.
+% How the tolerance is kept: each integral gets an order for which a bound of its error is
+% below the tolerance (the page "theory" of the documentation), and is evaluated in double
+% precision where single precision is not accurate enough.  Mirror images are computed once.
+% A tolerance that double precision cannot keep is an error.
+%
+% An order is used unchanged, for all points: p has the bits of pistonfield for this order.
+% With an order the pressure is computed on the device, which may be a GPU; with a tolerance
+% it is computed on the cores of the CPU, also if pistonfield is built for a GPU.  Ctrl-C
+% ends the work.
 %
 % Example: the plane y = 0 of a piston at 1 MHz in water
 %
@@ -42,75 +55,35 @@
 %   pistonplot (x, 0, z, p);
 %
 % Errors: "x, y and z must be non-empty real vectors."; "l must be a finite real number.",
-% the same for s and k; "nabscissas must be an order from 1 to 512, ..."; "Sides must be
-% from 1e-18 to 1e18 ..."; "No order up to 384 keeps the error below 1e-4 ..." (next to the
-% edges of very long sides, and behind the piston); and pistonfield's errors of the device
-% and of memory.
+% the same for s and k; "tolerance must be at least 1e-12 ..."; "nabscissas must be an order
+% from 1 to 512, ..."; "Pass an order or a tolerance, not both."; "After k, only ...";
+% "Sides must be ..."; "A point is farther than 1e9 wavelengths ..."; "Double precision
+% cannot keep ..." (far away, and where p is nearly 0 everywhere); too little memory; and,
+% with an order, pistonfield's errors of the device.
 %
-% See also: pistonfield, pistonplot, pistonarray, pistonorder.
+% See also: pistonfield, pistonplot, pistonarray.
 
-function [p, nabscissas] = pistongrid (x, y, z, l, s, k, varargin)
+function [p, used] = pistongrid (x, y, z, l, s, k, varargin)
 
   if (nargin < 6)
     error ('pistongrid:arguments', 'Too few arguments. Call it as p = pistongrid (x, y, z, l, s, k).');
   end
-  if (~ isaxis (x) || ~ isaxis (y) || ~ isaxis (z))
-    error ('pistongrid:axes', 'x, y and z must be non-empty real vectors.');
-  end
+  grid_ = readaxes ('pistongrid', {x, y, z});
   l = readnumber ('pistongrid', 'l', l);
   s = readnumber ('pistongrid', 's', s);
   k = readnumber ('pistongrid', 'k', k);
-  [nabscissas, quiet] = readoptions ('pistongrid', varargin);
+  [nabscissas, tolerance, quiet] = readoptions ('pistongrid', varargin);
 
-  x = full (double (x(:).'));
-  y = full (double (y(:).'));
-  z = full (double (z(:).'));
-  checklengths ('pistongrid', [l, s], [x, y, z]);
-  sizes = [numel(x), numel(y), numel(z)];
   if (isempty (nabscissas))
-    nabscissas = defaultorder ('pistongrid', somepoints (x, y, z, l, s), singlepiston (l, s), k);
+    [p, used] = pressurewithin ('pistongrid', grid_, singlepiston (l, s), k, tolerance, quiet);
+  else
+    checklengths ('pistongrid', [l, s], [grid_{:}]);
+    evaluate = @(first, last, ~) ...
+      pistonfield_quiet (gridpoints (grid_, first, last), 0, l, s, k, 'cuda', nabscissas);
+    sizes = cellfun (@numel, grid_);
+    p = reshape (inpieces ('pistongrid', evaluate, prod (sizes), 2 ^ 21, 1, quiet), sizes);
+    used = usedorder (nabscissas);
   end
-
-  evaluate = @(first, last, ~) piece (first, last, x, y, z, l, s, k, nabscissas);
-  p = inpieces ('pistongrid', evaluate, prod (sizes), 2 ^ 21, 1, quiet);
-  p = reshape (p, sizes);
-
-end
-
-function p = piece (first, last, x, y, z, l, s, k, nabscissas)
-
-  [i, j, m] = ind2sub ([numel(x), numel(y), numel(z)], first:last);
-  points = [x(i); y(j); z(m)];
-  p = pistonfield_quiet (points, 0, l, s, k, 'cuda', nabscissas);
-
-end
-
-% Selects some thousands of the grid's points: along each axis those nearest to an edge, and others. If
-% an axis is short, the longer ones get more values.
-
-function points = somepoints (x, y, z, l, s)
-
-  counts = [numel(x), numel(y), numel(z)];
-  [~, rising] = sort (counts);
-  for n = 1:3
-    taken = prod (counts(rising(1:n-1)));
-    counts(rising(n)) = min (counts(rising(n)), floor ((8192 / taken) ^ (1 / (4 - n))));
-  end
-  [X, Y, Z] = ndgrid (some (x, s / 2, counts(1)), some (y, l / 2, counts(2)), some (z, 0, counts(3)));
-  points = [X(:), Y(:), Z(:)].';
-
-end
-
-function values = some (values, edge, count)
-
-  [~, nearest] = sort (abs (abs (values) - abs (edge)));
-  values = values(nearest(spreadranks (numel (values), count)));
-
-end
-
-function answer = isaxis (values)
-
-  answer = isnumeric (values) && isreal (values) && isvector (values) && ~ isempty (values);
 
 end
 
@@ -129,28 +102,60 @@ end
 %! endfor
 %!test # axes may be columns
 %! assert (pistongrid (x', y', z', 1, 2, 3), pistongrid (x, y, z, 1, 2, 3));
-%!test # the default order keeps the error below 1e-4 of the peak, and is returned
+%!test # the error is below the tolerance, a part of the peak on the grid, by default 1e-4
 %! across = (-100:100) * 0.1e-3;
 %! depths = (1:300) * 0.1e-3;
 %! k = 2 * pi * 2.25e6 / 1500;
-%! [p, order] = pistongrid (across, 0, depths, 20e-3, 10e-3, k);
-%! best = pistongrid (across, 0, depths, 20e-3, 10e-3, k, 512);
-%! errorof = @(q) max (abs (q(:) - best(:))) / max (abs (best(:)));
+%! grid_ = {across, 0, depths, 20e-3, 10e-3, k};
+%! [p, used] = pistongrid (grid_{:});
+%! best = pistongrid (grid_{:}, 512);
+%! peak = max (abs (best(:)));
+%! errorof = @(q) max (abs (q(:) - best(:))) / peak;
 %! assert (errorof (p) < 1e-4);
-%! assert (errorof (pistongrid (across, 0, depths, 20e-3, 10e-3, k, order - 4)) > 1e-4); # the order is not far too high
-%! assert (p, pistongrid (across, 0, depths, 20e-3, 10e-3, k, order));
-%! [q, again] = pistongrid (across, 0, depths, 20e-3, 10e-3, k, [], "quiet");
-%! assert ({q, again}, {p, order});
-%!test # a given order is used unchanged
-%! [p, order] = pistongrid (x, y, z, 7.5, 5, 2 * pi, 4);
-%! assert (order, 4);
+%! assert (used.bound > 0.5e-4 * peak && used.bound <= 1e-4 * peak);
+%! [p2, loose] = pistongrid (grid_{:}, "tolerance", 1e-2);
+%! assert (errorof (p2) < 1e-2);
+%! assert (loose.nodes < used.nodes && loose.bound > 90 * used.bound);
+%! [q, again] = pistongrid (grid_{:}, [], "tolerance", 1e-4, "quiet");
+%! assert ({q, again}, {p, used});
+%! assert (pistongrid (grid_{:}, "quiet", "tolerance", 1e-4), p);
+%!test # used describes the computation
+%! [p, used] = pistongrid (x, y, z, 7.5, 5, 2 * pi, "tolerance", 1e-3);
+%! assert (fieldnames (used)', {"orders", "precision", "nodes", "bound"});
+%! assert (used.precision, "single");
+%! assert (used.orders(1) >= 1 && used.orders(1) < used.orders(2) && used.orders(2) < 30);
+%! assert (used.nodes > 4 * 24 && used.nodes < 8 * 24 * used.orders(2));
+%! assert (used.bound > 0.5e-3 * max (abs (p(:))) && used.bound <= 1e-3 * max (abs (p(:))));
+%! [q, precise] = pistongrid (x, y, z, 7.5, 5, 2 * pi, "tolerance", 1e-9);
+%! assert (precise.precision, "double");
+%! assert (precise.nodes > used.nodes && precise.orders(2) > used.orders(2));
+%! assert (max (abs (q(:) - p(:))) < 1e-3 * max (abs (q(:))));
+%! [~, used] = pistongrid (1e5, 0, [1, 1e5], 7.5, 5, 2 * pi, "tolerance", 1e-4);
+%! assert (any (strcmp (used.precision, {"double", "both"})));
+%!test # a given order is used unchanged, for all points
+%! [p, used] = pistongrid (x, y, z, 7.5, 5, 2 * pi, 4);
+%! assert (used, struct ("orders", [4, 4], "precision", "single", "nodes", NaN, "bound", NaN));
 %! assert (p(2,1,1), pistonfield_quiet ([0.5; 0; 0.5], 0, 7.5, 5, 2 * pi, "cuda", 4));
-%!test # the pressure is 0 or NaN everywhere
-%! [p, order] = pistongrid (x, y, z, 7.5, 5, 0);
-%! assert ({p, order}, {complex(zeros(4, 3, 2)), 1});
-%! [p, order] = pistongrid (NaN, NaN, 1, 7.5, 5, 1);
-%! assert (isnan (p) && order == 1);
-%!error <No order up to 384 keeps the error below 1e-4> pistongrid (0, 1.001e-4, -1, 2e-4 + 2e-10, 3, 6)
+%! [~, used] = pistongrid (x, y, z, 7.5, 5, 2 * pi, 4.9);
+%! assert (used.orders, [4, 4]);
+%!test # the pressure is 0 or NaN everywhere, and complex
+%! [p, used] = pistongrid (x, y, z, 7.5, 5, 0);
+%! assert (iscomplex (p));
+%! assert ({p, used.orders, used.precision}, {complex(zeros(4, 3, 2)), [0, 0], "none"});
+%! assert (pistongrid (x, y, z, 0, 5, 1), complex (zeros (4, 3, 2)));
+%! assert (isnan (pistongrid (NaN, NaN, 1, 7.5, 5, 1)));
+%!test # points with a coordinate that is not finite do not affect others
+%! p = pistongrid ([0.5, NaN, 1], 0.25, [1, Inf], 3, 2, 6);
+%! assert (isnan (p(:,:)), [false, true; true, true; false, true]);
+%! assert (p([1, 3],1,1), pistongrid ([0.5, 1], 0.25, 1, 3, 2, 6));
+%!test # a negative side reverses the sign, as in pistonfield
+%! p = pistongrid (x, y, z, 3, 2, 6);
+%! assert (pistongrid (x, y, z, -3, 2, 6), -p);
+%! assert (pistongrid (x, y, z, 3, -2, 6), -p);
+%! assert (pistongrid (x, y, z, -3, -2, 6), p);
+%! assert (max (abs (pistongrid (x, y, z, -3, 2, 6, 200)(:) + p(:))) < 1e-4 * max (abs (p(:))));
+%!test # of a negative wave number, the negative conjugate
+%! assert (pistongrid (x, y, z, 3, 2, -6), -conj (pistongrid (x, y, z, 3, 2, 6)));
 %!test # one point
 %! assert (size (pistongrid (0, 0, 1, 1, 1, 1)), [1, 1]);
 %!test # a table of pistonrule
@@ -159,23 +164,51 @@ end
 %!test # it prints nothing
 %! assert (isempty (evalc ("p = pistongrid (x, y, z, 1, 2, 3);")));
 %!test # behind the piston, next to the plane of an edge, and on a grid with one long axis
-%! for grid = {{.4118, .48732556881230871, -1.1, .97465108273727086, 2.728, 2 * pi}, ...
-%!             {0.3 + 1e-7, 0.7, -0.006, 3, 0.6, 2 * pi}, ...
-%!             {[3, 3.6], linspace(-6, 3, 2001), [1, 1.5], 3, 10, 2 * pi}}
-%!   best = pistongrid (grid{1}{:}, 512);
-%!   try
-%!     p = pistongrid (grid{1}{:});
-%!     assert (max (abs (p(:) - best(:))) < 1e-4 * max (abs (best(:))));
-%!   catch failure
-%!     assert (! isempty (strfind (failure.message, "No order up to 384 keeps")));
-%!   end_try_catch
+%! for grid_ = {{.4118, .48732556881230871, -1.1, .97465108273727086, 2.728, 2 * pi}, ...
+%!              {0.3 + 1e-7, 0.7, -0.006, 3, 0.6, 2 * pi}, ...
+%!              {[3, 3.6], linspace(-6, 3, 2001), [1, 1.5], 3, 10, 2 * pi}}
+%!   best = pistongrid (grid_{1}{:}, "tolerance", 1e-9);
+%!   p = pistongrid (grid_{1}{:});
+%!   assert (max (abs (p(:) - best(:))) < 1e-4 * max (abs (best(:))));
 %! endfor
+%!test # long work shows a progress bar unless 'quiet' is given, and p is the same
+%! N = 60;
+%! do
+%!   N = ceil (1.4 * N);
+%!   grid_ = {linspace(-20, 30, N), linspace(-20, 30, N), linspace(1, 30, 100), 20, 20, 6, "tolerance", 1e-9};
+%!   started = tic ();
+%!   bar = evalc ("p = pistongrid (grid_{:});");
+%! until (toc (started) > 1)
+%! assert (! isempty (regexp (bar, 'pistongrid \[#+\.+\] +\d+ %, [\d.]+ (s|min) left')));
+%! assert (! isempty (regexp (bar, 'pistongrid \[#{40}\] 100 %, took [\d.]+ (s|min) *\n$')));
+%! assert (isempty (evalc ("q = pistongrid (grid_{:}, \"quiet\");")));
+%! assert (p, q);
 %!error <p = pistongrid> pistongrid (1, 2, 3, 4, 5)
 %!error <x, y and z must be non-empty real vectors> pistongrid (ones (2), 2, 3, 4, 5, 6)
 %!error <x, y and z must be non-empty real vectors> pistongrid ([], 2, 3, 4, 5, 6)
 %!error <x, y and z must be non-empty real vectors> pistongrid ("x", 2, 3, 4, 5, 6)
 %!error <x, y and z must be non-empty real vectors> pistongrid (1i, 2, 3, 4, 5, 6)
-%!error <Sides must be from 1e-18> pistongrid (1, 2, 3, 1e-19, 5, 6)
+%!error <Sides must be from 1e-18> pistongrid (1, 2, 3, 1e-19, 5, 6, 10)
+%!error <Sides must be 0 or from 1e-9 to 1e6 wavelengths> pistongrid (1, 2, 3, 1e-19, 5, 6)
+%!error <Sides must be 0 or from 1e-9 to 1e6 wavelengths> pistongrid (1, 2, 3, 4, 1e7, 6)
+%!test # the error of the engine has this function's name, and no other
+%! try
+%!   pistongrid (0, 0, 1e12, 1, 1, 6);
+%!   error ("no error");
+%! catch failure
+%!   assert (failure.identifier, "pistongrid:field");
+%!   assert (strncmp (failure.message, "A point is farther", 18));
+%! end_try_catch
+%!error <A point is farther than 1e9 wavelengths from the origin> pistongrid (1, -1e19, 3, 4, 5, 6)
+%!error <Double precision cannot keep the tolerance .* Ask for at least> pistongrid (0, 0, 1e5, 1, 1, 6, "tolerance", 1e-12)
+%!error <tolerance must be at least 1e-12> pistongrid (1, 2, 3, 4, 5, 6, "tolerance", 9e-13)
+%!error <less than 1> pistongrid (1, 2, 3, 4, 5, 6, "tolerance", 1)
+%!error <tolerance must be> pistongrid (1, 2, 3, 4, 5, 6, "tolerance", [1e-3, 1e-4])
+%!error <tolerance must be> pistongrid (1, 2, 3, 4, 5, 6, "tolerance", "quiet")
+%!error <Pass an order or a tolerance, not both> pistongrid (1, 2, 3, 4, 5, 6, 10, "tolerance", 1e-3)
+%!error <After k, only an order or a table> pistongrid (1, 2, 3, 4, 5, 6, "tolerance")
+%!error <After k, only an order or a table> pistongrid (1, 2, 3, 4, 5, 6, "loud")
+%!error <After k, only an order or a table> pistongrid (1, 2, 3, 4, 5, 6, 10, 11)
 %!error <coordinates at most 1e18> pistongrid (1, -1e19, 3, 4, 5, 6, 10)
 %!error <s must be a finite real number> pistongrid (1, 2, 3, 4, {}, 6)
 %!error <nabscissas must be an order from 1 to 512> pistongrid (1, 2, 3, 4, 5, 6, 0)

@@ -4,6 +4,10 @@
 %   order = pistonorder (points, array, k, tolerance)
 %   [order, error] = pistonorder (...)
 %
+% For those who call pistonfield, or pass an order for another reason.  pistongrid and
+% pistonarray do not need it: they keep a tolerance by themselves, with a bound instead of a
+% search, and with orders that differ from point to point.
+%
 % Compares the pressures at the points with those of order 512.  The error may go up and
 % down before it stays small, so the search has three steps.  It halves the order until it
 % is too low.  From twice the last sufficient order it goes down again in steps of 10 %.
@@ -69,9 +73,9 @@ function [order, largest] = pistonorder (points, varargin)
   if (~ any (all (isfinite (points), 1)))
     error ('pistonorder:finite', 'points must include at least one point with finite coordinates.');
   end
-  checklengths ('pistonorder', [array.l; array.s], [points, array.positions]);
+  checklengths ('pistonorder', [array.l; array.s], points, array.positions);
 
-  [order, largest] = chooseorder (points, array, k, full (double (tolerance)), 512);
+  [order, largest] = chooseorder (points, array, k, full (double (tolerance)));
   if (isempty (order))
     error ('pistonorder:none', ...
            ['No order up to 384 meets the tolerance. Check that points, sides and k are in one unit, ' ...

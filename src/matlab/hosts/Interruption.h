@@ -2,7 +2,11 @@
 
 namespace pistonfield {
 
-/// If the user has interrupted the call (Ctrl-C), ends it as the host does. Each host has its own
+/// Returns whether the user has interrupted the current call (Ctrl-C). Each host has its own
+/// implementation.
+bool isInterrupted();
+
+/// If the user has interrupted the current call, ends it as the host does. Each host has its own
 /// implementation.
 void endInterruptedCall();
 

@@ -5,7 +5,9 @@
 // Defined in libut, which has no header.
 extern "C" bool utIsInterruptPending();
 
+bool pistonfield::isInterrupted() { return utIsInterruptPending(); }
+
 // The interruption is still pending in MATLAB, which shows its own text instead of this one.
 void pistonfield::endInterruptedCall() {
-  if (utIsInterruptPending()) mexErrMsgTxt("Operation terminated by user.");
+  if (isInterrupted()) mexErrMsgTxt("Operation terminated by user.");
 }

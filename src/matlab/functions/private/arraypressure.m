@@ -1,18 +1,26 @@
-% p = arraypressure (points, array, k, nabscissas, name, quiet)
+% p = arraypressure (where, array, k, nabscissas, name, quiet)
 %
-% Returns the sum of the weighted pressures of an array from readarray. Long work shows a progress
-% bar, with name as its title, unless quiet is true.
+% Returns the sum of the weighted pressures of an array from readarray, by the quadrature rule nabscissas.
+% where is a list of points, or the axes of a grid. Long work shows a progress bar, with name as its title,
+% unless quiet is true.
 
-function p = arraypressure (points, array, k, nabscissas, name, quiet)
+function p = arraypressure (where, array, k, nabscissas, name, quiet)
 
+  if (iscell (where))
+    sizes = cellfun (@numel, where);
+    points = @(first, last) gridpoints (where, first, last);
+  else
+    sizes = [size(where, 2), 1];
+    points = @(first, last) where(:,first:last);
+  end
   % Pistons of equal sides share one call: starting and releasing a GPU takes longer than computing
   % millions of points.
   [~, ~, kind] = unique ([array.l, array.s], 'rows');
   members = accumarray (kind(:), 1);
   evaluate = @(first, last, group) ...
-    superposition (points(:,first:last), array, find (kind == group), k, nabscissas);
+    superposition (points (first, last), array, find (kind == group), k, nabscissas);
   piece = max (1, floor (2 ^ 20 / max (members)));
-  p = inpieces (name, evaluate, size (points, 2), piece, members, quiet);
+  p = reshape (inpieces (name, evaluate, prod (sizes), piece, members, quiet), sizes);
 
 end
 

@@ -10,21 +10,18 @@ function values = inpieces (name, evaluate, count, piece, shares, quiet)
   total = count * sum (shares);
   done = 0;
   started = tic ();
-  shown = '';
+  shown = 0;
   for first = 1:piece:count
     last = min (count, first + piece - 1);
     for part = 1:numel (shares)
       values(first:last) = values(first:last) + evaluate (first, last, part);
       done = done + (last - first + 1) * shares(part);
       seconds = toc (started);
-      if (~ quiet && (~ isempty (shown) || (done < total && seconds * total / done > 0.5)))
-        if (isempty (shown))
+      if (~ quiet && (shown > 0 || (done < total && seconds * total / done > 0.5)))
+        if (shown == 0)
           closing = onCleanup (@() fprintf ('\n'));  % also on Ctrl-C
         end
-        current = progressbar (name, done / total, seconds);
-        fprintf ('%s%s', repmat (char (8), 1, numel (shown)), current);
-        drawnow ();
-        shown = current;
+        shown = progressbar (name, done / total, seconds, shown);
       end
     end
   end

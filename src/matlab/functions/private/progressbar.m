@@ -1,9 +1,10 @@
-% picture = progressbar (name, part, seconds)
+% shown = progressbar (name, part, seconds, shown)
 %
-% Returns a progress bar in one line: the name, the part of the work that is done, in 0 ... 1, and the time that
-% is left, or was taken, if that part took so many seconds.
+% Prints a progress bar in place of the last shown characters, and returns its number of characters. It has
+% one line: the name, the part of the work that is done, in 0 ... 1, and the time that is left, or was taken, if
+% that part took so many seconds.
 
-function picture = progressbar (name, part, seconds)
+function shown = progressbar (name, part, seconds, shown)
 
   filled = floor (40 * part);
   if (part < 1)
@@ -12,7 +13,10 @@ function picture = progressbar (name, part, seconds)
     time = sprintf ('took %s', inwords (seconds));
   end
   picture = sprintf ('%s [%s%s] %3d %%, %-14s', name, repmat ('#', 1, filled), ...
-                  repmat ('.', 1, 40 - filled), floor (100 * part), time);
+                     repmat ('.', 1, 40 - filled), floor (100 * part), time);
+  fprintf ('%s%s', repmat (char (8), 1, shown), picture);
+  drawnow ();
+  shown = numel (picture);
 
 end
 

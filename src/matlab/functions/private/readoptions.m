@@ -1,30 +1,63 @@
-% [nabscissas, quiet] = readoptions (name, options)
+% [nabscissas, tolerance, quiet] = readoptions (name, options)
 %
-% Reads the optional last arguments of a public function: the quadrature rule, empty if omitted, and
-% 'quiet'. The identifiers of its errors begin with name, the name of that function.
+% Reads the optional last arguments of a public function: the quadrature rule, empty if omitted, and then
+% 'tolerance' with its value and 'quiet'. The identifiers of its errors begin with name, the name of that
+% function.
 
-function [nabscissas, quiet] = readoptions (name, options)
+function [nabscissas, tolerance, quiet] = readoptions (name, options)
 
   nabscissas = [];
-  quiet = ~ isempty (options) && (ischar (options{end}) || isa (options{end}, 'string'));
-  if (quiet)
-    if (~ isequal (char (options{end}), 'quiet'))
-      error ([name, ':option'], 'The only option is ''quiet'', and it must be the last argument.');
-    end
-    options(end) = [];
-  end
-  if (numel (options) > 1)
-    error ([name, ':arguments'], ...
-           'Too many arguments: after k, only the order and ''quiet'' are allowed.');
-  end
-  if (~ isempty (options))
+  tolerance = [];
+  quiet = false;
+  if (~ isempty (options) && ~ istext (options{1}))
     nabscissas = options{1};
+    options(1) = [];
     if (~ isomitted (nabscissas) && ~ isorder (nabscissas) && ~ istable (nabscissas))
       error ([name, ':nabscissas'], ...
              ['nabscissas must be an order from 1 to 512, or a table made by pistonrule. ' ...
               'Pack a table [x, w] with pistonrule (x, w).']);
     end
   end
+  while (~ isempty (options))
+    if (is (options{1}, 'quiet'))
+      quiet = true;
+      options(1) = [];
+    elseif (is (options{1}, 'tolerance') && numel (options) > 1)
+      tolerance = readtolerance (name, options{2});
+      options(1:2) = [];
+    else
+      error ([name, ':options'], ...
+             ['After k, only an order or a table, and then ''tolerance'' with its value and ''quiet'', ' ...
+              'are allowed.']);
+    end
+  end
+  if (~ isempty (nabscissas) && ~ isempty (tolerance))
+    error ([name, ':both'], 'Pass an order or a tolerance, not both.');
+  end
+  if (isempty (tolerance))
+    tolerance = 1e-4;
+  end
+
+end
+
+function tolerance = readtolerance (name, value)
+
+  if (~ isnumeric (value) || ~ isreal (value) || numel (value) ~= 1 || ~ (value >= 1e-12 && value < 1))
+    error ([name, ':tolerance'], 'tolerance must be at least 1e-12 and less than 1.');
+  end
+  tolerance = full (double (value));
+
+end
+
+function answer = istext (value)
+
+  answer = ischar (value) || isa (value, 'string');
+
+end
+
+function answer = is (value, word)
+
+  answer = istext (value) && isequal (char (value), word);
 
 end
 

@@ -1,0 +1,45 @@
+% [p, used] = pressurewithin (name, where, array, k, tolerance, quiet)
+%
+% Returns the pressure of an array from readarray with an error below the tolerance, and how it was computed.
+% where is a list of points, or the axes of a grid. Long work shows a progress bar, with name as its title,
+% unless quiet is true. The identifiers of errors begin with name.
+
+function [p, used] = pressurewithin (name, where, array, k, tolerance, quiet)
+
+  checkwavelengths (name, array, k);
+  % A negative side reverses the sign, as in pistonfield.
+  pistons = struct ('widths', abs (array.s), 'heights', abs (array.l), 'centres', array.positions, ...
+                    'axes', array.rotations, ...
+                    'weights', array.weights .* sign (array.l) .* sign (array.s));
+  bar = [];
+  if (~ quiet)
+    bar = @(part, seconds, shown) progressbar (name, part, seconds, shown);
+  end
+  try
+    [p, used] = pistonfield_pressure (where, pistons, k, tolerance, bar);
+  catch failure
+    if (strcmp (failure.identifier, 'pistonfield:field'))
+      error ([name, ':field'], '%s', strrep (failure.message, 'pistonfield_pressure: ', ''));
+    end
+    rethrow (failure);
+  end
+  if (isreal (p))
+    p = complex (p);                        % if all pressures are 0
+  end
+
+end
+
+% Raises an error if a length cannot be told from 0 or is out of range.
+
+function checkwavelengths (name, array, k)
+
+  wavelengths = abs (k) / (2 * pi);
+  sides = abs ([array.l; array.s]) * wavelengths;
+  sides = sides(sides ~= 0);
+  if (any (sides < 1e-9) || any (sides > 1e6) || any (abs (array.positions(:)) * wavelengths > 1e9))
+    error ([name, ':lengths'], ...
+           ['Sides must be 0 or from 1e-9 to 1e6 wavelengths, and centres within 1e9 wavelengths of the ' ...
+            'origin. Give lengths and 1/k in one unit.']);
+  end
+
+end

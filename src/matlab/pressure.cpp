@@ -1,0 +1,236 @@
+#include <mex.h>
+
+#include <chrono>
+#include <complex>
+#include <cstddef>
+#include <new>
+#include <optional>
+#include <stdexcept>
+#include <vector>
+
+#include "field/field.h"
+#include "matlab/hosts/Interruption.h"
+
+// [p, used] = pistonfield_pressure(where, pistons, k, tolerance, bar), for the functions in
+// functions/. src/matlab/functions/pistonfield_pressure.m describes the arguments.
+//
+// An error of the host must not pass through Field, so the work is ended by a Stopped, and the
+// error is raised after that. (In Octave an interruption of the progress bar passes through Field,
+// as an exception of C++.)
+
+namespace pistonfield {
+namespace {
+
+enum Argument { WHERE, PISTONS, K, TOLERANCE, BAR, COUNT };
+
+void require(bool isValid) {
+  if (!isValid)
+    mexErrMsgTxt(
+        "Wrong arguments. Call pistongrid or pistonarray instead of pistonfield_pressure.");
+}
+
+bool isReal(const mxArray* array) {
+  return mxIsDouble(array) && !mxIsComplex(array) && !mxIsSparse(array);
+}
+
+double number(const mxArray* array) {
+  require(isReal(array) && mxGetNumberOfElements(array) == 1);
+  return mxGetScalar(array);
+}
+
+/// The field of a struct, which must be full and double.
+const mxArray* member(const mxArray* structure, const char* name) {
+  const mxArray* const array = mxGetField(structure, 0, name);
+  require(array && mxIsDouble(array) && !mxIsSparse(array));
+  return array;
+}
+
+/// The values of a field, which must be `count` real numbers.
+const double* reals(const mxArray* structure, const char* name, std::size_t count) {
+  const mxArray* const array = member(structure, name);
+  require(isReal(array) && mxGetNumberOfElements(array) == count);
+  return mxGetPr(array);
+}
+
+std::vector<Field::Piston> pistonsOf(const mxArray* structure) {
+  require(mxIsStruct(structure) && mxGetNumberOfElements(structure) == 1);
+  const std::size_t count = mxGetNumberOfElements(member(structure, "widths"));
+  const double* const widths = reals(structure, "widths", count);
+  const double* const heights = reals(structure, "heights", count);
+  const double* const centres = reals(structure, "centres", 3 * count);
+  const double* const axes = reals(structure, "axes", 9 * count);
+  const mxArray* const weights = member(structure, "weights");
+  require(mxGetNumberOfElements(weights) == count);
+  const double* const re = mxGetPr(weights);
+  const double* const im = mxIsComplex(weights) ? mxGetPi(weights) : nullptr;
+
+  std::vector<Field::Piston> pistons(count);
+  for (std::size_t m = 0; m < count; ++m) {
+    Field::Piston& piston = pistons[m];
+    piston.width = widths[m];
+    piston.height = heights[m];
+    for (std::size_t n = 0; n < 3; ++n) piston.centre[n] = centres[3 * m + n];
+    for (std::size_t n = 0; n < 9; ++n) piston.axes[n / 3][n % 3] = axes[9 * m + n];
+    piston.weight = {re[m], im ? im[m] : 0};
+  }
+  return pistons;
+}
+
+std::vector<double> axisOf(const mxArray* cell, std::size_t index) {
+  const mxArray* const axis = mxGetCell(cell, index);
+  require(axis && isReal(axis));
+  const double* const values = mxGetPr(axis);
+  return {values, values + mxGetNumberOfElements(axis)};
+}
+
+std::vector<Position> positionsOf(const mxArray* matrix) {
+  require(isReal(matrix) && mxGetM(matrix) == 3);
+  const double* const values = mxGetPr(matrix);
+  std::vector<Position> positions(mxGetN(matrix));
+  for (std::size_t n = 0; n < positions.size(); ++n)
+    positions[n] = {values[3 * n], values[3 * n + 1], values[3 * n + 2]};
+  return positions;
+}
+
+/// Ends the work of a Field.
+struct Stopped {};
+
+/// Shows the progress of a call, by the function `bar` of the host, and ends it on Ctrl-C.
+class ProgressBar {
+ public:
+  /// `bar` may be an empty array.
+  explicit ProgressBar(const mxArray* bar)
+      : bar_(mxIsEmpty(bar) ? nullptr : const_cast<mxArray*>(bar)) {}
+  ProgressBar(const ProgressBar&) = delete;
+  ProgressBar& operator=(const ProgressBar&) = delete;
+  ~ProgressBar() {
+    if (shown_ > 0) mexPrintf("\n");
+  }
+
+  /// Throws Stopped if the user has interrupted the call or the bar has failed.
+  void update(double fraction) {
+    if (isInterrupted()) throw Stopped();
+    if (bar_ && fraction > 0 && fraction < 1 && Clock::now() >= next_) show(fraction);
+  }
+
+  /// Shows that the work is complete, if a bar is shown.
+  void complete() {
+    if (shown_ > 0) show(1);
+  }
+
+  /// The error of the function, or null if there was none.
+  mxArray* failure() const { return failure_; }
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  void show(double fraction) {
+    const std::chrono::duration<double> seconds = Clock::now() - start_;
+    mxArray* arguments[] = {bar_, mxCreateDoubleScalar(fraction),
+                            mxCreateDoubleScalar(seconds.count()), mxCreateDoubleScalar(shown_)};
+    mxArray* shown = nullptr;
+    failure_ = mexCallMATLABWithTrap(1, &shown, 4, arguments, "feval");
+    if (failure_) throw Stopped();
+    shown_ = isReal(shown) && mxGetNumberOfElements(shown) == 1 ? mxGetScalar(shown) : 0;
+    for (mxArray* const array : {arguments[1], arguments[2], arguments[3], shown})
+      mxDestroyArray(array);
+    next_ = Clock::now() + std::chrono::milliseconds(100);
+  }
+
+  mxArray* const bar_;  // the host's functions take it as not const
+  const Clock::time_point start_ = Clock::now();
+  Clock::time_point next_ = start_ + std::chrono::milliseconds(500);
+  double shown_ = 0;  // how many characters
+  mxArray* failure_ = nullptr;
+};
+
+/// Ends a call whose work was stopped, by the error of the progress bar if there was one.
+void endStoppedCall(mxArray* failure) {
+  if (failure) mexCallMATLAB(0, nullptr, 1, &failure, "rethrow");
+  endInterruptedCall();
+  mexErrMsgTxt("Operation terminated by user.");
+}
+
+/// The pressures as an array of the host. Octave writes to a new array, so it is created only when
+/// nothing but `values` takes memory.
+mxArray* arrayOf(const std::vector<std::complex<double>>& values,
+                 const std::vector<mwSize>& sizes) {
+  mxArray* const array = mxCreateNumericArray(static_cast<mwSize>(sizes.size()), sizes.data(),
+                                              mxDOUBLE_CLASS, mxCOMPLEX);
+  auto* const re = static_cast<double*>(mxGetData(array));
+  auto* const im = static_cast<double*>(mxGetImagData(array));
+  for (std::size_t n = 0; n < values.size(); ++n) {
+    re[n] = values[n].real();
+    im[n] = values[n].imag();
+  }
+  return array;
+}
+
+mxArray* pressures(const Field& field, const mxArray* where, const FieldOptions& options,
+                   FieldReport* report) {
+  if (!mxIsCell(where)) {
+    const auto values = field.at(positionsOf(where), options, report);  // frees the positions
+    return arrayOf(values, {static_cast<mwSize>(values.size()), 1});
+  }
+  require(mxGetNumberOfElements(where) == 3);
+  const AxesGrid grid{axisOf(where, 0), axisOf(where, 1), axisOf(where, 2)};
+  return arrayOf(field.on(grid, options, report),
+                 {static_cast<mwSize>(grid.x.size()), static_cast<mwSize>(grid.y.size()),
+                  static_cast<mwSize>(grid.z.size())});
+}
+
+const char* precisionOf(const FieldReport& report) {
+  if (report.single) return report.precise ? "both" : "single";
+  return report.precise ? "double" : "none";
+}
+
+mxArray* described(const FieldReport& report) {
+  const char* names[] = {"orders", "precision", "nodes", "bound"};
+  mxArray* const orders = mxCreateDoubleMatrix(1, 2, mxREAL);
+  mxGetPr(orders)[0] = report.leastOrder;
+  mxGetPr(orders)[1] = report.mostOrder;
+  mxArray* const values[] = {orders, mxCreateString(precisionOf(report)),
+                             mxCreateDoubleScalar(report.nodes),
+                             mxCreateDoubleScalar(report.bound)};
+  mxArray* const result = mxCreateStructMatrix(1, 1, 4, names);
+  for (int n = 0; n < 4; ++n) mxSetField(result, 0, names[n], values[n]);
+  return result;
+}
+
+void call(int nlhs, mxArray* plhs[], const mxArray* prhs[], ProgressBar& bar) {
+  const Field field(pistonsOf(prhs[PISTONS]), number(prhs[K]));
+  FieldOptions options;
+  options.tolerance = number(prhs[TOLERANCE]);
+  options.progress = [&](double fraction) { bar.update(fraction); };
+  FieldReport report;
+  plhs[0] = pressures(field, prhs[WHERE], options, &report);
+  bar.complete();
+  if (nlhs > 1) plhs[1] = described(report);
+}
+
+}  // namespace
+}  // namespace pistonfield
+
+void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
+  using namespace pistonfield;
+  require(nlhs <= 2 && nrhs == COUNT);
+  std::optional<ProgressBar> bar(prhs[BAR]);
+  std::optional<FieldError> error;
+  bool isStopped = false, isOutOfMemory = false;
+  try {
+    call(nlhs, plhs, prhs, *bar);
+  } catch (const FieldError& caught) {
+    error = caught;
+  } catch (const Stopped&) {
+    isStopped = true;
+  } catch (const std::bad_alloc&) {
+    isOutOfMemory = true;
+  } catch (const std::length_error&) {
+    isOutOfMemory = true;
+  }
+  mxArray* const failure = bar->failure();
+  bar.reset();  // ends the line of the bar
+  if (isStopped) endStoppedCall(failure);
+  if (error) mexErrMsgIdAndTxt("pistonfield:field", "%s", error->what());
+  if (isOutOfMemory) mexErrMsgTxt("There is not enough memory for this many points.");
+}
