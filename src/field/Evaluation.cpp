@@ -111,15 +111,10 @@ Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, doub
       preciseRule_(ruleOf<double>(order)),
       add_(addPiston(instructionSet())),
       used_(nothingUsed()) {
-  const auto isSilent = [&](const Field::Piston& piston) {
-    return piston.weight == 0.0 || piston.width == 0 || piston.height == 0 || k == 0;
-  };
-  const auto sounding = pistons.size() - static_cast<std::size_t>(std::count_if(
-                                             pistons.begin(), pistons.end(), isSilent));
   for (const Field::Piston& piston : pistons) {
-    if (isSilent(piston)) continue;
+    if (k == 0) break;
     pistons_.push_back(
-        weighted(piston, k, tolerance * (1 - phaseShare) / static_cast<double>(sounding)));
+        weighted(piston, k, tolerance * (1 - phaseShare) / static_cast<double>(pistons.size())));
     pistons_.back().order = order;
     pistons_.back().rules = (rule_ ? *rule_ : rulesForTolerances<float>()).table();
     pistons_.back().preciseRules =

@@ -22,8 +22,8 @@ struct Shift {
 /// on all cores: a tile's sum stays in the cache while the pistons are added to it.
 class Evaluation {
  public:
-  /// The shift of points is charged to the tolerance. If `order` is above 0, it is the order of
-  /// every integral, and the tolerance is ignored.
+  /// Sides and weights are not 0. The shift of points is charged to the tolerance. If `order` is
+  /// above 0, it is the order of every integral, and the tolerance is ignored.
   Evaluation(const std::vector<Field::Piston>& pistons, double k, double tolerance,
              const Shift& shift, int order = 0);
 

@@ -216,6 +216,10 @@ Used evaluateFor(const std::vector<Field::Piston>& pistons, double k, double tol
   return bothUsed(rest.used(), inRows.used());
 }
 
+bool isSilent(const Field::Piston& piston) {
+  return piston.weight == 0.0 || piston.width == 0 || piston.height == 0;
+}
+
 [[noreturn]] void refuse(double tolerance, const Used& used) {
   if (std::isinf(used.excess))
     throw FieldError(
@@ -240,9 +244,10 @@ std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons, d
   if (report) *report = {};
   std::vector<std::complex<double>> pressures(points.count());
   if (pressures.empty() || pistons.empty()) return pressures;
+  pistons.erase(std::remove_if(pistons.begin(), pistons.end(), isSilent), pistons.end());
   double scale = 0;  // so that the sum of weights does not overflow
   for (const Field::Piston& piston : pistons) scale = std::max(scale, std::abs(piston.weight));
-  for (Field::Piston& piston : pistons) piston.weight = scale > 0 ? piston.weight / scale : 0;
+  for (Field::Piston& piston : pistons) piston.weight /= scale;
   double peak = options.order > 0 ? 0 : peakOf(pistons, k, points);
   Used used = evaluateFor(pistons, k, options.tolerance * peak, points, options, pressures.data());
   if (used.excess > 1 && !std::isinf(used.excess)) {

@@ -8,6 +8,7 @@
 
 #include "field/Vectors.h"
 #include "field/filter/RowFilter.h"
+#include "parallel/Cores.h"
 #include "parallel/Spread.h"
 
 namespace pistonfield {
@@ -26,8 +27,11 @@ constexpr std::size_t together = rowsTogether;
 
 constexpr double pi = 3.14159265358979323846;
 
-/// How many batches are evaluated between two calls of `progress`, a core.
-constexpr std::size_t batchesTogether = 16;
+/// How many points times pistons a batch has, if none is sampled: some hundredths of a second.
+constexpr std::size_t batchWork = 1 << 20;
+
+/// How many batches a core evaluates between two calls of `progress`.
+constexpr std::size_t batchesTogether = 4;
 
 double apertureOf(const EqualPistons& group) { return group.most - group.least; }
 
@@ -199,9 +203,10 @@ RowEvaluation::Cost RowEvaluation::cost(const EqualPistons& group, const Rows& r
 
 RowEvaluation::RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows,
                              const Points& points, double k, double tolerance, const Shift& shift)
-    : rows_(rows), points_(points), k_(k), shift_(shift), segment_(1024), used_(nothingUsed()) {
+    : rows_(rows), points_(points), k_(k), shift_(shift), used_(nothingUsed()) {
   std::size_t count = 0;
   for (const EqualPistons& group : groups) count += group.pistons.size();
+  segment_ = std::clamp<std::size_t>(batchWork / (together * count), 8, 1024);
   for (EqualPistons& group : groups) {
     const double share = static_cast<double>(group.pistons.size()) / static_cast<double>(count);
     const double error = interpolationShare * share * tolerance / group.weightSum();
@@ -374,8 +379,9 @@ void RowEvaluation::run(std::complex<double>* pressures, Work& work) {
   const std::size_t segments = (rows_.length + segment_ - 1) / segment_,
                     rowBatches = (rows_.count + together - 1) / together,
                     batches = segments * rowBatches;
-  for (std::size_t piece = 0; piece < batches; piece += batchesTogether) {
-    const std::size_t last = std::min(piece + batchesTogether, batches);
+  const std::size_t pieceSize = batchesTogether * parallel::cores();
+  for (std::size_t piece = 0; piece < batches; piece += pieceSize) {
+    const std::size_t last = std::min(piece + pieceSize, batches);
     parallel::spread(last - piece, 1, [&](std::uint64_t begin, std::uint64_t end) {
       Used used = nothingUsed();
       Batch batch(*this, used);

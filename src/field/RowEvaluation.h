@@ -48,7 +48,7 @@ class RowEvaluation {
   const double k_;
   const Shift shift_;
   std::vector<std::unique_ptr<Group>> groups_;
-  std::size_t segment_;  ///< how many points of a row are evaluated together, at most
+  std::size_t segment_ = 0;  ///< how many points of a row are evaluated together, at most
   Used used_;
 };
 
