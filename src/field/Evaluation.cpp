@@ -21,17 +21,11 @@ static_assert(tileSize % pointsPerPack == 0);
 /// How many tiles times pistons are evaluated between two calls of `progress`.
 constexpr std::size_t pieceWork = 256;
 
-/// The rules that tolerances need, which are computed once; or the rule of an order.
+/// The rules that tolerances need, which are computed once.
 template <class Real>
 const GaussRules<Real>& rulesForTolerances() {
   static const GaussRules<Real> rules(1, mostIntervalOrder);
   return rules;
-}
-
-/// The rule of an order; or null, if the rules for tolerances are to be used.
-template <class Real>
-std::unique_ptr<const GaussRules<Real>> ruleOf(int order) {
-  return order > 0 ? std::make_unique<const GaussRules<Real>>(order, order) : nullptr;
 }
 
 WeightedPiston weighted(const Field::Piston& piston, double k, double tolerance) {
@@ -64,11 +58,10 @@ struct Tile {
 
   /// Whether all coordinates are numbers of at most `most` in magnitude.
   bool isWithin(std::size_t count, double most) const {
-    unsigned outside = 0;
+    bool within = true;
     for (std::size_t n = 0; n < count; ++n)
-      outside |=
-          !(std::fabs(x[n]) <= most) | !(std::fabs(y[n]) <= most) | !(std::fabs(z[n]) <= most);
-    return outside == 0;
+      within &= (std::fabs(x[n]) <= most) & (std::fabs(y[n]) <= most) & (std::fabs(z[n]) <= most);
+    return within;
   }
 
   /// Marks the points that are not. Returns the index of a point that is not marked, or `count`.
@@ -107,10 +100,12 @@ Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, doub
     : tolerance_(tolerance),
       isNegative_(k < 0),
       mostCoordinate_(mostWavelengths / wavelengthsPerUnit(k)),
-      rule_(ruleOf<float>(order)),
-      preciseRule_(ruleOf<double>(order)),
       add_(addPiston(instructionSet())),
       used_(nothingUsed()) {
+  if (order > 0) {
+    rule_.emplace(order, order);
+    preciseRule_.emplace(order, order);
+  }
   for (const Field::Piston& piston : pistons) {
     if (k == 0) break;
     pistons_.push_back(
@@ -158,15 +153,13 @@ void Evaluation::evaluateTile(const Points& points, std::size_t first, std::size
   const std::size_t padded =
       (count + pointsPerPack - 1) / pointsPerPack * std::size_t{pointsPerPack};
   const bool areAllWithin = tile.isWithin(count, mostCoordinate_);
-  std::array<bool, tileSize> isLost;
+  std::array<bool, tileSize> isLost{};
   const std::size_t valid = areAllWithin ? 0 : tile.markLost(count, mostCoordinate_, isLost.data());
   for (std::size_t n = areAllWithin ? count : 0; n < padded && valid < count; ++n)
     if (n >= count || isLost[n]) tile.copy(valid, n);
 
   used.phaseError = 0;
-  alignas(64) double re[tileSize], im[tileSize];
-  std::fill_n(re, padded, 0.0);
-  std::fill_n(im, padded, 0.0);
+  alignas(64) double re[tileSize] = {}, im[tileSize] = {};
   for (const WeightedPiston& piston : pistons_)
     if (valid < count) add_(piston, tile.x, tile.y, tile.z, static_cast<int>(padded), re, im, used);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <memory>
+#include <optional>
 #include <vector>
 
 #include "FastNearfield/intervals/PistonOnPoints.h"
@@ -26,6 +26,7 @@ class Evaluation {
   /// above 0, it is the order of every integral, and the tolerance is ignored.
   Evaluation(const std::vector<Field::Piston>& pistons, double k, double tolerance,
              const Shift& shift, int order = 0);
+  Evaluation(Evaluation&&) = default;
 
   /// Writes the pressure at each point, or NaN if the point is not finite. Where a point is too
   /// far, `used().excess` is infinite afterwards.
@@ -47,8 +48,8 @@ class Evaluation {
   double tolerance_;
   bool isNegative_;  // k
   double mostCoordinate_;
-  std::unique_ptr<const GaussRules<float>> rule_;
-  std::unique_ptr<const GaussRules<double>> preciseRule_;
+  std::optional<GaussRules<float>> rule_;  // of a given order
+  std::optional<GaussRules<double>> preciseRule_;
   AddPiston* add_;
   Used used_;
 };

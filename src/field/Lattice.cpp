@@ -44,9 +44,9 @@ std::optional<Lattice> latticeFor(double step, double z, double k, double error,
   if (turns <= 0) return std::nullopt;
   const double steepness = logarithm(4 / error) / z;
   const double most = turns / std::sqrt(k * k + steepness * steepness);
-  const auto tooFar = std::find_if(distances.begin(), distances.end(), [&](const auto& distance) {
-    return step * distance[0] / distance[1] > most;
-  });
+  const auto* const tooFar =
+      std::find_if(distances.begin(), distances.end(),
+                   [&](const auto& distance) { return step * distance[0] / distance[1] > most; });
   if (tooFar == distances.begin()) return std::nullopt;
   const auto& [numerator, denominator] = *(tooFar - 1);
   return Lattice{denominator, numerator, halfTaps};

@@ -40,7 +40,7 @@ class Points {
   std::size_t count() const { return count_; }
 
   Position position(std::size_t n) const {
-    double x, y, z;
+    double x = 0, y = 0, z = 0;
     read(n, 1, &x, &y, &z);
     return {x, y, z};
   }

@@ -33,6 +33,11 @@ constexpr std::size_t batchWork = 1 << 20;
 /// How many batches a core evaluates between two calls of `progress`.
 constexpr std::size_t batchesTogether = 4;
 
+/// The error of interpolation that a piston of weight 1 may have.
+double errorOf(const EqualPistons& group, double tolerance) {
+  return interpolationShare * tolerance / group.weightSum();
+}
+
 double apertureOf(const EqualPistons& group) { return group.most - group.least; }
 
 /// Of rows from a plane.
@@ -183,6 +188,13 @@ struct RowEvaluation::Group {
   Evaluation oneByOne;
   std::mutex mutex;
   std::vector<std::unique_ptr<const Filter>> filters;  ///< of the lattices that were needed
+
+  Group(EqualPistons pistons, double k, double tolerancePerGroup, const Shift& shift)
+      : members(std::move(pistons)),
+        tolerance(tolerancePerGroup),
+        kernel(errorOf(members, tolerance)),
+        interpolationError(errorOf(members, tolerance)),
+        oneByOne(members.pistons, k, tolerance, shift) {}
 };
 
 RowEvaluation::Cost RowEvaluation::cost(const EqualPistons& group, const Rows& rows,
@@ -195,7 +207,7 @@ RowEvaluation::Cost RowEvaluation::cost(const EqualPistons& group, const Rows& r
     const Plan plan = planFor(group, std::sqrt(dot(rows.step, rows.step)), rows.length,
                               std::min(rows.count, together),
                               distanceOf(group, rows.step, origin, 0, rows.length), std::fabs(k),
-                              interpolationShare * tolerance / group.weightSum());
+                              errorOf(group, tolerance));
     cost.sampled += plan.cost * static_cast<double>(rows.count) / static_cast<double>(tried);
   }
   return cost;
@@ -206,19 +218,12 @@ RowEvaluation::RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows,
     : rows_(rows), points_(points), k_(k), shift_(shift), used_(nothingUsed()) {
   std::size_t count = 0;
   for (const EqualPistons& group : groups) count += group.pistons.size();
-  segment_ = std::clamp<std::size_t>(batchWork / (together * count), 8, 1024);
+  segment_ =
+      std::clamp<std::size_t>(batchWork / together / std::max<std::size_t>(count, 1), 8, 1024);
   for (EqualPistons& group : groups) {
     const double share = static_cast<double>(group.pistons.size()) / static_cast<double>(count);
-    const double error = interpolationShare * share * tolerance / group.weightSum();
     segment_ = std::max(segment_, static_cast<std::size_t>(4 * apertureOf(group)));
-    Evaluation oneByOne(group.pistons, k, share * tolerance, shift);
-    groups_.push_back(std::unique_ptr<Group>(new Group{std::move(group),
-                                                       share * tolerance,
-                                                       InterpolationKernel(error),
-                                                       error,
-                                                       std::move(oneByOne),
-                                                       {},
-                                                       {}}));
+    groups_.push_back(std::make_unique<Group>(std::move(group), k, share * tolerance, shift));
   }
   segment_ = std::min(segment_, rows.length);
 }
@@ -247,12 +252,11 @@ const RowEvaluation::Filter& RowEvaluation::filterOf(Group& group, const Lattice
         continue;
       }
       const double before = std::floor(at);
-      std::array<double, 2 * mostHalfTaps> factors;
+      const auto halfTaps = static_cast<std::size_t>(lattice.halfTaps);
+      std::array<double, std::size_t{2} * mostHalfTaps> factors;
       group.kernel.factors(at - before, lattice.halfTaps, factors.data());
-      std::complex<double>* const from =
-          &sum[static_cast<std::size_t>(before) - static_cast<std::size_t>(lattice.halfTaps - 1)];
-      for (std::size_t n = 0; n < 2 * static_cast<std::size_t>(lattice.halfTaps); ++n)
-        from[n] += factors[n] * weight;
+      const std::size_t from = static_cast<std::size_t>(before) + 1 - halfTaps;
+      for (std::size_t n = 0; n < 2 * halfTaps; ++n) sum[from + n] += factors[n] * weight;
     }
     Factors factors;
     double magnitudes = 0;

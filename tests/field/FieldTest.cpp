@@ -176,6 +176,7 @@ TEST(FieldTest, APointThatIsNotFiniteGetsNaNAndTheOthersTheirPressures) {
 
 TEST(FieldTest, TheOrderOfAListDoesNotMatter) {
   std::vector<Piston> pistons;
+  pistons.reserve(20);
   for (int m = 0; m < 20; ++m)
     pistons.push_back(piston(0.5 + 0.1 * m, 7, {2.0 * m - 20, 0, 0}, std::polar(1.0, 0.3 * m)));
   std::vector<Position> points;

@@ -203,7 +203,7 @@ class PistonInPacks {
   bool isFaster(int n, const HalvedRule<Set>& ruleX, const HalvedRule<Set>& ruleY) const {
     const auto a = static_cast<float>(halfSides_[0]), b = static_cast<float>(halfSides_[1]);
     const int edgesAlongX = ruleY.halves ? 1 : 2, edgesAlongY = ruleX.halves ? 1 : 2;
-    float nodes = static_cast<float>(edgesAlongX * ruleX.nodes() + edgesAlongY * ruleY.nodes());
+    auto nodes = static_cast<float>(edgesAlongX * ruleX.nodes() + edgesAlongY * ruleY.nodes());
     // The integrals nearly cancel each other; a quarter of their rounding errors.
     const float rounding = (a + most_[0][n]) * b + (b + most_[1][n]) * a;
     if (rounding * 40 * 0x1p-24f > leastZ_[n] * roundingShare * tolerance_ * mostIntervals)
@@ -422,7 +422,7 @@ class PistonInPacks {
 
   void addPressure(int n, double* re, double* im) {
     if (piston_.order == 0) {
-      const double excess =
+      const auto excess =
           static_cast<double>((singleRounding_[n] + preciseRounding_[n]) / mostRounding());
       if (excess > used_.excess) used_.excess = excess;
     }
@@ -454,15 +454,24 @@ class PistonInPacks {
     return W(sine2(z_[n].low), sine2(z_[n].high));
   }
 
-  // The points of a group in the piston's own axes, and their sums.
+  const WeightedPiston& piston_;
+  Used& used_;
+  const double halfSides_[2];
+  const float tolerance_;  // of an integral
+  float phaseError_ = 0;
+  int proposals_ = 0, singles_ = 0, precises_ = 0;
+
+  // The points of a group of packs in the piston's own axes, and their sums.
   W lateral_[2][packs];  // |x| and |y|
   W signedZ_[packs], z_[packs];
-  W phase_[packs];  ///< the path by which the sums are delayed
-  float least_[2][packs] = {}, most_[2][packs] = {}, leastZ_[packs] = {};
-  bool isProduct_[packs] = {};
+  W phase_[packs];  // the path by which the sums are delayed
   ComplexPair<W> preciseSum_[packs];
   Single singleZ_[packs];
   ComplexPair<Single> sum_[packs];
+  float least_[2][packs] = {}, most_[2][packs] = {}, leastZ_[packs] = {};
+  // Bounds of the rounding errors of a pack's intervals.
+  float singleRounding_[packs] = {}, preciseRounding_[packs] = {};
+  bool isProduct_[packs] = {}, hasPrecise_[packs] = {};
 
   // Intervals that are decided on together, with their bounds.
   float leastD_[Single::lanes] = {}, mostD_[Single::lanes] = {}, zs_[Single::lanes] = {},
@@ -471,19 +480,6 @@ class PistonInPacks {
 
   // Intervals to evaluate in single and in double precision.
   Interval single_[queueLength] = {}, precise_[queueLength] = {};
-
-  const WeightedPiston& piston_;
-  Used& used_;
-  const double halfSides_[2];
-  const float tolerance_;  // of an integral
-
-  // Bounds of the rounding errors of a pack's intervals.
-  float singleRounding_[packs] = {}, preciseRounding_[packs] = {};
-
-  float phaseError_ = 0;
-
-  int proposals_ = 0, singles_ = 0, precises_ = 0;
-  bool hasPrecise_[packs] = {};
 };
 
 }  // namespace pistonfield
