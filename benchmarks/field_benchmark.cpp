@@ -296,7 +296,8 @@ void scattered() {
 /// The grid a little aside, where it has no mirror images.
 AxesGrid displacedFrom(AxesGrid grid) {
   for (std::vector<double>* values : {&grid.x, &grid.y})
-    for (double& value : *values) value += 1e-3;
+    for (double& value : *values)
+      if (values->size() > 1) value += 1e-3;
   return grid;
 }
 
