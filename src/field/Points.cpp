@@ -60,9 +60,11 @@ AxesPoints::AxesPoints(const AxesGrid& grid, double shift)
 std::vector<Position> AxesPoints::corners() const {
   std::vector<Position> corners;
   if (count() == 0) return corners;
-  for (const double x : finiteRange(grid_.x))
-    for (const double y : finiteRange(grid_.y))
-      for (const double z : finiteRange(grid_.z)) corners.push_back({x, y, z});
+  const std::array<double, 2> xs = finiteRange(grid_.x), ys = finiteRange(grid_.y),
+                              zs = finiteRange(grid_.z);
+  for (const double x : xs)
+    for (const double y : ys)
+      for (const double z : zs) corners.push_back({x, y, z});
   return corners;
 }
 
