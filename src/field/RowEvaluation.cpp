@@ -38,6 +38,10 @@ double errorOf(const EqualPistons& group, double tolerance) {
   return interpolationShare * tolerance / group.weightSum();
 }
 
+/// Pistons of a group are at most so far apart, and batches about as long: a batch takes some
+/// megabytes.
+constexpr double mostSamplesApart = 1 << 14;
+
 double apertureOf(const EqualPistons& group) { return group.most - group.least; }
 
 /// Of rows from a plane.
@@ -65,6 +69,19 @@ Distance distanceOf(const EqualPistons& group, const Position& step,
   return {nearest + std::min(from, to), std::fabs(rise) / std::sqrt(dot(step, step))};
 }
 
+/// How many steps it is along a row from a point to a piston.
+double stepsTo(const Field::Piston& piston, const Position& from, const Rows& rows) {
+  return dot(difference(piston.centre, from), rows.step) / dot(rows.step, rows.step);
+}
+
+/// Whether the field of the piston is even in the position along a row, about the piston's centre.
+bool isEvenAlong(const Field::Piston& piston, const Position& step) {
+  const double length = std::sqrt(dot(step, step));
+  return std::any_of(piston.axes.begin(), piston.axes.begin() + 2, [&](const Position& axis) {
+    return std::fabs(dot(axis, step)) >= length * (1 - 0x1p-52);
+  });
+}
+
 /// The fastest way to compute `length` points of `rowCount` rows at this distance from the plane of
 /// the pistons.
 Plan planFor(const EqualPistons& group, double step, std::size_t length, std::size_t rowCount,
@@ -77,6 +94,7 @@ Plan planFor(const EqualPistons& group, double step, std::size_t length, std::si
     const double samplesAStep =
         static_cast<double>(lattice.samples) / static_cast<double>(lattice.steps);
     const double taps = 2 * lattice.halfTaps;
+    if (aperture * samplesAStep > mostSamplesApart) return;
     const double samples = (points + aperture) * samplesAStep + taps;
     const double factors =
         lattice.halfTaps == 0 ? pistons : std::min(aperture * samplesAStep + taps, pistons * taps);
@@ -174,6 +192,7 @@ struct Factors {
 /// 0, 1 ... of a row. They are used again and again, each time `samples` columns further.
 struct RowEvaluation::Filter {
   Lattice lattice;
+  double offset = 0;  ///< of the samples, in their distances; the first piston is at one of them
   int leastSample = 0, mostColumn = 0;
   double factorSum = 0;  ///< of magnitudes, the largest of a phase
   std::vector<Factors> phases;
@@ -222,7 +241,8 @@ RowEvaluation::RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows,
       std::clamp<std::size_t>(batchWork / together / std::max<std::size_t>(count, 1), 8, 1024);
   for (EqualPistons& group : groups) {
     const double share = static_cast<double>(group.pistons.size()) / static_cast<double>(count);
-    segment_ = std::max(segment_, static_cast<std::size_t>(4 * apertureOf(group)));
+    segment_ = std::max(
+        segment_, static_cast<std::size_t>(std::min(4 * apertureOf(group), mostSamplesApart)));
     groups_.push_back(std::make_unique<Group>(std::move(group), k, share * tolerance, shift));
   }
   segment_ = std::min(segment_, rows.length);
@@ -238,14 +258,20 @@ const RowEvaluation::Filter& RowEvaluation::filterOf(Group& group, const Lattice
   filter->lattice = lattice;
   const EqualPistons& members = group.members;
   const double samplesAStep = static_cast<double>(lattice.samples) / lattice.steps;
-  const int least = static_cast<int>(std::floor(-members.most * samplesAStep)) - lattice.halfTaps;
-  const int most = static_cast<int>(std::ceil((lattice.steps - members.least) * samplesAStep)) +
-                   lattice.halfTaps;
+  if (lattice.halfTaps > 0) {
+    const double at = samplesAStep * stepsTo(members.pistons.front(), points_.position(0), rows_);
+    filter->offset = at - std::round(at);
+  }
+  const int least =
+      static_cast<int>(std::floor(-members.most * samplesAStep - 0.5)) - lattice.halfTaps;
+  const int most =
+      static_cast<int>(std::ceil((lattice.steps - members.least) * samplesAStep + 0.5)) +
+      lattice.halfTaps;
   filter->leastSample = least;
   for (int phase = 0; phase < lattice.steps; ++phase) {
     std::vector<std::complex<double>> sum(static_cast<std::size_t>(most - least + 1));
     for (std::size_t m = 0; m < members.pistons.size(); ++m) {
-      const double at = (phase - members.displacements[m]) * samplesAStep - least;
+      const double at = (phase - members.displacements[m]) * samplesAStep - filter->offset - least;
       const std::complex<double> weight = members.pistons[m].weight;
       if (lattice.halfTaps == 0) {
         sum[static_cast<std::size_t>(std::lround(at))] += weight;
@@ -301,7 +327,7 @@ class RowEvaluation::Batch {
                                 distanceOf(group->members, rows.step, origins_, first, length),
                                 std::fabs(evaluation_.k_), group->interpolationError);
       if (plan.lattice)
-        addFilteredSamples(evaluation_.filterOf(*group, *plan.lattice), group->tolerance);
+        addFilteredSamples(*group, evaluation_.filterOf(*group, *plan.lattice));
       else
         addOneByOne(group->oneByOne);
     }
@@ -334,20 +360,67 @@ class RowEvaluation::Batch {
     pistons.runHere(columns, 0, columns.count(), values_.data(), used_);
   }
 
-  void addFilteredSamples(const Filter& filter, double tolerance) {
+  /// Evaluates the samples `first` to `first` + count − 1. Those that are mirror images of others
+  /// are copied.
+  void evaluateSamples(const Filter& filter, const Field::Piston& piston, long first,
+                       std::size_t count) {
+    const double distance =
+        static_cast<double>(filter.lattice.steps) / static_cast<double>(filter.lattice.samples);
+    const auto columns = [&](long from, std::size_t length) {
+      return Columns(origins_, evaluation_.rows_.step, static_cast<double>(from) + filter.offset,
+                     distance, length);
+    };
+    const long last = first + static_cast<long>(count) - 1;
+    const std::optional<long> mirror = mirrorOf(piston, filter.offset, distance);
+    if (!mirror || *mirror <= 2 * first || *mirror >= 2 * last)
+      return evaluate(*filter.samples, columns(first, count));
+    // From the sample next to the centre on, to the farther end.
+    const bool isAhead = 2 * last - *mirror >= *mirror - 2 * first;
+    const double centre = static_cast<double>(*mirror) / 2;
+    const long from = isAhead ? std::lround(std::ceil(centre)) : first,
+               to = isAhead ? last : std::lround(std::floor(centre));
+    const std::size_t rows = origins_.size();
+    evaluate(*filter.samples, columns(from, static_cast<std::size_t>(to - from + 1)));
+    half_.swap(values_);
+    values_.resize(count * rows);
+    for (long n = first; n <= last; ++n) {
+      const long source = n >= from && n <= to ? n : *mirror - n;
+      std::copy_n(&half_[static_cast<std::size_t>(source - from) * rows], rows,
+                  &values_[static_cast<std::size_t>(n - first) * rows]);
+    }
+  }
+
+  /// If the piston's field has mirror images in all rows: the sum of the numbers of two samples
+  /// that are images of each other.
+  std::optional<long> mirrorOf(const Field::Piston& piston, double offset, double distance) const {
+    const Rows& rows = evaluation_.rows_;
+    if (!isEvenAlong(piston, rows.step)) return std::nullopt;
+    const double negligible = evaluation_.shift_.absolute / std::sqrt(dot(rows.step, rows.step));
+    std::optional<long> sum;
+    for (const Position& origin : origins_) {
+      const double twice = 2 * (stepsTo(piston, origin, rows) / distance - offset);
+      if (!(std::fabs(twice) < 0x1p30)) return std::nullopt;
+      const long nearest = std::lround(twice);
+      if (std::fabs(twice - static_cast<double>(nearest)) * distance > negligible ||
+          (sum && *sum != nearest))
+        return std::nullopt;
+      sum = nearest;
+    }
+    return sum;
+  }
+
+  void addFilteredSamples(const Group& group, const Filter& filter) {
     const auto a = static_cast<std::size_t>(filter.lattice.steps),
                b = static_cast<std::size_t>(filter.lattice.samples);
     const std::size_t firstCycle = first_ / a, lastCycle = (first_ + length_ - 1) / a;
     const std::size_t sampleCount =
         (lastCycle - firstCycle) * b + static_cast<std::size_t>(filter.mostColumn) + 1;
-    evaluate(*filter.samples,
-             Columns(origins_, evaluation_.rows_.step,
-                     static_cast<double>(firstCycle * b) + filter.leastSample,
-                     static_cast<double>(a) / static_cast<double>(b), sampleCount));
+    evaluateSamples(filter, group.members.pistons.front(),
+                    static_cast<long>(firstCycle * b) + filter.leastSample, sampleCount);
     double largest = 0;
     for (const std::complex<double>& value : values_) largest = std::max(largest, std::norm(value));
     const double rounding =
-        filterRounding * filter.factorSum * std::sqrt(largest) / (roundingShare * tolerance);
+        filterRounding * filter.factorSum * std::sqrt(largest) / (roundingShare * group.tolerance);
     if (rounding * 0x1p-24 <= 1)
       add(filter, add_.single, single_);
     else
@@ -372,7 +445,7 @@ class RowEvaluation::Batch {
   Used& used_;
   std::size_t first_ = 0, length_ = 0;
   std::vector<Position> origins_;
-  std::vector<std::complex<double>> values_;
+  std::vector<std::complex<double>> values_, half_;
   SplitColumns<float> single_;
   SplitColumns<double> precise_;
   std::vector<double> sumRe_, sumIm_;
