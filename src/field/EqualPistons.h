@@ -21,8 +21,8 @@ struct EqualPistons {
   double weightSum() const;
 };
 
-/// Groups pistons. Positions that differ by at most `negligible` are taken for the same. Of very
-/// many different pistons some are not compared.
+/// Groups pistons. Positions that differ by at most `negligible` count as equal. If there are very
+/// many different pistons, not all are compared.
 std::vector<EqualPistons> equalPistons(std::vector<Field::Piston> pistons, const Rows& rows,
                                        double negligible);
 

@@ -9,7 +9,7 @@
 
 namespace pistonfield {
 
-/// Coordinates of points are at most so large, in magnitude.
+/// The largest magnitude of a coordinate, in wavelengths.
 constexpr double mostWavelengths = 1e9;
 
 /// How far points may be from where they should be: `absolute`, plus `relative` times the distance
@@ -54,7 +54,7 @@ class Evaluation {
   Used used_;
 };
 
-/// The record of nothing, and the one of both.
+/// An empty record, and the union of two.
 Used nothingUsed();
 Used bothUsed(const Used& one, const Used& other);
 

@@ -2,6 +2,7 @@
 #include <cmath>
 #include <cstdio>
 #include <exception>
+#include <limits>
 #include <new>
 #include <string>
 #include <utility>
@@ -271,7 +272,8 @@ std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons, d
                used.single,
                used.precise,
                static_cast<double>(used.nodes),
-               options.order > 0 ? 0 : options.tolerance * peak * scale};
+               options.order > 0 ? std::numeric_limits<double>::quiet_NaN()
+                                 : options.tolerance * peak * scale};
   return pressures;
 }
 
@@ -319,7 +321,7 @@ std::vector<std::complex<double>> Field::at(const std::vector<Position>& points,
   return computed(options, [&](const FieldOptions& guarded) {
     if (pistons_.size() < leastPistonsToSort || points.size() < leastPointsToSort)
       return evaluate(pistons_, k_, ListPoints(points), guarded, report);
-    const SortedPoints sorted(points);
+    const SortedPoints sorted(points, guarded.progress);
     return sorted.inListOrder(evaluate(pistons_, k_, sorted, guarded, report));
   });
 }

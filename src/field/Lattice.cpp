@@ -44,12 +44,10 @@ std::optional<Lattice> latticeFor(double step, double z, double k, double error,
   if (turns <= 0) return std::nullopt;
   const double steepness = logarithm(4 / error) / z;
   const double most = turns / std::sqrt(k * k + steepness * steepness);
-  const auto* const tooFar =
-      std::find_if(distances.begin(), distances.end(),
-                   [&](const auto& distance) { return step * distance[0] / distance[1] > most; });
-  if (tooFar == distances.begin()) return std::nullopt;
-  const auto& [numerator, denominator] = *(tooFar - 1);
-  return Lattice{denominator, numerator, halfTaps};
+  std::size_t n = distances.size();
+  while (n > 0 && step * distances[n - 1][0] / distances[n - 1][1] > most) --n;
+  if (n == 0) return std::nullopt;
+  return Lattice{distances[n - 1][1], distances[n - 1][0], halfTaps};
 }
 
 }  // namespace pistonfield

@@ -26,7 +26,7 @@ class Points {
   virtual std::vector<Position> corners() const { return {}; }
 
   /// How far positions may be from where they should be, if they are computed: this, plus
-  /// `relativeShift` times their distance from anything.
+  /// `relativeShift` times their distance from a piston or from the origin.
   virtual double shift() const { return 0; }
   virtual double relativeShift() const { return 0; }
 

@@ -16,7 +16,7 @@ namespace pistonfield {
 /// are one filter of the samples. Where that takes longer, pistons are evaluated one by one.
 class RowEvaluation {
  public:
-  /// How long all pressures of a group take, in evaluations of one piston at one point: about.
+  /// Estimated times for all pressures of a group, in units of one piston at one point.
   struct Cost {
     double sampled, oneByOne;
   };

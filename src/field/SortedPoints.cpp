@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <utility>
 
@@ -49,26 +50,30 @@ struct Box {
 
 }  // namespace
 
-SortedPoints::SortedPoints(const std::vector<Position>& points) : Points(points.size()) {
+SortedPoints::SortedPoints(const std::vector<Position>& points,
+                           const std::function<void(double)>& progress)
+    : Points(points.size()), points_(points) {
+  constexpr std::size_t blockSize = 1 << 19;
   const Box box(points);
-  std::vector<std::pair<std::uint64_t, std::size_t>> order;
-  order.reserve(points.size());
-  for (std::size_t n = 0; n < points.size(); ++n) order.emplace_back(box.code(points[n]), n);
-  std::sort(order.begin(), order.end());
-  sorted_.reserve(points.size());
   indices_.reserve(points.size());
-  for (const auto& [code, n] : order) {
-    sorted_.push_back(points[n]);
-    indices_.push_back(n);
+  std::vector<std::pair<std::uint64_t, std::size_t>> order;
+  for (std::size_t first = 0; first < points.size(); first += blockSize) {
+    if (progress) progress(0);
+    order.clear();
+    for (std::size_t n = first; n < std::min(first + blockSize, points.size()); ++n)
+      order.emplace_back(box.code(points[n]), n);
+    std::sort(order.begin(), order.end());
+    for (const auto& [code, n] : order) indices_.push_back(n);
   }
 }
 
 void SortedPoints::read(std::size_t first, std::size_t count, double* x, double* y,
                         double* z) const {
   for (std::size_t n = 0; n < count; ++n) {
-    x[n] = sorted_[first + n][0];
-    y[n] = sorted_[first + n][1];
-    z[n] = sorted_[first + n][2];
+    const Position& p = points_[indices_[first + n]];
+    x[n] = p[0];
+    y[n] = p[1];
+    z[n] = p[2];
   }
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <functional>
 #include <vector>
 
 #include "field/Points.h"
@@ -11,8 +11,9 @@ namespace pistonfield {
 /// curve): points that are evaluated together then need similar orders.
 class SortedPoints final : public Points {
  public:
-  /// Copies the list.
-  explicit SortedPoints(const std::vector<Position>& points);
+  /// Keeps a reference to the list. A long one is sorted in blocks, between which `progress` is
+  /// called with 0, if it is not empty.
+  SortedPoints(const std::vector<Position>& points, const std::function<void(double)>& progress);
   void read(std::size_t first, std::size_t count, double* x, double* y, double* z) const override;
 
   /// Values in the order of the list, from those in the order of these points.
@@ -20,7 +21,7 @@ class SortedPoints final : public Points {
       const std::vector<std::complex<double>>& values) const;
 
  private:
-  std::vector<Position> sorted_;
+  const std::vector<Position>& points_;
   std::vector<std::size_t> indices_;  ///< of the sorted points in the list
 };
 

@@ -39,7 +39,7 @@ struct AffineGrid {
   std::array<std::size_t, 3> counts = {1, 1, 1};
 };
 
-/// Its text says what to do.
+/// what() states what to do.
 class FieldError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -67,7 +67,7 @@ struct FieldReport {
   bool single = false;                ///< whether integrals were evaluated in single precision
   bool precise = false;               ///< whether integrals were evaluated in double precision
   double nodes = 0;                   ///< how many values of integrands
-  double bound = 0;  ///< the absolute error that a pressure may have; 0 for a given order
+  double bound = 0;  ///< an upper bound of a pressure's absolute error; NaN for a given order
 };
 
 /// The field of one or more pistons.

@@ -19,8 +19,9 @@
 %
 %   points      3 x N real double, one point per column.
 %   x, y, z     instead of points, the axes of a grid: real vectors of one or more values.
-%               A grid is faster than a list of its points: equal pistons, and mirror
-%               images, are then computed once.
+%               A grid is faster than a list of its points: along an evenly spaced axis the
+%               field is interpolated from few samples, which equal pistons share, and mirror
+%               images are computed once.
 %   array       a struct; l, s and positions are required:
 %     l, s        sides along the piston's own y and along its own x: one number for all
 %                 pistons, or one for each; 0, or from 1e-9 to 1e6 wavelengths.  A negative
@@ -34,8 +35,8 @@
 %     focus       3 numbers, a point: sets the phases of the weights so that the waves
 %                 from the pistons' centres arrive there in phase.  Not with steer.
 %   k           wave number, 2 pi / wavelength.
-%   tolerance   largest error of p, relative to the peak of |p| at the points: from 1e-12
-%               to below 1.  Default: 1e-4.
+%   tolerance   largest error of p, relative to the peak of |p| at the points of this
+%               call: from 1e-12 to below 1.  Default: 1e-4.
 %   nabscissas  order of the quadrature rule for all pistons and points, 1 to 512, or a
 %               table made by pistonrule, instead of a tolerance.  [] means no order.
 %   'quiet'     suppresses the progress bar, which appears if the work takes more than
@@ -44,7 +45,8 @@
 % Result
 %
 %   p           N x 1 complex double, or numel (x) by numel (y) by numel (z); NaN at points
-%               with a coordinate that is infinite or NaN.
+%               with a coordinate that is infinite or NaN (with nabscissas, an infinite
+%               coordinate is an error).
 %   used        a struct that describes the computation: orders, precision, nodes and bound
 %               as for pistongrid, and
 %     weights     M x 1, including the phases of steering and focusing.
@@ -71,7 +73,7 @@
 % Errors: "points must be a full real double matrix ..."; "x, y and z must be non-empty real
 % vectors."; "array ...", with the field and its requirement; "k must be a finite real
 % number."; "tolerance must be at least 1e-12 ..."; "nabscissas must be an order from 1 to
-% 512, ..."; "Pass an order or a tolerance, not both."; "After k, only ..."; "Sides must be
+% 512, ..."; "Pass an order or a tolerance, not both."; "After k, pass ..."; "Sides must be
 % ..."; "A point is farther than 1e9 wavelengths ..."; "Double precision cannot keep ..." (far
 % away, and where pistons cancel each other almost completely); too little memory; and, with
 % an order, pistonfield's errors of the device.
@@ -254,8 +256,8 @@ end
 %!error <points must be> pistonarray (zeros (3, 0), one, k)
 %!error <points must be> pistonarray (ones (2, 4), one, k)
 %!error <points must be> pistonarray (single (points), one, k)
-%!error <After k, only> pistonarray (points, one, k, 10, "loud")
-%!error <After k, only> pistonarray (points, one, k, 10, 11)
+%!error <After k, pass> pistonarray (points, one, k, 10, "loud")
+%!error <After k, pass> pistonarray (points, one, k, 10, 11)
 %!error <array must be a scalar struct> pistonarray (points, 1, k)
 %!error <array has an unknown field: position> pistonarray (points, struct ("position", 1), k)
 %!error <array needs the field s> pistonarray (points, struct ("l", 1, "positions", [0; 0; 0]), k)

@@ -38,8 +38,7 @@
 %   array.focus = [10e-3; 0; 60e-3];
 %   x = (-100:100) * 0.3e-3;
 %   z = (0:200) * 0.5e-3 + 10e-3;
-%   [X, Z] = ndgrid (x, z);
-%   p = pistonarray ([X(:)'; zeros(1, numel (X)); Z(:)'], array, 2 * pi * 3e6 / 1540);
+%   p = pistonarray ({x, 0, z}, array, 2 * pi * 3e6 / 1540);
 %   pistonplot (x, 0, z, p, 'dB');
 %
 % Errors: "count must be an integer from 1 to 1e6."; "pitch must be a finite real number." or
@@ -173,6 +172,5 @@ end
 %! array.focus = [10e-3; 0; 60e-3];
 %! x = (-100:100) * 0.3e-3;
 %! z = (0:200) * 0.5e-3 + 10e-3;
-%! [X, Z] = ndgrid (x, z);
-%! p = pistonarray ([X(:)'; zeros(1, numel (X)); Z(:)'], array, 2 * pi * 3e6 / 1540);
+%! p = pistonarray ({x, 0, z}, array, 2 * pi * 3e6 / 1540);
 %! pistonplot (x, 0, z, p, 'dB');

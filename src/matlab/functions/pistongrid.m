@@ -26,20 +26,22 @@
 % Result
 %
 %   p           numel (x) by numel (y) by numel (z), complex double; NaN at points with a
-%               coordinate that is infinite or NaN.
+%               coordinate that is infinite or NaN (with nabscissas, an infinite coordinate is
+%               an error).
 %   used        a struct that describes the computation:
 %     orders      the lowest and the highest order of the integrals; [0, 0] if none was
 %                 needed.
 %     precision   of the integrals: 'single', 'double', 'both', or 'none' if none was
 %                 needed.
 %     nodes       the number of values of integrands; NaN if you pass nabscissas.
-%     bound       the largest error that p may have, absolute, not relative to the peak;
-%                 NaN if you pass nabscissas: its error is not known.
+%     bound       upper bound of the absolute error of p; divide by max (abs (p(:))) for the
+%                 relative one.  NaN if you pass nabscissas: its error is not known.
 %
-% How the tolerance is kept: each integral gets an order for which a bound of its error is
-% below the tolerance (the page "theory" of the documentation), and is evaluated in double
-% precision where single precision is not accurate enough.  Mirror images are computed once.
-% A tolerance that double precision cannot keep is an error.
+% How the tolerance is met: each integral gets an order from an error estimate that was
+% verified by measurement (the page "theory" of the documentation), and double precision where
+% single precision is not accurate enough.  Along evenly spaced axes the field may be
+% interpolated.  Mirror images are computed once.  If double precision cannot meet the
+% tolerance, the call ends with an error.
 %
 % An order is used unchanged, for all points: p has the bits of pistonfield for this order.
 % With an order the pressure is computed on the device, which may be a GPU; with a tolerance
@@ -56,7 +58,7 @@
 %
 % Errors: "x, y and z must be non-empty real vectors."; "l must be a finite real number.",
 % the same for s and k; "tolerance must be at least 1e-12 ..."; "nabscissas must be an order
-% from 1 to 512, ..."; "Pass an order or a tolerance, not both."; "After k, only ...";
+% from 1 to 512, ..."; "Pass an order or a tolerance, not both."; "After k, pass ...";
 % "Sides must be ..."; "A point is farther than 1e9 wavelengths ..."; "Double precision
 % cannot keep ..." (far away, and where p is nearly 0 everywhere); too little memory; and,
 % with an order, pistonfield's errors of the device.
@@ -206,9 +208,9 @@ end
 %!error <tolerance must be> pistongrid (1, 2, 3, 4, 5, 6, "tolerance", [1e-3, 1e-4])
 %!error <tolerance must be> pistongrid (1, 2, 3, 4, 5, 6, "tolerance", "quiet")
 %!error <Pass an order or a tolerance, not both> pistongrid (1, 2, 3, 4, 5, 6, 10, "tolerance", 1e-3)
-%!error <After k, only an order or a table> pistongrid (1, 2, 3, 4, 5, 6, "tolerance")
-%!error <After k, only an order or a table> pistongrid (1, 2, 3, 4, 5, 6, "loud")
-%!error <After k, only an order or a table> pistongrid (1, 2, 3, 4, 5, 6, 10, 11)
+%!error <After k, pass an order or a table> pistongrid (1, 2, 3, 4, 5, 6, "tolerance")
+%!error <After k, pass an order or a table> pistongrid (1, 2, 3, 4, 5, 6, "loud")
+%!error <After k, pass an order or a table> pistongrid (1, 2, 3, 4, 5, 6, 10, 11)
 %!error <coordinates at most 1e18> pistongrid (1, -1e19, 3, 4, 5, 6, 10)
 %!error <s must be a finite real number> pistongrid (1, 2, 3, 4, {}, 6)
 %!error <nabscissas must be an order from 1 to 512> pistongrid (1, 2, 3, 4, 5, 6, 0)

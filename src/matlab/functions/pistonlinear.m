@@ -27,8 +27,7 @@
 %   array.focus = [0; 0; 30e-3];
 %   x = (-100:100) * 0.1e-3;
 %   z = (10:200) * 0.25e-3;
-%   [X, Z] = ndgrid (x, z);
-%   p = pistonarray ([X(:)'; zeros(1, numel (X)); Z(:)'], array, 2 * pi * 5e6 / 1540);
+%   p = pistonarray ({x, 0, z}, array, 2 * pi * 5e6 / 1540);
 %   pistonplot (x, 0, z, p, 'dB');
 %
 % Errors: "count must be an integer from 1 to 1e6."; "pitch must be a finite real number." or
@@ -91,6 +90,5 @@ end
 %! array.focus = [0; 0; 30e-3];
 %! x = (-100:100) * 0.1e-3;
 %! z = (10:200) * 0.25e-3;
-%! [X, Z] = ndgrid (x, z);
-%! p = pistonarray ([X(:)'; zeros(1, numel (X)); Z(:)'], array, 2 * pi * 5e6 / 1540);
+%! p = pistonarray ({x, 0, z}, array, 2 * pi * 5e6 / 1540);
 %! pistonplot (x, 0, z, p, 'dB');

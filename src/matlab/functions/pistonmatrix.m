@@ -31,8 +31,7 @@
 %   array.weights = pistonapodization ('hamming', counts);
 %   array.focus = [4e-3; 3e-3; 25e-3];
 %   x = (-80:80) * 0.1e-3;
-%   [X, Y] = ndgrid (x, x);
-%   p = pistonarray ([X(:)'; Y(:)'; 25e-3 * ones(1, numel (X))], array, 2 * pi * 2.5e6 / 1540);
+%   p = pistonarray ({x, x, 25e-3}, array, 2 * pi * 2.5e6 / 1540);
 %   pistonplot (x, x, 25e-3, p, 'dB');
 %
 % Errors: "counts must be two integers from 1, ..."; "pitches must be two numbers, ..." or
@@ -108,6 +107,5 @@ end
 %! array.weights = pistonapodization ('hamming', counts);
 %! array.focus = [4e-3; 3e-3; 25e-3];
 %! x = (-80:80) * 0.1e-3;
-%! [X, Y] = ndgrid (x, x);
-%! p = pistonarray ([X(:)'; Y(:)'; 25e-3 * ones(1, numel (X))], array, 2 * pi * 2.5e6 / 1540);
+%! p = pistonarray ({x, x, 25e-3}, array, 2 * pi * 2.5e6 / 1540);
 %! pistonplot (x, x, 25e-3, p, 'dB');

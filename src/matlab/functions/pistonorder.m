@@ -5,8 +5,8 @@
 %   [order, error] = pistonorder (...)
 %
 % For those who call pistonfield, or pass an order for another reason.  pistongrid and
-% pistonarray do not need it: they keep a tolerance by themselves, with a bound instead of a
-% search, and with orders that differ from point to point.
+% pistonarray do not need it: they meet a tolerance by themselves, without a search, with an
+% order for each integral.
 %
 % Compares the pressures at the points with those of order 512.  The error may go up and
 % down before it stays small, so the search has three steps.  It halves the order until it
@@ -28,8 +28,10 @@
 %   array       a struct, as for pistonarray; the pressure is then that of the sum.  Do not
 %               use the order of a single piston: the piston next to the points needs the
 %               highest order.
-%   tolerance   largest error relative to the peak pressure at the points, at least 1e-6:
-%               single precision is not more accurate.
+%   tolerance   largest error relative to the peak pressure at the points, at least 1e-6.
+%               The rounding of coordinates and k to single precision, an error of up to
+%               5e-7 (1 + |k| R), is not included: for a smaller error pass 'tolerance' to
+%               pistongrid or pistonarray.
 %
 % Result
 %

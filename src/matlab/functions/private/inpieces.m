@@ -25,5 +25,8 @@ function values = inpieces (name, evaluate, count, piece, shares, quiet)
       end
     end
   end
+  if (isreal (values))
+    values = complex (values);                % if all pressures are 0
+  end
 
 end

@@ -15,7 +15,7 @@ function [nabscissas, tolerance, quiet] = readoptions (name, options)
     if (~ isomitted (nabscissas) && ~ isorder (nabscissas) && ~ istable (nabscissas))
       error ([name, ':nabscissas'], ...
              ['nabscissas must be an order from 1 to 512, or a table made by pistonrule. ' ...
-              'Pack a table [x, w] with pistonrule (x, w).']);
+              'Pack a table [x, w] with pistonrule (x, w). To pass a tolerance, write ''tolerance'', 1e-3.']);
     end
   end
   while (~ isempty (options))
@@ -27,8 +27,8 @@ function [nabscissas, tolerance, quiet] = readoptions (name, options)
       options(1:2) = [];
     else
       error ([name, ':options'], ...
-             ['After k, only an order or a table, and then ''tolerance'' with its value and ''quiet'', ' ...
-              'are allowed.']);
+             ['After k, pass an order or a table, or ''tolerance'' and a number; then ''quiet''. Nothing ' ...
+              'else is allowed.']);
     end
   end
   if (~ isempty (nabscissas) && ~ isempty (tolerance))
@@ -42,7 +42,7 @@ end
 
 function tolerance = readtolerance (name, value)
 
-  if (~ isnumeric (value) || ~ isreal (value) || numel (value) ~= 1 || ~ (value >= 1e-12 && value < 1))
+  if (~ isnumeric (value) || ~ isreal (value) || numel (value) ~= 1 || ~ (double (value) >= 1e-12 && double (value) < 1))
     error ([name, ':tolerance'], 'tolerance must be at least 1e-12 and less than 1.');
   end
   tolerance = full (double (value));
@@ -57,7 +57,7 @@ end
 
 function answer = is (value, word)
 
-  answer = istext (value) && isequal (char (value), word);
+  answer = istext (value) && strcmpi (char (value), word);
 
 end
 
