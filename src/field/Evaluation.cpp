@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "field/Vectors.h"
+#include "parallel/Cores.h"
 #include "parallel/Spread.h"
 
 namespace pistonfield {
@@ -18,8 +19,11 @@ constexpr double phaseShare = 0.25;
 constexpr std::size_t tileSize = 1024;
 static_assert(tileSize % pointsPerPack == 0);
 
-/// How many tiles times pistons are evaluated between two calls of `progress`.
-constexpr std::size_t pieceWork = 256;
+/// How many points times pistons a core evaluates at once, at most: some hundredths of a second.
+constexpr std::size_t chunkWork = 1 << 20;
+
+/// How many are evaluated between two calls of `progress`, at least.
+constexpr std::size_t pieceWork = 1 << 18;
 
 /// The rules that tolerances need, which are computed once.
 template <class Real>
@@ -99,7 +103,8 @@ Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, doub
                        const Shift& shift, int order)
     : tolerance_(tolerance),
       isNegative_(k < 0),
-      mostCoordinate_(mostWavelengths / wavelengthsPerUnit(k)),
+      mostCoordinate_(
+          std::min(mostWavelengths / wavelengthsPerUnit(k), std::numeric_limits<double>::max())),
       add_(addPiston(instructionSet())),
       used_(nothingUsed()) {
   if (order > 0) {
@@ -123,20 +128,22 @@ Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, doub
 
 void Evaluation::run(const Points& points, std::complex<double>* pressures, Work& work) {
   std::mutex usedMutex;
-  const std::size_t all = points.count();
+  const std::size_t all = points.count(), pistons = std::max<std::size_t>(pistons_.size(), 1);
+  const std::size_t chunk =
+      std::clamp<std::size_t>(chunkWork / pistons, 64, tileSize) / pointsPerPack * pointsPerPack;
   const std::size_t pieceSize =
-      std::max<std::size_t>(pieceWork / std::max<std::size_t>(pistons_.size(), 1), 2) * tileSize;
+      std::max<std::size_t>(pieceWork / pistons / chunk, parallel::cores()) * chunk;
   for (std::size_t piece = 0; piece < all; piece += pieceSize) {
     const std::size_t inPiece = std::min(pieceSize, all - piece);
-    parallel::spread(
-        (inPiece + tileSize - 1) / tileSize, 1, [&](std::uint64_t begin, std::uint64_t end) {
-          Used used = nothingUsed();
-          const std::size_t first = begin * tileSize,
-                            last = std::min<std::size_t>(end * tileSize, inPiece);
-          runHere(points, piece + first, last - first, pressures + piece + first, used);
-          const std::lock_guard lock(usedMutex);
-          used_ = bothUsed(used_, used);
-        });
+    parallel::spread((inPiece + chunk - 1) / chunk, 1, [&](std::uint64_t begin, std::uint64_t end) {
+      Used used = nothingUsed();
+      const std::size_t last = std::min<std::size_t>(end * chunk, inPiece);
+      for (std::size_t first = begin * chunk; first < last; first += chunk)
+        runHere(points, piece + first, std::min(chunk, last - first), pressures + piece + first,
+                used);
+      const std::lock_guard lock(usedMutex);
+      used_ = bothUsed(used_, used);
+    });
     work.advance(static_cast<double>(inPiece));
   }
 }

@@ -109,7 +109,8 @@ std::vector<Position> somePoints(const Points& points) {
 
 /// A lower bound of the largest magnitude among the points, from some of them; or leastPeak times
 /// what it can be at the pistons, if it is smaller.
-double peakOf(const std::vector<Field::Piston>& pistons, double k, const Points& points) {
+double peakOf(const std::vector<Field::Piston>& pistons, double k, const Points& points,
+              const std::function<void(double)>& progress) {
   const std::vector<Position> some = somePoints(points);
   if (some.empty()) return 1;  // the pressures are NaN
   double bound = 0;            // of a pressure in front of the pistons, about
@@ -117,7 +118,11 @@ double peakOf(const std::vector<Field::Piston>& pistons, double k, const Points&
   std::vector<std::complex<double>> p(some.size());
   double tolerance = bound / 20;
   while (tolerance > bound * leastPeak) {
-    Work work(nullptr, 1);
+    Work work(
+        [&](double) {
+          if (progress) progress(0);
+        },
+        1);
     Evaluation(pistons, k, tolerance, Shift()).run(ListPoints(some), p.data(), work);
     double peak = 0;
     for (const std::complex<double>& value : p)
@@ -167,19 +172,24 @@ struct Divided {
 
 /// Divides the pistons so that the evaluation takes the least time.
 Divided divided(const std::vector<Field::Piston>& pistons, double k, double tolerance,
-                const Points& points, double negligible) {
+                const Points& points, double negligible,
+                const std::function<void(double)>& progress) {
   Divided best{{}, {}, pistons};
   double mostSaved = 0;
   for (const Rows& rows : points.rows()) {
     if (rows.length < 8 || !(dot(rows.step, rows.step) > 0 && rows.deviation <= negligible))
       continue;
+    if (progress) progress(0);
     Divided candidate{rows, {}, {}};
     double saved = 0;
-    for (const EqualPistons& group : equalPistons(pistons, rows, negligible)) {
+    const std::vector<EqualPistons> groups = equalPistons(pistons, rows, negligible);
+    const std::size_t rowsToTry = groups.size() < 100 ? 16 : 1;
+    for (const EqualPistons& group : groups) {
       const double share =
           static_cast<double>(group.pistons.size()) / static_cast<double>(pistons.size());
       const RowEvaluation::Cost cost =
-          RowEvaluation::cost(group, rows, points, k, share * tolerance);
+
+          RowEvaluation::cost(group, rows, points, k, share * tolerance, rowsToTry);
       if (cost.sampled < 0.8 * cost.oneByOne) {
         candidate.inRows.push_back(group);
         saved += cost.oneByOne - cost.sampled;
@@ -201,7 +211,7 @@ Used evaluateFor(const std::vector<Field::Piston>& pistons, double k, double tol
   const double negligible = negligibleLength(pistons, k, points, options.tolerance);
   Divided parts{{}, {}, pistons};
   if (options.order == 0 && k != 0 && !isAnyBehind(pistons, points))
-    parts = divided(pistons, k, tolerance, points, negligible);
+    parts = divided(pistons, k, tolerance, points, negligible, options.progress);
   const bool someInRows = !parts.inRows.empty(), someElse = !someInRows || !parts.rest.empty();
   Work work(options.progress,
             static_cast<double>(points.count()) * (someInRows && someElse ? 2 : 1));
@@ -245,11 +255,13 @@ std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons, d
   if (report) *report = {};
   std::vector<std::complex<double>> pressures(points.count());
   if (pressures.empty() || pistons.empty()) return pressures;
-  pistons.erase(std::remove_if(pistons.begin(), pistons.end(), isSilent), pistons.end());
   double scale = 0;  // so that the sum of weights does not overflow
-  for (const Field::Piston& piston : pistons) scale = std::max(scale, std::abs(piston.weight));
-  for (Field::Piston& piston : pistons) piston.weight /= scale;
-  double peak = options.order > 0 ? 0 : peakOf(pistons, k, points);
+  for (const Field::Piston& piston : pistons)
+    scale = std::max({scale, std::fabs(piston.weight.real()), std::fabs(piston.weight.imag())});
+  for (Field::Piston& piston : pistons)
+    if (scale > 0) piston.weight = {piston.weight.real() / scale, piston.weight.imag() / scale};
+  pistons.erase(std::remove_if(pistons.begin(), pistons.end(), isSilent), pistons.end());
+  double peak = options.order > 0 ? 0 : peakOf(pistons, k, points, options.progress);
   Used used = evaluateFor(pistons, k, options.tolerance * peak, points, options, pressures.data());
   if (used.excess > 1 && !std::isinf(used.excess)) {
     // The few points of which the peak was estimated may have missed it.

@@ -33,9 +33,10 @@ constexpr std::size_t batchWork = 1 << 20;
 /// How many batches a core evaluates between two calls of `progress`.
 constexpr std::size_t batchesTogether = 4;
 
-/// The error of interpolation that a piston of weight 1 may have.
+/// The error of interpolation that a piston of weight 1 may have; for weak pistons, below that of
+/// the pressure itself.
 double errorOf(const EqualPistons& group, double tolerance) {
-  return interpolationShare * tolerance / group.weightSum();
+  return std::min(interpolationShare * tolerance / group.weightSum(), 0.1);
 }
 
 /// Pistons of a group are at most so far apart, and batches about as long: a batch takes some
@@ -217,8 +218,8 @@ struct RowEvaluation::Group {
 };
 
 RowEvaluation::Cost RowEvaluation::cost(const EqualPistons& group, const Rows& rows,
-                                        const Points& points, double k, double tolerance) {
-  constexpr std::size_t most = 16;
+                                        const Points& points, double k, double tolerance,
+                                        std::size_t most) {
   const std::size_t tried = std::min(rows.count, most);
   Cost cost{0, static_cast<double>(points.count()) * static_cast<double>(group.pistons.size())};
   for (std::size_t n = 0; n < tried; ++n) {

@@ -20,8 +20,9 @@ class RowEvaluation {
   struct Cost {
     double sampled, oneByOne;
   };
+  /// From at most `most` rows.
   static Cost cost(const EqualPistons& group, const Rows& rows, const Points& points, double k,
-                   double tolerance);
+                   double tolerance, std::size_t most);
 
   RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows, const Points& points, double k,
                 double tolerance, const Shift& shift);

@@ -174,6 +174,20 @@ TEST(FieldTest, APointThatIsNotFiniteGetsNaNAndTheOthersTheirPressures) {
     }
 }
 
+TEST(FieldTest, WeakPistonsBesideStrongOnesDoNotSpoilAGrid) {
+  AxesGrid grid{{}, {0.5}, {5, 6, 7}};
+  for (int n = 0; n < 100; ++n) grid.x.push_back(0.1 * n);
+  const Pressures expected = Field({piston(5, 7)}, k).on(grid);
+  for (const double weak : {1e-3, 1e-10, 1e-16, 1e-22, 1e-300, 1e-320})
+    expectNear(Field({piston(5, 7), piston(3, 7, {9, 0, 0}, weak)}, k).on(grid), expected,
+               2e-4 + 2 * weak);
+  // Also where the magnitude of a weight overflows.
+  const double most = 1.7e308;
+  const std::complex<double> p =
+      Field({piston(5, 7, {0, 0, 0}, {most, most})}, k).at({{0, 0, 300}})[0];
+  EXPECT_TRUE(std::isfinite(p.real()) && std::isfinite(p.imag()) && p != 0.0);
+}
+
 TEST(FieldTest, TheOrderOfAListDoesNotMatter) {
   std::vector<Piston> pistons;
   pistons.reserve(20);
@@ -199,6 +213,7 @@ TEST(FieldTest, TheOrderOfAListDoesNotMatter) {
 TEST(FieldTest, PointsThatAreAllNotFiniteGetNaN) {
   const Field field({piston(5, 7)}, k);
   EXPECT_TRUE(isNaN(field.at({{nan, 0, 1}}).at(0)));
+  EXPECT_TRUE(isNaN(Field({piston(5, 7)}, 0).at({{infinity, 0, 1}, {0, 0, 1}}).at(0)));
   EXPECT_TRUE(isNaN(field.on(AxesGrid{{0}, {0, 1}, {infinity}}).at(1)));
 }
 
