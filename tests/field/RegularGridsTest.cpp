@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "field/field.h"
+#include "lanes/InstructionSet.h"
 #include "support/AnyScene.h"
 
 // Random regular grids, whose rows are sampled and interpolated and whose mirror images are copied,
@@ -20,6 +21,7 @@ using pistonfield::FieldError;
 using pistonfield::FieldOptions;
 using pistonfield::FieldReport;
 using Piston = pistonfield::Field::Piston;
+using pistonfield::InstructionSet;
 using pistonfield::Position;
 using support::Chance;
 
@@ -155,7 +157,22 @@ double worstOf(const RandomGrid& scene, const std::vector<std::complex<double>>&
   return worst / (tolerance * peak);
 }
 
-TEST(RegularGridsTest, GridsHaveThePressuresOfTheirPointsWithinTheTolerance) {
+/// The parameter is the newest instruction set that is used.
+class RegularGridsTest : public testing::TestWithParam<InstructionSet> {
+ protected:
+  void SetUp() override {
+    if (!pistonfield::has(GetParam())) GTEST_SKIP() << "this machine does not have the set";
+    before_ = pistonfield::limitInstructionSet(GetParam());
+  }
+  void TearDown() override {
+    if (!IsSkipped()) pistonfield::limitInstructionSet(before_);
+  }
+
+ private:
+  InstructionSet before_ = InstructionSet::OLDEST;
+};
+
+TEST_P(RegularGridsTest, GridsHaveThePressuresOfTheirPointsWithinTheTolerance) {
   constexpr double k = 2 * M_PI;
   std::mt19937 random(5);
   const int count = std::getenv("PISTONFIELD_LONG") ? 1000 : 40;
@@ -187,7 +204,7 @@ TEST(RegularGridsTest, GridsHaveThePressuresOfTheirPointsWithinTheTolerance) {
   }
 }
 
-TEST(RegularGridsTest, ARowIsSampledLessDenselyThanItsPoints) {
+TEST_P(RegularGridsTest, ARowIsSampledLessDenselyThanItsPoints) {
   AxesGrid grid;
   for (int n = 0; n < 400; ++n) grid.x.push_back(0.01 + n * 0.05);
   grid.y = {0.3};
@@ -205,5 +222,14 @@ TEST(RegularGridsTest, ARowIsSampledLessDenselyThanItsPoints) {
   Field({{7.5, 5}}, 2 * M_PI).on(grid, {}, &inColumns);
   EXPECT_LT(inColumns.nodes, oneByOne.nodes / 3);
 }
+
+INSTANTIATE_TEST_SUITE_P(Sets, RegularGridsTest,
+                         testing::Values(InstructionSet::OLDEST, InstructionSet::AVX2,
+                                         InstructionSet::AVX512),
+                         [](const auto& test) {
+                           return test.param == InstructionSet::OLDEST ? "Oldest"
+                                  : test.param == InstructionSet::AVX2 ? "Avx2"
+                                                                       : "Avx512";
+                         });
 
 }  // namespace
