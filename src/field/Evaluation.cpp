@@ -60,11 +60,14 @@ struct Tile {
     points.read(first, count, x, y, z);
   }
 
-  /// Whether all coordinates are numbers of at most `most` in magnitude.
-  bool isWithin(std::size_t count, double most) const {
+  /// Whether the coordinates of a point are numbers of at most `most` in magnitude.
+  bool isWithin(std::size_t n, double most) const {
+    return (std::fabs(x[n]) <= most) & (std::fabs(y[n]) <= most) & (std::fabs(z[n]) <= most);
+  }
+
+  bool areAllWithin(std::size_t count, double most) const {
     bool within = true;
-    for (std::size_t n = 0; n < count; ++n)
-      within &= (std::fabs(x[n]) <= most) & (std::fabs(y[n]) <= most) & (std::fabs(z[n]) <= most);
+    for (std::size_t n = 0; n < count; ++n) within &= isWithin(n, most);
     return within;
   }
 
@@ -72,8 +75,7 @@ struct Tile {
   std::size_t markLost(std::size_t count, double most, bool* isLost) const {
     std::size_t valid = count;
     for (std::size_t n = 0; n < count; ++n) {
-      isLost[n] =
-          !((std::fabs(x[n]) <= most) & (std::fabs(y[n]) <= most) & (std::fabs(z[n]) <= most));
+      isLost[n] = !isWithin(n, most);
       if (!isLost[n]) valid = n;
     }
     return valid;
@@ -159,7 +161,7 @@ void Evaluation::evaluateTile(const Points& points, std::size_t first, std::size
   Tile tile(points, first, count);
   const std::size_t padded =
       (count + pointsPerPack - 1) / pointsPerPack * std::size_t{pointsPerPack};
-  const bool areAllWithin = tile.isWithin(count, mostCoordinate_);
+  const bool areAllWithin = tile.areAllWithin(count, mostCoordinate_);
   std::array<bool, tileSize> isLost{};
   const std::size_t valid = areAllWithin ? 0 : tile.markLost(count, mostCoordinate_, isLost.data());
   for (std::size_t n = areAllWithin ? count : 0; n < padded && valid < count; ++n)

@@ -8,15 +8,9 @@
 #include <cstdio>
 #include <random>
 
+#include "FastNearfield/OldestSet.h"
 #include "FastNearfield/intervals/IntervalSum.h"
 #include "FastNearfield/intervals/PistonOnPoints.h"
-#if defined(__x86_64__)
-#include "lanes/Sse2.h"
-using Set = pistonfield::Sse2;
-#else
-#include "lanes/Neon.h"
-using Set = pistonfield::Neon;
-#endif
 #include "field/ExactPressure.h"
 
 namespace {
@@ -24,14 +18,6 @@ namespace {
 using pistonfield::Pack;
 using Single = Pack<Set>;
 using Double = Pack<Set::Double>;
-
-/// The first lane.
-template <class V>
-double first(V pack) {
-  typename V::Value values[V::lanes];
-  pack.store(values);
-  return values[0];
-}
 
 /// The integral that `exactIntegral` returns, by the rule of `order` nodes in double precision.
 std::complex<double> integral(double d, double z, double from, double to, int order) {

@@ -9,27 +9,15 @@
 #include <random>
 
 #include "FastNearfield/GaussLegendre.h"
+#include "FastNearfield/OldestSet.h"
 #include "FastNearfield/intervals/PistonOnPoints.h"
 #include "field/ExactPressure.h"
 #include "support/AnyScene.h"
-#if defined(__x86_64__)
-#include "lanes/Sse2.h"
-using Set = pistonfield::Sse2;
-#else
-#include "lanes/Neon.h"
-using Set = pistonfield::Neon;
-#endif
 
 namespace {
 
 using pistonfield::Pack;
 using Single = Pack<Set>;
-
-double first(Single pack) {
-  float values[Single::lanes];
-  pack.store(values);
-  return static_cast<double>(values[0]);
-}
 
 /// ∬ exp(−2πi(R − C))/R dξ dη by rules of these orders, in double precision.
 std::complex<double> productOf(double a, double b, const pistonfield::Position& p, int orderX,
