@@ -25,6 +25,10 @@ constexpr double costOfFactor = 1.0 / 200, costOfPoint = 0.15;
 
 constexpr std::size_t together = rowsTogether;
 
+/// How many points of each row are computed before they are written row by row, so that they stay
+/// in the first-level cache.
+constexpr std::size_t columnsTogether = 16;
+
 constexpr double pi = 3.14159265358979323846;
 
 /// How many points times pistons a batch has, if none is sampled: some hundredths of a second.
@@ -318,10 +322,12 @@ class RowEvaluation::Batch {
     first_ = first;
     length_ = length;
     origins_.resize(rowCount);
-    for (std::size_t row = 0; row < rowCount; ++row)
-      origins_[row] = evaluation_.points_.position(rows.first(firstRow + row));
-    sumRe_.assign(length * together, 0);
-    sumIm_.assign(length * together, 0);
+    results_.resize(rowCount);
+    for (std::size_t row = 0; row < rowCount; ++row) {
+      const std::size_t start = rows.first(firstRow + row);
+      origins_[row] = evaluation_.points_.position(start);
+      results_[row] = pressures + start + first * rows.stride;
+    }
     const double step = std::sqrt(dot(rows.step, rows.step));
     for (const auto& group : evaluation_.groups_) {
       const Plan plan = planFor(group->members, step, length, rowCount,
@@ -332,16 +338,6 @@ class RowEvaluation::Batch {
       else
         addOneByOne(group->oneByOne);
     }
-    // Some columns at a time, so that they stay in the cache while they are read row by row.
-    constexpr std::size_t columns = 8;
-    for (std::size_t from = 0; from < length; from += columns)
-      for (std::size_t row = 0; row < rowCount; ++row) {
-        std::complex<double>* const to =
-            pressures + rows.first(firstRow + row) + first * rows.stride;
-        for (std::size_t i = from; i < std::min(from + columns, length); ++i)
-          to[i * rows.stride] +=
-              std::complex<double>(sumRe_[i * together + row], sumIm_[i * together + row]);
-      }
   }
 
  private:
@@ -349,11 +345,19 @@ class RowEvaluation::Batch {
     const Columns columns(origins_, evaluation_.rows_.step, static_cast<double>(first_), 1,
                           length_);
     evaluate(pistons, columns);
-    for (std::size_t i = 0; i < length_; ++i)
-      for (std::size_t row = 0; row < origins_.size(); ++row) {
-        sumRe_[i * together + row] += values_[i * origins_.size() + row].real();
-        sumIm_[i * together + row] += values_[i * origins_.size() + row].imag();
-      }
+    addColumns([&](std::size_t i, std::size_t row) { return values_[i * origins_.size() + row]; },
+               0, length_);
+  }
+
+  /// Adds pressure(i, row) to the results of the points `from` to `to` − 1 of each row.
+  template <class Pressure>
+  void addColumns(const Pressure& pressure, std::size_t from, std::size_t to) {
+    const std::size_t stride = evaluation_.rows_.stride;
+    for (std::size_t begin = from; begin < to; begin += columnsTogether) {
+      const std::size_t end = std::min(begin + columnsTogether, to);
+      for (std::size_t row = 0; row < results_.size(); ++row)
+        for (std::size_t i = begin; i < end; ++i) results_[row][i * stride] += pressure(i, row);
+    }
   }
 
   void evaluate(const Evaluation& pistons, const Columns& columns) {
@@ -433,11 +437,22 @@ class RowEvaluation::Batch {
   void add(const Filter& filter, AddFiltered<Real>* addColumn, SplitColumns<Real>& samples) {
     samples.assign(values_, origins_.size());
     const std::size_t a = filter.phases.size(), firstCycle = first_ / a;
-    for (std::size_t i = 0; i < length_; ++i) {
-      const std::size_t cycle = (first_ + i) / a - firstCycle, phase = (first_ + i) % a;
-      const std::size_t from = cycle * static_cast<std::size_t>(filter.lattice.samples) * together;
-      addColumn(filter.phases[phase].filter(Real()), &samples.re[from], &samples.im[from],
-                &sumRe_[i * together], &sumIm_[i * together]);
+    for (std::size_t begin = 0; begin < length_; begin += columnsTogether) {
+      const std::size_t end = std::min(begin + columnsTogether, length_);
+      std::array<double, columnsTogether * together> re{}, im{};
+      for (std::size_t i = begin; i < end; ++i) {
+        const std::size_t cycle = (first_ + i) / a - firstCycle, phase = (first_ + i) % a;
+        const std::size_t from =
+            cycle * static_cast<std::size_t>(filter.lattice.samples) * together;
+        addColumn(filter.phases[phase].filter(Real()), &samples.re[from], &samples.im[from],
+                  &re[(i - begin) * together], &im[(i - begin) * together]);
+      }
+      addColumns(
+          [&](std::size_t i, std::size_t row) {
+            const std::size_t n = (i - begin) * together + row;
+            return std::complex<double>(re[n], im[n]);
+          },
+          begin, end);
     }
   }
 
@@ -446,10 +461,10 @@ class RowEvaluation::Batch {
   Used& used_;
   std::size_t first_ = 0, length_ = 0;
   std::vector<Position> origins_;
+  std::vector<std::complex<double>*> results_;  ///< of the rows' first points
   std::vector<std::complex<double>> values_, half_;
   SplitColumns<float> single_;
   SplitColumns<double> precise_;
-  std::vector<double> sumRe_, sumIm_;
 };
 
 void RowEvaluation::run(std::complex<double>* pressures, Work& work) {
