@@ -123,7 +123,8 @@ double peakOf(const std::vector<Field::Piston>& pistons, double k, const Points&
           if (progress) progress(0);
         },
         1);
-    Evaluation(pistons, k, tolerance, Shift()).run(ListPoints(some), p.data(), work);
+    Evaluation(pistons, k, tolerance, Shift())
+        .run(ListPoints(some.data(), some.size()), p.data(), work);
     double peak = 0;
     for (const std::complex<double>& value : p)
       if (std::abs(value) > peak) peak = std::abs(value);
@@ -330,10 +331,16 @@ Field::Field(std::vector<Field::Piston> pistons, double k) : pistons_(std::move(
 std::vector<std::complex<double>> Field::at(const std::vector<Position>& points,
                                             const FieldOptions& options,
                                             FieldReport* report) const {
+  return at(points.data(), points.size(), options, report);
+}
+
+std::vector<std::complex<double>> Field::at(const Position* points, std::size_t count,
+                                            const FieldOptions& options,
+                                            FieldReport* report) const {
   return computed(options, [&](const FieldOptions& guarded) {
-    if (pistons_.size() < leastPistonsToSort || points.size() < leastPointsToSort)
-      return evaluate(pistons_, k_, ListPoints(points), guarded, report);
-    const SortedPoints sorted(points, guarded.progress);
+    if (pistons_.size() < leastPistonsToSort || count < leastPointsToSort)
+      return evaluate(pistons_, k_, ListPoints(points, count), guarded, report);
+    const SortedPoints sorted(points, count, guarded.progress);
     return sorted.inListOrder(evaluate(pistons_, k_, sorted, guarded, report));
   });
 }

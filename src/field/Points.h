@@ -56,12 +56,11 @@ class Points {
 
 class ListPoints final : public Points {
  public:
-  explicit ListPoints(const std::vector<Position>& points)
-      : Points(points.size()), points_(points) {}
+  ListPoints(const Position* points, std::size_t count) : Points(count), points_(points) {}
   void read(std::size_t first, std::size_t count, double* x, double* y, double* z) const override;
 
  private:
-  const std::vector<Position>& points_;
+  const Position* points_;
 };
 
 class AxesPoints final : public Points {

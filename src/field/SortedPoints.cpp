@@ -23,15 +23,16 @@ struct Box {
   Position least;
   double size = 0;  ///< of the longest side
 
-  explicit Box(const std::vector<Position>& points) {
+  Box(const Position* points, std::size_t count) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     Position most = {-infinity, -infinity, -infinity};
     least = {infinity, infinity, infinity};
-    for (const Position& p : points)
+    for (std::size_t n = 0; n < count; ++n)
       for (std::size_t axis = 0; axis < 3; ++axis) {
-        if (!std::isfinite(p[axis])) continue;
-        least[axis] = std::min(least[axis], p[axis]);
-        most[axis] = std::max(most[axis], p[axis]);
+        const double coordinate = points[n][axis];
+        if (!std::isfinite(coordinate)) continue;
+        least[axis] = std::min(least[axis], coordinate);
+        most[axis] = std::max(most[axis], coordinate);
       }
     for (std::size_t axis = 0; axis < 3; ++axis) size = std::max(size, most[axis] - least[axis]);
   }
@@ -50,17 +51,17 @@ struct Box {
 
 }  // namespace
 
-SortedPoints::SortedPoints(const std::vector<Position>& points,
+SortedPoints::SortedPoints(const Position* points, std::size_t count,
                            const std::function<void(double)>& progress)
-    : Points(points.size()), points_(points) {
+    : Points(count), points_(points) {
   constexpr std::size_t blockSize = 1 << 19;
-  const Box box(points);
-  indices_.reserve(points.size());
+  const Box box(points, count);
+  indices_.reserve(count);
   std::vector<std::pair<std::uint64_t, std::size_t>> order;
-  for (std::size_t first = 0; first < points.size(); first += blockSize) {
+  for (std::size_t first = 0; first < count; first += blockSize) {
     if (progress) progress(0);
     order.clear();
-    for (std::size_t n = first; n < std::min(first + blockSize, points.size()); ++n)
+    for (std::size_t n = first; n < std::min(first + blockSize, count); ++n)
       order.emplace_back(box.code(points[n]), n);
     std::sort(order.begin(), order.end());
     for (const auto& [code, n] : order) indices_.push_back(n);

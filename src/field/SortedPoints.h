@@ -11,9 +11,10 @@ namespace pistonfield {
 /// curve): points that are evaluated together then need similar orders.
 class SortedPoints final : public Points {
  public:
-  /// Keeps a reference to the list. A long one is sorted in blocks, between which `progress` is
-  /// called with 0, if it is not empty.
-  SortedPoints(const std::vector<Position>& points, const std::function<void(double)>& progress);
+  /// Keeps the pointer. A long list is sorted in blocks, between which `progress` is called with 0,
+  /// if it is not empty.
+  SortedPoints(const Position* points, std::size_t count,
+               const std::function<void(double)>& progress);
   void read(std::size_t first, std::size_t count, double* x, double* y, double* z) const override;
 
   /// Values in the order of the list, from those in the order of these points.
@@ -21,7 +22,7 @@ class SortedPoints final : public Points {
       const std::vector<std::complex<double>>& values) const;
 
  private:
-  const std::vector<Position>& points_;
+  const Position* points_;
   std::vector<std::size_t> indices_;  ///< of the sorted points in the list
 };
 

@@ -97,6 +97,11 @@ class Field {
                                        const FieldOptions& options = {},
                                        FieldReport* report = nullptr) const;
 
+  /// The same for `count` points in an array, of which no copy is made.
+  std::vector<std::complex<double>> at(const Position* points, std::size_t count,
+                                       const FieldOptions& options = {},
+                                       FieldReport* report = nullptr) const;
+
   /// The same for a grid.
   std::vector<std::complex<double>> on(const AxesGrid& grid, const FieldOptions& options = {},
                                        FieldReport* report = nullptr) const;

@@ -19,6 +19,21 @@ bool has(InstructionSet set) {
   return set == InstructionSet::OLDEST;
 }
 
+const char* nameOf(InstructionSet set) {
+  switch (set) {
+    case InstructionSet::AVX512:
+      return "AVX-512";
+    case InstructionSet::AVX2:
+      return "AVX2";
+    default:
+#if defined(__aarch64__) || defined(_M_ARM64)
+      return "NEON";
+#else
+      return "SSE2";
+#endif
+  }
+}
+
 InstructionSet instructionSet() {
   const InstructionSet newest = limit;
   if (newest >= InstructionSet::AVX512 && has(InstructionSet::AVX512))

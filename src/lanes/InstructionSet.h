@@ -8,6 +8,9 @@ enum class InstructionSet { OLDEST, AVX2, AVX512 };
 /// Whether this machine has the set.
 bool has(InstructionSet set);
 
+/// The name that its maker gives to the set.
+const char* nameOf(InstructionSet set);
+
 /// The newest set that this machine has, up to the limit.
 InstructionSet instructionSet();
 

@@ -4,6 +4,7 @@
 #include <new>
 #include <string>
 
+#include "core/Compiler.h"
 #include "core/FastestDevice.h"
 #include "core/Progress.h"
 #include "device.h"
@@ -14,18 +15,6 @@
 
 namespace pistonfield {
 namespace {
-
-std::string compiler() {
-#if defined(__clang__)
-  return "clang++ " __clang_version__;
-#elif defined(__GNUC__)
-  return "g++ " __VERSION__;
-#elif defined(_MSC_VER)
-  return "MSVC " + std::to_string(_MSC_FULL_VER);
-#else
-  return "unknown";
-#endif
-}
 
 #if PISTONFIELD_USE_CUDA
 
@@ -42,20 +31,7 @@ std::string workers(const cudaDeviceProp& device) {
   return std::to_string(device.multiProcessorCount) + " threads";
 }
 
-std::string instructions() {
-#if defined(__aarch64__) || defined(_M_ARM64)
-  return "NEON";
-#else
-  switch (instructionSet()) {
-    case InstructionSet::AVX512:
-      return "AVX-512";
-    case InstructionSet::AVX2:
-      return "AVX2";
-    default:
-      return "SSE2";
-  }
-#endif
-}
+std::string instructions() { return nameOf(instructionSet()); }
 
 #endif
 

@@ -83,13 +83,11 @@ std::vector<double> axisOf(const mxArray* cell, std::size_t index) {
   return {values, values + mxGetNumberOfElements(axis)};
 }
 
-std::vector<Position> positionsOf(const mxArray* matrix) {
+/// The columns of a matrix of three rows.
+const Position* positionsOf(const mxArray* matrix) {
   require(isReal(matrix) && mxGetM(matrix) == 3);
-  const double* const values = mxGetPr(matrix);
-  std::vector<Position> positions(mxGetN(matrix));
-  for (std::size_t n = 0; n < positions.size(); ++n)
-    positions[n] = {values[3 * n], values[3 * n + 1], values[3 * n + 2]};
-  return positions;
+  static_assert(sizeof(Position) == 3 * sizeof(double));
+  return reinterpret_cast<const Position*>(mxGetPr(matrix));
 }
 
 /// Ends the work of a Field.
@@ -169,7 +167,7 @@ mxArray* arrayOf(const std::vector<std::complex<double>>& values,
 mxArray* pressures(const Field& field, const mxArray* where, const FieldOptions& options,
                    FieldReport* report) {
   if (!mxIsCell(where)) {
-    const auto values = field.at(positionsOf(where), options, report);  // frees the positions
+    const auto values = field.at(positionsOf(where), mxGetN(where), options, report);
     return arrayOf(values, {static_cast<mwSize>(values.size()), 1});
   }
   require(mxGetNumberOfElements(where) == 3);
