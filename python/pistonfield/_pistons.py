@@ -1,0 +1,107 @@
+"""A piston, and the checks of arguments."""
+
+from __future__ import annotations
+
+from collections.abc import Iterable, Sequence
+from dataclasses import dataclass
+from typing import Union
+
+import numpy as np
+from numpy.typing import ArrayLike, NDArray
+
+_IDENTITY = ((1.0, 0.0, 0.0), (0.0, 1.0, 0.0), (0.0, 0.0, 1.0))
+
+
+@dataclass(frozen=True)
+class Piston:
+    """A flat rectangular piston, which moves with one velocity normal to its plane.
+
+    Parameters
+    ----------
+    width, height : float
+        Sides along the piston's own x and its own y: 0, or from 1e-9 to 1e6 wavelengths.
+    centre : (3,) array_like of float
+        Position of the centre.
+    rotation : (3, 3) array_like of float, optional
+        The columns are the directions of the piston's own x, y and z: unit vectors at right angles,
+        right-handed, within 1e-6. It radiates towards its own z. By default it is not rotated.
+    weight : complex
+        The velocity of the piston. With 1 the pressure of a plane wave is 1.
+
+    Raises
+    ------
+    ValueError
+        If an argument has another shape or type. The values are checked when a field is computed.
+
+    Examples
+    --------
+    A piston in the plane z = 0, and the same turned by 90 degrees towards x:
+
+    >>> import pistonfield as pf
+    >>> pf.Piston(10e-3, 15e-3)
+    Piston(width=0.01, height=0.015, centre=(0.0, 0.0, 0.0), rotation=None, weight=1)
+    >>> turned = pf.Piston(10e-3, 15e-3, rotation=[[0, 0, 1], [0, 1, 0], [-1, 0, 0]])
+    """
+
+    width: float
+    height: float
+    centre: Sequence[float] = (0.0, 0.0, 0.0)
+    rotation: Sequence[Sequence[float]] | None = None
+    weight: complex = 1
+
+    def __post_init__(self) -> None:
+        self._set("width", real_number("width", self.width))
+        self._set("height", real_number("height", self.height))
+        self._set("centre", tuple(real_array("centre", self.centre, (3,)).tolist()))
+        if self.rotation is not None:
+            rotation = real_array("rotation", self.rotation, (3, 3))
+            self._set("rotation", tuple(tuple(row) for row in rotation.tolist()))
+        if np.ndim(self.weight) != 0 or not np.can_cast(np.asarray(self.weight).dtype, complex, "safe"):
+            raise ValueError("weight must be one complex number.")
+
+    def _set(self, name: str, value: object) -> None:
+        object.__setattr__(self, name, value)  # the class is frozen
+
+    def _row(self) -> list[float]:
+        directions = np.transpose(_IDENTITY if self.rotation is None else self.rotation)
+        weight = complex(self.weight)
+        return [self.width, self.height, *self.centre, *directions.ravel().tolist(), weight.real, weight.imag]
+
+
+Pistons = Union[Piston, Sequence[Piston]]
+
+
+def piston_rows(pistons: Pistons) -> NDArray[np.float64]:
+    """The pistons as an array of 16 numbers a row."""
+    if isinstance(pistons, Piston):
+        pistons = [pistons]
+    if not isinstance(pistons, Iterable) or not all(isinstance(piston, Piston) for piston in pistons):
+        raise ValueError("pistons must be a Piston or a sequence of Pistons.")
+    return np.array([piston._row() for piston in pistons], dtype=np.float64).reshape(-1, 16)
+
+
+def point_rows(points: ArrayLike) -> tuple[NDArray[np.float64], tuple[int, ...]]:
+    """The points as (N, 3), and the shape of their pressures."""
+    array = np.asarray(points)
+    if array.ndim == 0 or array.shape[-1] != 3:
+        raise ValueError(f"points must have the shape (..., 3), not {array.shape}.")
+    return real_array("points", array.reshape(-1, 3), (None, 3)), array.shape[:-1]
+
+
+def real_array(name: str, values: ArrayLike, shape: tuple[int | None, ...]) -> NDArray[np.float64]:
+    """The values as doubles, in C order; no copy if they are. None in the shape is any length."""
+    array = np.asarray(values)
+    if not np.can_cast(array.dtype, np.float64, "safe"):
+        raise ValueError(f"{name} must be real numbers that fit float64, not {array.dtype}.")
+    expected = tuple("N" if length is None else length for length in shape)
+    if array.ndim != len(shape) or any(n is not None and n != m for n, m in zip(shape, array.shape)):
+        raise ValueError(f"{name} must have the shape {expected}, not {array.shape}.".replace("'", ""))
+    return np.ascontiguousarray(array, dtype=np.float64)
+
+
+def real_number(name: str, value: ArrayLike) -> float:
+    """The value as a float."""
+    array = np.asarray(value)
+    if array.ndim != 0 or not np.can_cast(array.dtype, np.float64, "safe"):
+        raise ValueError(f"{name} must be one real number.")
+    return float(array)
