@@ -23,8 +23,7 @@ pistonfield_add_matlab_module(pistonfield ${gateway_sources} ${interruption})
 pistonfield_add_matlab_module(pistonfield_quiet ${gateway_sources} ${interruption})
 target_compile_definitions(pistonfield_quiet_matlab PRIVATE PISTONFIELD_QUIET)
 pistonfield_add_matlab_module(pistonfield_about ${PROJECT_SOURCE_DIR}/src/matlab/about.cpp)
-pistonfield_add_matlab_module(pistonfield_pressure ${PROJECT_SOURCE_DIR}/src/matlab/pressure.cpp
-                              ${interruption})
+pistonfield_add_matlab_module(pistonfield_pressure ${pressure_sources} ${interruption})
 
 pistonfield_copy_functions(${CMAKE_BINARY_DIR}/matlab)
 add_custom_target(matlab DEPENDS pistonfield_matlab pistonfield_quiet_matlab pistonfield_about_matlab

@@ -18,8 +18,7 @@ pistonfield_add_module(pistonfield_octave ${interruption} ${mex_h})
 pistonfield_add_module(pistonfield_octave_quiet ${interruption} ${mex_h})
 target_compile_definitions(pistonfield_octave_quiet PRIVATE PISTONFIELD_QUIET)
 pistonfield_add_loaded(pistonfield_octave_about ${PROJECT_SOURCE_DIR}/src/matlab/about.cpp ${mex_h})
-pistonfield_add_loaded(pistonfield_octave_pressure
-                       "${PROJECT_SOURCE_DIR}/src/matlab/pressure.cpp;${interruption}" ${mex_h})
+pistonfield_add_loaded(pistonfield_octave_pressure "${pressure_sources};${interruption}" ${mex_h})
 
 set(octave_modules pistonfield_octave pistonfield_octave_quiet pistonfield_octave_about
                    pistonfield_octave_pressure)

@@ -81,9 +81,11 @@ def function_page(lines, names):
 
 
 def header_summary(text):
-    """Returns the first sentence of the comment on the first class, or else of the first comment."""
+    """Returns the first sentence of the comment at the top if it shows code, else of that on the first class, or
+    else of the first comment."""
     comment = r"^((?:///?(?: .*)?\n)+)"
-    found = re.search(comment + r"(?:template <.*>\n)?class ", text, re.M) or re.search(comment, text, re.M)
+    found = (re.search(r"^((?:// .*\n)+)//\n//     #include ", text, re.M)
+             or re.search(comment + r"(?:template <.*>\n)?class ", text, re.M) or re.search(comment, text, re.M))
     if not found:
         return ""
     words = re.sub(r"^///? ?", "", found[1], flags=re.M).strip().replace("\n", " ")
@@ -91,9 +93,15 @@ def header_summary(text):
 
 
 def public_headers(repository):
+    """Returns the installed headers, as programs include them, with their sources; those of field first."""
     lists = (repository / "src/CMakeLists.txt").read_text()
-    files = re.search(r"set\(public_headers\s+(.*?)\)", lists, re.S)[1].split()
-    return sorted(files, key=lambda file: (not file.startswith("Fast"), file.lower()))
+
+    def listed(name):
+        return re.search(rf"set\({name}\s+(.*?)\)", lists, re.S)[1].split()
+
+    rooms = sorted(listed("public_headers"), key=lambda file: (not file.startswith("Fast"), file.lower()))
+    return {**{file: f"field/{file}" for file in sorted(listed("field_headers"), reverse=True)},
+            **{file: file for file in rooms}}
 
 
 def contents(pages):
@@ -123,8 +131,8 @@ def main(repository, folder):
     index = ["# C++ headers", "",
              "The headers of the library that `find_package(pistonfield)` provides.", "",
              "| | |", "| --- | --- |"]
-    for header in headers:
-        text = (repository / "src" / header).read_text(encoding="utf-8")
+    for header, source in headers.items():
+        text = (repository / "src" / source).read_text(encoding="utf-8")
         page = f"# {Path(header).name}\n\n`#include <pistonfield/{header}>`\n\n````cpp\n{text}````\n"
         write(folder / f"{header}.md", page)
         index.append(f"| [`pistonfield/{header}`]({header}.md) | {escaped(header_summary(text))} |")

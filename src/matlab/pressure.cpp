@@ -9,10 +9,13 @@
 #include <vector>
 
 #include "field/field.h"
+#include "matlab/ArrayCalls.h"
+#include "matlab/HostArrays.h"
 #include "matlab/hosts/Interruption.h"
 
-// [p, used] = pistonfield_pressure(where, pistons, k, tolerance, bar), for the functions in
-// functions/. src/matlab/functions/pistonfield_pressure.m describes the arguments.
+// pistonfield_pressure, for the functions in functions/.
+// src/matlab/functions/pistonfield_pressure.m describes its calls. Here are those for pressures,
+// and the errors of all.
 //
 // An error of the host must not pass through Field, so the work is ended by a Stopped, and the
 // error is raised after that. (In Octave an interruption of the progress bar passes through Field,
@@ -22,16 +25,6 @@ namespace pistonfield {
 namespace {
 
 enum Argument { WHERE, PISTONS, K, TOLERANCE, BAR, COUNT };
-
-void require(bool isValid) {
-  if (!isValid)
-    mexErrMsgTxt(
-        "Wrong arguments. Call pistongrid or pistonarray instead of pistonfield_pressure.");
-}
-
-bool isReal(const mxArray* array) {
-  return mxIsDouble(array) && !mxIsComplex(array) && !mxIsSparse(array);
-}
 
 double number(const mxArray* array) {
   require(isReal(array) && mxGetNumberOfElements(array) == 1);
@@ -59,10 +52,7 @@ std::vector<Field::Piston> pistonsOf(const mxArray* structure) {
   const double* const heights = reals(structure, "heights", count);
   const double* const centres = reals(structure, "centres", 3 * count);
   const double* const axes = reals(structure, "axes", 9 * count);
-  const mxArray* const weights = member(structure, "weights");
-  require(mxGetNumberOfElements(weights) == count);
-  const double* const re = mxGetPr(weights);
-  const double* const im = mxIsComplex(weights) ? mxGetPi(weights) : nullptr;
+  const std::vector<std::complex<double>> weights = numbersOf(member(structure, "weights"), count);
 
   std::vector<Field::Piston> pistons(count);
   for (std::size_t m = 0; m < count; ++m) {
@@ -71,7 +61,7 @@ std::vector<Field::Piston> pistonsOf(const mxArray* structure) {
     piston.height = heights[m];
     for (std::size_t n = 0; n < 3; ++n) piston.centre[n] = centres[3 * m + n];
     for (std::size_t n = 0; n < 9; ++n) piston.axes[n / 3][n % 3] = axes[9 * m + n];
-    piston.weight = {re[m], im ? im[m] : 0};
+    piston.weight = weights[m];
   }
   return pistons;
 }
@@ -81,13 +71,6 @@ std::vector<double> axisOf(const mxArray* cell, std::size_t index) {
   require(axis && isReal(axis));
   const double* const values = mxGetPr(axis);
   return {values, values + mxGetNumberOfElements(axis)};
-}
-
-/// The columns of a matrix of three rows.
-const Position* positionsOf(const mxArray* matrix) {
-  require(isReal(matrix) && mxGetM(matrix) == 3);
-  static_assert(sizeof(Position) == 3 * sizeof(double));
-  return reinterpret_cast<const Position*>(mxGetPr(matrix));
 }
 
 /// Ends the work of a Field.
@@ -149,27 +132,11 @@ void endStoppedCall(mxArray* failure) {
   mexErrMsgTxt("Operation terminated by user.");
 }
 
-/// The pressures as an array of the host. Octave writes to a new array, so it is created only when
-/// nothing but `values` takes memory.
-mxArray* arrayOf(const std::vector<std::complex<double>>& values,
-                 const std::vector<mwSize>& sizes) {
-  mxArray* const array = mxCreateNumericArray(static_cast<mwSize>(sizes.size()), sizes.data(),
-                                              mxDOUBLE_CLASS, mxCOMPLEX);
-  auto* const re = static_cast<double*>(mxGetData(array));
-  auto* const im = static_cast<double*>(mxGetImagData(array));
-  for (std::size_t n = 0; n < values.size(); ++n) {
-    re[n] = values[n].real();
-    im[n] = values[n].imag();
-  }
-  return array;
-}
-
 mxArray* pressures(const Field& field, const mxArray* where, const FieldOptions& options,
                    FieldReport* report) {
-  if (!mxIsCell(where)) {
-    const auto values = field.at(positionsOf(where), mxGetN(where), options, report);
-    return arrayOf(values, {static_cast<mwSize>(values.size()), 1});
-  }
+  if (!mxIsCell(where))
+    return arrayOf(field.at(positionsOf(where), mxGetN(where), options, report),
+                   {static_cast<mwSize>(mxGetN(where)), 1});
   require(mxGetNumberOfElements(where) == 3);
   const AxesGrid grid{axisOf(where, 0), axisOf(where, 1), axisOf(where, 2)};
   return arrayOf(field.on(grid, options, report),
@@ -211,12 +178,16 @@ void call(int nlhs, mxArray* plhs[], const mxArray* prhs[], ProgressBar& bar) {
 
 void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   using namespace pistonfield;
-  require(nlhs <= 2 && nrhs == COUNT);
-  std::optional<ProgressBar> bar(prhs[BAR]);
+  std::optional<ProgressBar> bar;
   std::optional<FieldError> error;
   bool isStopped = false, isOutOfMemory = false;
   try {
-    call(nlhs, plhs, prhs, *bar);
+    if (nrhs > 0 && mxIsChar(prhs[0])) {
+      callForArray(nlhs, plhs, nrhs, prhs);
+    } else {
+      require(nlhs <= 2 && nrhs == COUNT);
+      call(nlhs, plhs, prhs, bar.emplace(prhs[BAR]));
+    }
   } catch (const FieldError& caught) {
     error = caught;
   } catch (const Stopped&) {
@@ -226,7 +197,7 @@ void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   } catch (const std::length_error&) {
     isOutOfMemory = true;
   }
-  mxArray* const failure = bar->failure();
+  mxArray* const failure = bar ? bar->failure() : nullptr;
   bar.reset();  // ends the line of the bar
   if (isStopped) endStoppedCall(failure);
   if (error) mexErrMsgIdAndTxt("pistonfield:field", "%s", error->what());

@@ -53,69 +53,14 @@ function weights = pistonapodization (name, counts, parameter)
     error ('pistonapodization:arguments', ...
            'Too few arguments. Call it as weights = pistonapodization (name, counts).');
   end
-  [window, default, largest] = named (name);
-  if (~ iscounts (counts, [1, 2]))
-    error ('pistonapodization:counts', ['counts must be one integer from 1, or two, along x and along ' ...
-                                        'y, with a product of at most 1e6.']);
-  end
-  if (nargin < 3)
-    parameter = default;
-  elseif (isempty (largest))
-    error ('pistonapodization:parameter', ...
-           'parameter must be omitted: only ''tukey'' and ''gauss'' have one.');
-  else
-    parameter = readnumber ('pistonapodization', 'parameter', parameter);
-    if (parameter < 0 || parameter > largest)
-      error ('pistonapodization:parameter', 'parameter must be from 0 to %d.', largest);
-    end
-  end
-
-  weights = 1;
-  for count = full (double (counts(:).'))
-    weights = weights(:) * window ((2 * (1:count) - count - 1) / count, parameter);
-  end
-  weights = weights(:);
-
-end
-
-% Returns the window, a function of u and its parameter, with the default and the largest value of the
-% parameter; both are empty if it has none.
-
-function [window, default, largest] = named (name)
-
-  default = [];
-  largest = [];
   if (~ ischar (name) && ~ isa (name, 'string'))
     name = '';
   end
-  switch (lower (reshape (char (name), 1, [])))
-    case 'rectangular'
-      window = @(u, ~) ones (size (u));
-    case 'hann'
-      window = @(u, ~) cos (pi * u / 2) .^ 2;
-    case 'hamming'
-      window = @(u, ~) 0.54 + 0.46 * cos (pi * u);
-    case 'tukey'
-      window = @tukey;
-      default = 0.5;
-      largest = 1;
-    case 'gauss'
-      window = @(u, ratio) exp (-(ratio * u) .^ 2 / 2);
-      default = 2.5;
-      largest = 10;
-    otherwise
-      error ('pistonapodization:name', ...
-             'name must be ''rectangular'', ''hann'', ''hamming'', ''tukey'' or ''gauss''.');
+  given = {reshape(char (name), 1, []), counts};
+  if (nargin > 2)
+    given{3} = parameter;
   end
-
-end
-
-function values = tukey (u, fraction)
-
-  values = ones (size (u));
-  v = abs (u) - (1 - fraction);
-  tapered = v > 0;                          % nowhere if the fraction is 0
-  values(tapered) = cos (pi / 2 * v(tapered) / fraction) .^ 2;
+  weights = fromlibrary ('pistonapodization', 'apodization', given{:});
 
 end
 

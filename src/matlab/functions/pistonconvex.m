@@ -54,20 +54,8 @@ function array = pistonconvex (count, pitch, radius, l, s)
     error ('pistonconvex:arguments', ...
            'Too few arguments. Call it as array = pistonconvex (count, pitch, radius, l, s).');
   end
-  count = readcount ('pistonconvex', count);
-  pitch = readlength ('pistonconvex', 'pitch', pitch);
-  radius = readnumber ('pistonconvex', 'radius', radius);
-  if (count * pitch > 2 * pi * abs (radius) * (1 + 1e-6))    % rounding, also of single precision
-    error ('pistonconvex:radius', ['radius must be at least count * pitch / (2 pi) in magnitude: the ' ...
-                                   'elements must fit on the circle.']);
-  end
-  array = flatarray ('pistonconvex', [count, 1], [pitch, pitch], l, s);
-
-  a = array.positions(1,:) / radius;
-  none = zeros (1, count);
-  array.positions = radius * [sin(a); none; -2 * sin(a / 2) .^ 2];
-  array.rotations = reshape ([cos(a); none; -sin(a); none; none + 1; none; sin(a); none; cos(a)], ...
-                             [3, 3, count]);
+  array = fromlibrary ('pistonconvex', 'convex', count, pitch, radius, s, l);
+  checklengths ('pistonconvex', [array.l, array.s], array.positions);
 
 end
 

@@ -1,8 +1,9 @@
-% PISTONFIELD_PRESSURE  Pressure of pistons, with an error below a tolerance.
+% PISTONFIELD_PRESSURE  What the other functions compute with the library.
 %
 %   [p, used] = pistonfield_pressure (where, pistons, k, tolerance, bar)
 %
-% For pistongrid and pistonarray, which check their arguments.
+% For pistongrid and pistonarray, which check their arguments: the pressure of pistons, with
+% an error below a tolerance.
 %
 %   where      3 x N real double, or the axes {x, y, z} of a grid.
 %   pistons    a struct of double arrays for M pistons: widths, heights and weights (M
@@ -14,6 +15,18 @@
 %              what the last call returned (0 in the first one), to be replaced.
 %   p          N x 1, or of the shape of the grid.
 %   used       a struct, as pistongrid returns it.
+%
+%   array = pistonfield_pressure ('linear', count, pitch, width, height)
+%   array = pistonfield_pressure ('matrix', counts, pitches, width, height)
+%   array = pistonfield_pressure ('convex', count, pitch, radius, width, height)
+%   weights = pistonfield_pressure ('apodization', name, counts)
+%   weights = pistonfield_pressure ('apodization', name, counts, parameter)
+%   weights = pistonfield_pressure ('steered', positions, weights, direction, k)
+%   weights = pistonfield_pressure ('focused', positions, weights, focus, k)
+%
+% For pistonlinear, pistonmatrix, pistonconvex, pistonapodization and pistonarray: the
+% functions of <pistonfield/arrays.h>, with double arguments.  The width and the height are
+% s and l.
 
 function [p, used] = pistonfield_pressure (varargin)
 

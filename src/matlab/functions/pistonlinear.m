@@ -42,9 +42,8 @@ function array = pistonlinear (count, pitch, l, s)
     error ('pistonlinear:arguments', ...
            'Too few arguments. Call it as array = pistonlinear (count, pitch, l, s).');
   end
-  count = readcount ('pistonlinear', count);
-  pitch = readlength ('pistonlinear', 'pitch', pitch);
-  array = flatarray ('pistonlinear', [count, 1], [pitch, pitch], l, s);
+  array = fromlibrary ('pistonlinear', 'linear', count, pitch, s, l);
+  checklengths ('pistonlinear', [array.l, array.s], array.positions);
 
 end
 

@@ -47,16 +47,11 @@ function array = pistonmatrix (counts, pitches, l, s)
     error ('pistonmatrix:arguments', ...
            'Too few arguments. Call it as array = pistonmatrix (counts, pitches, l, s).');
   end
-  if (~ iscounts (counts, 2))
-    error ('pistonmatrix:counts', ...
-           'counts must be two integers from 1, along x and along y, with a product of at most 1e6.');
-  end
   if (~ isnumeric (pitches) || ~ any (numel (pitches) == [1, 2]))
     error ('pistonmatrix:pitches', 'pitches must be two numbers, along x and along y, or one for both.');
   end
-  along_x = readlength ('pistonmatrix', 'pitches', pitches(1));
-  along_y = readlength ('pistonmatrix', 'pitches', pitches(end));
-  array = flatarray ('pistonmatrix', full (double (counts)), [along_x, along_y], l, s);
+  array = fromlibrary ('pistonmatrix', 'matrix', counts, pitches([1, end]), s, l);
+  checklengths ('pistonmatrix', [array.l, array.s], array.positions);
 
 end
 

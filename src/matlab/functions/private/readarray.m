@@ -31,7 +31,7 @@ function array = readarray (array, k)
   array.l = oneeach (array.l, 'l', M);
   array.s = oneeach (array.s, 's', M);
   array.rotations = readrotations (array, M);
-  array.weights = readweights (array, M) .* exp (1i * k * leads (array));
+  array.weights = aimed (array, readweights (array, M), k);
 
 end
 
@@ -77,24 +77,22 @@ function weights = readweights (array, M)
 
 end
 
-% Returns how much longer the path of each piston's wave is than that of a wave from the origin; the
-% phase of a wave is exp (-i k R).
+% Returns the weights with the phases of steer or focus.
 
-function lengths = leads (array)
+function weights = aimed (array, weights, k)
 
-  lengths = zeros (size (array.positions, 2), 1);
   if (isfield (array, 'steer') && isfield (array, 'focus'))
     fail ('must not have both steer and focus: remove one of them.');
   end
   if (isfield (array, 'steer'))
     direction = readpoint (array.steer, 'steer');
-    if (~ (norm (direction) > 0))
+    if (~ any (direction))
       fail ('.steer must be a nonzero vector.');
     end
-    lengths = -array.positions.' * direction / norm (direction);
+    weights = fromlibrary ('pistonarray', 'steered', array.positions, weights, direction, k);
   elseif (isfield (array, 'focus'))
     focus = readpoint (array.focus, 'focus');
-    lengths = sqrt (sum ((focus - array.positions) .^ 2, 1)).' - norm (focus);
+    weights = fromlibrary ('pistonarray', 'focused', array.positions, weights, focus, k);
   end
 
 end

@@ -1,0 +1,144 @@
+#include "matlab/ArrayCalls.h"
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "field/arrays.h"
+#include "matlab/HostArrays.h"
+
+// The arguments of the functions for arrays come as users pass them, converted to double. One that
+// is not a number is passed on as NaN, and a count that is none as 0, which arrays.h refuses.
+
+namespace pistonfield {
+namespace {
+
+using Pistons = std::vector<Field::Piston>;
+
+/// A text of known length, or "".
+std::string textOf(const mxArray* array) {
+  std::array<char, 16> text{};
+  return mxGetString(array, text.data(), text.size()) == 0 ? text.data() : "";
+}
+
+std::vector<double> realsOf(const mxArray* array) {
+  if (!isReal(array)) return {};
+  const double* const values = mxGetPr(array);
+  return {values, values + mxGetNumberOfElements(array)};
+}
+
+double scalarOf(const mxArray* array) {
+  const std::vector<double> values = realsOf(array);
+  return values.size() == 1 ? values[0] : std::numeric_limits<double>::quiet_NaN();
+}
+
+std::vector<std::size_t> countsOf(const mxArray* array) {
+  std::vector<std::size_t> counts;
+  for (const double value : realsOf(array))
+    counts.push_back(value >= 1 && value <= 1e9 && value == std::floor(value)
+                         ? static_cast<std::size_t>(value)
+                         : 0);
+  return counts;
+}
+
+std::size_t countOf(const mxArray* array) {
+  const std::vector<std::size_t> counts = countsOf(array);
+  return counts.size() == 1 ? counts[0] : 0;
+}
+
+/// Two values; all are `otherwise` if there are not two.
+template <class T>
+std::array<T, 2> pairOf(const std::vector<T>& values, T otherwise) {
+  if (values.size() != 2) return {otherwise, otherwise};
+  return {values[0], values[1]};
+}
+
+mxArray* realArray(const std::vector<mwSize>& sizes) {
+  return mxCreateNumericArray(static_cast<mwSize>(sizes.size()), sizes.data(), mxDOUBLE_CLASS,
+                              mxREAL);
+}
+
+mxArray* column(const std::vector<double>& values) {
+  mxArray* const array = realArray({static_cast<mwSize>(values.size()), 1});
+  double* const to = mxGetPr(array);
+  for (std::size_t n = 0; n < values.size(); ++n) to[n] = values[n];
+  return array;
+}
+
+/// The struct that pistonarray takes; the rotations only on request.
+mxArray* structOf(const Pistons& pistons, bool withRotations) {
+  const char* names[] = {"l", "s", "positions", "rotations"};
+  const auto count = static_cast<mwSize>(pistons.size());
+  mxArray* const result = mxCreateStructMatrix(1, 1, withRotations ? 4 : 3, names);
+  mxSetField(result, 0, "l", mxCreateDoubleScalar(pistons[0].height));
+  mxSetField(result, 0, "s", mxCreateDoubleScalar(pistons[0].width));
+  mxArray* const positions = realArray({3, count});
+  double* centre = mxGetPr(positions);
+  for (const Field::Piston& piston : pistons)
+    for (const double coordinate : piston.centre) *centre++ = coordinate;
+  mxSetField(result, 0, "positions", positions);
+  if (!withRotations) return result;
+  mxArray* const rotations = realArray({3, 3, count});
+  double* axes = mxGetPr(rotations);
+  for (const Field::Piston& piston : pistons)
+    for (const Position& axis : piston.axes)
+      for (const double component : axis) *axes++ = component;
+  mxSetField(result, 0, "rotations", rotations);
+  return result;
+}
+
+/// The weights after steering or focusing, `aim`, at one point.
+template <class Aim>
+mxArray* aimed(const mxArray* prhs[], Aim aim) {
+  const Position* const centres = positionsOf(prhs[1]);
+  Pistons pistons(mxGetN(prhs[1]));
+  const std::vector<std::complex<double>> weights = numbersOf(prhs[2], pistons.size());
+  const Position* const at = positionsOf(prhs[3]);
+  require(mxGetN(prhs[3]) == 1);
+  for (std::size_t m = 0; m < pistons.size(); ++m) {
+    pistons[m].centre = centres[m];
+    pistons[m].weight = weights[m];
+  }
+  pistons = aim(pistons, *at, scalarOf(prhs[4]));
+  std::vector<std::complex<double>> result;
+  for (const Field::Piston& piston : pistons) result.push_back(piston.weight);
+  return arrayOf(result, {static_cast<mwSize>(result.size()), 1});
+}
+
+}  // namespace
+
+void callForArray(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
+  const std::string what = textOf(prhs[0]);
+  const auto is = [&](const char* name, int arguments) {
+    return what == name && nlhs <= 1 && nrhs == 1 + arguments;
+  };
+  if (is("linear", 4))
+    plhs[0] = structOf(
+        linearArray(countOf(prhs[1]), scalarOf(prhs[2]), scalarOf(prhs[3]), scalarOf(prhs[4])),
+        false);
+  else if (is("matrix", 4))
+    plhs[0] = structOf(
+        matrixArray(pairOf<std::size_t>(countsOf(prhs[1]), 0),
+                    pairOf(realsOf(prhs[2]), std::nan("")), scalarOf(prhs[3]), scalarOf(prhs[4])),
+        false);
+  else if (is("convex", 5))
+    plhs[0] = structOf(convexArray(countOf(prhs[1]), scalarOf(prhs[2]), scalarOf(prhs[3]),
+                                   scalarOf(prhs[4]), scalarOf(prhs[5])),
+                       true);
+  else if (is("apodization", 2))
+    plhs[0] = column(apodization(textOf(prhs[1]), countsOf(prhs[2])));
+  else if (is("apodization", 3))
+    plhs[0] = column(apodization(textOf(prhs[1]), countsOf(prhs[2]), scalarOf(prhs[3])));
+  else if (is("steered", 4))
+    plhs[0] = aimed(prhs, steered);
+  else if (is("focused", 4))
+    plhs[0] = aimed(prhs, focused);
+  else
+    require(false);
+}
+
+}  // namespace pistonfield
