@@ -1,19 +1,24 @@
 #include <nanobind/nanobind.h>
 #include <nanobind/ndarray.h>
+#include <nanobind/stl/optional.h>
 #include <nanobind/stl/string.h>
 #include <nanobind/stl/tuple.h>
+#include <nanobind/stl/vector.h>
 
 #include <chrono>
 #include <complex>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
+#include <string>
 #include <tuple>
 #include <utility>
 #include <vector>
 
 #include "FastNearfield/GaussLegendre.h"
 #include "core/Compiler.h"
+#include "field/arrays.h"
 #include "field/field.h"
 #include "field/order.h"
 #include "lanes/InstructionSet.h"
@@ -50,6 +55,28 @@ std::vector<Field::Piston> pistonsOf(const PistonRows& rows) {
     row += 16;
   }
   return pistons;
+}
+
+using Numbers = nb::ndarray<nb::numpy, double>;
+
+/// An array that owns the values.
+Numbers arrayOf(std::vector<double> values, const std::vector<std::size_t>& shape) {
+  auto* const owned = new std::vector<double>(std::move(values));
+  const nb::capsule owner(
+      owned, [](void* pointer) noexcept { delete static_cast<std::vector<double>*>(pointer); });
+  return {owned->data(), shape.size(), shape.data(), owner};
+}
+
+Numbers rowsOf(const std::vector<Field::Piston>& pistons) {
+  std::vector<double> rows;
+  rows.reserve(16 * pistons.size());
+  for (const Field::Piston& piston : pistons) {
+    rows.insert(rows.end(), {piston.width, piston.height});
+    rows.insert(rows.end(), piston.centre.begin(), piston.centre.end());
+    for (const Position& axis : piston.axes) rows.insert(rows.end(), axis.begin(), axis.end());
+    rows.insert(rows.end(), {piston.weight.real(), piston.weight.imag()});
+  }
+  return arrayOf(std::move(rows), {pistons.size(), 16});
 }
 
 std::vector<double> axisOf(const Reals& axis) { return {axis.data(), axis.data() + axis.shape(0)}; }
@@ -144,15 +171,16 @@ std::tuple<int, double> orderFor(const PointRows& points, const PistonRows& pist
   return {order, error};
 }
 
-using Rule = nb::ndarray<nb::numpy, double, nb::ndim<1>>;
-
-std::tuple<Rule, Rule> ruleOf(int order) {
+std::tuple<Numbers, Numbers> ruleOf(int order) {
   const auto length = static_cast<std::size_t>(order);
-  auto* const both = new double[2 * length];
-  const nb::capsule owner(both,
-                          [](void* pointer) noexcept { delete[] static_cast<double*>(pointer); });
-  legendre_compute(order, both, both + length);
-  return {Rule(both, {length}, owner), Rule(both + length, {length}, owner)};
+  std::vector<double> nodes(length), weights(length);
+  legendre_compute(order, nodes.data(), weights.data());
+  return {arrayOf(std::move(nodes), {length}), arrayOf(std::move(weights), {length})};
+}
+
+Position positionOf(const Reals& numbers) {
+  const double* const p = numbers.data();
+  return {p[0], p[1], p[2]};
 }
 
 nb::typed<nb::dict, nb::str, nb::object> info() {
@@ -176,6 +204,46 @@ NB_MODULE(_core, module) {
   module.def("pressures_on", &pressuresOn, "x"_a, "y"_a, "z"_a, "pistons"_a, "k"_a, "tolerance"_a,
              "order"_a, "progress"_a.none());
   module.def("order_for", &orderFor, "points"_a, "pistons"_a, "k"_a, "tolerance"_a);
+  module.def(
+      "linear_array",
+      [](std::size_t count, double pitch, double width, double height) {
+        return rowsOf(linearArray(count, pitch, width, height));
+      },
+      "count"_a, "pitch"_a, "width"_a, "height"_a);
+  module.def(
+      "matrix_array",
+      [](std::size_t nx, std::size_t ny, double pitchX, double pitchY, double width,
+         double height) {
+        return rowsOf(matrixArray({nx, ny}, {pitchX, pitchY}, width, height));
+      },
+      "nx"_a, "ny"_a, "pitch_x"_a, "pitch_y"_a, "width"_a, "height"_a);
+  module.def(
+      "convex_array",
+      [](std::size_t count, double pitch, double radius, double width, double height) {
+        return rowsOf(convexArray(count, pitch, radius, width, height));
+      },
+      "count"_a, "pitch"_a, "radius"_a, "width"_a, "height"_a);
+  module.def(
+      "apodization",
+      [](const std::string& name, const std::vector<std::size_t>& counts,
+         std::optional<double> parameter) {
+        std::vector<double> weights = apodization(name, counts, parameter);
+        const std::size_t count = weights.size();
+        return arrayOf(std::move(weights), {count});
+      },
+      "name"_a, "counts"_a, "parameter"_a.none());
+  module.def(
+      "steered",
+      [](const PistonRows& pistons, const Reals& direction, double k) {
+        return rowsOf(steered(pistonsOf(pistons), positionOf(direction), k));
+      },
+      "pistons"_a, "direction"_a, "k"_a);
+  module.def(
+      "focused",
+      [](const PistonRows& pistons, const Reals& focus, double k) {
+        return rowsOf(focused(pistonsOf(pistons), positionOf(focus), k));
+      },
+      "pistons"_a, "focus"_a, "k"_a);
   module.def("rule", &ruleOf, "order"_a);
   module.def("info", &info);
 }

@@ -1,9 +1,11 @@
 """The pressure field of rectangular pistons and of arrays of them, for a tolerance.
 
-All lengths, and 1/k, are in one unit. The pressure is without the factor rho c v: 1 is the pressure of a
-plane wave with the velocity of the piston. The time factor is exp(+i omega t).
+All lengths, and 1/k, are in one unit. A plane wave with the velocity of the piston has the magnitude 1; the
+pressure in pascals is i rho c v p, with the density rho, the speed of sound c and the velocity amplitude v.
+The time factor is exp(+i omega t).
 """
 
+from ._arrays import apodization, convex_array, focused, linear_array, matrix_array, steered, weighted
 from ._core import FieldError
 from ._field import Used, field, grid
 from ._info import info
@@ -11,5 +13,22 @@ from ._order import order, rule
 from ._pistons import Piston
 from ._plot import plot
 
-__all__ = ["FieldError", "Piston", "Used", "field", "grid", "info", "order", "plot", "rule"]
+__all__ = [
+    "FieldError",
+    "Piston",
+    "Used",
+    "apodization",
+    "convex_array",
+    "field",
+    "focused",
+    "grid",
+    "info",
+    "linear_array",
+    "matrix_array",
+    "order",
+    "plot",
+    "rule",
+    "steered",
+    "weighted",
+]
 __version__ = info()["version"]

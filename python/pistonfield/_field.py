@@ -76,11 +76,12 @@ def field(
 
         p(r) = sum over m of w_m f_m(R_m^T (r - c_m)),
 
-        f(r) = i k / (2 pi)  integral over the piston of  exp(-i k |r - r'|) / |r - r'|  dx' dy'
+        f(r) = k / (2 pi)  integral over the piston of  exp(-i k |r - r'|) / |r - r'|  dx' dy'
 
-    with the weight w_m, the rotation R_m and the centre c_m. The integral, due to Rayleigh and Sommerfeld, is
-    computed as four integrals along the edges. Each piston lies in its own rigid plane; between pistons that
-    are turned towards each other, shadowing and scattering are neglected.
+    with the weight w_m, the rotation R_m and the centre c_m. The Rayleigh-Sommerfeld integral f is computed as
+    four integrals along the edges; behind a piston (z < 0 in its own coordinates) the result is theirs. Each
+    piston lies in its own rigid plane; for pistons that are turned towards each other, the sum neglects
+    shadowing and scattering.
 
     Parameters
     ----------

@@ -9,10 +9,10 @@ from typing import Union
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
-_IDENTITY = ((1.0, 0.0, 0.0), (0.0, 1.0, 0.0), (0.0, 0.0, 1.0))
+_UNTURNED = [1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0]
 
 
-@dataclass(frozen=True)
+@dataclass(frozen=True, init=False)
 class Piston:
     """A flat rectangular piston, which moves with one velocity normal to its plane.
 
@@ -39,33 +39,39 @@ class Piston:
 
     >>> import pistonfield as pf
     >>> pf.Piston(10e-3, 15e-3)
-    Piston(width=0.01, height=0.015, centre=(0.0, 0.0, 0.0), rotation=None, weight=1)
+    Piston(width=0.01, height=0.015, centre=(0.0, 0.0, 0.0), rotation=None, weight=(1+0j))
     >>> turned = pf.Piston(10e-3, 15e-3, rotation=[[0, 0, 1], [0, 1, 0], [-1, 0, 0]])
     """
 
     width: float
     height: float
-    centre: Sequence[float] = (0.0, 0.0, 0.0)
-    rotation: Sequence[Sequence[float]] | None = None
-    weight: complex = 1
+    centre: tuple[float, ...]
+    rotation: tuple[tuple[float, ...], ...] | None
+    weight: complex
 
-    def __post_init__(self) -> None:
-        self._set("width", real_number("width", self.width))
-        self._set("height", real_number("height", self.height))
-        self._set("centre", tuple(real_array("centre", self.centre, (3,)).tolist()))
-        if self.rotation is not None:
-            rotation = real_array("rotation", self.rotation, (3, 3))
-            self._set("rotation", tuple(tuple(row) for row in rotation.tolist()))
-        if np.ndim(self.weight) != 0 or not np.can_cast(np.asarray(self.weight).dtype, complex, "safe"):
+    def __init__(
+        self,
+        width: float,
+        height: float,
+        centre: ArrayLike = (0.0, 0.0, 0.0),
+        rotation: ArrayLike | None = None,
+        weight: complex = 1,
+    ) -> None:
+        if np.ndim(weight) != 0 or not np.can_cast(np.asarray(weight).dtype, complex, "safe"):
             raise ValueError("weight must be one complex number.")
+        rows = None if rotation is None else real_array("rotation", rotation, (3, 3)).tolist()
+        self._set("width", real_number("width", width))
+        self._set("height", real_number("height", height))
+        self._set("centre", tuple(real_array("centre", centre, (3,)).tolist()))
+        self._set("rotation", None if rows is None else tuple(tuple(row) for row in rows))
+        self._set("weight", complex(weight))
 
     def _set(self, name: str, value: object) -> None:
         object.__setattr__(self, name, value)  # the class is frozen
 
     def _row(self) -> list[float]:
-        directions = np.transpose(_IDENTITY if self.rotation is None else self.rotation)
-        weight = complex(self.weight)
-        return [self.width, self.height, *self.centre, *directions.ravel().tolist(), weight.real, weight.imag]
+        directions = _UNTURNED if self.rotation is None else np.ravel(self.rotation, order="F").tolist()
+        return [self.width, self.height, *self.centre, *directions, self.weight.real, self.weight.imag]
 
 
 Pistons = Union[Piston, Sequence[Piston]]
@@ -78,6 +84,20 @@ def piston_rows(pistons: Pistons) -> NDArray[np.float64]:
     if not isinstance(pistons, Iterable) or not all(isinstance(piston, Piston) for piston in pistons):
         raise ValueError("pistons must be a Piston or a sequence of Pistons.")
     return np.array([piston._row() for piston in pistons], dtype=np.float64).reshape(-1, 16)
+
+
+def pistons_of(rows: NDArray[np.float64]) -> list[Piston]:
+    """The pistons of such an array."""
+    return [
+        Piston(
+            row[0],
+            row[1],
+            row[2:5],
+            None if row[5:14] == _UNTURNED else np.reshape(row[5:14], (3, 3)).T,
+            complex(*row[14:]),
+        )
+        for row in rows.tolist()
+    ]
 
 
 def point_rows(points: ArrayLike) -> tuple[NDArray[np.float64], tuple[int, ...]]:
