@@ -14,7 +14,7 @@ namespace pistonfield {
 namespace {
 
 /// Of the tolerance, what the rounding of coordinates may take.
-constexpr double phaseShare = 0.25;
+constexpr double positionShare = 0.25;
 
 constexpr std::size_t tileSize = 1024;
 static_assert(tileSize % pointsPerPack == 0);
@@ -44,10 +44,11 @@ WeightedPiston weighted(const Field::Piston& piston, double k, double tolerance)
   result.weightRe = piston.weight.real();
   // Σ w·(−p̄) for −k is −conj(Σ w̄·p).
   result.weightIm = k > 0 ? piston.weight.imag() : -piston.weight.imag();
-  // Units of the last place: of the difference to the centre, of a product, and of two more and two
-  // sums if the piston is turned.
+  // Units of the last place: of the difference to the centre, of the axis in wavelengths and of the
+  // product; and of two more products and two sums if the piston is turned.
   const auto isAlong = [&](std::size_t axis) { return std::fabs(piston.axes[axis][axis]) == 1; };
-  result.relativeShift = isAlong(0) && isAlong(1) ? 0x1p-51 : 0x1p-50;
+  result.isTurned = !isAlong(0) || !isAlong(1);
+  result.relativeShift = result.isTurned ? 0x1p-50 : 0x1.8p-52;
   result.weightMagnitude = std::abs(piston.weight);
   result.tolerance = tolerance / std::abs(piston.weight);
   return result;
@@ -102,7 +103,7 @@ Used bothUsed(const Used& one, const Used& other) {
 }
 
 Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, double tolerance,
-                       const Shift& shift, int order)
+                       double shift, int order)
     : tolerance_(tolerance),
       isNegative_(k < 0),
       mostCoordinate_(
@@ -116,15 +117,12 @@ Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, doub
   for (const Field::Piston& piston : pistons) {
     if (k == 0) break;
     pistons_.push_back(
-        weighted(piston, k, tolerance * (1 - phaseShare) / static_cast<double>(pistons.size())));
+        weighted(piston, k, tolerance * (1 - positionShare) / static_cast<double>(pistons.size())));
     pistons_.back().order = order;
     pistons_.back().rules = (rule_ ? *rule_ : rulesForTolerances<float>()).table();
     pistons_.back().preciseRules =
         (preciseRule_ ? *preciseRule_ : rulesForTolerances<double>()).table();
-    const Position& c = piston.centre;
-    const double offset = std::fabs(c[0]) + std::fabs(c[1]) + std::fabs(c[2]);
-    pistons_.back().shift = (shift.absolute + shift.relative * offset) * wavelengthsPerUnit(k);
-    pistons_.back().relativeShift += shift.relative;
+    pistons_.back().shift = shift * wavelengthsPerUnit(k);
   }
 }
 
@@ -167,15 +165,20 @@ void Evaluation::evaluateTile(const Points& points, std::size_t first, std::size
   for (std::size_t n = areAllWithin ? count : 0; n < padded && valid < count; ++n)
     if (n >= count || isLost[n]) tile.copy(valid, n);
 
-  used.phaseError = 0;
+  used.positionError = 0;
   alignas(64) double re[tileSize] = {}, im[tileSize] = {};
   for (const WeightedPiston& piston : pistons_)
     if (valid < count) add_(piston, tile.x, tile.y, tile.z, static_cast<int>(padded), re, im, used);
 
   if (!pistons_.empty() && pistons_.front().order == 0)
-    used.excess = std::max(used.excess, used.phaseError / (phaseShare * tolerance_));
+    used.excess = std::max(used.excess, used.positionError / (positionShare * tolerance_));
 
-  for (std::size_t n = 0; n < count; ++n) pressures[n] = {isNegative_ ? -re[n] : re[n], im[n]};
+  double magnitudes = 0;
+  for (std::size_t n = 0; n < count; ++n) {
+    magnitudes += std::fabs(re[n]) + std::fabs(im[n]);
+    pressures[n] = {isNegative_ ? -re[n] : re[n], im[n]};
+  }
+  if (!std::isfinite(magnitudes)) used.excess = std::numeric_limits<double>::max();
   const double nan = std::numeric_limits<double>::quiet_NaN();
   for (std::size_t n = 0; n < count && !areAllWithin; ++n) {
     if (!isLost[n]) continue;

@@ -12,20 +12,15 @@ namespace pistonfield {
 /// The largest magnitude of a coordinate, in wavelengths.
 constexpr double mostWavelengths = 1e9;
 
-/// How far points may be from where they should be: `absolute`, plus `relative` times the distance
-/// from a piston and from the origin.
-struct Shift {
-  double absolute = 0, relative = 0;
-};
-
 /// The sum of pistons' pressures at points, for an absolute tolerance. It is computed tile by tile,
 /// on all cores: a tile's sum stays in the cache while the pistons are added to it.
 class Evaluation {
  public:
-  /// Sides and weights are not 0. The shift of points is charged to the tolerance. If `order` is
+  /// Sides and weights are not 0. `shift` is how far points may be from where they should be, which
+  /// is charged to the tolerance. If `order` is
   /// above 0, it is the order of every integral, and the tolerance is ignored.
-  Evaluation(const std::vector<Field::Piston>& pistons, double k, double tolerance,
-             const Shift& shift, int order = 0);
+  Evaluation(const std::vector<Field::Piston>& pistons, double k, double tolerance, double shift,
+             int order = 0);
   Evaluation(Evaluation&&) = default;
 
   /// Writes the pressure at each point, or NaN if the point is not finite. Where a point is too

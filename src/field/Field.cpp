@@ -55,6 +55,9 @@ void check(const Field::Piston& piston, std::size_t index) {
     throw FieldError(name + ": its weight must be finite.");
 }
 
+/// So that squares of small and of large lengths are numbers.
+constexpr double leastWaveNumber = 1e-99, mostWaveNumber = 1e99;
+
 /// Shorter sides cannot be told from 0; longer ones take too long.
 constexpr double leastSide = 1e-9, mostSide = 1e6;  // in wavelengths
 
@@ -123,8 +126,7 @@ double peakOf(const std::vector<Field::Piston>& pistons, double k, const Points&
           if (progress) progress(0);
         },
         1);
-    Evaluation(pistons, k, tolerance, Shift())
-        .run(ListPoints(some.data(), some.size()), p.data(), work);
+    Evaluation(pistons, k, tolerance, 0).run(ListPoints(some.data(), some.size()), p.data(), work);
     double peak = 0;
     for (const std::complex<double>& value : p)
       if (std::abs(value) > peak) peak = std::abs(value);
@@ -156,12 +158,22 @@ double largestCoordinate(const std::vector<Field::Piston>& pistons, const Points
   return largest;
 }
 
-/// Positions on a grid that differ by at most this are taken for the same: some units of the last
-/// place, in which numbers such as 0.3·i differ that stand for the same. 0 where even that matters.
+/// Some units of the last place of the positions on a grid and of pistons.
+double roundingOfPositions(const std::vector<Field::Piston>& pistons, const Points& points) {
+  return 8 * 0x1p-53 * largestCoordinate(pistons, points);
+}
+
+/// Positions on a grid that differ by at most this are taken for the same: by the rounding in which
+/// numbers such as 0.3·i differ that stand for the same. 0 where even that matters.
 double negligibleLength(const std::vector<Field::Piston>& pistons, double k, const Points& points,
                         double tolerance) {
-  const double length = 8 * 0x1p-53 * largestCoordinate(pistons, points);
-  return length * std::fabs(k) < tolerance / 1000 ? length : 0;
+  const double length = roundingOfPositions(pistons, points);
+  double least = 1 / std::fabs(k);  // in which a field may change
+  for (const Field::Piston& piston : pistons) {
+    if (piston.width > 0) least = std::min(least, piston.width);
+    if (piston.height > 0) least = std::min(least, piston.height);
+  }
+  return length < tolerance / 1000 * least ? length : 0;
 }
 
 /// Pistons that are evaluated row by row, and the others.
@@ -205,27 +217,46 @@ Divided divided(const std::vector<Field::Piston>& pistons, double k, double tole
   return best;
 }
 
-/// Writes the pressures, which are zeros, for an absolute tolerance, or for an order.
+/// Writes the pressures for an absolute tolerance, or for an order.
+Used evaluateOneByOne(const std::vector<Field::Piston>& pistons, double k, double tolerance,
+                      const Points& points, const FieldOptions& options,
+                      std::complex<double>* pressures) {
+  Work work(options.progress, static_cast<double>(points.count()));
+  work.advance(0);
+  Evaluation evaluation(pistons, k, tolerance, points.shift(), options.order);
+  evaluation.run(points, pressures, work);
+  return evaluation.used();
+}
+
+/// The same. `pressures` holds zeros at first. Samples rows if that is faster, and if the rounding
+/// of the samples' positions, of which the points themselves may be free, hardly matters.
 Used evaluateFor(const std::vector<Field::Piston>& pistons, double k, double tolerance,
                  const Points& points, const FieldOptions& options,
                  std::complex<double>* pressures) {
-  const double negligible = negligibleLength(pistons, k, points, options.tolerance);
+  const double rounding = roundingOfPositions(pistons, points);
   Divided parts{{}, {}, pistons};
-  if (options.order == 0 && k != 0 && !isAnyBehind(pistons, points))
-    parts = divided(pistons, k, tolerance, points, negligible, options.progress);
-  const bool someInRows = !parts.inRows.empty(), someElse = !someInRows || !parts.rest.empty();
-  Work work(options.progress,
-            static_cast<double>(points.count()) * (someInRows && someElse ? 2 : 1));
+  if (options.order == 0 && k != 0 && rounding * std::fabs(k) < options.tolerance / 50 &&
+      !isAnyBehind(pistons, points))
+    parts = divided(pistons, k, tolerance, points,
+                    negligibleLength(pistons, k, points, options.tolerance), options.progress);
+  if (parts.inRows.empty())
+    return evaluateOneByOne(pistons, k, tolerance, points, options, pressures);
+  const bool someElse = !parts.rest.empty();
+  Work work(options.progress, static_cast<double>(points.count()) * (someElse ? 2 : 1));
   work.advance(0);
-  const Shift shift{points.shift(), points.relativeShift()};
   const double share = static_cast<double>(parts.rest.size()) / static_cast<double>(pistons.size());
-  Evaluation rest(parts.rest, k, tolerance * share, shift, options.order);
+  Evaluation rest(parts.rest, k, tolerance * share, points.shift(), options.order);
   if (someElse) rest.run(points, pressures, work);
-  if (!someInRows) return rest.used();
   RowEvaluation inRows(parts.inRows, parts.rows, points, k, tolerance * (1 - share),
-                       {shift.absolute + negligible, shift.relative});
+                       points.shift() + rounding);
   inRows.run(pressures, work);
-  return bothUsed(rest.used(), inRows.used());
+  const Used used = bothUsed(rest.used(), inRows.used());
+  if (!(used.excess > 1) || std::isinf(used.excess)) return used;
+  return evaluateOneByOne(pistons, k, tolerance, points, options, pressures);
+}
+
+std::complex<double> scaled(std::complex<double> number, int exponent) {
+  return {std::ldexp(number.real(), exponent), std::ldexp(number.imag(), exponent)};
 }
 
 bool isSilent(const Field::Piston& piston) {
@@ -256,11 +287,13 @@ std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons, d
   if (report) *report = {};
   std::vector<std::complex<double>> pressures(points.count());
   if (pressures.empty() || pistons.empty()) return pressures;
-  double scale = 0;  // so that the sum of weights does not overflow
+  double largestWeight = 0;
   for (const Field::Piston& piston : pistons)
-    scale = std::max({scale, std::fabs(piston.weight.real()), std::fabs(piston.weight.imag())});
-  for (Field::Piston& piston : pistons)
-    if (scale > 0) piston.weight = {piston.weight.real() / scale, piston.weight.imag() / scale};
+    largestWeight =
+        std::max({largestWeight, std::fabs(piston.weight.real()), std::fabs(piston.weight.imag())});
+  // So that the sum of weights does not overflow; a power of 2, so that no weight is rounded.
+  const int scale = largestWeight > 0 ? std::ilogb(largestWeight) : 0;
+  for (Field::Piston& piston : pistons) piston.weight = scaled(piston.weight, -scale);
   pistons.erase(std::remove_if(pistons.begin(), pistons.end(), isSilent), pistons.end());
   double peak = options.order > 0 ? 0 : peakOf(pistons, k, points, options.progress);
   Used used = evaluateFor(pistons, k, options.tolerance * peak, points, options, pressures.data());
@@ -277,8 +310,8 @@ std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons, d
     }
   }
   if (used.excess > 1) refuse(options.tolerance, used);
-  if (scale != 1)
-    for (std::complex<double>& p : pressures) p *= scale;
+  if (scale != 0)
+    for (std::complex<double>& p : pressures) p = scaled(p, scale);
   if (report)
     *report = {used.mostOrder > 0 ? used.leastOrder : 0,
                used.mostOrder,
@@ -286,8 +319,52 @@ std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons, d
                used.precise,
                static_cast<double>(used.nodes),
                options.order > 0 ? std::numeric_limits<double>::quiet_NaN()
-                                 : options.tolerance * peak * scale};
+                                 : std::ldexp(options.tolerance * peak, scale)};
   return pressures;
+}
+
+/// The pressures on a grid, whose points are within `shift` of where they should be.
+std::vector<std::complex<double>> evaluateOnAxes(const std::vector<Field::Piston>& pistons,
+                                                 double k, const AxesGrid& grid, double shift,
+                                                 const FieldOptions& options, FieldReport* report) {
+  const AxesPoints points(grid, shift);
+  check(options);
+  // Behind a piston pressures are discontinuous: a point beside an edge is no image of one on it.
+  const bool isSmooth = !isAnyBehind(pistons, points);
+  const double negligible = negligibleLength(pistons, k, points, options.tolerance);
+  const bool mirrorsX = isSmooth && isMirrored(pistons, grid, 0, negligible),
+             mirrorsY = isSmooth && isMirrored(pistons, grid, 1, negligible);
+  if (!mirrorsX && !mirrorsY) return evaluate(pistons, k, points, options, report);
+  const AxesGrid part{mirrorsX ? firstHalf(grid.x) : grid.x, mirrorsY ? firstHalf(grid.y) : grid.y,
+                      grid.z};
+  const AxesPoints half(part, shift + negligible);
+  return withMirrorImages(evaluate(pistons, k, half, options, report), grid, mirrorsX, mirrorsY);
+}
+
+/// Whether each step of the grid is along the axis of its own.
+bool isAlongAxes(const AffineGrid& grid) {
+  for (std::size_t axis = 0; axis < 3; ++axis)
+    if (grid.steps[axis][(axis + 1) % 3] != 0 || grid.steps[axis][(axis + 2) % 3] != 0)
+      return false;
+  return true;
+}
+
+/// The coordinates along an axis of such a grid. Adds the largest rounding error to `rounding`.
+std::vector<double> axisOf(const AffineGrid& grid, std::size_t axis, double& rounding) {
+  const double origin = grid.origin[axis], step = grid.steps[axis][axis];
+  std::vector<double> values(grid.counts[axis]);
+  double largest = 0;
+  for (std::size_t n = 0; n < values.size(); ++n) {
+    const double index = static_cast<double>(n), product = index * step;
+    values[n] = origin + product;
+    // What the product and the sum leave out, exactly.
+    const double added = values[n] - origin;
+    const double rest =
+        std::fma(index, step, -product) + ((origin - (values[n] - added)) + (product - added));
+    if (std::fabs(rest) > largest) largest = std::fabs(rest);
+  }
+  rounding += largest;
+  return values;
 }
 
 /// Returns what compute(options) returns. Too little memory becomes a FieldError, but an exception
@@ -321,6 +398,9 @@ std::vector<std::complex<double>> computed(const FieldOptions& options, const Co
 
 Field::Field(std::vector<Field::Piston> pistons, double k) : pistons_(std::move(pistons)), k_(k) {
   if (!std::isfinite(k)) throw FieldError("k must be a finite real number.");
+  if (k != 0 && !(std::fabs(k) >= leastWaveNumber && std::fabs(k) <= mostWaveNumber))
+    throw FieldError(
+        "k must be 0, or from 1e-99 to 1e99 in magnitude. Give lengths and 1/k in another unit.");
   for (std::size_t n = 0; n < pistons_.size(); ++n) {
     check(pistons_[n], n);
     pistons_[n].axes = orthonormal(pistons_[n].axes);
@@ -348,20 +428,7 @@ std::vector<std::complex<double>> Field::at(const Position* points, std::size_t 
 std::vector<std::complex<double>> Field::on(const AxesGrid& grid, const FieldOptions& options,
                                             FieldReport* report) const {
   return computed(options, [&](const FieldOptions& guarded) {
-    const AxesPoints points(grid);
-    check(options);
-    // Mirror images are exact where pressures are discontinuous.
-    const double negligible = isAnyBehind(pistons_, points)
-                                  ? 0
-                                  : negligibleLength(pistons_, k_, points, options.tolerance);
-    const bool mirrorsX = isMirrored(pistons_, grid, 0, negligible),
-               mirrorsY = isMirrored(pistons_, grid, 1, negligible);
-    if (!mirrorsX && !mirrorsY) return evaluate(pistons_, k_, points, guarded, report);
-    const AxesGrid part{mirrorsX ? firstHalf(grid.x) : grid.x,
-                        mirrorsY ? firstHalf(grid.y) : grid.y, grid.z};
-    const AxesPoints half(part, negligible);
-    return withMirrorImages(evaluate(pistons_, k_, half, guarded, report), grid, mirrorsX,
-                            mirrorsY);
+    return evaluateOnAxes(pistons_, k_, grid, 0, guarded, report);
   });
 }
 
@@ -369,26 +436,15 @@ std::vector<std::complex<double>> Field::on(const AffineGrid& grid, const FieldO
                                             FieldReport* report) const {
   for (const Position& vector : {grid.origin, grid.steps[0], grid.steps[1], grid.steps[2]})
     if (!finite(vector)) throw FieldError("The origin and the steps of the grid must be finite.");
-  const auto isAlong = [&](std::size_t axis) {
-    const Position& step = grid.steps[axis];
-    return step[(axis + 1) % 3] == 0 && step[(axis + 2) % 3] == 0;
-  };
-  if (!isAlong(0) || !isAlong(1) || !isAlong(2))
-    return computed(options, [&](const FieldOptions& guarded) {
-      return evaluate(pistons_, k_, AffinePoints(grid), guarded, report);
-    });
-  AxesGrid axes;
-  computed(options, [&](const FieldOptions&) {
-    const AffinePoints points(grid);  // refuses a grid that is too large
-    for (std::size_t axis = 0; axis < 3; ++axis)
-      for (std::size_t n = 0; n < grid.counts[axis] && points.count() > 0; ++n)
-        (axis == 0   ? axes.x
-         : axis == 1 ? axes.y
-                     : axes.z)
-            .push_back(grid.origin[axis] + static_cast<double>(n) * grid.steps[axis][axis]);
-    return std::vector<std::complex<double>>();
+  return computed(options, [&](const FieldOptions& guarded) {
+    const AffinePoints points(grid);
+    if (points.count() == 0 || !isAlongAxes(grid))
+      return evaluate(pistons_, k_, points, guarded, report);
+    double rounding = 0;
+    const AxesGrid axes{axisOf(grid, 0, rounding), axisOf(grid, 1, rounding),
+                        axisOf(grid, 2, rounding)};
+    return evaluateOnAxes(pistons_, k_, axes, rounding, guarded, report);
   });
-  return on(axes, options, report);
 }
 
 }  // namespace pistonfield

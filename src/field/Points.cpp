@@ -5,6 +5,8 @@
 #include <cmath>
 #include <limits>
 
+#include "field/Vectors.h"
+
 namespace pistonfield {
 namespace {
 
@@ -121,8 +123,16 @@ std::vector<Position> AffinePoints::corners() const {
 }
 
 double AffinePoints::shift() const {
-  const Position& o = grid_.origin;
-  return units * (std::fabs(o[0]) + std::fabs(o[1]) + std::fabs(o[2]));
+  constexpr double units = 0x1p-52;  // of three products and three sums
+  Position most{};                   // of the terms' magnitudes
+  for (std::size_t component = 0; component < 3; ++component) {
+    most[component] = std::fabs(grid_.origin[component]);
+    for (std::size_t axis = 0; axis < 3; ++axis)
+      if (grid_.counts[axis] > 1)
+        most[component] +=
+            static_cast<double>(grid_.counts[axis] - 1) * std::fabs(grid_.steps[axis][component]);
+  }
+  return units * std::sqrt(dot(most, most));
 }
 
 std::vector<Rows> AffinePoints::rows() const {

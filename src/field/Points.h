@@ -25,10 +25,8 @@ class Points {
   /// Positions whose convex hull contains all points; none if the points are not those of a grid.
   virtual std::vector<Position> corners() const { return {}; }
 
-  /// How far positions may be from where they should be, if they are computed: this, plus
-  /// `relativeShift` times their distance from a piston or from the origin.
+  /// How far positions may be from where they should be, if they are computed.
   virtual double shift() const { return 0; }
-  virtual double relativeShift() const { return 0; }
 
   /// The rows along each axis of a grid; none if the points are not those of a grid.
   virtual std::vector<Rows> rows() const { return {}; }
@@ -83,12 +81,10 @@ class AffinePoints final : public Points {
   explicit AffinePoints(const AffineGrid& grid);
   std::vector<Position> corners() const override;
   double shift() const override;
-  double relativeShift() const override { return units; }
   std::vector<Rows> rows() const override;
   void read(std::size_t first, std::size_t count, double* x, double* y, double* z) const override;
 
  private:
-  static constexpr double units = 0x1p-52;
   const AffineGrid& grid_;
 };
 

@@ -43,9 +43,11 @@ double errorOf(const EqualPistons& group, double tolerance) {
   return std::min(interpolationShare * tolerance / group.weightSum(), 0.1);
 }
 
-/// Pistons of a group are at most so far apart, and batches about as long: a batch takes some
-/// megabytes.
-constexpr double mostSamplesApart = 1 << 14;
+/// Pistons of a group are at most so far apart, and batches about as long.
+constexpr double mostSamplesApart = 1 << 12;
+
+/// The most samples that a batch takes of a row: it takes some megabytes.
+constexpr double mostSamples = 1 << 14;
 
 double apertureOf(const EqualPistons& group) { return group.most - group.least; }
 
@@ -79,12 +81,18 @@ double stepsTo(const Field::Piston& piston, const Position& from, const Rows& ro
   return dot(difference(piston.centre, from), rows.step) / dot(rows.step, rows.step);
 }
 
-/// Whether the field of the piston is even in the position along a row, about the piston's centre.
-bool isEvenAlong(const Field::Piston& piston, const Position& step) {
-  const double length = std::sqrt(dot(step, step));
-  return std::any_of(piston.axes.begin(), piston.axes.begin() + 2, [&](const Position& axis) {
-    return std::fabs(dot(axis, step)) >= length * (1 - 0x1p-52);
-  });
+/// The sine of the angle between a row and the nearer side of the piston. If it is 0, the field is
+/// even in the position along the row, about the piston's centre.
+double sineTo(const Field::Piston& piston, const Position& step) {
+  double least = 1;
+  for (std::size_t n = 0; n < 2; ++n) {
+    const Position& axis = piston.axes[n];
+    const double along = dot(axis, step) / dot(step, step);
+    const Position across = {axis[0] - along * step[0], axis[1] - along * step[1],
+                             axis[2] - along * step[2]};
+    least = std::min(least, std::sqrt(dot(across, across)));
+  }
+  return least;
 }
 
 /// The fastest way to compute `length` points of `rowCount` rows at this distance from the plane of
@@ -101,6 +109,7 @@ Plan planFor(const EqualPistons& group, double step, std::size_t length, std::si
     const double taps = 2 * lattice.halfTaps;
     if (aperture * samplesAStep > mostSamplesApart) return;
     const double samples = (points + aperture) * samplesAStep + taps;
+    if (samples > mostSamples) return;
     const double factors =
         lattice.halfTaps == 0 ? pistons : std::min(aperture * samplesAStep + taps, pistons * taps);
     const double cost =
@@ -200,6 +209,9 @@ struct RowEvaluation::Filter {
   double offset = 0;  ///< of the samples, in their distances; the first piston is at one of them
   int leastSample = 0, mostColumn = 0;
   double factorSum = 0;  ///< of magnitudes, the largest of a phase
+  /// The same for the error of the factors, in units of double precision. Where pistons cancel each
+  /// other it can be larger than the factors.
+  double placing = 0;
   std::vector<Factors> phases;
   std::unique_ptr<const Evaluation> samples;
 };
@@ -213,7 +225,7 @@ struct RowEvaluation::Group {
   std::mutex mutex;
   std::vector<std::unique_ptr<const Filter>> filters;  ///< of the lattices that were needed
 
-  Group(EqualPistons pistons, double k, double tolerancePerGroup, const Shift& shift)
+  Group(EqualPistons pistons, double k, double tolerancePerGroup, double shift)
       : members(std::move(pistons)),
         tolerance(tolerancePerGroup),
         kernel(errorOf(members, tolerance)),
@@ -238,7 +250,7 @@ RowEvaluation::Cost RowEvaluation::cost(const EqualPistons& group, const Rows& r
 }
 
 RowEvaluation::RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows,
-                             const Points& points, double k, double tolerance, const Shift& shift)
+                             const Points& points, double k, double tolerance, double shift)
     : rows_(rows), points_(points), k_(k), shift_(shift), used_(nothingUsed()) {
   std::size_t count = 0;
   for (const EqualPistons& group : groups) count += group.pistons.size();
@@ -265,7 +277,7 @@ const RowEvaluation::Filter& RowEvaluation::filterOf(Group& group, const Lattice
   const double samplesAStep = static_cast<double>(lattice.samples) / lattice.steps;
   if (lattice.halfTaps > 0) {
     const double at = samplesAStep * stepsTo(members.pistons.front(), points_.position(0), rows_);
-    filter->offset = at - std::round(at);
+    if (std::isfinite(at)) filter->offset = at - std::round(at);
   }
   const int least =
       static_cast<int>(std::floor(-members.most * samplesAStep - 0.5)) - lattice.halfTaps;
@@ -275,11 +287,13 @@ const RowEvaluation::Filter& RowEvaluation::filterOf(Group& group, const Lattice
   filter->leastSample = least;
   for (int phase = 0; phase < lattice.steps; ++phase) {
     std::vector<std::complex<double>> sum(static_cast<std::size_t>(most - least + 1));
+    double placing = 0;
     for (std::size_t m = 0; m < members.pistons.size(); ++m) {
       const double at = (phase - members.displacements[m]) * samplesAStep - filter->offset - least;
       const std::complex<double> weight = members.pistons[m].weight;
       if (lattice.halfTaps == 0) {
         sum[static_cast<std::size_t>(std::lround(at))] += weight;
+        placing += std::abs(weight);
         continue;
       }
       const double before = std::floor(at);
@@ -287,7 +301,12 @@ const RowEvaluation::Filter& RowEvaluation::filterOf(Group& group, const Lattice
       std::array<double, std::size_t{2} * mostHalfTaps> factors;
       group.kernel.factors(at - before, lattice.halfTaps, factors.data());
       const std::size_t from = static_cast<std::size_t>(before) + 1 - halfTaps;
-      for (std::size_t n = 0; n < 2 * halfTaps; ++n) sum[from + n] += factors[n] * weight;
+      // A field changes by less than π times its largest magnitude from sample to sample.
+      placing += std::abs(weight) * 4 * (at - least);
+      for (std::size_t n = 0; n < 2 * halfTaps; ++n) {
+        sum[from + n] += factors[n] * weight;
+        placing += std::abs(weight) * 8 * std::fabs(factors[n]);
+      }
     }
     Factors factors;
     double magnitudes = 0;
@@ -299,6 +318,7 @@ const RowEvaluation::Filter& RowEvaluation::filterOf(Group& group, const Lattice
     if (!factors.columns.empty())
       filter->mostColumn = std::max(filter->mostColumn, factors.columns.back());
     filter->factorSum = std::max(filter->factorSum, magnitudes);
+    filter->placing = std::max(filter->placing, placing);
     filter->phases.push_back(std::move(factors));
   }
   std::vector<Field::Piston> sampled = {members.pistons.front()};
@@ -399,10 +419,15 @@ class RowEvaluation::Batch {
   /// that are images of each other.
   std::optional<long> mirrorOf(const Field::Piston& piston, double offset, double distance) const {
     const Rows& rows = evaluation_.rows_;
-    if (!isEvenAlong(piston, rows.step)) return std::nullopt;
-    const double negligible = evaluation_.shift_.absolute / std::sqrt(dot(rows.step, rows.step));
+    const double step = std::sqrt(dot(rows.step, rows.step)),
+                 negligible = evaluation_.shift_ / step,
+                 rowLength = step * static_cast<double>(rows.length),
+                 sine = sineTo(piston, rows.step);
     std::optional<long> sum;
     for (const Position& origin : origins_) {
+      const Position apart = difference(origin, piston.centre);
+      const double reach = std::sqrt(dot(apart, apart)) + rowLength;
+      if (!(2 * sine * reach <= evaluation_.shift_)) return std::nullopt;
       const double twice = 2 * (stepsTo(piston, origin, rows) / distance - offset);
       if (!(std::fabs(twice) < 0x1p30)) return std::nullopt;
       const long nearest = std::lround(twice);
@@ -424,13 +449,13 @@ class RowEvaluation::Batch {
                     static_cast<long>(firstCycle * b) + filter.leastSample, sampleCount);
     double largest = 0;
     for (const std::complex<double>& value : values_) largest = std::max(largest, std::norm(value));
-    const double rounding =
-        filterRounding * filter.factorSum * std::sqrt(largest) / (roundingShare * group.tolerance);
+    const double scale = std::sqrt(largest) / (roundingShare * group.tolerance),
+                 rounding = filterRounding * filter.factorSum * scale;
     if (rounding * 0x1p-24 <= 1)
       add(filter, add_.single, single_);
     else
       add(filter, add_.precise, precise_);
-    used_.excess = std::max(used_.excess, rounding * 0x1p-53);
+    used_.excess = std::max(used_.excess, (rounding + filter.placing * scale) * 0x1p-53);
   }
 
   template <class Real>

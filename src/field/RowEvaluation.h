@@ -25,7 +25,7 @@ class RowEvaluation {
                    double tolerance, std::size_t most);
 
   RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows, const Points& points, double k,
-                double tolerance, const Shift& shift);
+                double tolerance, double shift);
 
   RowEvaluation(const RowEvaluation&) = delete;
   RowEvaluation& operator=(const RowEvaluation&) = delete;
@@ -47,7 +47,7 @@ class RowEvaluation {
   const Rows rows_;
   const Points& points_;
   const double k_;
-  const Shift shift_;
+  const double shift_;
   std::vector<std::unique_ptr<Group>> groups_;
   std::size_t segment_ = 0;  ///< how many points of a row are evaluated together, at most
   Used used_;

@@ -85,8 +85,9 @@ class Field {
     std::complex<double> weight = 1;  ///< its velocity; 1 is that of the scale above
   };
 
-  /// Throws a FieldError if a piston or k is invalid. All numbers must be finite. k = 0 gives the
-  /// pressure 0, −k the pressure −conj(p) for weights 1. Sides must be 0 or from 1e-9 to 1e6
+  /// Throws a FieldError if a piston or k is invalid. All numbers must be finite. k must be 0, or
+  /// from 1e-99 to 1e99 in magnitude; 0 gives the pressure 0, −k the pressure −conj(p) for weights
+  /// 1. Sides must be 0 or from 1e-9 to 1e6
   /// wavelengths, and centres within 1e9 wavelengths of the origin.
   Field(std::vector<Piston> pistons, double k);
 

@@ -163,7 +163,10 @@ class RandomField {
   double peak() const { return peak_; }
 
   /// How much the pressure at a point changes if the distances from the pistons change by 2⁻⁵³, at
-  /// least: the sum of the pistons' 2⁻⁵³·(1 + kR), R being the distance of the farthest corner.
+  /// least: the sum of the pistons' 2⁻⁵³·(1 + (k + s)·R), R being the distance of the farthest
+  /// corner, or twice the sum of what the position on an affine grid is computed from. s is the
+  /// integral of k/2πR along the edges, by which a displacement changes the pressure of a narrow
+  /// piston.
   double rounding() const {
     double most = 0;
     for (const Position& point : points_) {
@@ -172,7 +175,8 @@ class RandomField {
         const Position own = inPiston(piston, point);
         const double R = std::hypot(std::fabs(own[0]) + piston.width / 2,
                                     std::fabs(own[1]) + piston.height / 2, own[2]);
-        sum += std::abs(piston.weight) * (1 + k_ * R);
+        sum += std::abs(piston.weight) * (own[2] < 0 ? 3 : 1) *
+               (1 + (k_ + steepness(piston, own)) * std::max(R, 2 * terms()));
       }
       most = std::max(most, sum);
     }
@@ -191,6 +195,34 @@ class RandomField {
   }
 
  private:
+  /// The integral of k/2πR along the edges.
+  double steepness(const Piston& piston, const Position& own) const {
+    const std::array sides = {piston.width, piston.height};
+    double sum = 0;
+    for (const std::size_t across : {0, 1})
+      for (const double sign : {-1, 1}) {
+        const double length = sides[1 - across],
+                     d = std::hypot(own[across] + sign * sides[across] / 2, own[2],
+                                    1e-15 * lambda_);
+        sum += std::asinh((own[1 - across] + length / 2) / d) -
+               std::asinh((own[1 - across] - length / 2) / d);
+      }
+    return sum / lambda_;
+  }
+
+  /// The largest sum of magnitudes of what a position on an affine grid is computed from.
+  double terms() const {
+    const auto* grid = std::get_if<AffineGrid>(&grid_);
+    double sum = 0;
+    for (std::size_t component = 0; grid && component < 3; ++component) {
+      sum += std::fabs(grid->origin[component]);
+      for (std::size_t axis = 0; axis < 3; ++axis)
+        sum +=
+            static_cast<double>(grid->counts[axis] - 1) * std::fabs(grid->steps[axis][component]);
+    }
+    return sum;
+  }
+
   bool happens(double probability) { return chance_.between(0, 1) < probability; }
 
   void drawPistons() {

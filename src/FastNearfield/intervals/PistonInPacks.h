@@ -99,7 +99,7 @@ class PistonInPacks {
       evaluateIntervals();
       for (int i = first, n = 0; i < last; i += Single::lanes, ++n) addPressure(n, re + i, im + i);
     }
-    used_.phaseError += static_cast<double>(phaseError_) * 2 * pi * piston_.weightMagnitude;
+    used_.positionError += static_cast<double>(positionError_) * piston_.weightMagnitude;
   }
 
  private:
@@ -108,8 +108,13 @@ class PistonInPacks {
   using Half = typename W::Half;
   static constexpr double pi = 3.14159265358979323846;
   // Of the tolerance of an integral.
-  static constexpr float roundingShare = 0.25f, quadratureShare = 1 - roundingShare;
+  // The bound of the rounding error is too small by a factor of up to 2.1, and the order of a rule
+  // by one of up to 1.13 in the error, in the worst cases that were found.
+  static constexpr float roundingShare = 0.25f, quadratureShare = 0.6f;
+  static constexpr float leastNearness = 1e-3f;    // for a product rule
+  static constexpr float leastSingleD = 1e-12f;    // above 0, of which a float has the square
   static constexpr float mostTurns = 0x1p20f;      // of which a float still has a fraction
+  static constexpr float negligibleShare = 0.01f;  // for what it takes long to bound better
   static constexpr float leastTolerance = 1e-32f;  // so that no float underflows
   static constexpr int packs = 16, mostIntervals = 8, queueLength = 128;
 
@@ -183,13 +188,17 @@ class PistonInPacks {
           Single(a), Single(b),
           {all(least_[0]), all(most_[0]), all(least_[1]), all(most_[1]), all(leastZ_)},
           Single(tolerance));
-      float orderX[Single::lanes], orderY[Single::lanes], rounding[Single::lanes];
+      float orderX[Single::lanes], orderY[Single::lanes], rounding[Single::lanes],
+          nearest[Single::lanes];
       needs.orderX.store(orderX);
       needs.orderY.store(orderY);
       needs.rounding.store(rounding);
+      needs.nearest.store(nearest);
       for (int lane = 0; lane < Single::lanes && first + lane < loaded; ++lane) {
         const int n = first + lane;
-        if (!(rounding[lane] * 0x1p-24f <= tolerance / 3)) continue;
+        if (!(rounding[lane] * 0x1p-24f <= ProductNeeds<Set>::roundingShare * tolerance)) continue;
+        // At the piston R is the root of a difference of nearly equal numbers.
+        if (nearest[lane] < leastNearness * (a + most_[0][n] + b + most_[1][n])) continue;
         if (!(orderX[lane] < mostIntervalOrder && orderY[lane] < mostIntervalOrder)) continue;
         const HalvedRule<Set> ruleX{{piston_.rules, orderOf(orderX[lane])}, most_[0][n] == 0},
             ruleY{{piston_.rules, orderOf(orderY[lane])}, most_[1][n] == 0};
@@ -298,7 +307,8 @@ class PistonInPacks {
     (needs.rounding + needs.ends).store(rounding);
     for (int n = 0; n < proposals_; ++n) {
       if (magnitude[n] <= tolerance_) continue;
-      if (nodes[n] <= 17 && mayRound(proposed_[n], rounding[n]))
+      const bool isBesideEdge = leastD_[n] < leastSingleD;
+      if (nodes[n] <= 17 && !isBesideEdge && mayRound(proposed_[n], rounding[n]))
         keep(proposed_[n], orderOf(nodes[n]), true);
       else
         addDifficult(proposed_[n], tolerance_);
@@ -344,7 +354,8 @@ class PistonInPacks {
       addDifficult(rest, tolerance / 2);
       return;
     }
-    const bool single = mayRound(interval, largest(needs.rounding + needs.ends));
+    const bool isBesideEdge = any((Single(0.0f) < d) & (d < Single(leastSingleD)));
+    const bool single = !isBesideEdge && mayRound(interval, largest(needs.rounding + needs.ends));
     // In double precision, neighbouring intervals share their ends.
     if (!single)
       preciseRounding_[interval.pack] +=
@@ -410,14 +421,51 @@ class PistonInPacks {
     return {re * sumRe - im * sumIm, re * sumIm + im * sumRe};
   }
 
-  /// The phase of a wave of this magnitude is uncertain, since the coordinates in the piston's own
-  /// axes are within some units of their last place.
-  void notePhaseError(int n, Single magnitude) {
-    const Single distance = singleZ_[n] + lateral_[0][n].rounded() + lateral_[1][n].rounded();
-    const Single shift = multiplyAdd(distance, Single(static_cast<float>(piston_.relativeShift)),
-                                     Single(static_cast<float>(piston_.shift)));
-    const float error = largest(magnitude * shift);
-    if (error > phaseError_) phaseError_ = error;
+  /// Notes how much a pressure of this magnitude is uncertain, since the coordinates in the
+  /// piston's own axes are within some units of their last place. The error of all of them turns
+  /// the phase. Besides, that of x changes the pressure by the integrals of 1/(λR) along the edges
+  /// that are parallel to y, and that of y by those along the others.
+  void notePositionError(int n, Single magnitude) {
+    const Single x = lateral_[0][n].rounded(), y = lateral_[1][n].rounded(),
+                 distance = singleZ_[n] + x + y,
+                 relative(static_cast<float>(piston_.relativeShift)),
+                 absolute(static_cast<float>(piston_.shift)),
+                 shift = multiplyAdd(distance, relative, absolute);
+    Single error = Single(static_cast<float>(2 * pi)) * magnitude * shift;
+    // Below this, it does not matter where the edges are: an integral is at most 2·ln(1 +
+    // length/R).
+    constexpr float mostOfEdges = 600;
+    const float roughly = mostOfEdges * largest(shift);
+    if (roughly < negligibleShare * static_cast<float>(piston_.tolerance))
+      error = error + Single(roughly);
+    else
+      for (int across : {0, 1}) {
+        const Single along = piston_.isTurned ? distance
+                             : across == 0    ? x
+                                              : y,
+                     shiftAcross = multiplyAdd(along, relative, absolute);
+        error = multiplyAdd(shiftAcross, alongEdges(n, across, shiftAcross), error);
+      }
+    if (const float most = largest(error); most > positionError_) positionError_ = most;
+  }
+
+  /// A bound of ∫ dσ/R along two parallel edges, for points that are within `shift` of where they
+  /// should be.
+  Single alongEdges(int n, int across, Single shift) const {
+    const W lateral = lateral_[across][n], half(halfSides_[across]);
+    return alongEdge(n, across, absolute(lateral - half).rounded(), shift) +
+           alongEdge(n, across, (lateral + half).rounded(), shift);
+  }
+
+  Single alongEdge(int n, int across, Single aside, Single shift) const {
+    const auto half = static_cast<float>(halfSides_[1 - across]);
+    const Single beyond = larger(lateral_[1 - across][n].rounded() - Single(half), Single(0.0f));
+    const Single square =
+        multiplyAdd(aside, aside, multiplyAdd(beyond, beyond, singleZ_[n] * singleZ_[n]));
+    const Single distance = larger(rootEstimate(larger(square, Single(1e-36f))), shift);
+    const Single ratio = Single(2 * half) * inverseEstimate(larger(distance, Single(1e-18f)));
+    constexpr float ln2 = 0.693148f;
+    return smaller(ratio, Single(2 * ln2) * log2Above(Single(1.0f) + ratio)) * Single(1.01f);
   }
 
   void addPressure(int n, double* re, double* im) {
@@ -433,7 +481,7 @@ class PistonInPacks {
       p.re = p.re + share * planeWave(n);
       magnitude = magnitude + Single(2.0f) * share.rounded();
     }
-    notePhaseError(n, magnitude);
+    notePositionError(n, magnitude);
     const W weightRe(piston_.weightRe), weightIm(piston_.weightIm);
     (W::load(re) + (weightRe * p.re - weightIm * p.im)).store(re);
     (W::load(im) + (weightRe * p.im + weightIm * p.re)).store(im);
@@ -458,7 +506,7 @@ class PistonInPacks {
   Used& used_;
   const double halfSides_[2];
   const float tolerance_;  // of an integral
-  float phaseError_ = 0;
+  float positionError_ = 0;
   int proposals_ = 0, singles_ = 0, precises_ = 0;
 
   // The points of a group of packs in the piston's own axes, and their sums.

@@ -12,10 +12,12 @@ struct WeightedPiston {
   double axes[3][3];             ///< the directions of its own x, y and z, times wavelengths a unit
   double halfWidth, halfHeight;  ///< half its sides along its own x and y, at least 0
   double weightRe, weightIm, weightMagnitude;
-  double shift;                 ///< how far points may be from where they are given
-  double relativeShift;         ///< the same, relative to the distance, by the axes' rounding
-  double tolerance;             ///< the largest error of its pressure, for the weight 1
-  int order;                    ///< of every interval; 0: chosen for the tolerance
+  double shift;          ///< how far points may be from where they are given
+  double relativeShift;  ///< the same, relative to the distance, by the axes' rounding; or relative
+                         ///< to each coordinate, unless the piston is turned
+  bool isTurned;         ///< whether its own axes are not those of the points
+  double tolerance;      ///< the largest error of its pressure, for the weight 1
+  int order;             ///< of every interval; 0: chosen for the tolerance
   GaussRuleTable<float> rules;  ///< up to mostIntervalOrder, or up to `order`
   GaussRuleTable<double> preciseRules;
 };
@@ -31,9 +33,9 @@ struct Used {
   /// The largest bound of an error over the part of the tolerance that it may take: above 1, the
   /// tolerance is not kept.
   double excess;
-  /// A bound of the error of the sum of the pistons' pressures that the rounding of coordinates
-  /// causes.
-  double phaseError;
+  /// A bound of the error of the sum of the pistons' pressures at a tile that the rounding of
+  /// coordinates causes.
+  double positionError;
 };
 
 /// Adds the piston's pressures at `count` points (a multiple of pointsPerPack) to re + i·im. The

@@ -31,21 +31,26 @@ struct ProductNeeds {
   using V = Pack<Set>;
 
   V orderX, orderY;  ///< not rounded
+  V nearest;         ///< a lower bound of the distance from the piston
   V rounding;        ///< the bound of the rounding error, in units of the precision
 
-  /// `tolerance` is that of the pressure, a third of it for each order.
+  /// Of the tolerance of the pressure. The bound of the rounding error is too small by a factor of
+  /// up to 2.5 in the worst cases that were found.
+  static constexpr float quadratureShare = 0.65f, roundingShare = 0.14f;
+
   ProductNeeds(V halfWidth, V halfHeight, const PointBounds<V>& in, V tolerance) {
     const V fromX = in.leastX - halfWidth, fromY = in.leastY - halfHeight, zero(0.0f);
     const V besideX = larger(fromX, zero), besideY = larger(fromY, zero),
             zz = in.leastZ * in.leastZ;
     const V alongX = larger(multiplyAdd(besideY, besideY, zz), V(1e-30f)),
             alongY = larger(multiplyAdd(besideX, besideX, zz), V(1e-30f));
-    const V nearest = rootEstimate(multiplyAdd(besideX, besideX, alongX));
+    nearest = rootEstimate(multiplyAdd(besideX, besideX, alongX));
     const V magnitude = V(4.0f) * halfWidth * halfHeight * inverseEstimate(nearest);
-    const V third = V(1.0f / 3) * tolerance;
-    const V L = logarithmOver(magnitude, 2, third);
-    const V strength = larger(log2Above(magnitude * inverseEstimate(third) + V(1e-18f)), zero);
-    const V more = V(0.3f) + V(0.09f) * larger(L - V(5.0f), zero);
+    const V part = V(quadratureShare / 2) * tolerance;
+    const V L = logarithmOver(magnitude, 2, part);
+    const V strength = larger(log2Above(magnitude * inverseEstimate(part) + V(1e-18f)), zero);
+    const V isNear = select(nearest < V(0.4f) * larger(halfWidth, halfHeight), V(0.3f), zero);
+    const V more = V(0.3f) + isNear + V(0.09f) * larger(L - V(5.0f), zero);
     orderX = NodeNeeds<Set>(alongX, fromX, in.mostX + halfWidth, V(2.0f) * halfWidth, L, strength)
                  .order +
              more;
