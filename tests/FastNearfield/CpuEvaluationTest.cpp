@@ -7,7 +7,6 @@
 #include <iomanip>
 #include <limits>
 #include <random>
-#include <string>
 #include <vector>
 
 #include "FastNearfield/RectangularPiston2.h"
@@ -73,7 +72,6 @@ TYPED_TEST(CpuAccuracyTest, AtAnyPointOfAnyPistonTheRoundingStaysWithinThePromis
   const auto toPrecision = static_cast<double>(std::numeric_limits<T>::epsilon() /
                                                std::numeric_limits<float>::epsilon());
   std::mt19937 random(1);
-  double before = 0, behind = 0, nextToEdges = 0;
   for (int n = 0; n < 500; ++n) {
     const support::SceneOf<T> scene = support::anyScene<T>(random, 10);
     const T a = scene.a, b = scene.b, k = scene.k;
@@ -91,13 +89,8 @@ TYPED_TEST(CpuAccuracyTest, AtAnyPointOfAnyPistonTheRoundingStaysWithinThePromis
       EXPECT_LE(units, this->promised(z, fromEdges(point, a, b)))
           << std::setprecision(17) << x << ", " << y << ", " << z << ", a = " << a << ", b = " << b
           << ", k = " << k;
-      double& most = z >= 0 ? before : fromEdges(point, a, b) > 0.1 ? behind : nextToEdges;
-      most = std::max(most, units);
     }
   }
-  testing::Test::RecordProperty("before", std::to_string(before));
-  testing::Test::RecordProperty("behind", std::to_string(behind));
-  testing::Test::RecordProperty("nextToEdges", std::to_string(nextToEdges));
 }
 
 TEST(CpuPressureTest, UnluckyPointsStayWithinThePromise) {
@@ -142,24 +135,6 @@ TEST(CpuPressureTest, NextToAnEdgeTheRulesOwnErrorIsLarger) {
   EXPECT_LE(error(0.01), 3e-8);
   EXPECT_GT(error(1e-4), 1e-4);
   EXPECT_LE(error(1e-4), 3e-4);
-}
-
-TEST(CpuPressureTest, SidesOfFiftyWavelengthsAreAsLongAsItsRuleResolves) {
-  const support::HalfRule<double> rule(100), finer(400);
-  const auto error = [&](double side) {
-    double most = 0;
-    for (int i = 0; i <= 30; ++i)
-      for (int j = 1; j <= 30; ++j) {
-        const double x = 0.025 * i * side, z = 0.25 + j * j * side / 200;
-        const auto at = [&](const support::HalfRule<double>& order) {
-          return support::literalPressure(x, 0, z, side / 2, side / 2, 2 * M_PI, order);
-        };
-        most = std::max(most, std::abs(at(rule) - at(finer)));
-      }
-    return most;
-  };
-  EXPECT_LE(error(50), 1e-12);
-  EXPECT_GT(error(70), 1e-4);
 }
 
 TEST(CpuGridTest, TheSizesArePrintedAlsoOfAnEmptyGrid) {

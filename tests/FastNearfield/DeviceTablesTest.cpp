@@ -56,25 +56,25 @@ TEST_F(DeviceTablesTest, AnOrderStoresItsNodesUpToTheCentreAndZeros) {
   }
 }
 
-TEST_F(DeviceTablesTest, Order513IsRefusedBeforeAnyCopy) {
+TEST_F(DeviceTablesTest, OrdersOutOfRangeAreRefusedBeforeAnyCopyAndWithoutComputingThem) {
+  const auto failure = [](int order) {
+    return failureOf([=] { setCudaIntegratorParameters(model, order); });
+  };
   device.recordCalls();
-  const Failure failure = failureOf([] { setCudaIntegratorParameters(model, 513); });
-  EXPECT_EQ(failure.condition, "N <= 512 && N>0");
-  EXPECT_EQ(failure.file, "src/FastNearfield/RectangularPistonCuda.dp");
-  EXPECT_EQ(printed(), "setting order 513elements: 257\nset weights double\n");
-  for (const std::string& function : functionsCalled()) EXPECT_NE(function, "cudaMemcpyToSymbol");
-}
-
-TEST_F(DeviceTablesTest, HugeOrdersAreRefusedWithoutComputingThemAndThoseBelowOneBefore) {
-  EXPECT_EQ(failureOf([] { setCudaIntegratorParameters(model, 2147483647); }).condition,
-            "N <= 512 && N>0");
-  EXPECT_EQ(printed(), "setting order 2147483647elements: 1073741824\nset weights double\n");
+  for (const int order : {513, 2147483647}) {
+    EXPECT_EQ(failure(order).condition, "N <= 512 && N>0");
+    EXPECT_EQ(failure(order).file, "src/FastNearfield/RectangularPistonCuda.dp");
+    const std::string line = "setting order " + std::to_string(order) +
+                             "elements: " + std::to_string(order / 2 + 1) +
+                             "\nset weights double\n";
+    EXPECT_EQ(printed(), line + line);
+  }
   for (const int order : {0, -3, -2147483647 - 1}) {
-    const Failure failure = failureOf([&] { setCudaIntegratorParameters(model, order); });
-    EXPECT_EQ(failure.condition, "order>0");
-    EXPECT_EQ(failure.file, "src/FastNearfield/IntegratorCuda");
+    EXPECT_EQ(failure(order).condition, "order>0");
+    EXPECT_EQ(failure(order).file, "src/FastNearfield/IntegratorCuda");
   }
   EXPECT_EQ(printed(), "");
+  for (const std::string& function : functionsCalled()) EXPECT_NE(function, "cudaMemcpyToSymbol");
 }
 
 TEST_F(DeviceTablesTest, ReadsOnlyTheFirstHalfOfACallersTable) {
@@ -103,27 +103,18 @@ TEST_F(DeviceTablesTest, TheDoubleTableIsLoadedByItself) {
   EXPECT_EQ(printed(), "set weights double\n-0.5\n");
 }
 
-TEST_F(DeviceTablesTest, ATableSizeOutOfRangeIsRefusedInBothPrecisions) {
-  const std::vector<float> long_x(300, -0.5f);
-  const Failure single =
-      failureOf([&] { setIntegratorWeightsSym(model, long_x.data(), long_x.data(), 600); });
-  EXPECT_EQ(single.condition, "N <= 512 && N>0");
-  EXPECT_EQ(single.file, "src/FastNearfield/RectangularPistonCuda");
-  EXPECT_EQ(printed(), "set weights float\n-0.5\n");  // the first abscissa comes before the check
-
-  const Failure dual =
-      failureOf([&] { setIntegratorWeightsSym_d(model, xd.data(), wd.data(), 513); });
-  EXPECT_EQ(dual.condition, "N <= 512 && N>0");
-  EXPECT_EQ(dual.file, "src/FastNearfield/RectangularPistonCuda.dp");
-  EXPECT_EQ(printed(), "set weights double\n");
-}
-
-TEST_F(DeviceTablesTest, AnEmptyTableIsRefusedWithoutReadingIt) {
-  for (const int N : {0, -1}) {
-    EXPECT_EQ(failureOf([&] { setIntegratorWeightsSym(model, nullptr, nullptr, N); }).condition,
-              "N <= 512 && N>0");
-    EXPECT_EQ(failureOf([&] { setIntegratorWeightsSym_d(model, nullptr, nullptr, N); }).condition,
-              "N <= 512 && N>0");
+TEST_F(DeviceTablesTest, ATableSizeOutOfRangeIsRefusedAndAnEmptyTableNotRead) {
+  for (const int N : {600, 513, 0, -1}) {
+    const Failure single =
+        failureOf([&] { setIntegratorWeightsSym(model, N > 0 ? x.data() : nullptr, nullptr, N); });
+    EXPECT_EQ(single.condition, "N <= 512 && N>0");
+    EXPECT_EQ(single.file, "src/FastNearfield/RectangularPistonCuda");
+    // The first abscissa comes before the check.
+    EXPECT_EQ(printed(), N > 0 ? "set weights float\n-0.5\n" : "set weights float\n");
+    const Failure dual = failureOf([&] { setIntegratorWeightsSym_d(model, nullptr, nullptr, N); });
+    EXPECT_EQ(dual.condition, "N <= 512 && N>0");
+    EXPECT_EQ(dual.file, "src/FastNearfield/RectangularPistonCuda.dp");
+    EXPECT_EQ(printed(), "set weights double\n");
   }
 }
 

@@ -12,6 +12,7 @@
 #include "FastNearfield/intervals/IntervalSum.h"
 #include "FastNearfield/intervals/PistonOnPoints.h"
 #include "field/ExactPressure.h"
+#include "support/AnyScene.h"
 
 namespace {
 
@@ -31,16 +32,15 @@ std::complex<double> integral(double d, double z, double from, double to, int or
 
 TEST(IntervalOrderTest, TheOrderKeepsTheToleranceOfRandomIntervals) {
   std::mt19937 random(1);
-  const auto between = [&](double least, double most) {
-    return least * std::pow(most / least, std::uniform_real_distribution<>(0, 1)(random));
-  };
+  support::Chance chance(random);
   constexpr double k = 2 * 3.14159265358979323846;
   double worst = 0;
   int tested = 0;
   for (int n = 0; n < 20000; ++n) {
-    const double d = between(1e-3, 1e3), z = n % 10 == 0 ? 0 : between(1e-3, 1e3);
-    const double from = n % 2 == 0 ? 0 : between(1e-3, 1e2), to = from + between(0.05, 80);
-    const double tolerance = between(1e-10, 1e-2);
+    const double d = chance.ofAnySize(1e-3, 1e3), z = n % 10 == 0 ? 0 : chance.ofAnySize(1e-3, 1e3);
+    const double from = n % 2 == 0 ? 0 : chance.ofAnySize(1e-3, 1e2),
+                 to = from + chance.ofAnySize(0.05, 80);
+    const double tolerance = chance.ofAnySize(1e-10, 1e-2);
     const Single singleD(static_cast<float>(d)), singleTo(static_cast<float>(to));
     const pistonfield::IntervalNeeds<Set> needs(
         {singleD, singleD, Single(static_cast<float>(z)), Single(static_cast<float>(from)),

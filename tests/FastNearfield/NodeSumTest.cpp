@@ -22,8 +22,7 @@ struct Evaluation {
 
 /// The sum on [−0.3, 1.1] if `map` is set, and otherwise with images that were stored before.
 template <class T>
-Evaluation<T> evaluate(InstructionSet set, const pistonfield::QuadratureRule<T>& rule, bool map,
-                       T s2 = T(0.01)) {
+Evaluation<T> evaluate(InstructionSet set, const pistonfield::QuadratureRule<T>& rule, bool map) {
   // The arrays are longer than needed, to detect a write past the end.
   const auto n = static_cast<std::size_t>(rule.order);
   Evaluation<T> result{{}, std::vector<T>(n + 16, T(7)), std::vector<T>(n + 16, T(7))};
@@ -34,29 +33,21 @@ Evaluation<T> evaluate(InstructionSet set, const pistonfield::QuadratureRule<T>&
     }
   result.sum = pistonfield::sumNodes<T>(set)(
       {rule.x, rule.w, result.mappedX.data(), result.mappedW.data(), map, T(0.7), T(0.4)},
-      rule.order, {s2, T(321), T(0.6), T(0.5), T(-0.8)});
+      rule.order, {T(0.01), T(321), T(0.6), T(0.5), T(-0.8)});
   return result;
 }
 
 template <class T>
-class NodeSumTest : public testing::Test {
- protected:
-  static std::vector<InstructionSet> sets() {
-    std::vector<InstructionSet> sets;
-    for (const InstructionSet set :
-         {InstructionSet::OLDEST, InstructionSet::AVX2, InstructionSet::AVX512})
-      if (pistonfield::has(set)) sets.push_back(set);
-    return sets;
-  }
-};
+class NodeSumTest : public testing::Test {};
 
 using Precisions = testing::Types<float, double>;
 TYPED_TEST_SUITE(NodeSumTest, Precisions);
 
-TYPED_TEST(NodeSumTest, EveryInstructionSetGivesTheSameBits) {
+TYPED_TEST(NodeSumTest, EveryInstructionSetGivesTheSameBitsAndAnImageOfEachNode) {
   using T = TypeParam;
-  for (const InstructionSet set : this->sets())
-    for (int n = 1; n <= 200; n += n < 80 ? 1 : 15) {
+  for (const InstructionSet set :
+       {InstructionSet::OLDEST, InstructionSet::AVX2, InstructionSet::AVX512})
+    for (int n = 1; n <= 200 && pistonfield::has(set); n += n < 80 ? 1 : 15) {
       const pistonfield::QuadratureRule<T> rule(n);
       for (const bool map : {true, false}) {
         const Evaluation<T> oldest = evaluate(InstructionSet::OLDEST, rule, map);
@@ -64,45 +55,13 @@ TYPED_TEST(NodeSumTest, EveryInstructionSetGivesTheSameBits) {
         ASSERT_TRUE(std::isfinite(oldest.sum.re)) << n;
         ASSERT_EQ(other.sum.re, oldest.sum.re) << n;
         ASSERT_EQ(other.sum.im, oldest.sum.im) << n;
-        ASSERT_EQ(other.mappedX, oldest.mappedX) << n;
-        ASSERT_EQ(other.mappedW, oldest.mappedW) << n;
+        for (std::size_t i = 0; map && i < other.mappedX.size(); ++i) {
+          const bool node = i < static_cast<std::size_t>(n);
+          ASSERT_EQ(other.mappedX[i], node ? T(0.7) * rule.x[i] + T(0.4) : T(7)) << n << ", " << i;
+          ASSERT_EQ(other.mappedW[i], node ? T(0.7) * rule.w[i] : T(7)) << n << ", " << i;
+        }
       }
     }
-}
-
-TYPED_TEST(NodeSumTest, ImagesAreWrittenForEveryNodeAndNoFurther) {
-  using T = TypeParam;
-  for (const InstructionSet set : this->sets())
-    for (const int n : {1, 3, 10, 64, 65, 100}) {
-      const pistonfield::QuadratureRule<T> rule(n);
-      const Evaluation<T> result = evaluate(set, rule, true);
-      for (std::size_t i = 0; i < result.mappedX.size(); ++i) {
-        const bool node = i < static_cast<std::size_t>(n);
-        EXPECT_EQ(result.mappedX[i], node ? T(0.7) * rule.x[i] + T(0.4) : T(7)) << n << ", " << i;
-        EXPECT_EQ(result.mappedW[i], node ? T(0.7) * rule.w[i] : T(7)) << n << ", " << i;
-      }
-    }
-}
-
-TYPED_TEST(NodeSumTest, ANodeWithoutAValueLeavesNoFiniteSum) {
-  using T = TypeParam;
-  for (const InstructionSet set : this->sets())
-    for (const int n : {1, 17, 101}) {
-      const pistonfield::QuadratureRule<T> rule(n);
-      const T node = T(0.7) * rule.x[n / 2] + T(0.4);
-      const Evaluation<T> result = evaluate(set, rule, true, -(node * node));
-      EXPECT_FALSE(std::isfinite(result.sum.re) && std::isfinite(result.sum.im)) << n;
-    }
-}
-
-TYPED_TEST(NodeSumTest, WithoutNodesItIsZero) {
-  using T = TypeParam;
-  const T* const none = nullptr;
-  T* const nowhere = nullptr;
-  const NodeSum<T> sum = pistonfield::sumNodes<T>(pistonfield::instructionSet())(
-      {none, none, nowhere, nowhere, true, T(1), T(0)}, 0, {T(1), T(2), T(3), T(4), T(5)});
-  EXPECT_EQ(sum.re, T(0));
-  EXPECT_EQ(sum.im, T(0));
 }
 
 }  // namespace

@@ -1,5 +1,4 @@
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <ostream>
 #include <string>
@@ -86,30 +85,6 @@ TEST_P(LauncherSizesTest, TheLargestShapesThatTheDeviceTakesAreEvaluated) {
   EXPECT_EQ(Values(line.begin(), line.begin() + 3), few);
   for (const std::complex<double>& p : line)  // fresh memory reads as NaN
     ASSERT_FALSE(std::isnan(p.real()) || std::isnan(p.imag()));
-}
-
-TEST_F(SizesTest, MorePointsThanAnIntCountsAreRefusedAndNothingIsWritten) {
-  // 2³¹ points, and 2³² points, a count that is 0 in 32 bits.
-  for (const launchers::Size& size :
-       {launchers::Size{65536, 32768, 1}, launchers::Size{2048, 1024, 1024},
-        launchers::Size{65536, 1, 65536}}) {
-    const std::function<void()> calls[] = {
-        [=] {
-          RectangularPiston_func_device(nullptr, size.sx, size.sy, size.sz, launchers::transform, a,
-                                        b, k);
-        },
-        [=] {
-          RectangularPiston_func2_device(nullptr, nullptr, size.sx, size.sy, size.sz,
-                                         launchers::transform, a, b, k);
-        },
-        [=] {
-          RectangularPiston_func_structured_device(nullptr, size.sx, size.sy, size.sz, nullptr,
-                                                   nullptr, nullptr, a, b, k);
-        }};
-    for (const std::function<void()>& call : calls)
-      EXPECT_EQ(quietFailureOf(call).condition, "invalid configuration argument");
-    EXPECT_EQ(device.liveAllocations(), 0u);
-  }
 }
 
 TEST_F(SizesTest, AsManyPointsAsAnIntCountsAreCountedInBytes) {

@@ -22,12 +22,12 @@ inline float transform[16] = {0.125f, 0.25f, -0.5f,  0.0625f, -0.25f, 0.125f, 0.
                               0.5f,   0.25f, 0.125f, 1,       9,      9,      9,    9};
 
 /// x, y, z of every point, the first axis varying fastest.
-inline std::vector<float> transformedPositions(const Size& size) {
+inline std::vector<float> transformedPositions(const Size& size, const float* t = transform) {
   std::vector<float> positions;
   for (int l = 0; l < size.sz; ++l)
     for (int j = 0; j < size.sy; ++j)
       for (int i = 0; i < size.sx; ++i)
-        for (const float* row = transform; row != transform + 12; row += 4)
+        for (const float* row = t; row != t + 12; row += 4)
           positions.push_back(row[0] * static_cast<float>(i) + row[1] * static_cast<float>(j) +
                               row[2] * static_cast<float>(l) + row[3]);
   return positions;

@@ -50,25 +50,6 @@ TEST_F(CudaDeviceThreadTest, NoDeviceRequestsDevice0) {
   EXPECT_EQ(requests, 1);
 }
 
-TEST_F(CudaDeviceThreadTest, SelectsStartsWaitsAndReleases) {
-  device.recordCalls();
-  { const CudaDeviceThread scope; }
-  std::vector<std::string> functions;
-  for (const pistonfield::emulation::Call& call : device.calls()) {
-    functions.emplace_back(call.function);
-    if (functions.back() == "cudaLaunchKernel") {
-      EXPECT_EQ(call.grid.x * call.grid.y * call.grid.z, 1u);
-      EXPECT_EQ(call.block.x * call.block.y * call.block.z, 1u);
-    }
-  }
-  EXPECT_EQ(functions,
-            (std::vector<std::string>{"cudaGetDeviceCount", "cudaGetDeviceProperties",
-                                      "cudaGetDeviceProperties", "cudaDeviceGetAttribute",
-                                      "cudaGetDevice", "cudaSetDevice", "cudaGetLastError",
-                                      "cudaGetLastError", "cudaLaunchKernel", "cudaGetLastError",
-                                      "cudaDeviceSynchronize", "cudaDeviceReset"}));
-}
-
 TEST_F(CudaDeviceThreadTest, TheFastestDeviceIsSelectedByTheRulesOfItsTime) {
   struct Choice {
     std::vector<Device> devices;
@@ -175,25 +156,6 @@ TEST_F(CudaDeviceThreadTest, AHandlerThatReturnsIsToldOfTheFirstErrorToo) {
 TEST_F(CudaDeviceThreadTest, AnErrorOfAnEarlierCallIsForgotten) {
   cudaSetDevice(-1);
   EXPECT_EQ(failureOf([] { EXPECT_EQ(CudaInterface::init(), 0); }).condition, "");
-}
-
-TEST_F(CudaDeviceThreadTest, FailuresOfSelectionAndWaitAreNotChecked) {
-  for (const char* function :
-       {"cudaGetDeviceCount", "cudaGetDeviceProperties", "cudaGetDevice", "cudaSetDevice",
-        "cudaDeviceSynchronize", "cudaDeviceGetAttribute"}) {
-    device.restore();
-    device.pretendDevices({pretended(1, 3, 10, 1300000), pretended(1, 3, 30, 1300000)});
-    device.failCall(function, 1, cudaErrorUnknown, true);
-    int selected = -1;
-    const Failure failure = failureOf([&] {
-      const CudaDeviceThread scope;
-      selected = device.selectedDevice();
-    });
-    EXPECT_EQ(failure.condition, "") << function;
-    const std::string name = function;
-    const bool selects = name == "cudaDeviceSynchronize" || name == "cudaGetDevice";
-    EXPECT_EQ(selected, selects ? 1 : 0) << function;
-  }
 }
 
 TEST_F(CudaDeviceThreadTest, AFailingReleaseIsReportedInACallThatAnUnwindingErrorMakes) {

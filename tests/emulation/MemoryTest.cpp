@@ -83,16 +83,6 @@ TEST_F(EmulatedMemoryTest, CopiesToASymbolMustFitIt) {
             cudaErrorInvalidMemcpyDirection);
 }
 
-TEST_F(EmulatedMemoryTest, SymbolsAreFoundByName) {
-  const float value = 7;
-  const auto write = pistonfield::copyTo<table>;
-  EXPECT_EQ(pistonfield::writeToSymbol({{"table", write}}, "table", &value, 4), cudaSuccess);
-  EXPECT_EQ(table[0], 7.0f);
-  EXPECT_EQ(pistonfield::writeToSymbol({{"table", write}}, "tables", &value, 4),
-            cudaErrorInvalidSymbol);
-  EXPECT_EQ(cudaGetLastError(), cudaErrorInvalidSymbol);
-}
-
 TEST_F(EmulatedMemoryTest, ResetFreesMemoryAndForgetsSymbols) {
   allocate(16);
   const float value = 7;

@@ -4,7 +4,7 @@
 # Checks that every test that needs the device fails if the device does not start, and that none is skipped.
 set -euo pipefail
 unit_tests=$1 gateway_tests=$2
-export PISTONFIELD_GATEWAY_MODULE=$3 PISTONFIELD_HIDDEN_MODULE=$3
+export PISTONFIELD_GATEWAY_MODULE=$3
 
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT

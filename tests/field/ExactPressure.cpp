@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstddef>
 
+#include "support/LegendreNode.h"
+
 using namespace pistonfield;
 using Piston = Field::Piston;
 
@@ -12,35 +14,19 @@ namespace {
 using Real = long double;
 const Real pi = std::acos(Real(-1));
 
-struct Rule {
-  std::vector<Real> x, w;
-
-  explicit Rule(int n) {
-    for (int i = 0; i < n; ++i) {
-      Real t = std::cos(pi * (static_cast<Real>(i) + Real(0.75)) /
-                        (static_cast<Real>(n) + Real(0.5))),
-           slope = 0;
-      for (int step = 0; step < 12; ++step) {
-        Real last = 1, value = t;
-        for (int j = 2; j <= n; ++j) {
-          const Real next = ((2 * j - 1) * t * value - (j - 1) * last) / j;
-          last = value;
-          value = next;
-        }
-        slope = n * (t * value - last) / (t * t - 1);
-        t -= value / slope;
-      }
-      x.push_back(t);
-      w.push_back(2 / ((1 - t * t) * slope * slope));
-    }
-  }
-};
+std::vector<support::Node> ruleOf(int n) {
+  std::vector<support::Node> rule;
+  rule.reserve(static_cast<std::size_t>(n));
+  for (int i = 0; i < n; ++i)
+    rule.push_back(support::legendreNode(n, std::cos(pi * (i + Real(0.75)) / (n + Real(0.5)))));
+  return rule;
+}
 
 }  // namespace
 
 std::complex<long double> exactIntegral(Real d, Real z, Real from, Real to, Real k) {
   if (d == 0 || from == to) return 0;
-  static const Rule rule(24);
+  static const std::vector<support::Node> rule = ruleOf(24);
   const Real rho = std::hypot(d, z);
   const Real u1 = std::asinh(from / rho), u2 = std::asinh(to / rho);
   // Panels of at most a unit of u and of about 8 radians.
@@ -55,12 +41,12 @@ std::complex<long double> exactIntegral(Real d, Real z, Real from, Real to, Real
   std::complex<Real> sum = 0;
   for (std::size_t n = 1; n < ends.size(); ++n) {
     const Real h = (ends[n] - ends[n - 1]) / 2, c = (ends[n] + ends[n - 1]) / 2;
-    for (std::size_t j = 0; j < rule.x.size(); ++j) {
-      const Real u = c + h * rule.x[j], sigma = rho * std::sinh(u);
+    for (const auto& [x, w] : rule) {
+      const Real u = c + h * x, sigma = rho * std::sinh(u);
       const Real D = d * d + sigma * sigma, R = std::sqrt(z * z + D), half = k * D / (R + z) / 2;
       const std::complex<Real> value =
           -2 * std::sin(half) * std::complex<Real>(std::sin(half), std::cos(half)) / D;
-      sum += h * rule.w[j] * rho * std::cosh(u) * value;
+      sum += h * w * rho * std::cosh(u) * value;
     }
   }
   return d * sum * std::polar(Real(1), -k * z);

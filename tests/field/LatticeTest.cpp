@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <iostream>
 #include <random>
 
 #include "field/field.h"
+#include "support/AnyScene.h"
 
 // The interpolation of fields along rows, from samples in double precision.
 
@@ -42,36 +44,31 @@ class Line {
 
 TEST(LatticeTest, InterpolatedFieldsAreWithinTheErrorOfTheLattice) {
   std::mt19937 random(7);
-  const auto from = [&](double least, double most) {
-    return std::uniform_real_distribution<double>(least, most)(random);
-  };
-  const auto logFrom = [&](double least, double most) {
-    return std::exp(from(std::log(least), std::log(most)));
-  };
+  support::Chance chance(random);
   const auto maybe = [&](double value) { return random() % 2 == 0 ? value : 0; };
   constexpr int halfTapsToTry[] = {4, 6, 8, 12, 16, 24};
   double worst = 0;
   int tried = 0;
   const int rounds = std::getenv("PISTONFIELD_LONG") ? 20000 : 2000;
   for (int round = 0; round < rounds; ++round) {
-    const double width = logFrom(0.1, 60), height = logFrom(0.1, 60);
-    const double z = logFrom(0.1, 100), error = logFrom(1e-9, 1e-2);
+    const double width = chance.ofAnySize(0.1, 60), height = chance.ofAnySize(0.1, 60);
+    const double z = chance.ofAnySize(0.1, 100), error = chance.ofAnySize(1e-9, 1e-2);
     const int halfTaps = halfTapsToTry[random() % 6];
     // Rows next to edges, corners and the axis, and beside the piston; some of them turned.
-    const double angle = random() % 3 == 0 ? from(0, 1.57) : 0;
+    const double angle = random() % 3 == 0 ? chance.between(0, 1.57) : 0;
     const Position along = {std::cos(angle), 0, std::sin(angle)};
     const auto lattice = latticeFor(1e-3, z, k, error, halfTaps);
     if (!lattice) continue;
     const double h = 1e-3 * lattice->steps / lattice->samples;
     // The steps are so small that the lattice is the coarsest that there is; it may be finer.
-    const double distance = from(0.5, 1) > 0.75 ? h : h * from(0.5, 1);
+    const double distance = chance.between(0.5, 1) > 0.75 ? h : h * chance.between(0.5, 1);
     const double turns = pi - std::log(2 / error) / halfTaps;
     const double coarsest = turns / std::hypot(k, std::log(4 / error) / z);
     const double spacing = round % 4 == 0 ? distance : coarsest;
-    const double centre[] = {maybe(width / 2) + maybe(logFrom(1e-3, 30)),
-                             maybe(height / 2) + maybe(logFrom(1e-3, 30))};
+    const double centre[] = {maybe(width / 2) + maybe(chance.ofAnySize(1e-3, 30)),
+                             maybe(height / 2) + maybe(chance.ofAnySize(1e-3, 30))};
     // Next to a sample, too.
-    const double t = round % 5 == 0 ? 1 - logFrom(0x1p-53, 1) : from(0, 1);
+    const double t = round % 5 == 0 ? 1 - chance.ofAnySize(0x1p-53, 1) : chance.between(0, 1);
     // The first sample that is used is at the distance z.
     const double lowest = -(halfTaps - 1 + t) * spacing;
     const Position origin = {centre[0], centre[1], z - lowest * along[2]};
@@ -84,14 +81,7 @@ TEST(LatticeTest, InterpolatedFieldsAreWithinTheErrorOfTheLattice) {
     std::vector<double> factors(2 * static_cast<std::size_t>(halfTaps));
     kernel.factors(t, halfTaps, factors.data());
     for (std::size_t n = 0; n < factors.size(); ++n) sum += factors[n] * p[n + 1];
-    const double ratio = std::abs(sum - p[0]) / error;
-    if (ratio > worst) {
-      worst = ratio;
-      if (std::getenv("PISTONFIELD_LONG"))
-        std::cout << ratio << ": " << width << " x " << height << ", z " << z << ", error " << error
-                  << ", T " << halfTaps << ", angle " << angle << ", x " << centre[0] << ", y "
-                  << centre[1] << ", spacing " << spacing << '\n';
-    }
+    worst = std::max(worst, std::abs(sum - p[0]) / error);
     ++tried;
   }
   std::cout << tried << " interpolations: largest error " << worst << " of the lattice's\n";

@@ -1,14 +1,16 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "emulation/TestControl.h"
-#include "fuzz/Arrays.h"
+#include "fuzz/Numbers.h"
 #include "fuzz/Property.h"
 #include "gateway/Messages.h"
 #include "host/MexCall.h"
@@ -21,6 +23,149 @@ namespace {
 
 using Arguments = std::vector<mxArray>;
 
+std::size_t elements(const mxArray& array) {
+  std::size_t count = 1;
+  for (const std::size_t size : array.dims) count *= size;
+  return count;
+}
+
+const char* anyClass(FuzzedDataProvider& bytes) {
+  static const char* const classes[] = {
+      "double", "single", "int8",    "uint8", "int16", "uint16", "int32",           "uint32",
+      "int64",  "uint64", "logical", "char",  "cell",  "struct", "function_handle", "object"};
+  return bytes.PickValueInArray(classes);
+}
+
+bool canBeSparse(const mxArray& array) {
+  return array.className == "double" || array.className == "logical";
+}
+
+std::vector<std::size_t> anyDims(FuzzedDataProvider& bytes) {
+  std::vector<std::size_t> dims(bytes.ConsumeIntegralInRange<std::size_t>(2, 4));
+  for (std::size_t& size : dims)
+    size = bytes.ConsumeIntegralInRange<std::size_t>(0, dims.size() > 2 ? 4 : 9);
+  return dims;
+}
+
+/// Any order, often one at the ends of the valid range.
+int anyOrder(FuzzedDataProvider& bytes) {
+  static const int edges[] = {-1, 0, 1, 2, 511, 512, 513, 514};
+  switch (bytes.ConsumeIntegralInRange(0, 2)) {
+    case 0:
+      return bytes.PickValueInArray(edges);
+    case 1:
+      return bytes.ConsumeIntegralInRange(1, 8);
+    default:
+      return bytes.ConsumeIntegralInRange(-2, 520);
+  }
+}
+
+/// Whether the array has more columns than an int can count. Such an array has no data, which
+/// nothing may read.
+bool isHuge(const mxArray& array) {
+  return *std::max_element(array.dims.begin(), array.dims.end()) >= std::size_t{1} << 31;
+}
+
+/// Fills the array with elements of its class. A sparse matrix has fewer elements than its size.
+void fill(FuzzedDataProvider& bytes, mxArray& array) {
+  array.re.clear();
+  array.im.clear();
+  array.bytes.clear();
+  if (isHuge(array)) return;
+  std::size_t count = elements(array);
+  if (array.isSparse) count = bytes.ConsumeIntegralInRange<std::size_t>(0, count);
+  if (array.className != "double") {
+    array.bytes = bytes.ConsumeBytes<char>(count);
+    array.bytes.resize(count);
+    return;
+  }
+  array.re = fuzz::numbers<double>(bytes, count);
+  if (array.isComplex) array.im = fuzz::numbers<double>(bytes, count);
+}
+
+/// An array with more columns than an int can count.
+mxArray huge(FuzzedDataProvider& bytes) {
+  mxArray array;
+  array.dims = {
+      bytes.ConsumeIntegralInRange<std::size_t>(3, 4),
+      bytes.ConsumeIntegralInRange<std::size_t>(std::size_t{1} << 31, std::size_t{1} << 60)};
+  return array;
+}
+
+/// An array of any class, size and content.
+mxArray anyArray(FuzzedDataProvider& bytes) {
+  mxArray array;
+  array.className = anyClass(bytes);
+  array.dims = anyDims(bytes);
+  array.isComplex = bytes.ConsumeBool();
+  array.isSparse = bytes.ConsumeBool() && canBeSparse(array);
+  fill(bytes, array);
+  return array;
+}
+
+/// Changes the array slightly.
+void spoil(FuzzedDataProvider& bytes, mxArray& array) {
+  switch (bytes.ConsumeIntegralInRange(0, 4)) {
+    case 0:
+      array.className = anyClass(bytes);
+      array.isSparse = array.isSparse && canBeSparse(array);
+      break;
+    case 1:
+      array.isSparse = canBeSparse(array);
+      break;
+    case 2:
+      array.isComplex = true;
+      break;
+    case 3:
+      array.dims[bytes.ConsumeIntegralInRange<std::size_t>(0, array.dims.size() - 1)] =
+          bytes.ConsumeIntegralInRange<std::size_t>(0, 4);
+      break;
+    default:
+      std::swap(array.dims[0], array.dims[1]);
+  }
+  fill(bytes, array);
+}
+
+// A valid type of array for each argument, with any values.
+
+mxArray points(FuzzedDataProvider& bytes) {
+  if (bytes.ConsumeIntegralInRange(0, 63) == 63) return huge(bytes);
+  mxArray array;
+  array.dims = {3, bytes.ConsumeIntegralInRange<std::size_t>(0, 64)};
+  if (bytes.ConsumeBool()) array.dims = {3, array.dims[1] / 4, 4};
+  fill(bytes, array);
+  return array;
+}
+
+mxArray number(FuzzedDataProvider& bytes) {
+  return host::scalar(bytes.ConsumeBool() ? fuzz::usualNumber<double>(bytes)
+                                          : fuzz::anyNumber<double>(bytes));
+}
+
+mxArray mode(FuzzedDataProvider& bytes) {
+  static const char* const names[] = {"cuda", "cuda", "cuda", "cudadp", "cpu", "cpusp", "cpudp"};
+  if (bytes.ConsumeIntegralInRange(0, 15) < 15) return host::text(bytes.PickValueInArray(names));
+  mxArray text = host::text(bytes.ConsumeRandomLengthString(20));
+  if (bytes.ConsumeBool() && text.dims[1] % 2 == 0) text.dims = {2, text.dims[1] / 2};
+  return text;
+}
+
+mxArray orderOrTable(FuzzedDataProvider& bytes) {
+  switch (bytes.ConsumeIntegralInRange(0, 3)) {
+    case 0:
+      return number(bytes);
+    case 1:
+      return host::scalar(anyOrder(bytes));
+    case 2:
+      return host::scalar(bytes.ConsumeIntegralInRange(1, 16));
+    default:
+      mxArray table;
+      table.dims = {static_cast<std::size_t>(std::max(anyOrder(bytes), 0)), 2};
+      fill(bytes, table);
+      return table;
+  }
+}
+
 host::Outcome call(int nlhs, const Arguments& arguments) {
   host::Outcome outcome = host::call(mexFunction, nlhs, arguments);
   fuzz::require(emulationTestControl()->liveAllocations() == 0, "no device memory stays behind");
@@ -30,26 +175,26 @@ host::Outcome call(int nlhs, const Arguments& arguments) {
 mxArray rightArgument(FuzzedDataProvider& bytes, std::size_t place) {
   switch (place) {
     case 0:
-      return fuzz::points(bytes);
+      return points(bytes);
     case 2:
     case 3:
     case 4:
-      return fuzz::number(bytes);
+      return number(bytes);
     case 5:
-      return fuzz::mode(bytes);
+      return mode(bytes);
     case 6:
-      return fuzz::orderOrTable(bytes);
+      return orderOrTable(bytes);
     default:
-      return fuzz::anyArray(bytes);
+      return anyArray(bytes);
   }
 }
 
 /// Most likely a valid argument, otherwise a nearly valid one or anything.
 mxArray argument(FuzzedDataProvider& bytes, std::size_t place) {
   const int choice = bytes.ConsumeIntegralInRange(0, 31);
-  if (choice == 31) return fuzz::anyArray(bytes);
+  if (choice == 31) return anyArray(bytes);
   mxArray array = rightArgument(bytes, place);
-  if (choice == 30) fuzz::spoil(bytes, array);
+  if (choice == 30) spoil(bytes, array);
   return array;
 }
 

@@ -11,12 +11,11 @@
 #include <vector>
 
 #include "FastNearfield/IntegratorCuda.h"
-#include "FastNearfield/RectangularPiston2.h"
 #include "FastNearfield/RectangularPistonCuda.dp.h"
 #include "FastNearfield/RectangularPistonCuda.h"
+#include "FastNearfield/TestGrids.h"
 #include "core/LoadedRules.h"
 #include "emulation/TestControl.h"
-#include "fuzz/Grids.h"
 #include "fuzz/Numbers.h"
 #include "fuzz/Property.h"
 #include "support/RecordingHandler.h"
@@ -29,12 +28,61 @@
 namespace {
 
 using fuzz::require;
-using fuzz::Size;
 using pistonfield::Complex;
 using pistonfield::Complexd;
 using pistonfield::ComplexPair;
-using pistonfield::Grid3DR;
-using pistonfield::RectangularPistonCuda2;
+
+constexpr double mostPoints = 4096;  // two ranges of threads
+
+/// sx × sy × sz points; each size may be any int.
+struct Size {
+  int sx, sy, sz;
+
+  /// Whether a device must evaluate such a grid. It must reject an empty grid and a grid of more
+  /// points than an int can count.
+  bool isRight() const {
+    return sx > 0 && sy > 0 && sz > 0 && exactPoints() <= std::numeric_limits<int>::max();
+  }
+  /// Whether the grid is valid, but would take too long for a fuzzer.
+  bool isLong() const { return isRight() && exactPoints() > mostPoints; }
+
+  /// The number of points to allocate results for.
+  std::size_t points() const { return isRight() ? static_cast<std::size_t>(exactPoints()) : 0; }
+
+ private:
+  double exactPoints() const { return double(sx) * sy * sz; }
+};
+
+int anyLength(FuzzedDataProvider& bytes) {
+  static const int edges[] = {std::numeric_limits<int>::min(),
+                              std::numeric_limits<int>::max(),
+                              -1,
+                              -2,
+                              -3,
+                              -65536,
+                              0,
+                              8,
+                              46341,
+                              65536,
+                              1 << 21,
+                              1 << 22,
+                              1 << 30};
+  const int choice = bytes.ConsumeIntegralInRange(0, 31);
+  if (choice == 31) return bytes.ConsumeIntegral<int>();
+  if (choice == 30) return bytes.PickValueInArray(edges);
+  if (choice == 29) return bytes.ConsumeIntegralInRange(-3, 200);
+  return 1 + choice % 12;
+}
+
+/// x, y, z of the points of a grid given by its axes.
+std::vector<float> positions(const std::vector<float>& x, const std::vector<float>& y,
+                             const std::vector<float>& z) {
+  std::vector<float> list;
+  for (const float pz : z)
+    for (const float py : y)
+      for (const float px : x) list.insert(list.end(), {px, py, pz});
+  return list;
+}
 
 template <class Call>
 bool fails(const Call& call) {
@@ -150,35 +198,29 @@ Values<float> checkList(FuzzedDataProvider& bytes, const std::vector<float>& pos
   return expected;
 }
 
-/// Both ways to get results: as pairs, and in two arrays.
-template <class T, class Launcher>
-void requirePairs(const Values<T>& expected, const Size& size, const char* name,
-                  const Launcher& launch) {
-  require(same(expected, pairs<T>(size.points(), launch)),
-          std::string(name) + " gives what the list gives");
-}
-template <class T, class Launcher>
-void requireParts(const Values<T>& expected, const Size& size, const char* name,
-                  const Launcher& launch) {
-  require(same(expected, parts<T>(size.points(), launch)),
-          std::string(name) + " gives what the list gives");
+template <class T>
+void requireSame(const Values<T>& expected, const char* launcher, const Values<T>& actual) {
+  require(same(expected, actual), std::string(launcher) + " gives what the list gives");
 }
 
 void checkMappedGrid(FuzzedDataProvider& bytes, const Size& size, const Piston& p) {
-  fuzz::Transform t = fuzz::anyTransform(bytes);
+  std::vector<float> t = fuzz::numbers<float>(bytes, 16);
   Values<float> expected;
-  if (size.isRight()) expected = checkList(bytes, fuzz::positions(size, t), p);
+  if (size.isRight())
+    expected = checkList(
+        bytes, test_grids::transformedPositions({size.sx, size.sy, size.sz}, t.data()), p);
   const int sx = size.sx, sy = size.sy, sz = size.sz;
-  requirePairs(expected, size, "RectangularPiston_func", [&](Complex* data) {
-    RectangularPiston_func(data, sx, sy, sz, t.data(), p.a, p.b, p.k);
-  });
-  requireParts(expected, size, "RectangularPiston_func2", [&](float* re, float* im) {
-    RectangularPiston_func2(re, im, sx, sy, sz, t.data(), p.a, p.b, p.k);
-  });
-  requirePairs(expected, size, "do_calculate_grid", [&](Complex* data) {
-    do_calculate_grid(data, sx, sy, sz, t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8], t[9],
-                      t[10], t[11], p.a, p.b, p.k);
-  });
+  requireSame(expected, "RectangularPiston_func", pairs<float>(size.points(), [&](Complex* data) {
+                RectangularPiston_func(data, sx, sy, sz, t.data(), p.a, p.b, p.k);
+              }));
+  requireSame(expected, "RectangularPiston_func2",
+              parts<float>(size.points(), [&](float* re, float* im) {
+                RectangularPiston_func2(re, im, sx, sy, sz, t.data(), p.a, p.b, p.k);
+              }));
+  requireSame(expected, "do_calculate_grid", pairs<float>(size.points(), [&](Complex* data) {
+                do_calculate_grid(data, sx, sy, sz, t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7],
+                                  t[8], t[9], t[10], t[11], p.a, p.b, p.k);
+              }));
 }
 
 void checkAxes(FuzzedDataProvider& bytes, const Size& size, const Piston& p) {
@@ -192,11 +234,12 @@ void checkAxes(FuzzedDataProvider& bytes, const Size& size, const Piston& p) {
   };
   std::vector<float> x = axis(size.sx), y = axis(size.sy), z = axis(size.sz);
   Values<float> expected;
-  if (size.isRight()) expected = checkList(bytes, fuzz::positions(x, y, z), p);
-  requirePairs(expected, size, "RectangularPiston_func_structured", [&](Complex* data) {
-    RectangularPiston_func_structured(data, size.sx, size.sy, size.sz, x.data(), y.data(), z.data(),
-                                      p.a, p.b, p.k);
-  });
+  if (size.isRight()) expected = checkList(bytes, positions(x, y, z), p);
+  requireSame(expected, "RectangularPiston_func_structured",
+              pairs<float>(size.points(), [&](Complex* data) {
+                RectangularPiston_func_structured(data, size.sx, size.sy, size.sz, x.data(),
+                                                  y.data(), z.data(), p.a, p.b, p.k);
+              }));
 }
 
 void checkSteps(FuzzedDataProvider& bytes, const Size& size, const Piston& p) {
@@ -209,11 +252,12 @@ void checkSteps(FuzzedDataProvider& bytes, const Size& size, const Piston& p) {
   Values<float> expected;
   if (size.isRight())
     expected = checkList(
-        bytes,
-        fuzz::positions(axis(size.sx, step[0]), axis(size.sy, step[1]), axis(size.sz, step[2])), p);
-  requirePairs(expected, size, "do_calculate", [&](Complex* data) {
-    do_calculate(data, size.sx, size.sy, size.sz, step[0], step[1], step[2], p.a, p.b, p.k);
-  });
+        bytes, positions(axis(size.sx, step[0]), axis(size.sy, step[1]), axis(size.sz, step[2])),
+        p);
+  requireSame(expected, "do_calculate", pairs<float>(size.points(), [&](Complex* data) {
+                do_calculate(data, size.sx, size.sy, size.sz, step[0], step[1], step[2], p.a, p.b,
+                             p.k);
+              }));
 }
 
 void checkDoublePrecision(FuzzedDataProvider& bytes, const Size& size) {
@@ -225,57 +269,18 @@ void checkDoublePrecision(FuzzedDataProvider& bytes, const Size& size) {
   });
   require(expected.has_value() == size.isRight(), "RectangularPiston_func_d fails if it must");
   if (expected) requireWritten(expected);
-  requireParts(expected, size, "RectangularPiston_func2_d", [&](double* re, double* im) {
-    RectangularPiston_func2_d(re, im, sx, sy, sz, t.data(), p[0], p[1], p[2]);
-  });
-  requirePairs(expected, size, "do_calculate_grid_d", [&](Complexd* data) {
-    do_calculate_grid_d(data, sx, sy, sz, t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8],
-                        t[9], t[10], t[11], p[0], p[1], p[2]);
-  });
+  requireSame(expected, "RectangularPiston_func2_d",
+              parts<double>(size.points(), [&](double* re, double* im) {
+                RectangularPiston_func2_d(re, im, sx, sy, sz, t.data(), p[0], p[1], p[2]);
+              }));
+  requireSame(expected, "do_calculate_grid_d", pairs<double>(size.points(), [&](Complexd* data) {
+                do_calculate_grid_d(data, sx, sy, sz, t[0], t[1], t[2], t[3], t[4], t[5], t[6],
+                                    t[7], t[8], t[9], t[10], t[11], p[0], p[1], p[2]);
+              }));
   const Values<double> steps = pairs<double>(size.points(), [&](Complexd* data) {
     do_calculate_d(data, sx, sy, sz, t[0], t[5], t[10], p[0], p[1], p[2]);
   });
   require(steps.has_value() == size.isRight(), "do_calculate_d fails if it must");
-}
-
-/// The grid of that size, if 32 bits count its points; it is refused if they do not.
-std::optional<Grid3DR<double>> gridOf(const Size& size,
-                                      const Grid3DR<double>::Transform& transform) {
-  const auto length = [](int value) { return static_cast<unsigned>(value); };
-  const unsigned sx = length(size.sx), sy = length(size.sy), sz = length(size.sz);
-  const bool isCounted =
-      sz == 0 || std::uint64_t{sx} * sy <= std::numeric_limits<unsigned>::max() / sz;
-  std::optional<Grid3DR<double>> grid;
-  require(fails([&] { grid.emplace(sx, sy, sz, transform); }) == !isCounted,
-          "a grid of more points than 32 bits count is refused");
-  return grid;
-}
-
-/// Checks a regular grid, evaluated on the device or on the CPU.
-void checkPiston(FuzzedDataProvider& bytes, const Size& size) {
-  const fuzz::Transform t = fuzz::anyTransform(bytes);
-  Grid3DR<double>::Transform transform;
-  std::copy(t.begin(), t.end(), transform.begin());
-  const std::optional<Grid3DR<double>> counted = gridOf(size, transform);
-  if (!counted) return;
-  const Grid3DR<double>& grid = *counted;
-  const std::vector<float> p = fuzz::numbers<float>(bytes, 3);
-  RectangularPistonCuda2 piston(double{p[0]}, double{p[1]}, double{p[2]});
-  const Values<float> computed =
-      pairs<float>(size.points(), [&](Complex* data) { piston.compute(&data->re, grid); });
-  const bool mayBeComputed = size.isRight() || grid.nbPositions() == 0;
-  require(computed.has_value() ==
-              (mayBeComputed && pistonfield::hasOwnRule(pistonfield::Precision::SINGLE)),
-          "a piston computes a grid of the device if a rule is loaded");
-  if (computed && size.isRight())
-    require(same(list(fuzz::positions(size, t), {p[0], p[1], p[2]}), computed),
-            "a piston computes what the list gives");
-  if (size.points() == 0 || size.points() > 16) return;
-  piston.useGPU = false;
-  requireWritten(
-      pairs<float>(size.points(), [&](Complex* data) { piston.compute(&data->re, grid); }));
-  requireWritten(
-      pairs<double>(size.points(), [&](Complexd* data) { piston.compute(&data->re, grid); }));
 }
 
 /// Lists whose length is none.
@@ -307,7 +312,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   do_timing = bytes.ConsumeBool() ? 1 : 0;
   const int choice = bytes.ConsumeIntegralInRange(0, 8);
-  const Size grid = fuzz::anySize(bytes);
+  const int sx = anyLength(bytes), sy = anyLength(bytes), sz = anyLength(bytes);
+  const Size grid{sx, sy, sz};
   if (grid.isLong()) return 0;
   const std::size_t nodes = loadRule(bytes);
   if (grid.points() * nodes > mostNodes) return 0;
@@ -326,9 +332,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       break;
     case 4:
       checkDoublePrecision(bytes, grid);
-      break;
-    case 5:
-      checkPiston(bytes, grid);
       break;
     default:
       checkListLength(bytes, piston);

@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <complex>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
 #include "host/MexHost.h"
+#include "support/WithoutDevice.h"
 
 // Calls the module as its users do, through the tests' host.
 
@@ -21,31 +23,45 @@ struct Arguments {
   mxArray mode = host::text("cuda");
   mxArray nabscissas = host::scalar(10);
 
-  std::vector<mxArray> first(std::size_t count) const;
+  std::vector<mxArray> first(std::size_t count) const {
+    const std::vector<mxArray> all = {points, ignored, l, s, k, mode, nabscissas, host::scalar(0)};
+    return {all.begin(), all.begin() + static_cast<std::ptrdiff_t>(count)};
+  }
 };
-
-/// The path of the module with only the symbols that users get: the value of
-/// PISTONFIELD_HIDDEN_MODULE or, if it is not set, the path in the build folder.
-std::string hiddenModulePath();
-
-/// Whether a call ended because there is no device.
-bool lacksDevice(const host::Outcome& outcome);
 
 class GatewayTest : public testing::Test {
  protected:
-  void SetUp() override;
+  void SetUp() override {
+    if (errorOf({}).find("src/core/cuda_init") != std::string::npos) support::skipWithoutDevice();
+  }
 
   /// p = pistonfield(the first `count` arguments).
-  host::Outcome call(const Arguments& arguments, std::size_t count = 7);
+  host::Outcome call(const Arguments& arguments, std::size_t count = 7) {
+    return module.call(1, arguments.first(count));
+  }
 
   /// The pressures of a call, which must succeed.
-  std::vector<std::complex<double>> pressures(const Arguments& arguments, std::size_t count = 7);
+  std::vector<std::complex<double>> pressures(const Arguments& arguments, std::size_t count = 7) {
+    const host::Outcome outcome = call(arguments, count);
+    EXPECT_FALSE(outcome.error) << *outcome.error;
+    const mxArray p = outcome.error ? mxArray{} : outcome.results.at(0);
+    EXPECT_TRUE(p.isComplex);
+    EXPECT_EQ(p.dims, (std::vector<std::size_t>{p.re.size(), 1}));
+    std::vector<std::complex<double>> values;
+    for (std::size_t i = 0; i < p.re.size(); ++i) values.emplace_back(p.re[i], p.im[i]);
+    return values;
+  }
 
   /// The error of a call, or "" if it succeeds.
-  std::string errorOf(const Arguments& arguments, std::size_t count = 7);
+  std::string errorOf(const Arguments& arguments, std::size_t count = 7) {
+    return call(arguments, count).error.value_or("");
+  }
 
   /// The value of PISTONFIELD_GATEWAY_MODULE or, if it is not set, the path in the build folder.
-  static std::string modulePath();
+  static std::string modulePath() {
+    const char* const path = std::getenv("PISTONFIELD_GATEWAY_MODULE");
+    return path ? path : PISTONFIELD_GATEWAY_MODULE;
+  }
 
   host::MexHost module{modulePath()};
 };

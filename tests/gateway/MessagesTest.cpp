@@ -83,15 +83,12 @@ TEST_F(MessagesTest, ThereMustBeFiveToSevenArgumentsAndOneOutput) {
 }
 
 TEST_F(MessagesTest, WrongShapesAndTextsHaveTheirMessages) {
-  mxArray tooMany = host::matrix(3, 1, {0, 0, 1});
-  tooMany.dims[1] = std::size_t{1} << 31;
   for (const Wrong& wrong : std::vector<Wrong>{
            {&Arguments::points, host::ofClass("sparse", 3, 1), pointsType},
            {&Arguments::points, host::matrix(2, 2, {1, 2, 3, 4}), rowCount},
            {&Arguments::points, host::matrix(4, 1, {1, 2, 3, 4}), rowCount},
            {&Arguments::points, host::matrix(0, 0, {}), rowCount},
            {&Arguments::points, host::matrix(3, 0, {}), noPoints},
-           {&Arguments::points, tooMany, tooManyPoints},
            {&Arguments::nabscissas, host::matrix(1, 3, {1, 2, 3}), abscissas},
            {&Arguments::nabscissas, host::matrix(3, 3, {1, 2, 3, 4, 5, 6, 7, 8, 9}), abscissas},
            {&Arguments::nabscissas, host::matrix(0, 0, {}), abscissas},
@@ -102,6 +99,12 @@ TEST_F(MessagesTest, WrongShapesAndTextsHaveTheirMessages) {
            {&Arguments::mode, host::text(std::string(1000000, 'x')), modeValue},
        })
     expectError(wrong);
+  mxArray tooMany = host::matrix(3, 1, {0, 0, 1});  // which claims more points than it has
+  for (const std::size_t points : {std::size_t{1} << 31, (std::size_t{1} << 32) + 1,
+                                   (std::size_t{1} << 33) - 1, std::size_t{1} << 60}) {
+    tooMany.dims[1] = points;
+    expectError({&Arguments::points, tooMany, tooManyPoints});
+  }
   for (const char* other : {"CUDA", "cud", "cudad", "cudadpx", "gpu", "", "cpu ", "cpus"})
     expectError({&Arguments::mode, host::text(other), modeValue});
   for (const char* cpu : {"cpu", "cpusp", "cpudp"})

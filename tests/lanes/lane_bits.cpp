@@ -69,20 +69,11 @@ void print(float value) {
 
 int main(int argc, char** argv) {
   const bool packed = argc == 2 && std::strcmp(argv[1], "packed") == 0;
-  if (!packed && !(argc == 2 && std::strcmp(argv[1], "scalar") == 0)) {
-    std::fprintf(stderr, "usage: lane_bits packed|scalar\n");
-    return 2;
-  }
   const std::vector<float> points = positions();
   const auto count = static_cast<int>(points.size() / 3);
   for (const int order : {1, 9, 10}) {
     const support::HalfRule<float> rule(order);
     std::printf("order %d\n", order);
-    for (std::size_t i = 0; i < rule.x.size(); ++i) {
-      print(rule.x[i]);
-      print(rule.w[i]);
-      std::printf("\n");
-    }
     std::vector<Complex> pressures(static_cast<std::size_t>(count));
     if (packed)
       pistonfield::packedPressure(pistonfield::instructionSet())(points.data(), pressures.data(),

@@ -10,7 +10,8 @@
 %!         '[lsk] must be|nabscissas must be|quantity must be|limits must be|p must have|order must be|' ...
 %!         '[a-z]+: function called with too many inputs|x and w must be|tolerance must be|Sides must be|points must include|No order up to|' ...
 %!         '(counts?|pitch|pitches|radius|name|parameter) must be|' ...
-%!         'After limits, only|axes must be|A point is farther than|pistonfield_quiet: (Input must be|Points \(argument 1\)|The given grid))'];
+%!         'After limits, only|axes must be|A point is farther than|pistonfield_quiet: (Input must be|Points \(argument 1\)|The given grid)|' ...
+%!         'array\.[a-z]+(\(:,:,\d\))? must (be|have)|pistonfield_pressure: (Wrong arguments. Call pistongrid or pistonarray|k must be|The tolerance must be|Piston \d+: ))'];
 %!  if (isempty (regexp (failure.message, own)))
 %!    error ("%s (%s) says: %s", name, disp (arguments), failure.message);
 %!  endif
@@ -41,6 +42,20 @@
 %!  endfor
 %!endfunction
 
+%!function sweep_fields (call, good) # each field of a struct left out, and with each value
+%!  for field = fieldnames (good)'
+%!    for value = [wild(), ones(3, 3)]
+%!      other = good;
+%!      other.(field{1}) = value{1};
+%!      try
+%!        assert (size (call (other)), [1, 1]);
+%!      catch failure
+%!        complain ("a struct", {field{1}, value{1}}, failure);
+%!      end_try_catch
+%!    endfor
+%!  endfor
+%!endfunction
+
 %!shared array
 %! array = struct ("l", 2, "s", 1, "positions", [0, 3; 0, 0; 0, 0]);
 %!test
@@ -61,19 +76,17 @@
 %!   whole.rotations = eye (3);
 %!   whole.weights = [1, 1i];
 %!   whole.(steering{1}) = [0; 0; 1];
-%!   for field = fieldnames (whole)'
-%!     for value = wild ()
-%!       other = whole;
-%!       other.(field{1}) = value{1};
-%!       try
-%!         p = pistonarray ([0; 0; 1], other, 3);
-%!         assert (size (p), [1, 1]);
-%!       catch failure
-%!         assert (! isempty (regexp (failure.message, '^(array\.[a-z]+(\(:,:,\d\))? must (be|have)|Sides must be 0 or from 1e-9)')));
-%!       end_try_catch
-%!     endfor
-%!   endfor
+%!   sweep_fields (@(array) pistonarray ([0; 0; 1], array, 3), whole);
 %! endfor
+%!test # the module behind pistongrid and pistonarray
+%! pistons = struct ("widths", [1; 2], "heights", [3; 4], "centres", zeros (3, 2), "axes", repmat (eye (3), [1, 1, 2]), "weights", [1; 2i]);
+%! [fine, refused] = sweep ("pistonfield_pressure", {[0; 0; 1], pistons, 2, 1e-3, []});
+%! assert (fine > 5 && refused > 100);
+%! sweep_fields (@(pistons) pistonfield_pressure ([0; 0; 1], pistons, 2, 1e-3, []), pistons);
+%! for field = fieldnames (pistons)'
+%!   fail ("pistonfield_pressure ([0; 0; 1], rmfield (pistons, field{1}), 2, 1e-3, [])", "Wrong arguments");
+%! endfor
+%! fail ("[p, used, more] = pistonfield_pressure ([0; 0; 1], pistons, 2, 1e-3, [])", "Wrong arguments|called with too many outputs");
 %!test
 %! [fine, refused] = sweep ("pistonrule", {[-0.5, 0.5], [1, 1]});
 %! assert (refused > 90);

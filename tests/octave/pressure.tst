@@ -2,16 +2,6 @@
 %! points = [0, 1; 0, 2; 3, 4];
 %! pistons = struct ("widths", [1; 2], "heights", [3; 4], "centres", [0, 5; 0, 0; 0, 0], ...
 %!                   "axes", repmat (eye (3), [1, 1, 2]), "weights", [1; 2i]);
-%!function check_refusal (varargin) # fails if the call gives no result and another error than that of wrong arguments
-%!  try
-%!    p = pistonfield_pressure (varargin{:});
-%!    assert (iscomplex (p) || isempty (p) || ! any (p(:)));
-%!  catch failure
-%!    if (! strcmp (failure.identifier, "pistonfield:field"))
-%!      assert (! isempty (strfind (failure.message, "Wrong arguments. Call pistongrid or pistonarray")), failure.message);
-%!    endif
-%!  end_try_catch
-%!endfunction
 %!test # the calls of pistongrid and pistonarray
 %! p = pistonfield_pressure (points, pistons, 2, 1e-6, []);
 %! exact = pistonfield_quiet (points, 0, 3, 1, 2, "cuda", 40) ...
@@ -21,26 +11,6 @@
 %! assert (size (q), [2, 1, 3]);
 %! assert (q(2,1,2), p(2), 3e-6);
 %! assert (fieldnames (used)', {"orders", "precision", "nodes", "bound"});
-%!test # wrong arguments end with an error
-%! wild = {"a", "", {}, {1}, cell(1, 3), {1, 2, "c"}, {1, 2, 3i}, struct(), struct("widths", {1, 2}), @sin, true, NaN, Inf, ...
-%!         0, -1, 1i, [], zeros(3, 0), ones(2, 2), ones(3, 2, 2), single(ones (3, 1)), int8(3), sparse([1; 2; 3])};
-%! good = {points, pistons, 2, 1e-3, []};
-%! for n = 1:5
-%!   for value = wild
-%!     arguments = good;
-%!     arguments(n) = value;
-%!     check_refusal (arguments{:});
-%!   endfor
-%!   check_refusal (good{1:n-1});
-%! endfor
-%! check_refusal (good{:}, 1);
-%! for name = fieldnames (pistons)'
-%!   for value = [wild, ones(3, 3)]
-%!     check_refusal (points, setfield (pistons, name{1}, value{1}), 2, 1e-3, []);
-%!   endfor
-%!   check_refusal (points, rmfield (pistons, name{1}), 2, 1e-3, []);
-%! endfor
-%! fail ("[p, used, more] = pistonfield_pressure (good{:})", "Wrong arguments|called with too many outputs");
 %!function shown = stopping_bar (part, seconds, shown) # fails in the third call
 %!  global calls
 %!  calls(end+1,:) = [part, seconds, shown];

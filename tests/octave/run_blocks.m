@@ -1,16 +1,10 @@
 % octave-cli tests/octave/run_blocks.m <folder of the module> <test file> <needs>
 %
 % Runs the %! blocks of a test file and ends with status 1 if one fails. The tests need a "device",
-% "no-device", "nothing", or "long": a device and several minutes. If the need is not met, the tests
-% are skipped, with status 77.
+% "no-device" or "nothing". If the need is not met, the tests are skipped, with status 77.
 
 folder = fileparts (mfilename ("fullpath"));
 addpath (argv (){1}, folder);
-
-if (strcmp (argv (){3}, "long") && ! strcmp (getenv ("PISTONFIELD_LONG"), "1"))
-  printf ("SKIPPED: takes minutes (PISTONFIELD_LONG=1)\n");
-  exit (77);
-endif
 if (! strcmp (argv (){3}, "nothing"))
   message = message_of ([0; 0; 1], 0, 1, 1, 1);
   has_device = isempty (strfind (message, "src/core/cuda_init"));

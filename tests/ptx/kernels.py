@@ -47,7 +47,7 @@ PRECISIONS = {  # source file: real type, its numpy type, prefix of the tables
 
 
 class Compiled:
-    """One kernel of one PTX file, as nvcc wrote it or with one changed instruction."""
+    """One kernel of one PTX file."""
 
     def __init__(self, source, architecture, module, kernel):
         self.real, self.dtype, self.tables = PRECISIONS[source]
@@ -61,10 +61,7 @@ class Compiled:
         for name, size in module.constants.items():
             self.constants[name] = end
             end += -(-size // MARGIN) * MARGIN + MARGIN
-        self.program = self.compile(kernel)
-
-    def compile(self, kernel):
-        return Program([kernel], {**self.constants, **self.fresh_memory()[1]})
+        self.program = Program([kernel], {**self.constants, **self.fresh_memory()[1]})
 
     def fresh_memory(self):
         """Memory with the file's own variables, and their addresses."""
@@ -122,13 +119,11 @@ class Points:
 
 @dataclass
 class Expected:
-    """The expected pressures at the last points of a launch, which may be NaN, the bounds on a kernel's
-    errors, and the unit of these errors."""
+    """The expected pressures at the last points of a launch, which may be NaN, and the bounds on a kernel's
+    errors."""
 
     pressure: np.ndarray
     bound: np.ndarray
-    unit: np.ndarray
-    behind: np.ndarray  # whether a point is behind the piston
 
     def errors(self, found):
         found = found[len(found) - len(self.pressure) :]
@@ -158,10 +153,10 @@ class Case:
 
 
 def run(compiled, cases, seed):
-    """Runs all cases: the errors of each, how many threads came to each block, and the pressures."""
+    """Runs all cases: the errors of each, and how many threads came to each block."""
     results = [run_case(compiled, case, seed + n) for n, case in enumerate(cases)]
     errors = [case.expected.errors(pressure) for case, (pressure, _) in zip(cases, results)]
-    return errors, sum(visits for _, visits in results), [pressure for pressure, _ in results]
+    return errors, sum(visits for _, visits in results)
 
 
 def run_case(compiled, case, seed):

@@ -9,7 +9,7 @@ find_program(PISTONFIELD_TEST_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH) # t
 
 set(names machine)
 if(PISTONFIELD_USE_CUDA)
-  set(names kernels mutants)
+  set(names kernels)
 endif()
 foreach(name IN LISTS names)
   if(PISTONFIELD_TEST_PYTHON)
@@ -24,6 +24,3 @@ foreach(name IN LISTS names)
   set_tests_properties(ptx.${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 600
                                               SKIP_REGULAR_EXPRESSION "^SKIPPED: ")
 endforeach()
-if(TEST ptx.mutants)
-  set_tests_properties(ptx.mutants PROPERTIES LABELS long)
-endif()

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <iterator>
 #include <thread>
+#include <vector>
 
 namespace support {
 
@@ -21,6 +23,14 @@ inline bool hasThreads(std::ptrdiff_t count) {
     std::this_thread::yield();
   }
   return true;
+}
+
+/// Calls work(n) on thread n of `count`, all at once.
+template <class Work>
+void onThreads(std::size_t count, Work work) {
+  std::vector<std::thread> threads;
+  for (std::size_t n = 0; n < count; ++n) threads.emplace_back([&work, n] { work(n); });
+  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace support
