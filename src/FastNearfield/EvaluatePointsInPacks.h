@@ -54,6 +54,7 @@ void evaluateCopiesInPacks(const KernelPiston<float>& piston, const Points& poin
   while (n < last) {
     const unsigned count = std::min(most, last - n);
     for (unsigned i = 0; i < count; ++i, points.advance(cursor)) list[i] = points.at(cursor);
+    // The points of the next list are read soon, and the pressures of this one written.
     evaluateInPacks(piston, &list[0].x, pressures.get(), count,
                     usedSoon(points, n + count, results, n));
     for (std::size_t i = 0; i < count; ++i) results.store(n + i, pressures[i]);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FastNearfield/PointSources.h"
+#include "FastNearfield/PointsAndResults.h"
 #include "FastNearfield/point/HalfAngleIntegrand.h"
 #include "FastNearfield/point/PointPressure.h"
 #include "FastNearfield/point/SingleRootIntegrand.h"

@@ -14,7 +14,7 @@
 #include "core/CudaCheck.h"
 #include "core/CudaCompatibility.h"
 #include "core/DeviceBuffer.h"
-#include "core/LoadedRules.h"
+#include "core/RuleOwner.h"
 
 // The steps that launchers of both precisions share. Users read the texts of the checks in error
 // messages; `location` is the launcher's own.

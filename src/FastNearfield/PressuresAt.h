@@ -7,7 +7,7 @@ namespace pistonfield {
 /// `k` the wave number; `re` and `im` receive the real and imaginary parts. Progress lines and
 /// failures are those of RectangularPiston_func_unstructured.
 ///
-/// If the device works in the host's memory, its kernel converts the numbers block by block.
+/// If the device works in the host's memory, its kernel converts the numbers list by list.
 /// Otherwise this function converts them, which takes 20 bytes per point here and on the device.
 void pressuresAt(const double* points, int count, float l, float s, float k, double* re,
                  double* im);

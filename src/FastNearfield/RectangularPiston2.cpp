@@ -8,7 +8,7 @@
 #include "core/CudaCheck.h"
 #include "core/DeviceLock.h"
 #include "core/ErrorHandler.h"
-#include "core/LoadedRules.h"
+#include "core/RuleOwner.h"
 #include "core/PlainAssertion.h"
 #include "core/Progress.h"
 

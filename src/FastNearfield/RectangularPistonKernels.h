@@ -4,9 +4,9 @@
 
 #include "core/Complex.h"
 
-// The kernels: one thread per point. halfWidth is half the piston's side along x, halfHeight half
-// its side along y. The result of point n goes to element n; threads beyond the last point do
-// nothing.
+// The kernels: one thread per point (evaluatePoints() in EvaluatePointsOnGpu.h). halfWidth is half
+// the piston's side along x, halfHeight half its side along y. The result of point n goes to
+// element n; threads beyond the last point do nothing.
 
 namespace pistonfield {
 

@@ -4,7 +4,7 @@
 
 namespace pistonfield {
 
-struct DeviceUse;  // cudahelper.h
+struct DeviceUse;  // defined in cudahelper.h, which is installed
 
 /// Makes `device` the thread's current device for a call. Returns the thread's previous device, and
 /// whether other code in the process (the host's own GPU arrays, say) already uses the context of

@@ -7,7 +7,7 @@
 #include "core/CudaCompatibility.h"
 #include "core/DeviceUse.h"
 #include "core/FastestDevice.h"
-#include "core/LoadedRules.h"
+#include "core/RuleOwner.h"
 #include "core/cuda_init.h"
 
 namespace pistonfield {

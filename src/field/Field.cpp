@@ -14,6 +14,8 @@
 #include "field/SortedPoints.h"
 #include "field/Vectors.h"
 
+// CONTRIBUTING.md follows a field from here down to the sum over nodes.
+
 namespace pistonfield {
 namespace {
 
@@ -116,11 +118,11 @@ double peakOf(const std::vector<Field::Piston>& pistons, double k, const Points&
               const std::function<void(double)>& progress) {
   const std::vector<Position> some = somePoints(points);
   if (some.empty()) return 1;  // the pressures are NaN
-  double bound = 0;            // of a pressure in front of the pistons, about
-  for (const Field::Piston& piston : pistons) bound += 2 * std::abs(piston.weight);
+  double mostExpected = 0;     // of the magnitude, about
+  for (const Field::Piston& piston : pistons) mostExpected += 2 * std::abs(piston.weight);
   std::vector<std::complex<double>> p(some.size());
-  double tolerance = bound / 20;
-  while (tolerance > bound * leastPeak) {
+  double tolerance = mostExpected / 20;
+  while (tolerance > mostExpected * leastPeak) {
     Work work(
         [&](double) {
           if (progress) progress(0);
@@ -133,7 +135,7 @@ double peakOf(const std::vector<Field::Piston>& pistons, double k, const Points&
     if (peak > 4 * tolerance) return peak - tolerance;
     tolerance /= 20;
   }
-  return bound * leastPeak;
+  return mostExpected * leastPeak;
 }
 
 /// Whether there may be points of a grid behind a piston, where pressures are discontinuous.
@@ -201,11 +203,10 @@ Divided divided(const std::vector<Field::Piston>& pistons, double k, double tole
       const double share =
           static_cast<double>(group.pistons.size()) / static_cast<double>(pistons.size());
       const RowEvaluation::Cost cost =
-
           RowEvaluation::cost(group, rows, points, k, share * tolerance, rowsToTry);
-      if (cost.sampled < 0.8 * cost.oneByOne) {
+      if (cost.byRows < 0.8 * cost.oneByOne) {
         candidate.inRows.push_back(group);
-        saved += cost.oneByOne - cost.sampled;
+        saved += cost.oneByOne - cost.byRows;
       } else {
         candidate.rest.insert(candidate.rest.end(), group.pistons.begin(), group.pistons.end());
       }
@@ -297,7 +298,7 @@ std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons, d
   pistons.erase(std::remove_if(pistons.begin(), pistons.end(), isSilent), pistons.end());
   double peak = options.order > 0 ? 0 : peakOf(pistons, k, points, options.progress);
   Used used = evaluateFor(pistons, k, options.tolerance * peak, points, options, pressures.data());
-  if (used.excess > 1 && !std::isinf(used.excess)) {
+  if (used.excess > 1 && !std::isinf(used.excess)) {  // the tolerance is not kept
     // The few points of which the peak was estimated may have missed it.
     double largest = 0;
     for (const std::complex<double>& p : pressures)
@@ -337,8 +338,10 @@ std::vector<std::complex<double>> evaluateOnAxes(const std::vector<Field::Piston
   if (!mirrorsX && !mirrorsY) return evaluate(pistons, k, points, options, report);
   const AxesGrid part{mirrorsX ? firstHalf(grid.x) : grid.x, mirrorsY ? firstHalf(grid.y) : grid.y,
                       grid.z};
-  const AxesPoints half(part, shift + negligible);
-  return withMirrorImages(evaluate(pistons, k, half, options, report), grid, mirrorsX, mirrorsY);
+  // A copied pressure is that of a point within `negligible` of its image.
+  const AxesPoints evaluated(part, shift + negligible);
+  return withMirrorImages(evaluate(pistons, k, evaluated, options, report), grid, mirrorsX,
+                          mirrorsY);
 }
 
 /// Whether each step of the grid is along the axis of its own.

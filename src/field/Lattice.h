@@ -4,7 +4,8 @@
 
 namespace pistonfield {
 
-/// Samples of a field along a row, from which it is interpolated: the value at x is
+/// How densely a field is sampled along a row, and from how many samples it is interpolated: the
+/// value at x is
 ///
 ///     Σ samples[n]·L(x − n),   L(t) = sin(πt)/(πt)·sinh(αs)/(s·sinh α),   s = √(1 − (t/T)²),
 ///
@@ -20,6 +21,7 @@ struct Lattice {
   int samples = 1, steps = 1;
   /// T. 0: only samples themselves are used.
   int halfTaps = 0;
+  // Initially a sample a step, without interpolation.
 
   bool operator==(const Lattice& other) const {
     return samples == other.samples && steps == other.steps && halfTaps == other.halfTaps;

@@ -23,7 +23,7 @@ constexpr std::array halfTapsToTry = {4, 6, 8, 12, 16, mostHalfTaps};
 // In evaluations of one piston at one point.
 constexpr double costOfFactor = 1.0 / 200, costOfPoint = 0.15;
 
-constexpr std::size_t together = rowsTogether;
+constexpr std::size_t columnLength = rowsTogether;
 
 /// How many points of each row are computed before they are written row by row, so that they stay
 /// in the first-level cache.
@@ -101,7 +101,7 @@ Plan planFor(const EqualPistons& group, double step, std::size_t length, std::si
              Distance distance, double k, double error) {
   const double points = static_cast<double>(length), aperture = apertureOf(group),
                pistons = static_cast<double>(group.pistons.size()),
-               padding = static_cast<double>(together) / static_cast<double>(rowCount);
+               padding = static_cast<double>(columnLength) / static_cast<double>(rowCount);
   Plan plan{std::nullopt, points * pistons};
   const auto consider = [&](const Lattice& lattice) {
     const double samplesAStep =
@@ -116,7 +116,8 @@ Plan planFor(const EqualPistons& group, double step, std::size_t length, std::si
         samples * (1 + costOfPoint) + points * (factors * costOfFactor * padding + costOfPoint);
     if (cost < plan.cost) plan = {lattice, cost};
   };
-  if (group.onSteps) consider({});
+  constexpr Lattice atTheSteps{};
+  if (group.onSteps) consider(atTheSteps);
   for (const int halfTaps : halfTapsToTry) {
     // Samples beyond the ends of a row are at most half a wavelength apart.
     const double z = distance.least - distance.slope * halfTaps * (pi / k);
@@ -164,12 +165,12 @@ struct SplitColumns {
   /// From columns of `rowCount` numbers.
   void assign(const std::vector<std::complex<double>>& values, std::size_t rowCount) {
     const std::size_t columns = values.size() / rowCount;
-    re.assign(columns * together, 0);
-    im.assign(columns * together, 0);
+    re.assign(columns * columnLength, 0);
+    im.assign(columns * columnLength, 0);
     for (std::size_t column = 0; column < columns; ++column)
       for (std::size_t row = 0; row < rowCount; ++row) {
-        re[column * together + row] = static_cast<Real>(values[column * rowCount + row].real());
-        im[column * together + row] = static_cast<Real>(values[column * rowCount + row].imag());
+        re[column * columnLength + row] = static_cast<Real>(values[column * rowCount + row].real());
+        im[column * columnLength + row] = static_cast<Real>(values[column * rowCount + row].imag());
       }
   }
 };
@@ -202,17 +203,19 @@ struct Factors {
 
 }  // namespace
 
-/// The pressures in a row from the samples of a lattice: `phases` has the factors for the points
+/// The pressures in a row from the samples of a lattice: `patterns` has the factors for the points
 /// 0, 1 ... of a row. They are used again and again, each time `samples` columns further.
 struct RowEvaluation::Filter {
   Lattice lattice;
-  double offset = 0;  ///< of the samples, in their distances; the first piston is at one of them
+  /// Of the samples, in their distances: the first piston is at one of them, so that samples are
+  /// mirror images of each other.
+  double offset = 0;
   int leastSample = 0, mostColumn = 0;
-  double factorSum = 0;  ///< of magnitudes, the largest of a phase
+  double factorSum = 0;  ///< of magnitudes, the largest of a pattern
   /// The same for the error of the factors, in units of double precision. Where pistons cancel each
   /// other it can be larger than the factors.
   double placing = 0;
-  std::vector<Factors> phases;
+  std::vector<Factors> patterns;
   std::unique_ptr<const Evaluation> samples;
 };
 
@@ -241,10 +244,10 @@ RowEvaluation::Cost RowEvaluation::cost(const EqualPistons& group, const Rows& r
   for (std::size_t n = 0; n < tried; ++n) {
     const std::vector<Position> origin = {points.position(rows.first(rows.count / tried * n))};
     const Plan plan = planFor(group, std::sqrt(dot(rows.step, rows.step)), rows.length,
-                              std::min(rows.count, together),
+                              std::min(rows.count, columnLength),
                               distanceOf(group, rows.step, origin, 0, rows.length), std::fabs(k),
                               errorOf(group, tolerance));
-    cost.sampled += plan.cost * static_cast<double>(rows.count) / static_cast<double>(tried);
+    cost.byRows += plan.cost * static_cast<double>(rows.count) / static_cast<double>(tried);
   }
   return cost;
 }
@@ -255,7 +258,7 @@ RowEvaluation::RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows,
   std::size_t count = 0;
   for (const EqualPistons& group : groups) count += group.pistons.size();
   segment_ =
-      std::clamp<std::size_t>(batchWork / together / std::max<std::size_t>(count, 1), 8, 1024);
+      std::clamp<std::size_t>(batchWork / columnLength / std::max<std::size_t>(count, 1), 8, 1024);
   for (EqualPistons& group : groups) {
     const double share = static_cast<double>(group.pistons.size()) / static_cast<double>(count);
     segment_ = std::max(
@@ -285,11 +288,12 @@ const RowEvaluation::Filter& RowEvaluation::filterOf(Group& group, const Lattice
       static_cast<int>(std::ceil((lattice.steps - members.least) * samplesAStep + 0.5)) +
       lattice.halfTaps;
   filter->leastSample = least;
-  for (int phase = 0; phase < lattice.steps; ++phase) {
+  for (int pattern = 0; pattern < lattice.steps; ++pattern) {
     std::vector<std::complex<double>> sum(static_cast<std::size_t>(most - least + 1));
     double placing = 0;
     for (std::size_t m = 0; m < members.pistons.size(); ++m) {
-      const double at = (phase - members.displacements[m]) * samplesAStep - filter->offset - least;
+      const double at =
+          (pattern - members.displacements[m]) * samplesAStep - filter->offset - least;
       const std::complex<double> weight = members.pistons[m].weight;
       if (lattice.halfTaps == 0) {
         sum[static_cast<std::size_t>(std::lround(at))] += weight;
@@ -319,7 +323,7 @@ const RowEvaluation::Filter& RowEvaluation::filterOf(Group& group, const Lattice
       filter->mostColumn = std::max(filter->mostColumn, factors.columns.back());
     filter->factorSum = std::max(filter->factorSum, magnitudes);
     filter->placing = std::max(filter->placing, placing);
-    filter->phases.push_back(std::move(factors));
+    filter->patterns.push_back(std::move(factors));
   }
   std::vector<Field::Piston> sampled = {members.pistons.front()};
   sampled.front().weight = 1;
@@ -440,13 +444,13 @@ class RowEvaluation::Batch {
   }
 
   void addFilteredSamples(const Group& group, const Filter& filter) {
-    const auto a = static_cast<std::size_t>(filter.lattice.steps),
-               b = static_cast<std::size_t>(filter.lattice.samples);
-    const std::size_t firstCycle = first_ / a, lastCycle = (first_ + length_ - 1) / a;
+    const auto steps = static_cast<std::size_t>(filter.lattice.steps),
+               samples = static_cast<std::size_t>(filter.lattice.samples);
+    const std::size_t firstCycle = first_ / steps, lastCycle = (first_ + length_ - 1) / steps;
     const std::size_t sampleCount =
-        (lastCycle - firstCycle) * b + static_cast<std::size_t>(filter.mostColumn) + 1;
+        (lastCycle - firstCycle) * samples + static_cast<std::size_t>(filter.mostColumn) + 1;
     evaluateSamples(filter, group.members.pistons.front(),
-                    static_cast<long>(firstCycle * b) + filter.leastSample, sampleCount);
+                    static_cast<long>(firstCycle * samples) + filter.leastSample, sampleCount);
     double largest = 0;
     for (const std::complex<double>& value : values_) largest = std::max(largest, std::norm(value));
     const double scale = std::sqrt(largest) / (roundingShare * group.tolerance),
@@ -461,20 +465,20 @@ class RowEvaluation::Batch {
   template <class Real>
   void add(const Filter& filter, AddFiltered<Real>* addColumn, SplitColumns<Real>& samples) {
     samples.assign(values_, origins_.size());
-    const std::size_t a = filter.phases.size(), firstCycle = first_ / a;
+    const std::size_t steps = filter.patterns.size(), firstCycle = first_ / steps;
     for (std::size_t begin = 0; begin < length_; begin += columnsTogether) {
       const std::size_t end = std::min(begin + columnsTogether, length_);
-      std::array<double, columnsTogether * together> re{}, im{};
+      std::array<double, columnsTogether * columnLength> re{}, im{};
       for (std::size_t i = begin; i < end; ++i) {
-        const std::size_t cycle = (first_ + i) / a - firstCycle, phase = (first_ + i) % a;
+        const std::size_t cycle = (first_ + i) / steps - firstCycle, pattern = (first_ + i) % steps;
         const std::size_t from =
-            cycle * static_cast<std::size_t>(filter.lattice.samples) * together;
-        addColumn(filter.phases[phase].filter(Real()), &samples.re[from], &samples.im[from],
-                  &re[(i - begin) * together], &im[(i - begin) * together]);
+            cycle * static_cast<std::size_t>(filter.lattice.samples) * columnLength;
+        addColumn(filter.patterns[pattern].filter(Real()), &samples.re[from], &samples.im[from],
+                  &re[(i - begin) * columnLength], &im[(i - begin) * columnLength]);
       }
       addColumns(
           [&](std::size_t i, std::size_t row) {
-            const std::size_t n = (i - begin) * together + row;
+            const std::size_t n = (i - begin) * columnLength + row;
             return std::complex<double>(re[n], im[n]);
           },
           begin, end);
@@ -495,7 +499,7 @@ class RowEvaluation::Batch {
 void RowEvaluation::run(std::complex<double>* pressures, Work& work) {
   std::mutex usedMutex;
   const std::size_t segments = (rows_.length + segment_ - 1) / segment_,
-                    rowBatches = (rows_.count + together - 1) / together,
+                    rowBatches = (rows_.count + columnLength - 1) / columnLength,
                     batches = segments * rowBatches;
   const std::size_t pieceSize = batchesTogether * parallel::cores();
   for (std::size_t piece = 0; piece < batches; piece += pieceSize) {
@@ -504,8 +508,8 @@ void RowEvaluation::run(std::complex<double>* pressures, Work& work) {
       Used used = nothingUsed();
       Batch batch(*this, used);
       for (std::size_t n = piece + begin; n < piece + end; ++n) {
-        const std::size_t row = n / segments * together, first = n % segments * segment_;
-        batch.run(row, std::min(together, rows_.count - row), first,
+        const std::size_t row = n / segments * columnLength, first = n % segments * segment_;
+        batch.run(row, std::min(columnLength, rows_.count - row), first,
                   std::min(segment_, rows_.length - first), pressures);
       }
       const std::lock_guard lock(usedMutex);

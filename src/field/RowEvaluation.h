@@ -18,7 +18,7 @@ class RowEvaluation {
  public:
   /// Estimated times for all pressures of a group, in units of one piston at one point.
   struct Cost {
-    double sampled, oneByOne;
+    double byRows, oneByOne;
   };
   /// From at most `most` rows.
   static Cost cost(const EqualPistons& group, const Rows& rows, const Points& points, double k,

@@ -4,7 +4,7 @@
 
 #include "FastNearfield/IntegratorCuda.h"
 #include "FastNearfield/RectangularPiston2.h"
-#include "core/LoadedRules.h"
+#include "core/RuleOwner.h"
 #include "core/cudahelper.h"
 #include "support/DeviceTest.h"
 

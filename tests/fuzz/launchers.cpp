@@ -14,7 +14,7 @@
 #include "FastNearfield/RectangularPistonCuda.dp.h"
 #include "FastNearfield/RectangularPistonCuda.h"
 #include "FastNearfield/TestGrids.h"
-#include "core/LoadedRules.h"
+#include "core/RuleOwner.h"
 #include "emulation/TestControl.h"
 #include "fuzz/Numbers.h"
 #include "fuzz/Property.h"

@@ -2,6 +2,8 @@
 
 #include "FastNearfield/intervals/PistonInPacks.h"
 
+// PistonInPacks.h, compiled for AVX2.
+
 namespace pistonfield {
 
 void addPistonAvx2(const WeightedPiston& piston, const double* x, const double* y, const double* z,

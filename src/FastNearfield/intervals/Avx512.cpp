@@ -2,6 +2,8 @@
 
 #include "FastNearfield/intervals/PistonInPacks.h"
 
+// PistonInPacks.h, compiled for AVX-512.
+
 namespace pistonfield {
 
 void addPistonAvx512(const WeightedPiston& piston, const double* x, const double* y,

@@ -2,6 +2,8 @@
 
 #include "FastNearfield/intervals/PistonInPacks.h"
 
+// PistonInPacks.h, compiled for NEON.
+
 namespace pistonfield {
 
 void addPistonNeon(const WeightedPiston& piston, const double* x, const double* y, const double* z,

@@ -1,6 +1,8 @@
 #include "lanes/Avx2.h"
 #include "FastNearfield/nodes/NodeEvaluation.h"
 
+// NodeEvaluation.h, compiled for AVX2.
+
 namespace pistonfield {
 
 NodeSum<float> nodesAvx2(const NodeImages<float>& nodes, int count, const NodeIntegrand<float>& f) {

@@ -1,6 +1,8 @@
 #include "lanes/Avx512.h"
 #include "FastNearfield/nodes/NodeEvaluation.h"
 
+// NodeEvaluation.h, compiled for AVX-512.
+
 namespace pistonfield {
 
 NodeSum<float> nodesAvx512(const NodeImages<float>& nodes, int count,

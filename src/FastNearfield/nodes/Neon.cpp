@@ -1,6 +1,8 @@
 #include "lanes/Neon.h"
 #include "FastNearfield/nodes/NodeEvaluation.h"
 
+// NodeEvaluation.h, compiled for NEON.
+
 namespace pistonfield {
 
 NodeSum<float> nodesNeon(const NodeImages<float>& nodes, int count, const NodeIntegrand<float>& f) {

@@ -1,6 +1,8 @@
 #include "lanes/Sse2.h"
 #include "FastNearfield/nodes/NodeEvaluation.h"
 
+// NodeEvaluation.h, compiled for SSE2.
+
 namespace pistonfield {
 
 NodeSum<float> nodesSse2(const NodeImages<float>& nodes, int count, const NodeIntegrand<float>& f) {

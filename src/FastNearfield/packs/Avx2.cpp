@@ -2,6 +2,8 @@
 
 #include "FastNearfield/packs/PackEvaluation.h"
 
+// PackEvaluation.h, compiled for AVX2.
+
 namespace pistonfield {
 
 void packedAvx2(const float* positions, Complex* pressures, int count, float halfWidth,

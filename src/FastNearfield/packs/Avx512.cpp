@@ -2,6 +2,8 @@
 
 #include "FastNearfield/packs/PackEvaluation.h"
 
+// PackEvaluation.h, compiled for AVX-512.
+
 namespace pistonfield {
 
 void packedAvx512(const float* positions, Complex* pressures, int count, float halfWidth,

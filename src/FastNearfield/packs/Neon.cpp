@@ -2,6 +2,8 @@
 
 #include "FastNearfield/packs/PackEvaluation.h"
 
+// PackEvaluation.h, compiled for NEON.
+
 namespace pistonfield {
 
 void packedNeon(const float* positions, Complex* pressures, int count, float halfWidth,

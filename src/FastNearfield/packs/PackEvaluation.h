@@ -10,8 +10,9 @@
 
 // Evaluates points in packs.
 //
-// For a pair of edges, a point takes two integrals if its foot splits the interval, otherwise one.
-// A pack takes two if any of its lanes does. Points are therefore sorted by case first, and then
+// For a pair of edges, a point takes two integrals if the foot of its perpendicular on the edges
+// splits the interval, otherwise one. ModeratePoints.h describes moderate points.
+// A pack takes two if any of its lanes does. Single are therefore sorted by case first, and then
 // evaluated case by case, pack after pack. The schedule of a case is one loop of steps. Each step
 // adds the values of four nodes, whose roots and quotients the previous step has started, and
 // starts those of the next step. The processor executes both at the same time.
@@ -40,7 +41,8 @@ class PackEvaluation {
         rule_(rule),
         callers_(callers) {
     // 1 + x is computed here, since broadcasting a number from memory costs nothing. The entry
-    // after the last pair repeats the first, for the pack that follows.
+    // after the last pair repeats the first, for the pack that follows. With a rule of one node no
+    // point is moderate.
     for (int i = 0; i < rule.N / 2; ++i) fromEnds_[i] = 1 + rule.x[i];
     if (rule.N > 1) fromEnds_[rule.N / 2] = fromEnds_[0];
   }
@@ -48,11 +50,11 @@ class PackEvaluation {
   void run() {
     for (int first = 0, last = 0; first < count_; first = last) {
       last = count_ - first < block ? count_ : first + block;
-      for (int n = first; n < last; n += Points::lanes) sort(n);
+      for (int n = first; n < last; n += Single::lanes) sort(n);
       if (last == count_)
         for (Indices& indices : ofCase_) indices.fillPack();
       nextBlock_ = {point(last), point(count_)};
-      evaluateModerate<false, false>(ofCase_[0]);
+      evaluateModerate<false, false>(ofCase_[notSplit]);
       evaluateModerate<true, false>(ofCase_[splitInX]);
       evaluateModerate<false, true>(ofCase_[splitInY]);
       evaluateModerate<true, true>(ofCase_[splitInX | splitInY]);
@@ -62,7 +64,7 @@ class PackEvaluation {
   }
 
  private:
-  using Points = Pack<Set>;
+  using Single = Pack<Set>;
   using V = Pack<ModerateSet>;
   using Integrand = HalfAngleIntegrand<V>;
   using Edges = EdgePair<V>;
@@ -72,11 +74,11 @@ class PackEvaluation {
   static constexpr int block = 1024;
 
   /// The cases: moderate points by the directions in which they are split, and all others.
-  static constexpr unsigned splitInX = 1, splitInY = 2, notModerate = 4, cases = 5;
+  static constexpr unsigned notSplit = 0, splitInX = 1, splitInY = 2, notModerate = 4, cases = 5;
 
   /// A pack of points, mirrored to where x and y are not negative.
   struct Mirrored {
-    Points u, v, z;
+    Single u, v, z;
   };
 
   /// Indices of points in the list.
@@ -96,17 +98,17 @@ class PackEvaluation {
     }
 
     /// The number of indices in whole packs.
-    int whole() const { return count - count % Points::lanes; }
+    int whole() const { return count - count % Single::lanes; }
 
     void dropWhole() {
       const int first = whole();
       if (first == 0) return;
-      __builtin_memcpy(of, of + first, sizeof(int) * Points::lanes);
+      __builtin_memcpy(of, of + first, sizeof(int) * Single::lanes);
       count -= first;
     }
 
     // The previous block leaves less than a pack, and `append` writes a whole register.
-    int of[block + 2 * Points::lanes];
+    int of[block + 2 * Single::lanes];
     int count = 0;
   };
 
@@ -149,21 +151,21 @@ class PackEvaluation {
   const float* point(std::ptrdiff_t n) const { return positions_ + 3 * n; }
 
   static Mirrored load(const float* positions) {
-    Points x, y, z;
+    Single x, y, z;
     Set::loadTriples(positions, x.value, y.value, z.value);
     return {absolute(x), absolute(y), z};
   }
   /// Loads the points with the indices of one pack, which ascend.
   Mirrored gather(const int* indices) const {
     // gatherTriples may read one float past a point. Past the last point there is none.
-    if (indices[Points::lanes - 1] == count_ - 1) return copy(indices);
-    Points x, y, z;
+    if (indices[Single::lanes - 1] == count_ - 1) return copy(indices);
+    Single x, y, z;
     Set::gatherTriples(positions_, indices, x.value, y.value, z.value);
     return {absolute(x), absolute(y), z};
   }
   __attribute__((noinline)) Mirrored copy(const int* indices) const {
-    float positions[3 * Points::lanes];
-    for (int n = 0; n < Points::lanes; ++n)
+    float positions[3 * Single::lanes];
+    for (int n = 0; n < Single::lanes; ++n)
       __builtin_memcpy(positions + 3 * n, point(indices[n]), 3 * sizeof(float));
     return load(positions);
   }
@@ -171,7 +173,7 @@ class PackEvaluation {
   /// Prefetches an array's numbers for one more pack of points.
   template <int perPoint, class T>
   static void fetch(UsedSoon<T>& array) {
-    constexpr int numbers = perPoint * Points::lanes, cacheLine = 64 / sizeof(T);
+    constexpr int numbers = perPoint * Single::lanes, cacheLine = 64 / sizeof(T);
     if (array.end - array.next < numbers) return;
     for (int n = 0; n < numbers; n += cacheLine) __builtin_prefetch(array.next + n);
     array.next += numbers;
@@ -186,24 +188,24 @@ class PackEvaluation {
 
   /// Sorts one pack of points from `first` on, or those that are left.
   void sort(int first) {
-    const int left = count_ - first < Points::lanes ? count_ - first : Points::lanes;
+    const int left = count_ - first < Single::lanes ? count_ - first : Single::lanes;
     Mirrored points;
-    if (left == Points::lanes) {
+    if (left == Single::lanes) {
       points = load(point(first));
     } else {
-      int indices[Points::lanes];
-      for (int n = 0; n < Points::lanes; ++n) indices[n] = n < left ? first + n : count_ - 1;
+      int indices[Single::lanes];
+      for (int n = 0; n < Single::lanes; ++n) indices[n] = n < left ? first + n : count_ - 1;
       points = copy(indices);
     }
     const unsigned listed = ~0u >> (32 - left);
-    const unsigned x = footSplits<float>(points.u, Points(halfWidth_)).bits();
-    const unsigned y = footSplits<float>(points.v, Points(halfHeight_)).bits();
-    const unsigned known = listed & moderate_(points.u, points.v, points.z).bits();
-    ofCase_[0].append(first, known & ~x & ~y);
-    ofCase_[splitInX].append(first, known & x & ~y);
-    ofCase_[splitInY].append(first, known & ~x & y);
-    ofCase_[splitInX | splitInY].append(first, known & x & y);
-    if (known != listed) ofCase_[notModerate].append(first, listed & ~known);
+    const unsigned x = footSplits<float>(points.u, Single(halfWidth_)).bits();
+    const unsigned y = footSplits<float>(points.v, Single(halfHeight_)).bits();
+    const unsigned moderate = listed & moderate_(points.u, points.v, points.z).bits();
+    ofCase_[notSplit].append(first, moderate & ~x & ~y);
+    ofCase_[splitInX].append(first, moderate & x & ~y);
+    ofCase_[splitInY].append(first, moderate & ~x & y);
+    ofCase_[splitInX | splitInY].append(first, moderate & x & y);
+    if (moderate != listed) ofCase_[notModerate].append(first, listed & ~moderate);
   }
 
   /// D and the integrand's paths at a pair of nodes on two edges.
@@ -244,13 +246,13 @@ class PackEvaluation {
     Case packs[2], *present = &packs[0], *following = &packs[1];
     present->set(gather(indices.of), halfWidth_, halfHeight_, wave_);
     Started nodes = start(present->edges[0], present->f, fromEnds_[0]);
-    for (int n = 0; n < whole; n += Points::lanes) {
+    for (int n = 0; n < whole; n += Single::lanes) {
       fetchAhead();
-      const bool more = n + Points::lanes < whole;
+      const bool more = n + Single::lanes < whole;
       for (int i = 0; i < pairs; ++i) {
         // Halfway, since between steps that wait for roots it costs little.
         if (more && i == pairs / 2)
-          following->set(gather(indices.of + n + Points::lanes), halfWidth_, halfHeight_, wave_);
+          following->set(gather(indices.of + n + Single::lanes), halfWidth_, halfHeight_, wave_);
         for (int e = 0; e < Case::edgePairs; ++e) {
           const bool around = e + 1 == Case::edgePairs;
           // After the last pack this starts nodes that are not used.
@@ -268,18 +270,18 @@ class PackEvaluation {
   }
 
   __attribute__((noinline)) void evaluateOthers(const Indices& indices) {
-    for (int n = 0; n < indices.whole(); n += Points::lanes) {
+    for (int n = 0; n < indices.whole(); n += Single::lanes) {
       const Mirrored points = gather(indices.of + n);
-      const ComplexPair<Points> p = pointPressure<HalfAngleIntegrand>(
+      const ComplexPair<Single> p = pointPressure<HalfAngleIntegrand>(
           points.u, points.v, points.z, halfWidth_, halfHeight_, k_, rule_);
       scatter(p.re.value, p.im.value, indices.of + n);
     }
   }
 
   void scatter(typename Set::Register re, typename Set::Register im, const int* indices) {
-    Complex pressures[Points::lanes];
+    Complex pressures[Single::lanes];
     Set::storePairs(&pressures->re, re, im);
-    for (int n = 0; n < Points::lanes; ++n) pressures_[indices[n]] = pressures[n];
+    for (int n = 0; n < Single::lanes; ++n) pressures_[indices[n]] = pressures[n];
   }
 
   const float* const positions_;
@@ -287,7 +289,7 @@ class PackEvaluation {
   const int count_;
   const float halfWidth_, halfHeight_, k_;
   const HalfPhase<V> wave_;
-  const ModeratePoints<Points> moderate_;
+  const ModeratePoints<Single> moderate_;
   const SymmetricRule<float> rule_;
   float fromEnds_[mostNodes / 2 + 1];
   Indices ofCase_[cases];

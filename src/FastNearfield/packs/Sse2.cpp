@@ -2,6 +2,8 @@
 
 #include "FastNearfield/packs/PackEvaluation.h"
 
+// PackEvaluation.h, compiled for SSE2.
+
 namespace pistonfield {
 
 void packedSse2(const float* positions, Complex* pressures, int count, float halfWidth,

@@ -34,6 +34,7 @@ class HalfAngleIntegrand {
 
   PISTONFIELD_INLINE ScaledPair<V> value(V D, V path) const {
     const auto [sine, cosine] = halfPhase_(path);
+    // The first quotient is that of path().
     return {secondQuotient(sine, D), {sine, cosine}};
   }
 

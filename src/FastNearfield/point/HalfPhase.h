@@ -7,7 +7,7 @@ namespace pistonfield {
 /// The sine and cosine of half the phase k·path, up to a common sign. Only their products are used,
 /// in which the sign cancels.
 ///
-/// Half the phase, in half turns, is the phase in whole turns: k/2π·path. Counted so, whole numbers
+/// sin(k·path/2) = sin(πt), t = k/2π·path: t counts the half turns of half the phase. Whole numbers
 /// drop out without a rounding: the fraction comes from the exact product. k/2π is a sum of two
 /// floats, since one float would be off by up to k·path·2^-25 everywhere.
 ///

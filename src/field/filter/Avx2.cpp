@@ -2,6 +2,8 @@
 
 #include "field/filter/FilterInPacks.h"
 
+// FilterInPacks.h, compiled for AVX2.
+
 namespace pistonfield {
 
 const AddFilteredInPacks addFilteredAvx2 = filtersOf<Avx2>;

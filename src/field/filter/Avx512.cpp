@@ -2,6 +2,8 @@
 
 #include "field/filter/FilterInPacks.h"
 
+// FilterInPacks.h, compiled for AVX-512.
+
 namespace pistonfield {
 
 const AddFilteredInPacks addFilteredAvx512 = filtersOf<Avx512>;

@@ -2,6 +2,8 @@
 
 #include "field/filter/FilterInPacks.h"
 
+// FilterInPacks.h, compiled for NEON.
+
 namespace pistonfield {
 
 const AddFilteredInPacks addFilteredNeon = filtersOf<Neon>;

@@ -2,6 +2,8 @@
 
 #include "field/filter/FilterInPacks.h"
 
+// FilterInPacks.h, compiled for SSE2.
+
 namespace pistonfield {
 
 const AddFilteredInPacks addFilteredSse2 = filtersOf<Sse2>;

@@ -1,4 +1,4 @@
-#include "core/LoadedRules.h"
+#include "core/RuleOwner.h"
 
 #include <thread>
 

@@ -4,8 +4,9 @@ namespace pistonfield {
 
 enum class Precision { SINGLE, DOUBLE };
 
-// Which quadrature rules are loaded on the device, and by which thread. Callers hold the
-// DeviceLock.
+// Which thread has loaded the quadrature rules that are on the device. The rules themselves are in
+// the constant memory of RectangularPistonCuda.cu and .dp.cu; loadRule() in LauncherSteps.h writes
+// them. Callers hold the DeviceLock.
 
 /// Records that the calling thread has loaded a rule of this precision.
 void noteRule(Precision precision);
