@@ -8,9 +8,9 @@
 #include "core/CudaCheck.h"
 #include "core/DeviceLock.h"
 #include "core/ErrorHandler.h"
-#include "core/RuleOwner.h"
 #include "core/PlainAssertion.h"
 #include "core/Progress.h"
+#include "core/RuleOwner.h"
 
 namespace pistonfield {
 namespace {
