@@ -6,6 +6,7 @@
 #include <limits>
 #include <mutex>
 
+#include "field/DeviceEvaluation.h"
 #include "field/Vectors.h"
 #include "parallel/Cores.h"
 #include "parallel/Spread.h"
@@ -54,6 +55,11 @@ WeightedPiston weighted(const Field::Piston& piston, double k, double tolerance)
   return result;
 }
 
+/// Whether the coordinates of a point are numbers of at most `most` in magnitude.
+bool isWithin(double x, double y, double z, double most) {
+  return (std::fabs(x) <= most) & (std::fabs(y) <= most) & (std::fabs(z) <= most);
+}
+
 struct Tile {
   alignas(64) double x[tileSize], y[tileSize], z[tileSize];
 
@@ -61,14 +67,9 @@ struct Tile {
     points.read(first, count, x, y, z);
   }
 
-  /// Whether the coordinates of a point are numbers of at most `most` in magnitude.
-  bool isWithin(std::size_t n, double most) const {
-    return (std::fabs(x[n]) <= most) & (std::fabs(y[n]) <= most) & (std::fabs(z[n]) <= most);
-  }
-
   bool areAllWithin(std::size_t count, double most) const {
     bool within = true;
-    for (std::size_t n = 0; n < count; ++n) within &= isWithin(n, most);
+    for (std::size_t n = 0; n < count; ++n) within &= isWithin(x[n], y[n], z[n], most);
     return within;
   }
 
@@ -76,7 +77,7 @@ struct Tile {
   std::size_t markLost(std::size_t count, double most, bool* isLost) const {
     std::size_t valid = count;
     for (std::size_t n = 0; n < count; ++n) {
-      isLost[n] = !isWithin(n, most);
+      isLost[n] = !isWithin(x[n], y[n], z[n], most);
       if (!isLost[n]) valid = n;
     }
     return valid;
@@ -87,6 +88,14 @@ struct Tile {
     z[to] = z[from];
   }
 };
+
+/// The pressure at a point that is not finite or too far, which is noted.
+std::complex<double> lostPressure(const Position& p, Used& used) {
+  if (std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]))
+    used.excess = std::numeric_limits<double>::infinity();
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  return {nan, nan};
+}
 
 }  // namespace
 
@@ -119,14 +128,23 @@ Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, doub
     pistons_.push_back(
         weighted(piston, k, tolerance * (1 - positionShare) / static_cast<double>(pistons.size())));
     pistons_.back().order = order;
-    pistons_.back().rules = (rule_ ? *rule_ : rulesForTolerances<float>()).table();
-    pistons_.back().preciseRules =
-        (preciseRule_ ? *preciseRule_ : rulesForTolerances<double>()).table();
+    pistons_.back().rules = rules().table();
+    pistons_.back().preciseRules = preciseRules().table();
     pistons_.back().shift = shift * wavelengthsPerUnit(k);
   }
 }
 
+const GaussRules<float>& Evaluation::rules() const {
+  return rule_ ? *rule_ : rulesForTolerances<float>();
+}
+
+const GaussRules<double>& Evaluation::preciseRules() const {
+  return preciseRule_ ? *preciseRule_ : rulesForTolerances<double>();
+}
+
 void Evaluation::run(const Points& points, std::complex<double>* pressures, Work& work) {
+  if (DeviceEvaluation::isFaster(points.count(), pistons_.size()))
+    return runOnDevice(points, pressures, work);
   std::mutex usedMutex;
   const std::size_t all = points.count(), pistons = std::max<std::size_t>(pistons_.size(), 1);
   const std::size_t chunk =
@@ -145,6 +163,36 @@ void Evaluation::run(const Points& points, std::complex<double>* pressures, Work
       used_ = bothUsed(used_, used);
     });
     work.advance(static_cast<double>(inPiece));
+  }
+}
+
+void Evaluation::runOnDevice(const Points& points, std::complex<double>* pressures, Work& work) {
+  DeviceEvaluation device(pistons_, rules(), preciseRules(), points.count());
+  std::vector<bool> isLost(device.re().size());
+  for (std::size_t first = 0; first < points.count(); first += isLost.size()) {
+    const std::size_t count = std::min(isLost.size(), points.count() - first);
+    points.read(first, count, device.x(), device.y(), device.z());
+    for (std::size_t n = 0; n < count; ++n) {
+      double &x = device.x()[n], &y = device.y()[n], &z = device.z()[n];
+      isLost[n] = !isWithin(x, y, z, mostCoordinate_);
+      if (isLost[n]) x = y = z = 0;
+    }
+    device.run(count,
+               [&](double fraction) { work.advance(fraction * static_cast<double>(count)); });
+    for (std::size_t n = 0; n < count; ++n) {
+      std::complex<double>& pressure = pressures[first + n];
+      if (isLost[n]) {
+        pressure = lostPressure(points.position(first + n), used_);
+        continue;
+      }
+      pressure = {isNegative_ ? -device.re()[n] : device.re()[n], device.im()[n]};
+      const UsedAtPoint& used = device.used()[n];
+      used_ = bothUsed(used_, {used.leastOrder, used.mostOrder, used.nodes, used.single != 0,
+                               used.precise != 0, used.excess, 0});
+      if (!std::isfinite(std::abs(pressure))) used_.excess = std::numeric_limits<double>::max();
+      if (pistons_.front().order == 0)
+        used_.excess = std::max(used_.excess, used.positionError / (positionShare * tolerance_));
+    }
   }
 }
 
@@ -179,14 +227,8 @@ void Evaluation::evaluateTile(const Points& points, std::size_t first, std::size
     pressures[n] = {isNegative_ ? -re[n] : re[n], im[n]};
   }
   if (!std::isfinite(magnitudes)) used.excess = std::numeric_limits<double>::max();
-  const double nan = std::numeric_limits<double>::quiet_NaN();
-  for (std::size_t n = 0; n < count && !areAllWithin; ++n) {
-    if (!isLost[n]) continue;
-    pressures[n] = {nan, nan};
-    const Position p = points.position(first + n);
-    if (std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]))
-      used.excess = std::numeric_limits<double>::infinity();
-  }
+  for (std::size_t n = 0; n < count && !areAllWithin; ++n)
+    if (isLost[n]) pressures[n] = lostPressure(points.position(first + n), used);
 }
 
 }  // namespace pistonfield

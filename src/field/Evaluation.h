@@ -32,12 +32,21 @@ class Evaluation {
   void runHere(const Points& points, std::size_t first, std::size_t count,
                std::complex<double>* pressures, Used& used) const;
 
+  /// The same as `run`, on the device. `run` does it where a GPU is faster. There are pistons, and
+  /// k is not 0.
+  void runOnDevice(const Points& points, std::complex<double>* pressures, Work& work);
+
+  /// The pistons as kernels take them.
+  const std::vector<WeightedPiston>& pistons() const { return pistons_; }
+
   /// What all calls of `run` used.
   const Used& used() const { return used_; }
 
  private:
   void evaluateTile(const Points& points, std::size_t first, std::size_t count,
                     std::complex<double>* pressures, Used& used) const;
+  const GaussRules<float>& rules() const;
+  const GaussRules<double>& preciseRules() const;
 
   std::vector<WeightedPiston> pistons_;
   double tolerance_;

@@ -20,7 +20,8 @@
 // time factor is exp(+iωt).
 //
 // Any number of threads may use one Field, or several, at once. Nothing is printed, and nothing
-// outside of the arguments is read or written.
+// outside of the arguments is read or written. In a build for CUDA, large sums are computed on the
+// thread's current device, one thread at a time, and the device stays started.
 
 namespace pistonfield {
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "lanes/Arithmetic.h"
+
 // A pack holds one quantity of several points in a register, one point per lane. It supports the
 // arithmetic of lanes/Arithmetic.h.
 //
@@ -30,7 +32,7 @@ struct PackMask {
   typename Set::Mask mask;
 
   /// One bit per lane, the lowest for the first lane.
-  unsigned bits() const { return Set::bits(mask); }
+  PISTONFIELD_HOST_DEVICE unsigned bits() const { return Set::bits(mask); }
 };
 
 template <class Set>
@@ -40,133 +42,133 @@ struct Pack {
   static constexpr int lanes = Set::width;
 
   Pack() = default;
-  explicit Pack(Value everywhere) : value(Set::broadcast(everywhere)) {}
-  static Pack of(Register value) {
+  PISTONFIELD_HOST_DEVICE explicit Pack(Value everywhere) : value(Set::broadcast(everywhere)) {}
+  PISTONFIELD_HOST_DEVICE static Pack of(Register value) {
     Pack pack;
     pack.value = value;
     return pack;
   }
 
-  static Pack load(const Value* from) { return of(Set::load(from)); }
-  void store(Value* to) const { Set::store(to, value); }
+  PISTONFIELD_HOST_DEVICE static Pack load(const Value* from) { return of(Set::load(from)); }
+  PISTONFIELD_HOST_DEVICE void store(Value* to) const { Set::store(to, value); }
 
   Register value;
 };
 
 template <class Set>
-Pack<Set> operator+(Pack<Set> x, Pack<Set> y) {
+PISTONFIELD_HOST_DEVICE Pack<Set> operator+(Pack<Set> x, Pack<Set> y) {
   return Pack<Set>::of(x.value + y.value);
 }
 template <class Set>
-Pack<Set> operator-(Pack<Set> x, Pack<Set> y) {
+PISTONFIELD_HOST_DEVICE Pack<Set> operator-(Pack<Set> x, Pack<Set> y) {
   return Pack<Set>::of(x.value - y.value);
 }
 template <class Set>
-Pack<Set> operator*(Pack<Set> x, Pack<Set> y) {
+PISTONFIELD_HOST_DEVICE Pack<Set> operator*(Pack<Set> x, Pack<Set> y) {
   return Pack<Set>::of(x.value * y.value);
 }
 template <class Set>
-Pack<Set> operator-(Pack<Set> x) {
+PISTONFIELD_HOST_DEVICE Pack<Set> operator-(Pack<Set> x) {
   return Pack<Set>::of(-x.value);
 }
 
 template <class Set>
-PackMask<Set> operator<(Pack<Set> x, Pack<Set> y) {
+PISTONFIELD_HOST_DEVICE PackMask<Set> operator<(Pack<Set> x, Pack<Set> y) {
   return {Set::less(x.value, y.value)};
 }
 template <class Set>
-PackMask<Set> operator>(Pack<Set> x, Pack<Set> y) {
+PISTONFIELD_HOST_DEVICE PackMask<Set> operator>(Pack<Set> x, Pack<Set> y) {
   return y < x;
 }
 template <class Set>
-PackMask<Set> operator<=(Pack<Set> x, Pack<Set> y) {
+PISTONFIELD_HOST_DEVICE PackMask<Set> operator<=(Pack<Set> x, Pack<Set> y) {
   return {Set::lessOrEqual(x.value, y.value)};
 }
 template <class Set>
-PackMask<Set> operator==(Pack<Set> x, Pack<Set> y) {
+PISTONFIELD_HOST_DEVICE PackMask<Set> operator==(Pack<Set> x, Pack<Set> y) {
   return {Set::equal(x.value, y.value)};
 }
 template <class Set>
-PackMask<Set> operator&(PackMask<Set> p, PackMask<Set> q) {
+PISTONFIELD_HOST_DEVICE PackMask<Set> operator&(PackMask<Set> p, PackMask<Set> q) {
   return {Set::logicalAnd(p.mask, q.mask)};
 }
 template <class Set>
-PackMask<Set> operator|(PackMask<Set> p, PackMask<Set> q) {
+PISTONFIELD_HOST_DEVICE PackMask<Set> operator|(PackMask<Set> p, PackMask<Set> q) {
   return {Set::logicalOr(p.mask, q.mask)};
 }
 
 template <class Set>
-bool any(PackMask<Set> mask) {
+PISTONFIELD_HOST_DEVICE bool any(PackMask<Set> mask) {
   return mask.bits() != 0;
 }
 template <class Set>
-Pack<Set> select(PackMask<Set> mask, Pack<Set> yes, Pack<Set> no) {
+PISTONFIELD_HOST_DEVICE Pack<Set> select(PackMask<Set> mask, Pack<Set> yes, Pack<Set> no) {
   return Pack<Set>::of(Set::select(mask.mask, yes.value, no.value));
 }
 template <class Set>
-Pack<Set> absolute(Pack<Set> x) {
+PISTONFIELD_HOST_DEVICE Pack<Set> absolute(Pack<Set> x) {
   return Pack<Set>::of(Set::absolute(x.value));
 }
 template <class Set>
-Pack<Set> squareRoot(Pack<Set> x) {
+PISTONFIELD_HOST_DEVICE Pack<Set> squareRoot(Pack<Set> x) {
   return Pack<Set>::of(Set::squareRoot(x.value));
 }
 template <class Set>
-Pack<Set> quotient(Pack<Set> x, Pack<Set> y) {
+PISTONFIELD_HOST_DEVICE Pack<Set> quotient(Pack<Set> x, Pack<Set> y) {
   return Pack<Set>::of(x.value / y.value);
 }
 template <class Set>
-Pack<Set> secondQuotient(Pack<Set> x, Pack<Set> y) {
+PISTONFIELD_HOST_DEVICE Pack<Set> secondQuotient(Pack<Set> x, Pack<Set> y) {
   return Pack<Set>::of(Set::secondQuotient(x.value, y.value));
 }
 template <class Set>
-Pack<Set> multiplyAdd(Pack<Set> x, Pack<Set> y, Pack<Set> z) {
+PISTONFIELD_HOST_DEVICE Pack<Set> multiplyAdd(Pack<Set> x, Pack<Set> y, Pack<Set> z) {
   return Pack<Set>::of(Set::multiplyAdd(x.value, y.value, z.value));
 }
 
 template <class Set>
-Pack<Set> inverse(Pack<Set> x) {
+PISTONFIELD_HOST_DEVICE Pack<Set> inverse(Pack<Set> x) {
   return Pack<Set>::of(Set::inverse(x.value));
 }
 /// 1/x and √x within 2^-11, for 2^-126 ≤ x ≤ 2^126.
 template <class Set>
-Pack<Set> inverseEstimate(Pack<Set> x) {
+PISTONFIELD_HOST_DEVICE Pack<Set> inverseEstimate(Pack<Set> x) {
   return Pack<Set>::of(Set::inverseEstimate(x.value));
 }
 template <class Set>
-Pack<Set> rootEstimate(Pack<Set> x) {
+PISTONFIELD_HOST_DEVICE Pack<Set> rootEstimate(Pack<Set> x) {
   return Pack<Set>::of(Set::rootEstimate(x.value));
 }
 
 /// The largest lane.
 template <class Set>
-float largest(Pack<Set> x) {
+PISTONFIELD_HOST_DEVICE float largest(Pack<Set> x) {
   return Set::largest(x.value);
 }
 
 template <class Set>
-float smallest(Pack<Set> x) {
+PISTONFIELD_HOST_DEVICE float smallest(Pack<Set> x) {
   return -largest(-x);
 }
 
 /// The floats' bits as integers, which are converted to floats; and back.
 template <class Set>
-Pack<Set> bitsAsNumber(Pack<Set> x) {
+PISTONFIELD_HOST_DEVICE Pack<Set> bitsAsNumber(Pack<Set> x) {
   return Pack<Set>::of(__builtin_convertvector(reinterpret_cast<typename Set::Integers>(x.value),
                                                typename Set::Register));
 }
 template <class Set>
-Pack<Set> numberAsBits(Pack<Set> x) {
+PISTONFIELD_HOST_DEVICE Pack<Set> numberAsBits(Pack<Set> x) {
   return Pack<Set>::of(reinterpret_cast<typename Set::Register>(
       __builtin_convertvector(x.value, typename Set::Integers)));
 }
 
 template <class Set>
-Pack<Set> larger(Pack<Set> x, Pack<Set> y) {
+PISTONFIELD_HOST_DEVICE Pack<Set> larger(Pack<Set> x, Pack<Set> y) {
   return select(x < y, y, x);
 }
 template <class Set>
-Pack<Set> smaller(Pack<Set> x, Pack<Set> y) {
+PISTONFIELD_HOST_DEVICE Pack<Set> smaller(Pack<Set> x, Pack<Set> y) {
   return select(y < x, y, x);
 }
 

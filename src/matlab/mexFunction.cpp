@@ -8,6 +8,7 @@
 
 #include "FastNearfield/IntegratorCuda.h"
 #include "FastNearfield/PressuresAt.h"
+#include "core/DeviceUse.h"
 #include "core/Interruption.h"
 #include "core/Progress.h"
 #include "core/cudahelper.h"
@@ -26,11 +27,18 @@ namespace {
 
 constexpr const char* model = "RectangularPiston";
 
-// The only difference between pistonfield and pistonfield_quiet, which the other functions call.
+// The only differences between pistonfield and pistonfield_quiet, which the other functions call,
+// some of them many times: pistonfield_quiet shows no progress, and the device stays started until
+// the host unloads the module.
 #ifdef PISTONFIELD_QUIET
 constexpr bool showsProgress = false;
+void keepDevicesUntilUnloaded() {
+  keepDevices();
+  mexAtExit(releaseKeptDevices);
+}
 #else
 constexpr bool showsProgress = true;
+void keepDevicesUntilUnloaded() {}
 #endif
 
 void printInfo() {
@@ -75,6 +83,7 @@ void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   ErrorHandler::setErrorHandler(new MatlabErrorHandler);
   setInterruptionCheck(endInterruptedCall);
   showProgress(showsProgress);
+  keepDevicesUntilUnloaded();
   const CudaDeviceThread device;  // until the call ends
 
   if (nlhs == 0 && nrhs == 1 && isText(prhs[POINTS], "info")) {

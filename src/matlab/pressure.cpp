@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "core/DeviceUse.h"
 #include "field/field.h"
 #include "matlab/ArrayCalls.h"
 #include "matlab/HostArrays.h"
@@ -178,6 +179,7 @@ void call(int nlhs, mxArray* plhs[], const mxArray* prhs[], ProgressBar& bar) {
 
 void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   using namespace pistonfield;
+  mexAtExit(releaseKeptDevices);
   std::optional<ProgressBar> bar;
   std::optional<FieldError> error;
   bool isStopped = false, isOutOfMemory = false;

@@ -1,6 +1,7 @@
 #include <cuda_runtime.h>
 #include <gtest/gtest.h>
 
+#include "core/DeviceUse.h"
 #include "core/cuda_init.h"
 #include "core/cudahelper.h"
 
@@ -15,6 +16,7 @@ struct Runtime {
   bool active[2] = {};
   int current = 0;
   int resets = 0;
+  bool isBroken = false;  // whether a kernel failed
 } runtime;
 
 int primaryContextState(int device, unsigned* flags, int* active) {
@@ -75,6 +77,10 @@ cudaError_t cudaGetDriverEntryPoint(const char* symbol, void** function, unsigne
   return cudaSuccess;
 }
 
+cudaError_t cudaDeviceSynchronize() {
+  return runtime.isBroken ? cudaErrorLaunchFailure : cudaSuccess;
+}
+
 cudaError_t cudaGetLastError() { return cudaSuccess; }
 const char* cudaGetErrorString(cudaError_t) { return "no error"; }
 cudaError_t cudaMemcpyToSymbol(const void*, const void*, size_t, size_t, cudaMemcpyKind) {
@@ -95,7 +101,10 @@ class DeviceScopeTest : public testing::Test {
     runtime = {};
     testing::internal::CaptureStdout();
   }
-  void TearDown() override { testing::internal::GetCapturedStdout(); }
+  void TearDown() override {
+    pistonfield::releaseKeptDevices();
+    testing::internal::GetCapturedStdout();
+  }
 };
 
 TEST_F(DeviceScopeTest, ACallByItselfLeavesNoContext) {
@@ -127,6 +136,63 @@ TEST_F(DeviceScopeTest, AScopeKnowsOfItsOwnDeviceOnly) {
   { const CudaDeviceThread scope; }
   EXPECT_EQ(runtime.current, 1);
   EXPECT_EQ(runtime.resets, 1);
+  EXPECT_FALSE(runtime.active[0]);
+  EXPECT_TRUE(runtime.active[1]);
+}
+
+TEST_F(DeviceScopeTest, AKeptDeviceStaysStartedUntilItIsReleased) {
+  pistonfield::keepDevices();
+  for (int n = 0; n < 3; ++n) {
+    { const CudaDeviceThread scope; }
+    EXPECT_EQ(runtime.resets, 0);
+    EXPECT_TRUE(runtime.active[0]);
+  }
+  pistonfield::releaseKeptDevices();
+  EXPECT_EQ(runtime.resets, 1);
+  EXPECT_FALSE(runtime.active[0]);
+  { const CudaDeviceThread scope; }
+  EXPECT_EQ(runtime.resets, 2);  // as if nothing had been kept
+  pistonfield::releaseKeptDevices();
+  EXPECT_EQ(runtime.resets, 2);
+}
+
+TEST_F(DeviceScopeTest, AContextOfOthersIsNotReleased) {
+  runtime.active[0] = true;
+  pistonfield::keepDevices();
+  pistonfield::keepCurrentDevice();
+  { const CudaDeviceThread scope; }
+  pistonfield::releaseKeptDevices();
+  EXPECT_EQ(runtime.resets, 0);
+  EXPECT_TRUE(runtime.active[0]);
+}
+
+TEST_F(DeviceScopeTest, AKeptDeviceWhoseKernelFailedIsReset) {
+  pistonfield::keepDevices();
+  { const CudaDeviceThread scope; }
+  runtime.isBroken = true;
+  { const CudaDeviceThread scope; }
+  EXPECT_EQ(runtime.resets, 1);
+  EXPECT_FALSE(runtime.active[0]);
+  runtime.isBroken = false;
+  { const CudaDeviceThread scope; }
+  EXPECT_EQ(runtime.resets, 1);
+}
+
+TEST_F(DeviceScopeTest, WhatAFieldStartsStaysThroughACallAndIsReleased) {
+  pistonfield::keepCurrentDevice();
+  runtime.active[0] = true;  // by the field's work
+  { const CudaDeviceThread scope; }
+  EXPECT_EQ(runtime.resets, 0);
+  pistonfield::releaseKeptDevices();
+  EXPECT_EQ(runtime.resets, 1);
+}
+
+TEST_F(DeviceScopeTest, TheReleaseLeavesTheCurrentDeviceAndItsContext) {
+  cudaSetDevice(1);
+  pistonfield::keepDevices();
+  { const CudaDeviceThread scope; }
+  pistonfield::releaseKeptDevices();
+  EXPECT_EQ(runtime.current, 1);
   EXPECT_FALSE(runtime.active[0]);
   EXPECT_TRUE(runtime.active[1]);
 }

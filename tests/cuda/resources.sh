@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Prints a table of the registers, stack and spills of every kernel. Fails if a single-precision kernel has a
-# stack or spills.
+# stack or spills, or if the one that sums pistons, whose plans are in a stack, spills.
 #
 #   resources.sh <nvcc> <source folder>
 set -euo pipefail
@@ -11,7 +11,7 @@ trap 'rm -rf "$folder"' EXIT
 newest=$("$nvcc" --list-gpu-arch | sed 's/compute_//' | sort -n | tail -n 1)
 printf '%-6s %9s %6s %7s  %s\n' arch registers stack spills kernel
 failures=0
-for source in RectangularPistonCuda RectangularPistonCuda.dp; do
+for source in RectangularPistonCuda RectangularPistonCuda.dp intervals/PistonsOnDevice; do
   for arch in 75 80 90 "$newest"; do
     "$nvcc" -std=c++17 -O3 -I "$sources" -DPISTONFIELD_DOUBLE=1 "-arch=sm_$arch" --resource-usage -cubin \
       -o "$folder/cubin" "$sources/FastNearfield/$source.cu" 2>"$folder/report" >&2
@@ -21,7 +21,11 @@ for source in RectangularPistonCuda RectangularPistonCuda.dp; do
       spills=$((stores + loads))
       printf '%-6s %9s %6s %7s  %s\n' "sm_$arch" "$registers" "$stack" "$spills" \
         "$(c++filt "$name" | sed 's/pistonfield:://g')"
-      if [[ $source != *.dp ]] && ((stack + spills)); then ((failures += 1)); fi
+      case $source in
+        *.dp) ;;
+        intervals/*) if ((spills)); then ((failures += 1)); fi ;;
+        *) if ((stack + spills)); then ((failures += 1)); fi ;;
+      esac
     done < <(sed -nE "s/^.*Compiling entry function '([^']*)'.*/\1/p
                       s/^ *([0-9]+ bytes stack frame.*)/\1/p
                       s/^ptxas info *: *(Used [0-9]+ registers).*/\1/p" "$folder/report")
@@ -31,4 +35,4 @@ for source in RectangularPistonCuda RectangularPistonCuda.dp; do
     fi
   done
 done
-((failures == 0)) || { echo "$failures single-precision kernels have a stack or spills" >&2; exit 1; }
+((failures == 0)) || { echo "$failures kernels have a stack or spills" >&2; exit 1; }

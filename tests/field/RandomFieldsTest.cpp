@@ -11,11 +11,14 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
+#include "field/Evaluation.h"
 #include "field/ExactPressure.h"
 #include "support/AnyScene.h"
+#include "support/WithoutDevice.h"
 
 // Random fields against an evaluation in extended precision: the tolerance is kept, or refused
 // where double precision cannot keep it. All fields, and all kinds of points, are drawn anew in the
@@ -23,12 +26,16 @@
 
 using pistonfield::AffineGrid;
 using pistonfield::AxesGrid;
+using pistonfield::Evaluation;
 using pistonfield::Field;
 using pistonfield::FieldError;
 using pistonfield::FieldOptions;
 using pistonfield::FieldReport;
+using pistonfield::ListPoints;
 using Piston = pistonfield::Field::Piston;
 using pistonfield::Position;
+using pistonfield::Used;
+using pistonfield::Work;
 using support::Chance;
 
 namespace {
@@ -140,6 +147,29 @@ class RandomField {
     if (const auto* affine = std::get_if<AffineGrid>(&grid_))
       return field.on(*affine, options, &report);
     return field.at(points_, options, &report);
+  }
+
+  /// What the sum of the pistons' pressures at the points uses, and its largest error over the
+  /// tolerance, each of them evaluated alone.
+  std::pair<Used, double> sumOnDevice(double tolerance) const {
+    Evaluation evaluation(pistons_, k_, tolerance, 0);
+    std::vector<std::complex<double>> p(points_.size());
+    Work work({}, 1);
+    evaluation.runOnDevice(ListPoints(points_.data(), points_.size()), p.data(), work);
+    double worst = 0;
+    for (std::size_t n = 0; n < p.size(); ++n)
+      worst = std::max(worst,
+                       static_cast<double>(std::abs(std::complex<long double>(p[n]) - exact_[n])));
+    return {evaluation.used(), worst / tolerance};
+  }
+
+  /// What the CPU's evaluation uses.
+  Used sumOnCpu(double tolerance) const {
+    Evaluation evaluation(pistons_, k_, tolerance, 0);
+    std::vector<std::complex<double>> p(points_.size());
+    Work work({}, 1);
+    evaluation.run(ListPoints(points_.data(), points_.size()), p.data(), work);
+    return evaluation.used();
   }
 
   const std::vector<std::complex<long double>>& exact() const { return exact_; }
@@ -318,6 +348,11 @@ class RandomField {
   std::vector<std::complex<long double>> exact_;
 };
 
+bool hasDevice() {
+  int count = 0;
+  return cudaGetDeviceCount(&count) == cudaSuccess && count > 0;
+}
+
 /// The parameter is the seed.
 class RandomFieldsTest : public testing::TestWithParam<unsigned> {
  protected:
@@ -382,6 +417,34 @@ TEST_P(RandomFieldsTest, TheToleranceIsKeptOrRefusedWhereDoublePrecisionCannotKe
   if (all) {
     EXPECT_GT(worst, 0.05) << "more is computed than the tolerance needs";
   }
+}
+
+/// With the bounds of a single point instead of a pack's.
+TEST_P(RandomFieldsTest, TheKernelKeepsTheToleranceWhereTheCpuKeepsIt) {
+  if (!hasDevice()) return support::skipWithoutDevice();
+  const int count = std::getenv("PISTONFIELD_LONG") ? 250 : 5;
+  std::mt19937 random(GetParam());
+  double worst[std::size(tolerances)] = {};
+  bool single = false, precise = false;
+  for (int n = 0; n < count; ++n) {
+    const RandomField field(random);
+    for (std::size_t t = 0; t < std::size(tolerances); ++t) {
+      const double tolerance = tolerances[t] * field.peak();
+      const auto [used, error] = field.sumOnDevice(tolerance);
+      const Used onCpu = field.sumOnCpu(tolerance);
+      single |= used.single;
+      precise |= used.precise;
+      EXPECT_LE(used.excess, 1.05 * std::max(onCpu.excess, 1.0)) << field.describe(0);
+      EXPECT_LE(used.nodes, 2 * onCpu.nodes) << field.describe(0);
+      if (used.excess > 1) continue;
+      EXPECT_LE(error, 1) << "field " << n << ", tolerance " << tolerances[t] << ": "
+                          << field.describe(0);
+      worst[t] = std::max(worst[t], error);
+    }
+  }
+  EXPECT_TRUE(single && precise);
+  for (std::size_t t = 0; t < std::size(tolerances); ++t)
+    std::cout << "tolerance " << tolerances[t] << ": largest error " << worst[t] << " of it\n";
 }
 
 INSTANTIATE_TEST_SUITE_P(, RandomFieldsTest, testing::Range(1u, 9u),

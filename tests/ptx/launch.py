@@ -31,7 +31,7 @@ class WrongRun(Exception):
 class Array(ctypes.Structure):
     _fields_ = [(name, ctypes.c_uint64) for name in ("is_constant", "address", "size")] + [
         (name, ctypes.c_void_p) for name in ("data", "stores")
-    ]
+    ] + [("is_state", ctypes.c_uint64)]
 
 
 class Launch(ctypes.Structure):
@@ -56,10 +56,14 @@ class Memory:
         """An array of results, of NaN."""
         return self.add(np.full(size, 0xFF, np.uint8), None, np.zeros(size, np.uint8))
 
-    def add(self, content, constant_address, stores):
+    def state(self, content):
+        """An array that a thread reads before it stores to it; its address."""
+        return self.add(np.array(content), None, np.zeros(content.nbytes, np.uint8), is_state=True)
+
+    def add(self, content, constant_address, stores, is_state=False):
         address = self.next if constant_address is None else constant_address
         self.arrays.append(Array(constant_address is not None, address, content.nbytes, content.ctypes.data,
-                                 None if stores is None else stores.ctypes.data))  # fmt: skip
+                                 None if stores is None else stores.ctypes.data, is_state))  # fmt: skip
         self.contents.append((address, content, stores))
         self.next += -(-content.nbytes // MARGIN) * MARGIN + MARGIN
         return address

@@ -9,6 +9,9 @@
 // with an error, thrown as its text, for what a GPU would do in silence.
 
 using u8 = std::uint8_t;
+using s8 = std::int8_t;
+using u16 = std::uint16_t;
+using s16 = std::int16_t;
 using u32 = std::uint32_t;
 using s32 = std::int32_t;
 using f32 = float;
@@ -35,7 +38,8 @@ inline void require(bool holds, const char* otherwise) {
 struct Array {
   u64 isConstant, address, size;
   char* data;
-  u8* stores;  // how often each byte was stored; null: none may be
+  u8* stores;   // how often each byte was stored; null: none may be
+  u64 isState;  // whether what may be stored is read before
 };
 
 struct Launch {
@@ -47,6 +51,8 @@ struct Launch {
   const Array* arrays;
   u64 arrayCount;
 };
+
+constexpr u64 LOCAL = u64{1} << 32;  // where local memory begins among all addresses
 
 struct Thread {
   const Launch& launch;
@@ -92,7 +98,7 @@ struct Thread {
   T load(u64 address, bool isConstant) {
     const Array& array = arrayAt(address, sizeof(T), isConstant);
     const u64 offset = address - array.address;
-    require(!array.stores, "a result is read");
+    require(!array.stores || (array.isState && array.stores[offset] == 0), "a result is read");
     T value;
     std::memcpy(&value, array.data + offset, sizeof value);
     return value;
@@ -132,6 +138,21 @@ struct Thread {
       local[2 * (address + n) + 1] = 2;
     }
   }
+
+  /// Of local or global memory.
+  template <class T>
+  T loadAny(u64 address, u64 localEnd) {
+    const u64 offset = address - LOCAL;
+    return offset < localEnd ? loadLocal<T>(offset, localEnd) : load<T>(address, false);
+  }
+  template <class T>
+  void storeAny(u64 address, u64 localEnd, T value) {
+    const u64 offset = address - LOCAL;
+    if (offset < localEnd)
+      storeLocal<T>(offset, localEnd, value);
+    else
+      store<T>(address, value);
+  }
 };
 
 inline void align(u64 address, u64 size) {
@@ -164,10 +185,10 @@ inline s64 divisor(s32 b) {
   require(b != 0, "a division by zero");
   return b;
 }
-/// To the nearest integer; what is out of range to the nearest that there is, NaN to 0.
-inline s32 toS32(f32 a) {
-  if (std::isnan(a)) return 0;
-  return static_cast<s32>(std::fmin(std::fmax(std::nearbyint(f64{a}), -0x1p31), 0x1p31 - 1));
+/// An integer; what is out of range becomes the nearest that there is, NaN 0.
+inline s32 toS32(f64 integer) {
+  if (std::isnan(integer)) return 0;
+  return static_cast<s32>(std::fmin(std::fmax(integer, -0x1p31), 0x1p31 - 1));
 }
 
 inline f32 flushed(f32 a) { return std::fabs(a) < FLT_MIN ? std::copysign(0.0f, a) : a; }

@@ -17,7 +17,7 @@ from translate import Translator
 
 KERNEL = """
 .visible .entry kernel(.param .u64 out, .param .u32 count) {
-  .reg .pred %%p<3>; .reg .f32 %%f<9>; .reg .f64 %%fd<9>; .reg .b32 %%r<9>; .reg .b64 %%rd<9>;
+  .reg .pred %%p<3>; .reg .f32 %%f<9>; .reg .f64 %%fd<9>; .reg .b16 %%rs<9>; .reg .b32 %%r<9>; .reg .b64 %%rd<9>;
   mov.u32 %%r1, %%tid.x;
   ld.param.u32 %%r2, [count];
   ld.param.u64 %%rd1, [out];
@@ -46,6 +46,12 @@ INTEGERS = {
     "mov.f32 %f1, 0f3F800000; setp.eq.b32 %p2, %f1, 0f3F800000; selp.b32 %r3, 1, 0, %p2;": [1] * 4,
     "mov.b64 %rd4, 0d3FF0000000000000; shr.u64 %rd5, %rd4, 32; cvt.u32.u64 %r3, %rd5;": [0x3FF00000] * 4,
     "mov.f32 %f1, 0f40200000; cvt.rni.s32.f32 %r3, %f1;": [2] * 4,
+    "mov.f32 %f1, 0fC0700000; cvt.rzi.s32.f32 %r3, %f1;": [-3] * 4,
+    "mov.f32 %f1, 0f7FC00000; max.f32 %f2, %f1, 0f40000000; cvt.rzi.s32.f32 %r3, %f2;": [2] * 4,
+    "mov.f32 %f1, 0f40400000; min.f32 %f2, %f1, 0f40000000; cvt.rzi.s32.f32 %r3, %f2;": [2] * 4,
+    "sub.s32 %r4, %r1, 2; cvt.s32.s8 %r3, %r4; add.s32 %r3, %r3, 256; cvt.u16.u32 %rs1, %r3; "
+    "and.b16 %rs2, %rs1, 255; cvt.u32.u16 %r3, %rs2;": [254, 255, 0, 1],
+    "setp.lt.u32 %p2, %r1, 2; selp.u16 %rs1, 7, 0, %p2; setp.ne.s16 %p1, %rs1, 0; selp.b32 %r3, 1, 0, %p1;": [1, 1, 0, 0],
     "mov.f32 %f1, 0f7FC00000; setp.ltu.f32 %p2, %f1, %f1; selp.b32 %r3, 1, 0, %p2;": [1] * 4,
     "mov.f32 %f1, 0f7FC00000; setp.ne.f32 %p2, %f1, %f1; selp.b32 %r3, 1, 0, %p2;": [0] * 4,
     # They go their own ways and meet again.
@@ -69,6 +75,10 @@ RIGHT = {
     WRITE + "@!%p2 bra $on; mov.u32 %r3, %r4; $on:": [9, 9, 1, 1],
     BRANCH + "@!%p2 mov.u32 %r4, %r1; mov.u32 %r3, %r4;": [9, 9, 2, 3],
     FILL + "ld.local.u32 %r3, [%rd5];": [0, 1, 2, 3],
+    FILL + "cvta.local.u64 %rd6, %rd5; st.u32 [%rd6], 6; ld.local.u32 %r3, [%rd5];": [6] * 4,
+    FILL + "cvta.local.u64 %rd6, %rd5; ld.u32 %r3, [%rd6];": [0, 1, 2, 3],
+    FILL + "mov.u32 %r4, 513; cvt.u16.u32 %rs1, %r4; st.local.v2.u8 [%rd4+8], {%rs1, %rs1}; "
+    "ld.local.u8 %rs2, [%rd4+9]; cvt.u32.u16 %r3, %rs2;": [1] * 4,
     FILL + "ld.local.u64 %rd6, [%rd5]; shr.u64 %rd6, %rd6, 32; cvt.u32.u64 %r3, %rd6;": [7] * 4,
     GUARDED + "@%p2 ld.local.u32 %r3, [%rd4+8];": [9, 9, 1, 1],
 }
@@ -77,14 +87,22 @@ WRONG = [
     "setp.lt.u32 %p2, %r1, 2; @%p2 setp.lt.u32 %p0, %r1, 1; selp.b32 %r3, 1, 0, %p0;",
     *("mov.u32 %r3, 1; " + code for code in (
         "add.s64 %rd3, %rd3, 16;", "add.s64 %rd3, %rd3, -4;", "add.s64 %rd3, %rd3, 2;", "mov.u64 %rd3, %rd1;",
-        "ld.global.u32 %r3, [%rd3];", "ld.const.u32 %r3, [%rd3];", "div.s32 %r3, %r3, 0;", "$on: bra $on;")),
+        "ld.global.u32 %r3, [%rd3];", "ld.u32 %r3, [%rd3];", "st.u32 [%rd3+16], %r3;",
+        "ld.const.u32 %r3, [%rd3];", "div.s32 %r3, %r3, 0;", "$on: bra $on;")),
     ARRAYS + "ld.local.u32 %r3, [%rd4];", ARRAYS + "st.local.u32 [%rd4], 1; ld.local.u64 %rd6, [%rd4];",
     GUARDED + "ld.local.u32 %r3, [%rd4+8];",
     *(FILL + code for code in (
         "ld.local.u64 %rd6, [%rd5+8];", "st.local.u64 [%rd4+8], 1;", "st.local.u32 [%rd4+12], 1;",
         "st.local.u32 [%rd4+16], 1;", "st.local.u32 [%rd5+-4], 1;", "st.local.u32 [%rd5+16], 1;",
-        "st.local.u32 [%rd4+-4], 1;", "ld.local.u32 %r3, [%rd4+12];")),
+        "st.local.u32 [%rd4+-4], 1;", "ld.local.u32 %r3, [%rd4+12];",
+        "cvta.local.u64 %rd6, %rd5; ld.u32 %r3, [%rd6+8];", "cvta.local.u64 %rd6, %rd5; st.u32 [%rd6+16], 1;")),
 ]  # fmt: skip
+# What four threads store after what was there.
+STATES = {
+    "ld.global.u32 %r3, [%rd3]; add.s32 %r3, %r3, 10;": [15, 16, 17, 18],
+    # The previous thread's has been stored to.
+    "mov.u32 %r3, 1; setp.gt.u32 %p2, %r1, 0; add.s64 %rd4, %rd3, -4; @%p2 ld.global.u32 %r3, [%rd4];": None,
+}
 UNKNOWN = ["ex2.approx.f32 %f1, %f2;", "add.ftz.f32 %f1, %f2, %f3;", "add.s32 %r3, %rd1, 1;",
            "ld.global.u32 %r3, [%rd3+x];", "add.s32 %r3, %laneid, 1;", "call foo;", "bra $nowhere;"]  # fmt: skip
 
@@ -116,7 +134,7 @@ class Machine(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         fused = [NUMBERS + body + "mov.b32 %r3, %f4;" for body in FUSED]
-        cls.bodies = [*INTEGERS, *RIGHT, *WRONG, *fused, ROOT, INVERSE]
+        cls.bodies = [*INTEGERS, *RIGHT, *WRONG, *STATES, *fused, ROOT, INVERSE]
         cls.program = Program([read(body) for body in cls.bodies], {})
 
     def results(self, body, threads=4, **launch):
@@ -135,6 +153,17 @@ class Machine(unittest.TestCase):
                 self.results(body)
         with self.assertRaises(WrongRun):
             self.results("shl.b32 %r3, 1, 32;", points=3)
+
+    def test_a_state_is_read_until_it_is_stored_to(self):
+        for body, expected in STATES.items():
+            memory = Memory()
+            address = memory.state(np.array([5, 6, 7, 8], np.int32))
+            launch = (Shape((1, 1, 1), 64), [address, 4], memory, self.bodies.index(body))
+            if expected is None:
+                self.assertRaises(WrongRun, self.program.run, *launch)
+            else:
+                self.program.run(*launch)
+                self.assertEqual(memory.results(address, np.int32).tolist(), expected)
 
     def test_of_unknown_code_has_an_error_with_its_text(self):
         for body in UNKNOWN:

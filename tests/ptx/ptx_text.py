@@ -78,8 +78,9 @@ def read_variable(module, text):
     size = int(count or 1) * BYTES[bits]
     if space == "const" and values is None:
         module.constants[name] = size
-    elif space == "global" and values is not None:
-        content = b"".join(int(v, 0).to_bytes(BYTES[bits], "little") for v in values.split(","))
+    elif space == "global":  # zeros, unless it has values
+        numbers = values.split(",") if values else []
+        content = b"".join(int(v, 0).to_bytes(BYTES[bits], "little") for v in numbers)
         module.variables[name] = content.ljust(size, b"\0")
     else:
         raise UnknownPtx(text)

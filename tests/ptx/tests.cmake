@@ -9,7 +9,7 @@ find_program(PISTONFIELD_TEST_PYTHON python3 PATHS /usr/bin NO_DEFAULT_PATH) # t
 
 set(names machine)
 if(PISTONFIELD_USE_CUDA)
-  set(names kernels)
+  set(names kernels pistons)
 endif()
 foreach(name IN LISTS names)
   if(PISTONFIELD_TEST_PYTHON)

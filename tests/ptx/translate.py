@@ -5,7 +5,8 @@ import re
 
 from ptx_text import UnknownPtx
 
-WIDTH = {"pred": 1, **{f"{kind}{bits}": bits for kind in "bsuf" for bits in (32, 64)}}
+WIDTH = {"pred": 1, **{f"{kind}{bits}": bits for kind in "bsuf" for bits in (32, 64)},
+         **{f"{kind}{bits}": bits for kind in "bsu" for bits in (8, 16)}}  # fmt: skip
 OPERATIONS = {}  # by opcode: the types of the operands, the result first, and the result in C++
 
 
@@ -22,6 +23,8 @@ for t in ("f32", "f64"):
     for suffix in (t, f"rn.{t}"):
         for name, sign in (("add", "+"), ("sub", "-"), ("mul", "*")):
             define(f"{name}.{suffix}", f"{t} {t} {t}", f"a {sign} b")
+    define(f"max.{t}", f"{t} {t} {t}", "std::fmax(a, b)")  # of a NaN and a number, the number
+    define(f"min.{t}", f"{t} {t} {t}", "std::fmin(a, b)")
     define(f"neg.{t}", f"{t} {t}", "-a")
     define(f"abs.{t}", f"{t} {t}", "std::fabs(a)")
     define(f"sqrt.rn.{t}", f"{t} {t}", "std::sqrt(a)")
@@ -46,11 +49,14 @@ for bits in ("32", "64"):
     for kind in "bsu":
         define(f"setp.eq.{kind}{bits}", f"pred b{bits} b{bits}", "a == b")
         define(f"setp.ne.{kind}{bits}", f"pred b{bits} b{bits}", "a != b")
-for t in ("pred", "b32", "b64"):
+for kind in "bsu":
+    define(f"setp.eq.{kind}16", "pred b16 b16", "a == b")
+    define(f"setp.ne.{kind}16", "pred b16 b16", "a != b")
+for t in ("pred", "b16", "b32", "b64"):
     for name, sign in (("and", "&"), ("or", "|"), ("xor", "^")):
         define(f"{name}.{t}", f"{t} {t} {t}", f"a {sign} b")
     define(f"not.{t}", f"{t} {t}", "!a" if t == "pred" else "~a")
-for t in WIDTH:
+for t in (t for t, width in WIDTH.items() if width != 8):  # which no register has
     define(f"mov.{t}", f"{t} {t}", "a")
     if t != "pred":
         define(f"selp.{t}", f"{t} {t} {t} pred", "c ? a : b")
@@ -65,11 +71,14 @@ define("shf.l.wrap.b32", "b32 b32 b32 u32", "funnelLeft(a, b, c)")
 for to, of in (
     ("rn.f32", "f64"), ("f64", "f32"), ("rn.f32", "s32"), ("rn.f32", "u32"), ("rn.f64", "s32"),
     ("rn.f64", "u32"), ("rn.f64", "s64"), ("rn.f32", "s64"), ("u64", "u32"), ("s64", "s32"),
-    ("u32", "u64"), ("s32", "s64"),
+    ("u32", "u64"), ("s32", "s64"), ("u32", "u16"), ("u16", "u32"),
 ):  # fmt: skip
     define(f"cvt.{to}.{of}", f"{to.removeprefix('rn.')} {of}", "a")
-define("cvt.rni.s32.f32", "s32 f32", "toS32(a)")
+define("cvt.rni.s32.f32", "s32 f32", "toS32(std::nearbyint(a))")
+define("cvt.rzi.s32.f32", "s32 f32", "toS32(std::trunc(a))")
+define("cvt.s32.s8", "s32 b32", "static_cast<s8>(a)")
 define("cvta.to.global.u64", "u64 u64", "a")  # addresses of global memory are their own
+define("cvta.local.u64", "u64 u64", "a + LOCAL")
 # Right to a unit in the last place or so, and made to be off by as much.
 define("sqrt.approx.ftz.f32", "f32 f32", "sqrtApprox(a, thread.wayOff())")
 define("rcp.approx.ftz.f32", "f32 f32", "rcpApprox(a, thread.wayOff())")
@@ -78,7 +87,7 @@ SPECIAL = {"%tid.x": "thread.tid()", "%ntid.x": "launch.block"}
 for axis in "XYZ":
     SPECIAL[f"%ctaid.{axis.lower()}"] = f"thread.ctaid{axis}()"
     SPECIAL[f"%nctaid.{axis.lower()}"] = f"launch.grid{axis}"
-ACCESS = re.compile(r"(ld|st)\.(param|const|global|global\.nc|local)(?:\.v([24]))?\.([bsuf](?:32|64))$")
+ACCESS = re.compile(r"(ld|st)(?:\.(param|const|global|global\.nc|local))?(?:\.v([24]))?\.([bsu](?:8|16)|[bsuf](?:32|64))$")
 ADDRESS = re.compile(r"\[([%\w$]+)(?:\+(-?\d+))?\]$")
 
 
@@ -226,15 +235,16 @@ extern "C" const char* {name}(const Launch& launch, u64* visits) {{
         for n, value in enumerate(values):
             # A register may be wider than what is loaded or stored, which is its low part.
             wide = type_name
-            if value.startswith("%") and self.kernel.width(value) == 64 and type_name[1:] == "32":
+            if value.startswith("%") and self.kernel.width(value) > WIDTH[type_name]:
                 self.require(type_name[0] != "f")
-                wide = type_name[0] + "64"
-            at = f"address + {n * size}" + (f", {len(self.local)}" if space == "local" else "")
-            local = "Local" if space == "local" else ""
+                wide = f"{type_name[0]}{self.kernel.width(value)}"
+            # Without a space, the address says whether the memory is local.
+            kind = {"local": "Local", None: "Any"}.get(space, "")
+            at = f"address + {n * size}" + (f", {len(self.local)}" if kind else "")
             if what == "ld":
-                constant = "" if local else f", {str(space == 'const').lower()}"
-                code.append(self.write(value, wide, f"thread.load{local}<{to}>({at}{constant})"))
+                constant = "" if kind else f", {str(space == 'const').lower()}"
+                code.append(self.write(value, wide, f"static_cast<{cpp(wide)}>(thread.load{kind}<{to}>({at}{constant}))"))
             else:
-                self.require(space in ("global", "local"))
-                code.append(f"thread.store{local}<{to}>({at}, static_cast<{to}>({self.read(value, wide)}));")
+                self.require(space in ("global", "local", None))
+                code.append(f"thread.store{kind}<{to}>({at}, static_cast<{to}>({self.read(value, wide)}));")
         return f"{{ {' '.join(code)} }}", values if what == "ld" else []

@@ -21,6 +21,8 @@ class GaussRules {
   GaussRules(int least, int most);
 
   GaussRuleTable<Real> table() const { return {fromStart_.data(), w_.data(), least_}; }
+  const std::vector<Real>& fromStart() const { return fromStart_; }
+  const std::vector<Real>& w() const { return w_; }
 
  private:
   int least_;

@@ -32,19 +32,19 @@ namespace pistonfield {
 
 /// log₂ x for normal x > 0. The result is 0 to 0.0861 too small.
 template <class Set>
-Pack<Set> log2Below(Pack<Set> x) {
+PISTONFIELD_HOST_DEVICE Pack<Set> log2Below(Pack<Set> x) {
   return bitsAsNumber(x) * Pack<Set>(0x1p-23f) - Pack<Set>(127.0f);
 }
 
 /// The result is 0 to 0.0861 too large.
 template <class Set>
-Pack<Set> log2Above(Pack<Set> x) {
+PISTONFIELD_HOST_DEVICE Pack<Set> log2Above(Pack<Set> x) {
   return bitsAsNumber(x) * Pack<Set>(0x1p-23f) - Pack<Set>(127.0f - 0.0861f);
 }
 
 /// 2^x for |x| < 126. The result is up to 6.2 % too large.
 template <class Set>
-Pack<Set> exp2Above(Pack<Set> x) {
+PISTONFIELD_HOST_DEVICE Pack<Set> exp2Above(Pack<Set> x) {
   return numberAsBits((x + Pack<Set>(127.0f)) * Pack<Set>(0x1p23f));
 }
 
@@ -58,7 +58,7 @@ struct NodeNeeds {
 
   /// `from`: at least 0; or at least −`to`, and all lengths are equal. L = ln(S/tolerance). The
   /// error that the branch point causes is 2^strength·r^(−2n) tolerances.
-  NodeNeeds(V rho2, V from, V to, V length, V L, V strength) {
+  PISTONFIELD_HOST_DEVICE NodeNeeds(V rho2, V from, V to, V length, V L, V strength) {
     constexpr float pi = 3.14159265f, ln2 = 0.693147f;
     const V one(1.0f), tiny(1e-18f), nearest = larger(from, V(0.0f));
     const V end = from + length;  // of the interval that is nearest to the branch point
@@ -92,7 +92,8 @@ struct NodeNeeds {
 
 /// L = ln(magnitude·margin/tolerance), at least 0.1.
 template <class Set>
-Pack<Set> logarithmOver(Pack<Set> magnitude, float margin, Pack<Set> tolerance) {
+PISTONFIELD_HOST_DEVICE Pack<Set> logarithmOver(Pack<Set> magnitude, float margin,
+                                                Pack<Set> tolerance) {
   using V = Pack<Set>;
   constexpr float ln2 = 0.693147f;
   return larger(V(ln2) * log2Above(magnitude * V(margin) * inverseEstimate(tolerance) + V(1e-18f)),
@@ -120,7 +121,7 @@ struct IntervalNeeds {
   V rounding;     ///< the bound of the rounding error, in units of the precision
   V ends;         ///< the same for α and β, if they are rounded
 
-  IntervalNeeds(const IntervalBounds<V>& in, V tolerance) {
+  PISTONFIELD_HOST_DEVICE IntervalNeeds(const IntervalBounds<V>& in, V tolerance) {
     const V zero(0.0f), tiny(1e-18f);
     const V nearest = larger(in.leastFrom, zero), to = in.mostTo, length = in.mostLength;
     const V dd = in.leastD * in.leastD,

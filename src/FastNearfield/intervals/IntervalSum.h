@@ -9,7 +9,7 @@ namespace pistonfield {
 
 /// The fraction of a number of half turns, from −1/2 to 1/2.
 template <class Set>
-Pack<Set> fractionOf(Pack<Set> halfTurns) {
+PISTONFIELD_HOST_DEVICE Pack<Set> fractionOf(Pack<Set> halfTurns) {
   // Above this, a float or a double has no digits after the point.
   constexpr typename Set::Value roundsOff =
       sizeof(typename Set::Value) == sizeof(float) ? 0x1.8p23 : 0x1.8p52;
@@ -17,7 +17,7 @@ Pack<Set> fractionOf(Pack<Set> halfTurns) {
 }
 
 template <class Set>
-SineCosineOfHalfTurns<Pack<Set>> sineCosine(Pack<Set> r) {
+PISTONFIELD_HOST_DEVICE SineCosineOfHalfTurns<Pack<Set>> sineCosine(Pack<Set> r) {
   if constexpr (sizeof(typename Set::Value) == sizeof(float))
     return sineCosineOfHalfTurns(r);
   else
@@ -29,7 +29,7 @@ template <class Set>
 struct IntervalRule {
   using Value = typename Set::Value;
 
-  IntervalRule(GaussRuleTable<Value> rules, int n) : order(n) {
+  PISTONFIELD_HOST_DEVICE IntervalRule(GaussRuleTable<Value> rules, int n) : order(n) {
     const int first = (n * (n - 1) - rules.least * (rules.least - 1)) / 2;
     fromStart = rules.fromStart + first;
     w = rules.w + first;
@@ -45,7 +45,7 @@ struct Quotients {
   using V = Pack<Set>;
   V path, inverse;
 
-  Quotients(V numerator, V ends, V divisor) {
+  PISTONFIELD_HOST_DEVICE Quotients(V numerator, V ends, V divisor) {
     if constexpr (sizeof(typename Set::Value) == sizeof(float)) {
       if constexpr (!Set::dividesSlowly()) {
         path = quotient(numerator, ends);
@@ -59,7 +59,7 @@ struct Quotients {
   }
 
  private:
-  void both(V numerator, V ends, V divisor, V inverseOfBoth) {
+  PISTONFIELD_HOST_DEVICE void both(V numerator, V ends, V divisor, V inverseOfBoth) {
     path = numerator * (divisor * inverseOfBoth);
     inverse = ends * inverseOfBoth;
   }
@@ -69,8 +69,8 @@ struct Quotients {
 /// δ/2 = π(R − z), R = √(z² + D); all lengths are in wavelengths. The integral of
 /// (exp(−ikR) − exp(−ikz))/D is −2·exp(−ikz) times this.
 template <class Set>
-ComplexPair<Pack<Set>> intervalSum(Pack<Set> d, Pack<Set> z, Pack<Set> from, Pack<Set> to,
-                                   IntervalRule<Set> rule) {
+PISTONFIELD_HOST_DEVICE ComplexPair<Pack<Set>> intervalSum(Pack<Set> d, Pack<Set> z, Pack<Set> from,
+                                                           Pack<Set> to, IntervalRule<Set> rule) {
   using V = Pack<Set>;
   using Value = typename Set::Value;
   const V h = (to - from) * V(Value(0.5));

@@ -4,65 +4,14 @@
 #include "FastNearfield/intervals/IntervalSum.h"
 #include "FastNearfield/intervals/PistonOnPoints.h"
 #include "FastNearfield/intervals/ProductRule.h"
+#include "FastNearfield/intervals/Wide.h"
 
 namespace pistonfield {
 
-/// A pack in double precision: its lower and its upper half.
+/// The fraction of a number of half turns, from −1/2 to 1/2.
 template <class Set>
-struct Wide {
-  using Half = Pack<typename Set::Double>;
-
-  Wide() = default;
-  explicit Wide(double everywhere) : low(everywhere), high(low) {}
-  Wide(Half lowHalf, Half highHalf) : low(lowHalf), high(highHalf) {}
-  explicit Wide(Pack<Set> x)
-      : low(Half::of(Set::lower(x.value))), high(Half::of(Set::upper(x.value))) {}
-
-  static Wide load(const double* from) {
-    return {Half::load(from), Half::load(from + Half::lanes)};
-  }
-  void store(double* to) const {
-    low.store(to);
-    high.store(to + Half::lanes);
-  }
-
-  Pack<Set> rounded() const { return Pack<Set>::of(Set::joined(low.value, high.value)); }
-
-  Half low, high;
-};
-
-template <class Set>
-Wide<Set> operator+(Wide<Set> x, Wide<Set> y) {
-  return {x.low + y.low, x.high + y.high};
-}
-template <class Set>
-Wide<Set> operator-(Wide<Set> x, Wide<Set> y) {
-  return {x.low - y.low, x.high - y.high};
-}
-template <class Set>
-Wide<Set> operator*(Wide<Set> x, Wide<Set> y) {
-  return {x.low * y.low, x.high * y.high};
-}
-template <class Set>
-Wide<Set> absolute(Wide<Set> x) {
-  return {absolute(x.low), absolute(x.high)};
-}
-template <class Set>
-Wide<Set> larger(Wide<Set> x, Wide<Set> y) {
-  return {larger(x.low, y.low), larger(x.high, y.high)};
-}
-template <class Set>
-bool anyLess(Wide<Set> x, Wide<Set> y) {
-  return any(x.low < y.low) || any(x.high < y.high);
-}
-/// 1 where x < y, 1/2 where x = y, 0 elsewhere.
-template <class Set>
-Wide<Set> step(Wide<Set> x, Wide<Set> y) {
-  const auto half = [](auto a, auto b) {
-    using H = decltype(a);
-    return select(a < b, H(1.0), select(a == b, H(0.5), H(0.0)));
-  };
-  return {half(x.low, y.low), half(x.high, y.high)};
+PISTONFIELD_HOST_DEVICE Wide<Set> fractionOf(Wide<Set> halfTurns) {
+  return Wide<Set>::mapped([](auto part) { return fractionOf(part); }, halfTurns);
 }
 
 /// Adds the field of a piston at points. Every interval of an edge has its own order and precision,
@@ -70,16 +19,19 @@ Wide<Set> step(Wide<Set> x, Wide<Set> y) {
 ///
 /// The intervals of a group of packs are planned first and evaluated then: what is planned decides
 /// how long loops are, and a processor that had to wait for it would stand still.
+///
+/// A GPU's thread runs the same code for packs of one point (lanes/OneLane.h).
 template <class Set>
 class PistonInPacks {
  public:
-  PistonInPacks(const WeightedPiston& piston, Used& used)
+  PISTONFIELD_HOST_DEVICE PistonInPacks(const WeightedPiston& piston, Used& used)
       : piston_(piston),
         used_(used),
         halfSides_{piston.halfWidth, piston.halfHeight},
         tolerance_(static_cast<float>(piston.tolerance * 2 * pi / mostIntervals)) {}
 
-  void add(const double* x, const double* y, const double* z, int count, double* re, double* im) {
+  PISTONFIELD_HOST_DEVICE void add(const double* x, const double* y, const double* z, int count,
+                                   double* re, double* im) {
     if (piston_.order == 0 && tolerance_ < leastTolerance) {
       used_.excess = 1e300;
       return;
@@ -105,7 +57,6 @@ class PistonInPacks {
  private:
   using W = Wide<Set>;
   using Single = Pack<Set>;
-  using Half = typename W::Half;
   static constexpr double pi = 3.14159265358979323846;
   // Of the tolerance of an integral.
   // The bound of the rounding error is too small by a factor of up to 2.1, and the order of a rule
@@ -116,7 +67,12 @@ class PistonInPacks {
   static constexpr float mostTurns = 0x1p20f;      // of which a float still has a fraction
   static constexpr float negligibleShare = 0.01f;  // for what it takes long to bound better
   static constexpr float leastTolerance = 1e-32f;  // so that no float underflows
-  static constexpr int packs = 16, mostIntervals = 8, queueLength = 128;
+  static constexpr int mostIntervals = 8;          // of a point
+  // A GPU's thread, whose pack is one point, evaluates it alone.
+  static constexpr int packs = Single::lanes > 1 ? 16 : 1;
+  static constexpr int mostUndivided = packs * mostIntervals;  // of a group
+  static constexpr int mostProposals = packs > 1 ? Single::lanes : mostIntervals;
+  static constexpr int mostPending = 32;
 
   /// The parts of an edge that are integrated: all of it; or from the foot of the perpendicular, or
   /// from its nearer end, to its farther end, and from the foot to its nearer end.
@@ -125,23 +81,30 @@ class PistonInPacks {
   /// An interval of an edge for a pack of points, which counts `times` times.
   struct Interval {
     int pack;
-    int across;   ///< 0: an edge along y, at the distance halfWidth ± |x|; 1: along x
-    double side;  ///< +1 for the farther of the two edges, −1 for the nearer one
+    int across;  ///< 0: an edge along y, at the distance halfWidth ± |x|; 1: along x
+    int side;    ///< +1 for the farther of the two edges, −1 for the nearer one
     Part part;
     double first, last;  ///< what is integrated of the part, from 0 to 1
     int times, order;
+  };
+
+  /// A part of an interval on which addDifficult has to decide.
+  struct Pending {
+    double first, last;
+    Part part;
+    float tolerance;
   };
 
   struct Ends {
     W from, to;
   };
 
-  W distance(const Interval& interval) const {
+  PISTONFIELD_HOST_DEVICE W distance(const Interval& interval) const {
     return W(halfSides_[interval.across]) +
-           W(interval.side) * lateral_[interval.across][interval.pack];
+           W(static_cast<double>(interval.side)) * lateral_[interval.across][interval.pack];
   }
 
-  Ends endsOf(const Interval& interval) const {
+  PISTONFIELD_HOST_DEVICE Ends endsOf(const Interval& interval) const {
     const W along = lateral_[1 - interval.across][interval.pack],
             half(halfSides_[1 - interval.across]), foot(0.0);
     Ends ends{along - half, along + half};
@@ -153,7 +116,7 @@ class PistonInPacks {
     return ends;
   }
 
-  void load(int n, const double* x, const double* y, const double* z) {
+  PISTONFIELD_HOST_DEVICE void load(int n, const double* x, const double* y, const double* z) {
     const double(*axes)[3] = piston_.axes;
     const W dx = W::load(x) - W(piston_.centre[0]), dy = W::load(y) - W(piston_.centre[1]),
             dz = W::load(z) - W(piston_.centre[2]);
@@ -170,7 +133,7 @@ class PistonInPacks {
     sum_[n] = {Single(0.0f), Single(0.0f)};
     hasPrecise_[n] = false;
     singleRounding_[n] = preciseRounding_[n] = 0;
-    for (int axis : {0, 1}) {
+    for (int axis = 0; axis < 2; ++axis) {
       const Single lateral = lateral_[axis][n].rounded();
       least_[axis][n] = smallest(lateral);
       most_[axis][n] = largest(lateral);
@@ -179,7 +142,7 @@ class PistonInPacks {
   }
 
   /// Evaluates packs by a product of rules where that takes the least time.
-  void planProducts(int loaded) {
+  PISTONFIELD_HOST_DEVICE void planProducts(int loaded) {
     const auto a = static_cast<float>(halfSides_[0]), b = static_cast<float>(halfSides_[1]);
     const float tolerance = tolerance_ * static_cast<float>(mostIntervals / (2 * pi));
     for (int first = 0; first < loaded; first += Single::lanes) {
@@ -209,7 +172,8 @@ class PistonInPacks {
 
   /// Whether the product rule is faster than the integrals along the edges, which have about the
   /// same orders.
-  bool isFaster(int n, const HalvedRule<Set>& ruleX, const HalvedRule<Set>& ruleY) const {
+  PISTONFIELD_HOST_DEVICE bool isFaster(int n, const HalvedRule<Set>& ruleX,
+                                        const HalvedRule<Set>& ruleY) const {
     const auto a = static_cast<float>(halfSides_[0]), b = static_cast<float>(halfSides_[1]);
     const int edgesAlongX = ruleY.halves ? 1 : 2, edgesAlongY = ruleX.halves ? 1 : 2;
     auto nodes = static_cast<float>(edgesAlongX * ruleX.nodes() + edgesAlongY * ruleY.nodes());
@@ -220,16 +184,15 @@ class PistonInPacks {
     return static_cast<float>(ruleX.nodes() * ruleY.nodes()) < nodes + 4;
   }
 
-  void addProduct(int n, const HalvedRule<Set>& ruleX, const HalvedRule<Set>& ruleY) {
+  PISTONFIELD_HOST_DEVICE void addProduct(int n, const HalvedRule<Set>& ruleX,
+                                          const HalvedRule<Set>& ruleY) {
     isProduct_[n] = true;
     used_.single = true;
-    for (const HalvedRule<Set>* rule : {&ruleX, &ruleY}) {
-      used_.leastOrder = rule->rule.order < used_.leastOrder ? rule->rule.order : used_.leastOrder;
-      used_.mostOrder = rule->rule.order > used_.mostOrder ? rule->rule.order : used_.mostOrder;
-    }
+    noteOrder(ruleX.rule.order);
+    noteOrder(ruleY.rule.order);
     used_.nodes += ruleX.nodes() * ruleY.nodes() * Single::lanes;
     const W x = lateral_[0][n], y = lateral_[1][n], z = z_[n], square = x * x + (y * y + z * z);
-    phase_[n] = W(squareRoot(square.low), squareRoot(square.high));
+    phase_[n] = squareRoot(square);
     const auto value =
         productSum<Set>(static_cast<float>(halfSides_[0]), static_cast<float>(halfSides_[1]),
                         x.rounded(), y.rounded(), phase_[n].rounded(), ruleX, ruleY);
@@ -245,7 +208,7 @@ class PistonInPacks {
 
   /// Plans two parallel edges. Near edges on which the foot of the perpendicular lies are divided
   /// there, where the integrand is steepest.
-  void planEdges(int n, int across) {
+  PISTONFIELD_HOST_DEVICE void planEdges(int n, int across) {
     const Range u{least_[across][n], most_[across][n]},
         v{least_[1 - across][n], most_[1 - across][n]};
     const auto a = static_cast<float>(halfSides_[across]),
@@ -261,7 +224,7 @@ class PistonInPacks {
     if (times == 1) planEdge({n, across, -1, Part::WHOLE, 0, 1, times, 0}, near, v, b);
   }
 
-  void planEdge(Interval edge, Range d, Range v, float b) {
+  PISTONFIELD_HOST_DEVICE void planEdge(Interval edge, Range d, Range v, float b) {
     const float least = v.least - b, most = v.most + b;
     if (piston_.order > 0 ? v.least > b : (least >= 0 || isFar(edge.pack, d.least, 2 * b, most)))
       return propose(edge, d, {least, most}, 2 * b);
@@ -277,14 +240,14 @@ class PistonInPacks {
 
   /// Whether an interval is short enough, compared with its distance and the wavelength, not to be
   /// divided at the foot.
-  bool isFar(int n, float d, float length, float end) const {
+  PISTONFIELD_HOST_DEVICE bool isFar(int n, float d, float length, float end) const {
     const float rho2 = d * d + leastZ_[n] * leastZ_[n];
     const float changeTimesR = length * end;  // of the phase along the interval, in turns, at most
     return rho2 >= 0.14f * length * length && 2 * rho2 >= changeTimesR * changeTimesR;
   }
 
-  void propose(const Interval& interval, Range d, Range ends, float length) {
-    if (piston_.order > 0) return keep(interval, piston_.order, d.most + ends.most < mostTurns);
+  PISTONFIELD_HOST_DEVICE void propose(const Interval& interval, Range d, Range ends,
+                                       float length) {
     leastD_[proposals_] = d.least;
     mostD_[proposals_] = d.most;
     zs_[proposals_] = leastZ_[interval.pack];
@@ -292,33 +255,39 @@ class PistonInPacks {
     mostTo_[proposals_] = ends.most;
     length_[proposals_] = length;
     proposed_[proposals_++] = interval;
-    if (proposals_ == Single::lanes) decide();
+    if constexpr (packs > 1)  // one point never has more
+      if (proposals_ == mostProposals) decide();
   }
 
   /// Decides on the proposed intervals, one a lane.
-  void decide() {
-    const auto all = [](const float* values) { return Single::load(values); };
-    const IntervalNeeds<Set> needs(
-        {all(leastD_), all(mostD_), all(zs_), all(leastFrom_), all(mostTo_), all(length_)},
-        Single(quadratureShare * tolerance_));
-    float magnitude[Single::lanes], nodes[Single::lanes], rounding[Single::lanes];
-    needs.magnitude.store(magnitude);
-    needs.order.store(nodes);
-    (needs.rounding + needs.ends).store(rounding);
-    for (int n = 0; n < proposals_; ++n) {
-      if (magnitude[n] <= tolerance_) continue;
-      const bool isBesideEdge = leastD_[n] < leastSingleD;
-      if (nodes[n] <= 17 && !isBesideEdge && mayRound(proposed_[n], rounding[n]))
-        keep(proposed_[n], orderOf(nodes[n]), true);
-      else
-        addDifficult(proposed_[n], tolerance_);
+  PISTONFIELD_HOST_DEVICE void decide() {
+    for (int n = 0; n < proposals_ && piston_.order > 0; ++n)
+      keep(proposed_[n], piston_.order, mostD_[n] + mostTo_[n] < mostTurns);
+    for (int first = 0; first < proposals_ && piston_.order == 0; first += Single::lanes) {
+      const auto all = [&](const float* values) { return Single::load(values + first); };
+      const IntervalNeeds<Set> needs(
+          {all(leastD_), all(mostD_), all(zs_), all(leastFrom_), all(mostTo_), all(length_)},
+          Single(quadratureShare * tolerance_));
+      float magnitude[Single::lanes], nodes[Single::lanes], rounding[Single::lanes];
+      needs.magnitude.store(magnitude);
+      needs.order.store(nodes);
+      (needs.rounding + needs.ends).store(rounding);
+      for (int n = 0; n < Single::lanes && first + n < proposals_; ++n) {
+        const Interval& interval = proposed_[first + n];
+        if (magnitude[n] <= tolerance_) continue;
+        const bool isBesideEdge = leastD_[first + n] < leastSingleD;
+        if (nodes[n] <= 17 && !isBesideEdge && mayRound(interval, rounding[n]))
+          keep(interval, orderOf(nodes[n]), true);
+        else
+          addDifficult(interval);
+      }
     }
     proposals_ = 0;
   }
 
   /// Whether an interval may be evaluated in single precision, with this rounding error in its
   /// units. If so, it is added to those of the pack: they may take half of the share together.
-  bool mayRound(const Interval& interval, float rounding) {
+  PISTONFIELD_HOST_DEVICE bool mayRound(const Interval& interval, float rounding) {
     const float error = static_cast<float>(interval.times) * rounding * 0x1p-24f;
     if (!(singleRounding_[interval.pack] + error <= 0.5f * mostRounding())) return false;
     singleRounding_[interval.pack] += error;
@@ -326,54 +295,80 @@ class PistonInPacks {
   }
 
   /// The largest rounding error of the sum at a point.
-  float mostRounding() const { return roundingShare * tolerance_ * mostIntervals; }
+  PISTONFIELD_HOST_DEVICE float mostRounding() const {
+    return roundingShare * tolerance_ * mostIntervals;
+  }
 
-  static int orderOf(float need) { return static_cast<int>(need + 0.9999f); }
+  PISTONFIELD_HOST_DEVICE static int orderOf(float need) {
+    return static_cast<int>(need + 0.9999f);
+  }
 
   /// Decides on an interval from its bounds at each point. If it needs too many nodes, it is
   /// divided; where a branch point is the reason, so that the part next to it is short.
-  void addDifficult(const Interval& interval, float tolerance) {
-    const Ends ends = endsOf(interval);
-    const Single d = absolute(distance(interval).rounded()), from = ends.from.rounded(),
-                 to = ends.to.rounded(), length = (ends.to - ends.from).rounded();
-    const IntervalNeeds<Set> needs({d, d, singleZ_[interval.pack], from, to, length},
-                                   Single(quadratureShare * tolerance));
-    if (largest(needs.magnitude) <= tolerance) return;
-    const float oscillation = largest(needs.oscillation), need = largest(needs.order);
-    const bool steep = need > 17 && need > 1.5f * oscillation;
-    if (steep || need > mostIntervalOrder - 1) {
-      Interval first = interval, rest = interval;
-      if (interval.part == Part::WHOLE && smallest(from) < 0) {
-        first.part = Part::AHEAD;
-        rest.part = Part::BEHIND;
+  PISTONFIELD_HOST_DEVICE void addDifficult(Interval interval) {
+    Pending pending[mostPending];
+    float tolerance = tolerance_;
+    for (int left = 0;;) {
+      const Ends ends = endsOf(interval);
+      const Single d = absolute(distance(interval).rounded()), from = ends.from.rounded(),
+                   to = ends.to.rounded(), length = (ends.to - ends.from).rounded();
+      const IntervalNeeds<Set> needs({d, d, singleZ_[interval.pack], from, to, length},
+                                     Single(quadratureShare * tolerance));
+      const float oscillation = largest(needs.oscillation), need = largest(needs.order);
+      const bool steep = need > 17 && need > 1.5f * oscillation;
+      if (largest(needs.magnitude) <= tolerance) {
+        // It is left out.
+      } else if (!steep && need <= mostIntervalOrder - 1) {
+        const bool isBesideEdge = any((Single(0.0f) < d) & (d < Single(leastSingleD)));
+        const bool single =
+            !isBesideEdge && mayRound(interval, largest(needs.rounding + needs.ends));
+        // In double precision, neighbouring intervals share their ends.
+        if (!single)
+          preciseRounding_[interval.pack] +=
+              static_cast<float>(interval.times) * largest(needs.rounding) * 0x1p-53f;
+        // Leaves room for all of a group that are not divided.
+        if (singles_ >= mostUndivided || precises_ == mostUndivided) evaluateIntervals();
+        keep(interval, orderOf(need), single);
+      } else if (left == mostPending) {
+        used_.excess = 1e300;
+        return;
       } else {
-        first.last = rest.first =
-            interval.first + (interval.last - interval.first) * (steep ? 0.25 : 0.5);
+        // The steep part is decided on last, so that few are pending however often it is divided.
+        tolerance /= 2;
+        Pending& first = pending[left++];
+        first = {interval.first, interval.last, interval.part, tolerance};
+        if (interval.part == Part::WHOLE && smallest(from) < 0) {
+          first.part = Part::AHEAD;
+          interval.part = Part::BEHIND;
+        } else {
+          interval.first += (interval.last - interval.first) * (steep ? 0.25 : 0.5);
+          first.last = interval.first;
+        }
+        continue;
       }
-      addDifficult(first, tolerance / 2);
-      addDifficult(rest, tolerance / 2);
-      return;
+      if (left == 0) return;
+      const Pending& next = pending[--left];
+      interval.first = next.first;
+      interval.last = next.last;
+      interval.part = next.part;
+      tolerance = next.tolerance;
     }
-    const bool isBesideEdge = any((Single(0.0f) < d) & (d < Single(leastSingleD)));
-    const bool single = !isBesideEdge && mayRound(interval, largest(needs.rounding + needs.ends));
-    // In double precision, neighbouring intervals share their ends.
-    if (!single)
-      preciseRounding_[interval.pack] +=
-          static_cast<float>(interval.times) * largest(needs.rounding) * 0x1p-53f;
-    keep(interval, orderOf(need), single);
   }
 
-  void keep(const Interval& interval, int order, bool single) {
-    if (order < used_.leastOrder) used_.leastOrder = order;
-    if (order > used_.mostOrder) used_.mostOrder = order;
+  PISTONFIELD_HOST_DEVICE void keep(const Interval& interval, int order, bool single) {
+    noteOrder(order);
     used_.nodes += order * Single::lanes;
-    if (singles_ == queueLength || precises_ == queueLength) evaluateIntervals();
     Interval& kept = single ? single_[singles_++] : precise_[precises_++];
     kept = interval;
     kept.order = order;
   }
 
-  void evaluateIntervals() {
+  PISTONFIELD_HOST_DEVICE void noteOrder(int order) {
+    if (order < used_.leastOrder) used_.leastOrder = order;
+    if (order > used_.mostOrder) used_.mostOrder = order;
+  }
+
+  PISTONFIELD_HOST_DEVICE void evaluateIntervals() {
     used_.single |= singles_ > 0;
     used_.precise |= precises_ > 0;
     for (int i = 0; i < singles_; ++i) {
@@ -389,34 +384,35 @@ class PistonInPacks {
       const Ends ends = endsOf(part);
       const W d = distance(part), z = z_[part.pack], times(static_cast<double>(part.times));
       const IntervalRule<typename Set::Double> rule(piston_.preciseRules, part.order);
-      const auto low = intervalSum(d.low, z.low, ends.from.low, ends.to.low, rule);
-      const auto high = intervalSum(d.high, z.high, ends.from.high, ends.to.high, rule);
+      const ComplexPair<W> value =
+          W::mappedToPairs([&](auto dOf, auto zOf, auto from,
+                               auto to) { return intervalSum(dOf, zOf, from, to, rule); },
+                           d, z, ends.from, ends.to);
       ComplexPair<W>& sum = preciseSum_[part.pack];
       if (!hasPrecise_[part.pack]) sum = {W(0.0), W(0.0)};
       hasPrecise_[part.pack] = true;
-      sum = {sum.re + times * W(low.re, high.re), sum.im + times * W(low.im, high.im)};
+      sum = {sum.re + times * value.re, sum.im + times * value.im};
     }
     singles_ = precises_ = 0;
   }
 
   /// −i/π·exp(−ikz), by which the sum is multiplied, from z in wavelengths.
   template <class V>
-  static ComplexPair<V> factor(V fractionOfZ) {
+  PISTONFIELD_HOST_DEVICE static ComplexPair<V> factor(V fractionOfZ) {
     using Value = typename V::Value;
     const auto [sine, cosine] = sineCosine(fractionOfZ);
     return {V(Value(-2 / pi)) * (sine * cosine),
             V(Value(-1 / pi)) * (cosine * cosine - sine * sine)};
   }
 
-  ComplexPair<W> pressure(int n) const {
+  PISTONFIELD_HOST_DEVICE ComplexPair<W> pressure(int n) const {
     const ComplexPair<Single>& single = sum_[n];
-    const Half low = fractionOf(phase_[n].low), high = fractionOf(phase_[n].high);
+    const W phase = fractionOf(phase_[n]);
     if (!hasPrecise_[n]) {
-      const ComplexPair<Single> E = factor(W(low, high).rounded());
+      const ComplexPair<Single> E = factor(phase.rounded());
       return {W(E.re * single.re - E.im * single.im), W(E.re * single.im + E.im * single.re)};
     }
-    const ComplexPair<Half> lowE = factor(low), highE = factor(high);
-    const W re(lowE.re, highE.re), im(lowE.im, highE.im);
+    const auto [re, im] = W::mappedToPairs([](auto part) { return factor(part); }, phase);
     const W sumRe = preciseSum_[n].re + W(single.re), sumIm = preciseSum_[n].im + W(single.im);
     return {re * sumRe - im * sumIm, re * sumIm + im * sumRe};
   }
@@ -425,7 +421,7 @@ class PistonInPacks {
   /// piston's own axes are within some units of their last place. The error of all of them turns
   /// the phase. Besides, that of x changes the pressure by the integrals of 1/(λR) along the edges
   /// that are parallel to y, and that of y by those along the others.
-  void notePositionError(int n, Single magnitude) {
+  PISTONFIELD_HOST_DEVICE void notePositionError(int n, Single magnitude) {
     const Single x = lateral_[0][n].rounded(), y = lateral_[1][n].rounded(),
                  distance = singleZ_[n] + x + y,
                  relative(static_cast<float>(piston_.relativeShift)),
@@ -451,13 +447,13 @@ class PistonInPacks {
 
   /// A bound of ∫ dσ/R along two parallel edges, for points that are within `shift` of where they
   /// should be.
-  Single alongEdges(int n, int across, Single shift) const {
+  PISTONFIELD_HOST_DEVICE Single alongEdges(int n, int across, Single shift) const {
     const W lateral = lateral_[across][n], half(halfSides_[across]);
     return alongEdge(n, across, absolute(lateral - half).rounded(), shift) +
            alongEdge(n, across, (lateral + half).rounded(), shift);
   }
 
-  Single alongEdge(int n, int across, Single aside, Single shift) const {
+  PISTONFIELD_HOST_DEVICE Single alongEdge(int n, int across, Single aside, Single shift) const {
     const auto half = static_cast<float>(halfSides_[1 - across]);
     const Single beyond = larger(lateral_[1 - across][n].rounded() - Single(half), Single(0.0f));
     const Single square =
@@ -468,7 +464,7 @@ class PistonInPacks {
     return smaller(ratio, Single(2 * ln2) * log2Above(Single(1.0f) + ratio)) * Single(1.01f);
   }
 
-  void addPressure(int n, double* re, double* im) {
+  PISTONFIELD_HOST_DEVICE void addPressure(int n, double* re, double* im) {
     if (piston_.order == 0) {
       const auto excess =
           static_cast<double>((singleRounding_[n] + preciseRounding_[n]) / mostRounding());
@@ -488,18 +484,19 @@ class PistonInPacks {
   }
 
   /// The share of the plane around the foot that the piston covers, where z < 0.
-  W shareBehind(int n) const {
+  PISTONFIELD_HOST_DEVICE W shareBehind(int n) const {
     return step(lateral_[0][n], W(halfSides_[0])) * step(lateral_[1][n], W(halfSides_[1])) *
            step(signedZ_[n], W(0.0));
   }
 
   /// 2·sin(k|z|), which the field behind the piston has in addition.
-  W planeWave(int n) const {
-    const auto sine2 = [](Half z) {
-      const auto [sine, cosine] = sineCosine(fractionOf(z));
-      return Half(4.0) * (sine * cosine);
-    };
-    return W(sine2(z_[n].low), sine2(z_[n].high));
+  PISTONFIELD_HOST_DEVICE W planeWave(int n) const {
+    return W::mapped(
+        [](auto phase) {
+          const auto [sine, cosine] = sineCosine(phase);
+          return decltype(phase)(4.0) * (sine * cosine);
+        },
+        fractionOf(z_[n]));
   }
 
   const WeightedPiston& piston_;
@@ -522,12 +519,12 @@ class PistonInPacks {
   bool isProduct_[packs] = {}, hasPrecise_[packs] = {};
 
   // Intervals that are decided on together, with their bounds.
-  float leastD_[Single::lanes] = {}, mostD_[Single::lanes] = {}, zs_[Single::lanes] = {},
-        leastFrom_[Single::lanes] = {}, mostTo_[Single::lanes] = {}, length_[Single::lanes] = {};
-  Interval proposed_[Single::lanes] = {};
+  float leastD_[mostProposals] = {}, mostD_[mostProposals] = {}, zs_[mostProposals] = {},
+        leastFrom_[mostProposals] = {}, mostTo_[mostProposals] = {}, length_[mostProposals] = {};
+  Interval proposed_[mostProposals];
 
   // Intervals to evaluate in single and in double precision.
-  Interval single_[queueLength] = {}, precise_[queueLength] = {};
+  Interval single_[2 * mostUndivided], precise_[mostUndivided];
 };
 
 }  // namespace pistonfield

@@ -15,8 +15,8 @@ struct WeightedPiston {
   double shift;          ///< how far points may be from where they are given
   double relativeShift;  ///< the same, relative to the distance, by the axes' rounding; or relative
                          ///< to each coordinate, unless the piston is turned
-  bool isTurned;         ///< whether its own axes are not those of the points
   double tolerance;      ///< the largest error of its pressure, for the weight 1
+  bool isTurned;         ///< whether its own axes are not those of the points
   int order;             ///< of every interval; 0: chosen for the tolerance
   GaussRuleTable<float> rules;  ///< up to mostIntervalOrder, or up to `order`
   GaussRuleTable<double> preciseRules;

@@ -38,7 +38,8 @@ struct ProductNeeds {
   /// up to 2.5 in the worst cases that were found.
   static constexpr float quadratureShare = 0.65f, roundingShare = 0.14f;
 
-  ProductNeeds(V halfWidth, V halfHeight, const PointBounds<V>& in, V tolerance) {
+  PISTONFIELD_HOST_DEVICE ProductNeeds(V halfWidth, V halfHeight, const PointBounds<V>& in,
+                                       V tolerance) {
     const V fromX = in.leastX - halfWidth, fromY = in.leastY - halfHeight, zero(0.0f);
     const V besideX = larger(fromX, zero), besideY = larger(fromY, zero),
             zz = in.leastZ * in.leastZ;
@@ -71,15 +72,18 @@ struct HalvedRule {
   IntervalRule<Set> rule;
   bool halves;
 
-  int nodes() const { return halves ? (rule.order + 1) / 2 : rule.order; }
-  float weight(int n) const { return halves && 2 * n + 1 < rule.order ? 2 * rule.w[n] : rule.w[n]; }
+  PISTONFIELD_HOST_DEVICE int nodes() const { return halves ? (rule.order + 1) / 2 : rule.order; }
+  PISTONFIELD_HOST_DEVICE float weight(int n) const {
+    return halves && 2 * n + 1 < rule.order ? 2 * rule.w[n] : rule.w[n];
+  }
 };
 
 /// ∬ exp(−2πi(R − C))/R dξ dη over a piston, at points in single precision.
 template <class Set>
-ComplexPair<Pack<Set>> productSum(float halfWidth, float halfHeight, Pack<Set> x, Pack<Set> y,
-                                  Pack<Set> C, const HalvedRule<Set>& ruleX,
-                                  const HalvedRule<Set>& ruleY) {
+PISTONFIELD_HOST_DEVICE ComplexPair<Pack<Set>> productSum(float halfWidth, float halfHeight,
+                                                          Pack<Set> x, Pack<Set> y, Pack<Set> C,
+                                                          const HalvedRule<Set>& ruleX,
+                                                          const HalvedRule<Set>& ruleY) {
   using V = Pack<Set>;
   const V zero(0.0f), CC = C * C, twoX = x + x, twoY = y + y;
   ComplexPair<V> sum{zero, zero};

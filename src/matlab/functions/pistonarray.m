@@ -55,8 +55,9 @@
 % each other, each of them is computed more accurately.
 %
 % An order is used unchanged, for all pistons and points.  With an order the pressure is
-% computed on the device, which may be a GPU; with a tolerance it is computed on the cores of
-% the CPU, also if pistonfield is built for a GPU.  Ctrl-C ends the work.
+% computed on the device, which may be a GPU; with a tolerance on the cores of the CPU, or, if
+% pistonfield is built for a GPU and there are many points and pistons, on the GPU.  Ctrl-C ends
+% the work.
 %
 % Example: 64 elements at 1 MHz in water, focused 60 mm ahead and 20 mm to the side
 %

@@ -45,8 +45,8 @@
 %
 % An order is used unchanged, for all points: p has the bits of pistonfield for this order.
 % With an order the pressure is computed on the device, which may be a GPU; with a tolerance
-% it is computed on the cores of the CPU, also if pistonfield is built for a GPU.  Ctrl-C
-% ends the work.
+% on the cores of the CPU, or, if pistonfield is built for a GPU and there are many points, on
+% the GPU.  Ctrl-C ends the work.
 %
 % Example: the plane y = 0 of a piston at 1 MHz in water
 %
