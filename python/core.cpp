@@ -104,7 +104,7 @@ constexpr auto interval = std::chrono::milliseconds(50);
 std::function<void(double)> watch(const nb::object& progress) {
   using Clock = std::chrono::steady_clock;
   return [&progress, next = Clock::now() + interval](double fraction) mutable {
-    if (Clock::now() < next) return;
+    if (fraction >= 1 || Clock::now() < next) return;  // the caller reports the end
     const nb::gil_scoped_acquire lock;
     if (PyErr_CheckSignals() != 0) throw nb::python_error();
     if (!progress.is_none()) progress(fraction);
@@ -198,7 +198,7 @@ nb::typed<nb::dict, nb::str, nb::object> info() {
 
 NB_MODULE(_core, module) {
   using namespace pistonfield;
-  nb::exception<FieldError>(module, "FieldError", PyExc_ValueError);
+  const nb::exception<FieldError> fieldError(module, "FieldError", PyExc_ValueError);
   module.def("pressures_at", &pressuresAt, "points"_a, "pistons"_a, "k"_a, "tolerance"_a, "order"_a,
              "progress"_a.none());
   module.def("pressures_on", &pressuresOn, "x"_a, "y"_a, "z"_a, "pistons"_a, "k"_a, "tolerance"_a,

@@ -9,7 +9,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._pistons import Piston, Pistons, piston_rows, pistons_of, real_array, real_number
+from ._pistons import Piston, Pistons, array_of, piston_rows, pistons_of, real_array, real_number
 
 
 def linear_array(count: int, pitch: float, width: float, height: float) -> list[Piston]:
@@ -194,7 +194,7 @@ def weighted(pistons: Pistons, weights: ArrayLike) -> list[Piston]:
     >>> array = pf.weighted(array, pf.apodization("hamming", 4))
     """
     listed = pistons_of(piston_rows(pistons))
-    factors = np.asarray(weights)
+    factors = array_of(weights)
     if factors.shape != (len(listed),) or not np.can_cast(factors.dtype, np.complex128, "safe"):
         raise ValueError(f"weights must be {len(listed)} complex numbers, one for each piston.")
     return [replace(piston, weight=piston.weight * factor) for piston, factor in zip(listed, factors.tolist())]

@@ -10,7 +10,7 @@ from numpy.typing import ArrayLike, NDArray
 
 from . import _core
 from ._order import order_number
-from ._pistons import Pistons, piston_rows, point_rows, real_array, real_number
+from ._pistons import Pistons, axis, piston_rows, point_rows, real_number
 
 Progress = Optional[Callable[[float], object]]
 _Pressures = NDArray[np.complex128]
@@ -87,7 +87,7 @@ def field(
     ----------
     points : (..., 3) array_like of float
         x, y, z of each point.
-    pistons : Piston or sequence of Piston
+    pistons : Piston or iterable of Piston
     k : float
         Wave number, 2 pi / wavelength.
     tolerance : float
@@ -138,7 +138,7 @@ def field(
     """
     rows, shape = point_rows(points)
     arguments = (piston_rows(pistons), real_number("k", k), real_number("tolerance", tolerance), _order(order))
-    p, used = _core.pressures_at(rows, *arguments, progress)
+    p, used = _core.pressures_at(rows, *arguments, _callable(progress))
     p = p.reshape(shape)
     return (p, _used(used)) if full_output else p
 
@@ -219,15 +219,21 @@ def grid(
     >>> bool(used.bound <= 1e-4 * abs(p).max())
     True
     """
-    xs, ys, zs = (real_array(name, np.atleast_1d(axis), (None,)) for name, axis in zip("xyz", (x, y, z)))
+    xs, ys, zs = axis("x", x), axis("y", y), axis("z", z)
     arguments = (piston_rows(pistons), real_number("k", k), real_number("tolerance", tolerance), _order(order))
-    p, used = _core.pressures_on(xs, ys, zs, *arguments, progress)
+    p, used = _core.pressures_on(xs, ys, zs, *arguments, _callable(progress))
     return (p, _used(used)) if full_output else p
 
 
 def _order(order: int | None) -> int:
     """The order for the extension, in which 0 means that there is a tolerance."""
     return 0 if order is None else order_number(order)
+
+
+def _callable(progress: Progress) -> Progress:
+    if progress is None or callable(progress):
+        return progress
+    raise ValueError("progress must be a function of one number, or None.")
 
 
 def _used(facts: tuple[int, int, bool, bool, float, float]) -> Used:

@@ -2,9 +2,9 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable, Sequence
+from collections.abc import Iterable
 from dataclasses import dataclass
-from typing import Union
+from typing import Any, Union
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
@@ -45,26 +45,27 @@ class Piston:
 
     width: float
     height: float
-    centre: tuple[float, ...]
-    rotation: tuple[tuple[float, ...], ...] | None
+    centre: tuple[float, float, float]
+    rotation: tuple[tuple[float, float, float], ...] | None
     weight: complex
 
     def __init__(
         self,
         width: float,
         height: float,
-        centre: ArrayLike = (0.0, 0.0, 0.0),
+        centre: ArrayLike = (0, 0, 0),
         rotation: ArrayLike | None = None,
         weight: complex = 1,
     ) -> None:
-        if np.ndim(weight) != 0 or not np.can_cast(np.asarray(weight).dtype, complex, "safe"):
-            raise ValueError("weight must be one complex number.")
-        rows = None if rotation is None else real_array("rotation", rotation, (3, 3)).tolist()
         self._set("width", real_number("width", width))
         self._set("height", real_number("height", height))
         self._set("centre", tuple(real_array("centre", centre, (3,)).tolist()))
-        self._set("rotation", None if rows is None else tuple(tuple(row) for row in rows))
-        self._set("weight", complex(weight))
+        rows = None if rotation is None else real_array("rotation", rotation, (3, 3)).tolist()
+        self._set("rotation", rows and tuple(map(tuple, rows)))
+        factor = array_of(weight)
+        if factor.ndim != 0 or not np.can_cast(factor.dtype, np.complex128, "safe"):
+            raise ValueError("weight must be one complex number.")
+        self._set("weight", complex(factor.item()))
 
     def _set(self, name: str, value: object) -> None:
         object.__setattr__(self, name, value)  # the class is frozen
@@ -74,16 +75,17 @@ class Piston:
         return [self.width, self.height, *self.centre, *directions, self.weight.real, self.weight.imag]
 
 
-Pistons = Union[Piston, Sequence[Piston]]
+Pistons = Union[Piston, Iterable[Piston]]
 
 
 def piston_rows(pistons: Pistons) -> NDArray[np.float64]:
     """The pistons as an array of 16 numbers a row."""
     if isinstance(pistons, Piston):
         pistons = [pistons]
-    if not isinstance(pistons, Iterable) or not all(isinstance(piston, Piston) for piston in pistons):
+    given = list(pistons) if isinstance(pistons, Iterable) else [pistons]
+    if not all(isinstance(piston, Piston) for piston in given):
         raise ValueError("pistons must be a Piston or a sequence of Pistons.")
-    return np.array([piston._row() for piston in pistons], dtype=np.float64).reshape(-1, 16)
+    return np.array([piston._row() for piston in given], dtype=np.float64).reshape(-1, 16)
 
 
 def pistons_of(rows: NDArray[np.float64]) -> list[Piston]:
@@ -102,26 +104,44 @@ def pistons_of(rows: NDArray[np.float64]) -> list[Piston]:
 
 def point_rows(points: ArrayLike) -> tuple[NDArray[np.float64], tuple[int, ...]]:
     """The points as (N, 3), and the shape of their pressures."""
-    array = np.asarray(points)
+    array = _real("points", points)
     if array.ndim == 0 or array.shape[-1] != 3:
         raise ValueError(f"points must have the shape (..., 3), not {array.shape}.")
     return real_array("points", array.reshape(-1, 3), (None, 3)), array.shape[:-1]
 
 
+def axis(name: str, values: ArrayLike) -> NDArray[np.float64]:
+    """The values of an axis as doubles; one number is an axis of one value."""
+    return real_array(name, np.atleast_1d(_real(name, values)), (None,))
+
+
 def real_array(name: str, values: ArrayLike, shape: tuple[int | None, ...]) -> NDArray[np.float64]:
-    """The values as doubles, in C order; no copy if they are. None in the shape is any length."""
-    array = np.asarray(values)
-    if not np.can_cast(array.dtype, np.float64, "safe"):
-        raise ValueError(f"{name} must be real numbers that fit float64, not {array.dtype}.")
+    """The values as aligned doubles, in C order; no copy if they are. None in the shape is any length."""
+    array = _real(name, values)
     expected = tuple("N" if length is None else length for length in shape)
     if array.ndim != len(shape) or any(n is not None and n != m for n, m in zip(shape, array.shape)):
         raise ValueError(f"{name} must have the shape {expected}, not {array.shape}.".replace("'", ""))
-    return np.ascontiguousarray(array, dtype=np.float64)
+    return np.require(array, np.float64, ["C_CONTIGUOUS", "ALIGNED"])
 
 
 def real_number(name: str, value: ArrayLike) -> float:
     """The value as a float."""
-    array = np.asarray(value)
+    array = array_of(value)
     if array.ndim != 0 or not np.can_cast(array.dtype, np.float64, "safe"):
         raise ValueError(f"{name} must be one real number.")
     return float(array)
+
+
+def array_of(values: object) -> NDArray[Any]:
+    """The values as an array. Rows of different lengths are an object, as are values of other types."""
+    try:
+        return np.asarray(values)
+    except ValueError:
+        return np.array(None)
+
+
+def _real(name: str, values: object) -> NDArray[Any]:
+    array = array_of(values)
+    if not np.can_cast(array.dtype, np.float64, "safe"):
+        raise ValueError(f"{name} must be real numbers that fit float64, not {array.dtype}.")
+    return array

@@ -7,11 +7,13 @@ from typing import TYPE_CHECKING, Any, Literal
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
-from ._pistons import real_array
+from ._pistons import array_of, axis
 
 if TYPE_CHECKING:
     from matplotlib.axes import Axes
     from matplotlib.image import AxesImage
+
+_SMALLEST = float(np.finfo(np.float64).tiny)
 
 
 def plot(
@@ -78,11 +80,13 @@ def plot(
     """
     import matplotlib.pyplot as plt
 
-    sides = [real_array(name, np.atleast_1d(side), (None,)) for name, side in zip("xyz", (x, y, z))]
+    sides = [axis("x", x), axis("y", y), axis("z", z)]
     drawn = [n for n in range(3) if sides[n].size != 1]
     if len(drawn) != 2 or not all(_is_even(side) for side in sides):
         raise ValueError("x, y and z must be evenly spaced, and exactly one of them must be a single value.")
-    pressures = np.asarray(p)
+    pressures = array_of(p)
+    if pressures.dtype.kind not in "biufc":
+        raise ValueError(f"p must be complex or real numbers, not {pressures.dtype}.")
     if pressures.shape not in (tuple(s.size for s in sides), tuple(sides[n].size for n in drawn)):
         raise ValueError("p must have the shape that grid returns for these axes.")
     picture = pressures.reshape([sides[n].size for n in drawn])
@@ -144,24 +148,37 @@ def _values(
     p: NDArray[Any], quantity: str, limits: tuple[float, float] | None, unit: str | None, label: str | None
 ) -> tuple[NDArray[np.float64], tuple[float, float], str]:
     """The values to draw, their limits and the label of the bar."""
-    if limits is not None and not (len(limits) == 2 and np.isfinite(limits).all() and limits[0] < limits[1]):
-        raise ValueError("limits must be two finite numbers in ascending order.")
+    limits = None if limits is None else _ascending(limits)
     magnitude = np.abs(p).astype(np.float64)
-    largest = float(np.max(magnitude[np.isfinite(magnitude)], initial=np.finfo(float).tiny))
+    largest = float(np.max(magnitude[np.isfinite(magnitude)], initial=_SMALLEST))
+    is_zero = largest == _SMALLEST
     if quantity == "linear":
-        shown = limits or (0.0, largest)
+        shown = limits or (0.0, 1.0 if is_zero else largest)
         factor, unit = _prefixed(unit, max(abs(shown[0]), abs(shown[1])))
         suffix = f" / {unit}" if unit else "" if label else ", plane wave = 1"
         return magnitude * factor, (shown[0] * factor, shown[1] * factor), (label or "|p|") + suffix
     if quantity == "dB":
         with np.errstate(divide="ignore"):
             values = 20 * np.log10(magnitude / largest)
+        shown = limits or (-40.0, 0.0)
         factor, unit = _prefixed(unit, largest)
-        suffix = f" / dB, 0 = {largest * factor:.3g} {unit}" if unit else " / dB, largest = 0"
-        return values, limits or (-40.0, 0.0), (label or "|p|") + suffix
+        suffix = f" / dB, 0 = {largest * factor:.3g} {unit}" if unit and not is_zero else " / dB, largest = 0"
+        return np.maximum(values, shown[0]), shown, (label or "|p|") + suffix  # matplotlib draws no -inf
     if quantity == "phase":
         return np.angle(p, deg=True), limits or (-180.0, 180.0), (label or "phase") + " / degrees"
     raise ValueError("quantity must be 'linear', 'dB' or 'phase'.")
+
+
+def _ascending(limits: ArrayLike) -> tuple[float, float]:
+    pair = array_of(limits)
+    if (
+        pair.shape == (2,)
+        and np.can_cast(pair.dtype, np.float64, "safe")
+        and np.isfinite(pair).all()
+        and pair[0] < pair[1]
+    ):
+        return float(pair[0]), float(pair[1])
+    raise ValueError("limits must be two finite numbers in ascending order.")
 
 
 def _prefixed(unit: str | None, value: float) -> tuple[float, str | None]:

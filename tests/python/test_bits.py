@@ -1,0 +1,94 @@
+"""Python computes the bits that C++ computes, and reports what C++ reports."""
+
+from __future__ import annotations
+
+import subprocess
+from dataclasses import dataclass, field
+from pathlib import Path
+
+import numpy as np
+import pytest
+from numpy.typing import NDArray
+
+import pistonfield as pf
+
+TABLE = Path(__file__).parents[1] / "data" / "fields.txt"
+
+
+@dataclass
+class Case:
+    """A field of the table."""
+
+    k: float = 0
+    tolerance: float = 0
+    pistons: list[pf.Piston] = field(default_factory=list)
+    axes: dict[str, list[float]] = field(default_factory=dict)
+    points: list[list[float]] = field(default_factory=list)
+
+    def compute(self) -> tuple[NDArray[np.complex128], pf.Used]:
+        if self.points:
+            return pf.field(self.points, self.pistons, self.k, tolerance=self.tolerance, full_output=True)
+        x, y, z = (self.axes[name] for name in "xyz")
+        return pf.grid(x, y, z, self.pistons, self.k, tolerance=self.tolerance, full_output=True)
+
+
+def piston_of(numbers: list[float]) -> pf.Piston:
+    directions = np.reshape(numbers[5:14], (3, 3))
+    return pf.Piston(numbers[0], numbers[1], numbers[2:5], directions.T, complex(numbers[14], numbers[15]))
+
+
+def read_table() -> dict[str, Case]:
+    cases: dict[str, Case] = {}
+    for line in TABLE.read_text().splitlines():
+        word, *rest = line.split() or ["#"]
+        if word == "#":
+            continue
+        if word == "field":
+            case = cases[rest[0]] = Case()
+            continue
+        numbers = [float(number) for number in rest]
+        if word == "k":
+            case.k = numbers[0]
+        elif word == "tolerance":
+            case.tolerance = numbers[0]
+        elif word == "piston":
+            case.pistons.append(piston_of(numbers))
+        elif word == "point":
+            case.points.append(numbers)
+        else:
+            case.axes[word] = numbers
+    return cases
+
+
+CASES = read_table()
+
+
+def test_the_table_has_grids_and_lists() -> None:
+    lists = [name for name, case in CASES.items() if case.points]
+    assert len(CASES) >= 20
+    assert 5 < len(lists) < len(CASES) - 5
+
+
+def bits(values: object) -> list[str]:
+    return [f"{word:016x}" for word in np.ascontiguousarray(values, np.float64).view(np.uint64)]
+
+
+@pytest.fixture(scope="session")
+def printed(print_fields: Path) -> dict[str, list[str]]:
+    """The lines that the C++ program prints for each field, without the heading."""
+    output = subprocess.run([print_fields, TABLE], check=True, capture_output=True, text=True).stdout
+    sections = [section.splitlines() for section in output.split("field ")[1:]]
+    return {heading.split()[0]: lines for heading, *lines in sections}
+
+
+@pytest.mark.parametrize("name", CASES)
+def test_bits_of_cpp(name: str, printed: dict[str, list[str]]) -> None:
+    used_in_cpp, *pressures = printed[name]
+    p, used = CASES[name].compute()
+    assert pressures == [f"{re} {im}" for re, im in zip(bits(p.real.ravel("F")), bits(p.imag.ravel("F")))]
+    single, double = used.precision in ("single", "both"), used.precision in ("double", "both")
+    assert used_in_cpp.split() == [
+        "used",
+        *(str(number) for number in (*used.orders, int(single), int(double))),
+        *bits([used.nodes, used.bound]),
+    ]
