@@ -45,8 +45,8 @@ inline dim3 pointListShape(int nbPositions) {
 }
 
 /// The grid of blocks for sx·sy·sz points. A block is not a tile of the grid: kernels fold block
-/// and thread indices into one point index. For negative sizes and for too many points, returns a
-/// shape that every device rejects.
+/// and thread indices into one point index (EvaluatePointsOnGpu.h). For negative sizes and for too
+/// many points, returns a shape that every device rejects.
 inline dim3 regularGridShape(int sx, int sy, int sz) {
   const auto width = static_cast<unsigned>(iDivUp(sx, 16));
   if (sx < 0 || sy < 0 || sz < 0 || hasTooManyPoints(sx, sy, sz))

@@ -5,7 +5,7 @@
 #include "core/Complex.h"
 #include "lanes/HostDevice.h"
 
-// The sources of a kernel's points and the destinations of their pressures.
+// Lists and grids of points for kernels, and where their pressures go.
 
 namespace pistonfield {
 
@@ -25,8 +25,8 @@ struct GridIndex {
   int i, j, l;
 };
 
-// A source has `count()` points. `cursor(n)` refers to point n and `at(cursor)` is its position.
-// `advance(cursor)` moves to the next point, which costs less than a new cursor.
+// A list or grid has `count()` points. `cursor(n)` refers to point n and `at(cursor)` is its
+// position. `advance(cursor)` moves to the next point, which costs less than a new cursor.
 
 /// A list: x, y, z of each point, converted when they are read.
 template <class T, class Stored = T>

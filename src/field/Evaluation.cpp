@@ -18,7 +18,7 @@ namespace {
 constexpr double positionShare = 0.25;
 
 constexpr std::size_t tileSize = 1024;
-static_assert(tileSize % pointsPerPack == 0);
+static_assert(tileSize % pointsMultiple == 0);
 
 /// How many points times pistons a core evaluates at once, at most: some hundredths of a second.
 constexpr std::size_t chunkWork = 1 << 20;
@@ -123,8 +123,8 @@ Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, doub
     rule_.emplace(order, order);
     preciseRule_.emplace(order, order);
   }
+  if (k == 0) return;  // no pistons: pressure 0
   for (const Field::Piston& piston : pistons) {
-    if (k == 0) break;
     pistons_.push_back(
         weighted(piston, k, tolerance * (1 - positionShare) / static_cast<double>(pistons.size())));
     pistons_.back().order = order;
@@ -148,7 +148,7 @@ void Evaluation::run(const Points& points, std::complex<double>* pressures, Work
   std::mutex usedMutex;
   const std::size_t all = points.count(), pistons = std::max<std::size_t>(pistons_.size(), 1);
   const std::size_t chunk =
-      std::clamp<std::size_t>(chunkWork / pistons, 64, tileSize) / pointsPerPack * pointsPerPack;
+      std::clamp<std::size_t>(chunkWork / pistons, 64, tileSize) / pointsMultiple * pointsMultiple;
   const std::size_t pieceSize =
       std::max<std::size_t>(pieceWork / pistons / chunk, parallel::cores()) * chunk;
   for (std::size_t piece = 0; piece < all; piece += pieceSize) {
@@ -206,10 +206,11 @@ void Evaluation::evaluateTile(const Points& points, std::size_t first, std::size
                               std::complex<double>* pressures, Used& used) const {
   Tile tile(points, first, count);
   const std::size_t padded =
-      (count + pointsPerPack - 1) / pointsPerPack * std::size_t{pointsPerPack};
+      (count + pointsMultiple - 1) / pointsMultiple * std::size_t{pointsMultiple};
   const bool areAllWithin = tile.areAllWithin(count, mostCoordinate_);
   std::array<bool, tileSize> isLost{};
   const std::size_t valid = areAllWithin ? 0 : tile.markLost(count, mostCoordinate_, isLost.data());
+  // Lost points and the rest of the last pack repeat a valid point.
   for (std::size_t n = areAllWithin ? count : 0; n < padded && valid < count; ++n)
     if (n >= count || isLost[n]) tile.copy(valid, n);
 

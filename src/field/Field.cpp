@@ -339,6 +339,7 @@ std::vector<std::complex<double>> evaluateOnAxes(const std::vector<Field::Piston
   const AxesGrid part{mirrorsX ? firstHalf(grid.x) : grid.x, mirrorsY ? firstHalf(grid.y) : grid.y,
                       grid.z};
   // A copied pressure is that of a point within `negligible` of its image.
+  // negligible: how far a copied point may be from its image
   const AxesPoints evaluated(part, shift + negligible);
   return withMirrorImages(evaluate(pistons, k, evaluated, options, report), grid, mirrorsX,
                           mirrorsY);

@@ -18,7 +18,8 @@ class RowEvaluation {
  public:
   /// Estimated times for all pressures of a group, in units of one piston at one point.
   struct Cost {
-    double byRows, oneByOne;
+    double byRows;  ///< with the best plan for each row; some may be evaluated one by one
+    double oneByOne;
   };
   /// From at most `most` rows.
   static Cost cost(const EqualPistons& group, const Rows& rows, const Points& points, double k,

@@ -19,6 +19,9 @@
 
 // p = pistonfield(points, ignored, l, s, k, mode, nabscissas)
 //
+// CONTRIBUTING.md follows a call from here down; without a GPU the device is emulated
+// (src/emulation).
+//
 // Users see the order of checks, printed lines and work, so it must not change. Host errors unwind
 // through this file as exceptions of the host, so it catches only exceptions of its own.
 
@@ -53,12 +56,14 @@ void echoFirstPoint(const double* points) {
 }
 
 mxArray* createResult(unsigned count) {
-  const mwSize dims[] = {static_cast<mwSize>(count), 1};  // some hosts require two dimensions
+  // One dimension becomes a column; the second is for hosts that read two all the same.
+  const mwSize dims[] = {static_cast<mwSize>(count), 1};
   return mxCreateNumericArray(1, dims, mxDOUBLE_CLASS, mxCOMPLEX);
 }
 
-/// Reads the table's column-major data as pairs: entry i is (data[2i], data[2i + 1]).
-/// setIntegratorWeightsSym rejects more than 512 rows; until then at most 256 pairs are read.
+/// Reads the table's column-major data as pairs: entry i is (data[2i], data[2i + 1]). Users pass
+/// this packing, not [x, w]: pistonrule.m writes it. setIntegratorWeightsSym rejects more than 512
+/// rows; until then at most 256 pairs are read.
 void loadTable(const Quadrature& quadrature) {
   progress() << "3" << std::endl;
   constexpr std::size_t mostHeld = 256;
@@ -72,19 +77,19 @@ void loadTable(const Quadrature& quadrature) {
   setIntegratorWeightsSym(model, abscissas.get(), weights.get(), quadrature.nabs);
 }
 
-/// Computes the rule and loads it into the device's constant memory, where pistonOf() of the
-/// kernels finds it.
+/// Computes the rule and loads it into the device's constant memory, where pistonOf() finds it
+/// (RectangularPistonCuda.cu and .dp.cu).
 void loadOrder(int order) {
   progress() << "4" << std::endl;
   setCudaIntegratorParameters(model, order);
 }
 
 void call(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
-  ErrorHandler::setErrorHandler(new MatlabErrorHandler);
+  ErrorHandler::setErrorHandler(new MatlabErrorHandler);  // which ErrorHandler owns
   setInterruptionCheck(endInterruptedCall);
   showProgress(showsProgress);
   keepDevicesUntilUnloaded();
-  const CudaDeviceThread device;  // until the call ends
+  const CudaDeviceThread device;  // holds the device until the call ends
 
   if (nlhs == 0 && nrhs == 1 && isText(prhs[POINTS], "info")) {
     printInfo();

@@ -25,8 +25,8 @@
 // and the error that it causes is about d·k·(R(α)·R(β))^¼/ρ^½·r^(−2n), ρ = √(z² + d²).
 //
 // The order is the fourth root of the sum of both fourth powers, plus 0.6 and, for L > 18, 0.1 more
-// for each unit of L, rounded up. This, the mean of slopes below and two factors of the tolerance
-// were measured (docs/theory.md).
+// for each unit of L, rounded up. This, the mean of slopes below and two factors, oscillationMargin
+// of S and branchMargin of the branch point's error, were measured (docs/theory.md).
 
 namespace pistonfield {
 

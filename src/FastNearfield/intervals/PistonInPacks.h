@@ -68,6 +68,7 @@ class PistonInPacks {
   static constexpr float negligibleShare = 0.01f;  // for what it takes long to bound better
   static constexpr float leastTolerance = 1e-32f;  // so that no float underflows
   static constexpr int mostIntervals = 8;          // of a point
+  static constexpr int mostSimpleOrder = 17;       // above, bounds at each point pay
   // A GPU's thread, whose pack is one point, evaluates it alone.
   static constexpr int packs = Single::lanes > 1 ? 16 : 1;
   static constexpr int mostUndivided = packs * mostIntervals;  // of a group
@@ -127,7 +128,7 @@ class PistonInPacks {
     lateral_[1][n] = absolute(along(axes[1]));
     signedZ_[n] = along(axes[2]);
     z_[n] = absolute(signedZ_[n]);
-    phase_[n] = z_[n];
+    delay_[n] = z_[n];
     singleZ_[n] = z_[n].rounded();
     isProduct_[n] = false;
     sum_[n] = {Single(0.0f), Single(0.0f)};
@@ -192,10 +193,10 @@ class PistonInPacks {
     noteOrder(ruleY.rule.order);
     used_.nodes += ruleX.nodes() * ruleY.nodes() * Single::lanes;
     const W x = lateral_[0][n], y = lateral_[1][n], z = z_[n], square = x * x + (y * y + z * z);
-    phase_[n] = squareRoot(square);
+    delay_[n] = squareRoot(square);
     const auto value =
         productSum<Set>(static_cast<float>(halfSides_[0]), static_cast<float>(halfSides_[1]),
-                        x.rounded(), y.rounded(), phase_[n].rounded(), ruleX, ruleY);
+                        x.rounded(), y.rounded(), delay_[n].rounded(), ruleX, ruleY);
     // `pressure` multiplies by −i/π.
     const Single factor(static_cast<float>(pi));
     sum_[n] = {-factor * value.im, factor * value.re};
@@ -206,8 +207,8 @@ class PistonInPacks {
     float least, most;
   };
 
-  /// Plans two parallel edges. Near edges on which the foot of the perpendicular lies are divided
-  /// there, where the integrand is steepest.
+  /// Plans two parallel edges (Interval::across). Near edges on which the foot of the perpendicular
+  /// lies are divided there, where the integrand is steepest.
   PISTONFIELD_HOST_DEVICE void planEdges(int n, int across) {
     const Range u{least_[across][n], most_[across][n]},
         v{least_[1 - across][n], most_[1 - across][n]};
@@ -276,7 +277,7 @@ class PistonInPacks {
         const Interval& interval = proposed_[first + n];
         if (magnitude[n] <= tolerance_) continue;
         const bool isBesideEdge = leastD_[first + n] < leastSingleD;
-        if (nodes[n] <= 17 && !isBesideEdge && mayRound(interval, rounding[n]))
+        if (nodes[n] <= mostSimpleOrder && !isBesideEdge && mayRound(interval, rounding[n]))
           keep(interval, orderOf(nodes[n]), true);
         else
           addDifficult(interval);
@@ -315,7 +316,7 @@ class PistonInPacks {
       const IntervalNeeds<Set> needs({d, d, singleZ_[interval.pack], from, to, length},
                                      Single(quadratureShare * tolerance));
       const float oscillation = largest(needs.oscillation), need = largest(needs.order);
-      const bool steep = need > 17 && need > 1.5f * oscillation;
+      const bool steep = need > mostSimpleOrder && need > 1.5f * oscillation;
       if (largest(needs.magnitude) <= tolerance) {
         // It is left out.
       } else if (!steep && need <= mostIntervalOrder - 1) {
@@ -396,18 +397,19 @@ class PistonInPacks {
     singles_ = precises_ = 0;
   }
 
-  /// −i/π·exp(−ikz), by which the sum is multiplied, from z in wavelengths.
+  /// −i/π·exp(−ik·path), by which the sum is multiplied: of the path's fraction of a wavelength,
+  /// from the sine and cosine of half the phase.
   template <class V>
-  PISTONFIELD_HOST_DEVICE static ComplexPair<V> factor(V fractionOfZ) {
+  PISTONFIELD_HOST_DEVICE static ComplexPair<V> factor(V fractionOfPath) {
     using Value = typename V::Value;
-    const auto [sine, cosine] = sineCosine(fractionOfZ);
+    const auto [sine, cosine] = sineCosine(fractionOfPath);
     return {V(Value(-2 / pi)) * (sine * cosine),
             V(Value(-1 / pi)) * (cosine * cosine - sine * sine)};
   }
 
   PISTONFIELD_HOST_DEVICE ComplexPair<W> pressure(int n) const {
     const ComplexPair<Single>& single = sum_[n];
-    const W phase = fractionOf(phase_[n]);
+    const W phase = fractionOf(delay_[n]);
     if (!hasPrecise_[n]) {
       const ComplexPair<Single> E = factor(phase.rounded());
       return {W(E.re * single.re - E.im * single.im), W(E.re * single.im + E.im * single.re)};
@@ -483,7 +485,7 @@ class PistonInPacks {
     (W::load(im) + (weightRe * p.im + weightIm * p.re)).store(im);
   }
 
-  /// The share of the plane around the foot that the piston covers, where z < 0.
+  /// The share of the plane around the point's projection that the piston covers, where z < 0.
   PISTONFIELD_HOST_DEVICE W shareBehind(int n) const {
     return step(lateral_[0][n], W(halfSides_[0])) * step(lateral_[1][n], W(halfSides_[1])) *
            step(signedZ_[n], W(0.0));
@@ -502,14 +504,14 @@ class PistonInPacks {
   const WeightedPiston& piston_;
   Used& used_;
   const double halfSides_[2];
-  const float tolerance_;  // of an integral
+  const float tolerance_;  // of an integral I of IntervalOrder.h: p = i/2π·Σ I
   float positionError_ = 0;
   int proposals_ = 0, singles_ = 0, precises_ = 0;
 
   // The points of a group of packs in the piston's own axes, and their sums.
   W lateral_[2][packs];  // |x| and |y|
   W signedZ_[packs], z_[packs];
-  W phase_[packs];  // the path by which the sums are delayed
+  W delay_[packs];  // a length: the path by which the sums are delayed
   ComplexPair<W> preciseSum_[packs];
   Single singleZ_[packs];
   ComplexPair<Single> sum_[packs];

@@ -38,12 +38,13 @@ struct Used {
   double positionError;
 };
 
-/// Adds the piston's pressures at `count` points (a multiple of pointsPerPack) to re + i·im. The
+/// Adds the piston's pressures at `count` points (a multiple of pointsMultiple) to re + i·im. The
 /// points are finite.
 using AddPiston = void(const WeightedPiston& piston, const double* x, const double* y,
                        const double* z, int count, double* re, double* im, Used& used);
 
-constexpr int pointsPerPack = 16;
+/// The number of lanes of every instruction set divides it.
+constexpr int pointsMultiple = 16;
 
 /// Returns the function for an instruction set. This machine must have the set. AVX-512 has two;
 /// one is for machines that divide slowly.

@@ -11,11 +11,11 @@
 // Evaluates points in packs.
 //
 // For a pair of edges, a point takes two integrals if the foot of its perpendicular on the edges
-// splits the interval, otherwise one. ModeratePoints.h describes moderate points.
-// A pack takes two if any of its lanes does. Single are therefore sorted by case first, and then
-// evaluated case by case, pack after pack. The schedule of a case is one loop of steps. Each step
-// adds the values of four nodes, whose roots and quotients the previous step has started, and
-// starts those of the next step. The processor executes both at the same time.
+// splits the interval, otherwise one. A pack takes two if any of its lanes does. Points are
+// therefore sorted by case first, and then evaluated case by case, pack after pack. The schedule of
+// a case of moderate points (ModeratePoints.h) is one loop of steps. Each step adds the values of
+// four nodes, whose roots and quotients the previous step has started, and starts those of the next
+// step. The processor executes both at the same time.
 //
 // This header must not define functions that other files share: the linker could give those files
 // the functions compiled here, with instructions that not every machine has.
