@@ -212,7 +212,7 @@ class RandomField {
   double steepness(const Piston& piston, const Position& own) const {
     const std::array sides = {piston.width, piston.height};
     double sum = 0;
-    for (const std::size_t across : {0, 1})
+    for (const std::size_t across : {std::size_t{0}, std::size_t{1}})
       for (const double sign : {-1, 1}) {
         const double length = sides[1 - across],
                      d = std::hypot(own[across] + sign * sides[across] / 2, own[2],

@@ -54,6 +54,7 @@ INTEGERS = {
     "setp.lt.u32 %p2, %r1, 2; selp.u16 %rs1, 7, 0, %p2; setp.ne.s16 %p1, %rs1, 0; selp.b32 %r3, 1, 0, %p1;": [1, 1, 0, 0],
     "mov.f32 %f1, 0f7FC00000; setp.ltu.f32 %p2, %f1, %f1; selp.b32 %r3, 1, 0, %p2;": [1] * 4,
     "mov.f32 %f1, 0f7FC00000; setp.ne.f32 %p2, %f1, %f1; selp.b32 %r3, 1, 0, %p2;": [0] * 4,
+    "mov.pred %p1, -1; mov.pred %p2, 0; selp.b32 %r3, 5, 6, %p1; @%p2 mov.u32 %r3, 7;": [5] * 4,
     # They go their own ways and meet again.
     """mov.u32 %r3, 0; mov.u32 %r4, 0; $again: add.s32 %r3, %r3, %r4; add.s32 %r4, %r4, 1;
        setp.le.s32 %p2, %r4, %r1; @%p2 bra $again; @!%p2 add.s32 %r3, %r3, 100;""": [100, 101, 103, 106],

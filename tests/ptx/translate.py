@@ -182,11 +182,14 @@ extern "C" const char* {name}(const Launch& launch, u64* visits) {{
         if operand in self.symbols:
             self.require(width == 64)
             return f"as<{to}>(u64{{{self.symbols[operand]}}})"
+        if width == 1:  # a predicate is true if any bit is set
+            self.require(operand in ("0", "-1"))
+            return "false" if operand == "0" else "true"
         bits = re.fullmatch(r"0([fd])([0-9A-Fa-f]+)", operand)
         if bits:
             self.require(len(bits.group(2)) == {"f": 8, "d": 16}[bits.group(1)] == width // 4)
             return f"as<{to}>(u{width}{{0x{bits.group(2)}u}})"
-        self.require(re.fullmatch(r"-?(\d+|0[xX][0-9A-Fa-f]+)", operand) and type_name[0] != "f" and width > 1)
+        self.require(re.fullmatch(r"-?(\d+|0[xX][0-9A-Fa-f]+)", operand) and type_name[0] != "f")
         return f"as<{to}>(u{width}{{{int(operand, 0) % (1 << width)}u}})"
 
     def write(self, register, type_name, value):
