@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "field/Pistons.h"
+
 // What a program that includes <pistonfield/arrays.h> may rely on. Positions, windows and phases
 // are derived here in another way than in the library.
 
@@ -39,17 +41,6 @@ double distance(const Position& p, const Position& q) {
 
 void expectNear(const Position& actual, const Position& expected, double tolerance) {
   for (std::size_t n = 0; n < 3; ++n) EXPECT_NEAR(actual[n], expected[n], tolerance);
-}
-
-/// What a call throws, or "".
-template <class Call>
-std::string errorOf(Call call) {
-  try {
-    call();
-  } catch (const FieldError& error) {
-    return error.what();
-  }
-  return "";
 }
 
 /// The points of a circle about the origin in the plane y = 0, by their angles from z.

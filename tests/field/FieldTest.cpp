@@ -17,6 +17,7 @@
 #include "FastNearfield/IntegratorCuda.h"
 #include "FastNearfield/RectangularPistonCuda.h"
 #include "field/ExactPressure.h"
+#include "field/Pistons.h"
 #include "support/Bound.h"
 #include "support/DeviceTest.h"
 #include "support/ProcessMemory.h"
@@ -38,16 +39,6 @@ using Pressures = std::vector<std::complex<double>>;
 
 constexpr double k = 6.28, nan = std::numeric_limits<double>::quiet_NaN(),
                  infinity = std::numeric_limits<double>::infinity();
-
-Piston piston(double width, double height, Position centre = {0, 0, 0},
-              std::complex<double> weight = 1) {
-  Piston p;
-  p.width = width;
-  p.height = height;
-  p.centre = centre;
-  p.weight = weight;
-  return p;
-}
 
 FieldOptions toTolerance(double tolerance) {
   FieldOptions options;
@@ -75,17 +66,6 @@ void expectNear(const Pressures& actual, const Pressures& expected, double toler
 }
 
 bool isNaN(std::complex<double> p) { return std::isnan(p.real()) && std::isnan(p.imag()); }
-
-/// What a call throws, or "".
-template <class Call>
-std::string errorOf(Call call) {
-  try {
-    call();
-  } catch (const FieldError& error) {
-    return error.what();
-  }
-  return "";
-}
 
 const std::vector<Position> somePoints = {
     {0, 0, 1}, {2.5, 3.5, 0.5}, {1, -2, 20}, {-4, 6, 3}, {0.5, 0.25, -2}};

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "field/ExactPressure.h"
-#include "field/arrays.h"
+#include "field/Pistons.h"
 #include "field/field.h"
 
 // Fields that a search for errors above the tolerance found. Each is within the tolerance or
@@ -19,7 +19,6 @@ using pistonfield::AxesGrid;
 using pistonfield::Field;
 using pistonfield::FieldError;
 using pistonfield::FieldOptions;
-using pistonfield::FieldReport;
 using Piston = pistonfield::Field::Piston;
 using pistonfield::Position;
 
@@ -32,16 +31,6 @@ std::vector<double> axis(double first, double step, int count) {
   std::vector<double> values;
   for (int n = 0; n < count; ++n) values.push_back(first + n * step);
   return values;
-}
-
-Piston piston(double width, double height, Position centre = {0, 0, 0},
-              std::complex<double> weight = 1) {
-  Piston p;
-  p.width = width;
-  p.height = height;
-  p.centre = centre;
-  p.weight = weight;
-  return p;
 }
 
 Piston turned(Piston p, double angle) {
