@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <string>
+
 using pistonfield::has;
 using pistonfield::InstructionSet;
 using pistonfield::instructionSet;
@@ -46,5 +51,29 @@ TEST_F(InstructionSetTest, ALimitReturnsTheOneBefore) {
   EXPECT_EQ(limitInstructionSet(InstructionSet::OLDEST), InstructionSet::AVX2);
   EXPECT_EQ(limitInstructionSet(InstructionSet::AVX512), InstructionSet::OLDEST);
 }
+
+#if defined(__x86_64__)
+
+/// What the operating system knows about the processor.
+std::set<std::string> flagsOfProcessor() {
+  std::ifstream facts("/proc/cpuinfo");
+  for (std::string line; std::getline(facts, line);)
+    if (line.rfind("flags", 0) == 0) {
+      std::istringstream words(line);
+      std::set<std::string> flags;
+      for (std::string word; words >> word;) flags.insert(word);
+      return flags;
+    }
+  return {};
+}
+
+TEST_F(InstructionSetTest, ItIsWhatTheOperatingSystemReports) {
+  const std::set<std::string> flags = flagsOfProcessor();
+  if (flags.empty()) GTEST_SKIP() << "needs /proc/cpuinfo";
+  EXPECT_EQ(has(InstructionSet::AVX2), flags.count("avx2") && flags.count("fma"));
+  EXPECT_EQ(has(InstructionSet::AVX512), flags.count("avx512f") && flags.count("avx512dq"));
+}
+
+#endif
 
 }  // namespace
