@@ -1,22 +1,14 @@
-#include <nanobind/nanobind.h>
-#include <nanobind/ndarray.h>
-#include <nanobind/stl/optional.h>
-#include <nanobind/stl/string.h>
-#include <nanobind/stl/tuple.h>
-#include <nanobind/stl/vector.h>
-
-#include <chrono>
+#include <cmath>
 #include <complex>
 #include <cstddef>
-#include <cstdint>
-#include <functional>
+#include <new>
 #include <optional>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "FastNearfield/GaussLegendre.h"
+#include "Work.h"
 #include "core/Compiler.h"
 #include "field/arrays.h"
 #include "field/field.h"
@@ -25,225 +17,198 @@
 #include "parallel/Cores.h"
 #include "version.h"
 
-// pistonfield._core: Field for NumPy's arrays, which the functions of the package call. They have
-// checked types and shapes.
+// The functions that pistonfield/_core.py calls through ctypes. They use nothing of Python, so that
+// one library serves all its versions. Their callers have checked types and shapes.
 
-namespace nb = nanobind;
-using namespace nb::literals;
+#ifdef _WIN32
+#define PISTONFIELD_EXPORT __declspec(dllexport)
+#else
+#define PISTONFIELD_EXPORT __attribute__((visibility("default")))
+#endif
 
 namespace pistonfield {
 namespace {
 
-using Reals = nb::ndarray<const double, nb::ndim<1>, nb::c_contig, nb::device::cpu>;
-using PointRows = nb::ndarray<const double, nb::shape<-1, 3>, nb::c_contig, nb::device::cpu>;
-/// A piston a row: width, height, centre, the directions of its own x, y and z, and the real and
-/// the imaginary part of the weight.
-using PistonRows = nb::ndarray<const double, nb::shape<-1, 16>, nb::c_contig, nb::device::cpu>;
-using Pressures = nb::ndarray<nb::numpy, std::complex<double>>;
-/// What a call used: orders, single and double precision, nodes and bound.
-using Used = std::tuple<int, int, bool, bool, double, double>;
+/// Width, height, centre, the directions of the piston's own x, y and z, and the real and the
+/// imaginary part of its weight.
+constexpr std::size_t numbersOfPiston = 16;
 
-std::vector<Field::Piston> pistonsOf(const PistonRows& rows) {
-  std::vector<Field::Piston> pistons(rows.shape(0));
-  const double* row = rows.data();
+std::vector<Field::Piston> pistonsOf(const double* rows, std::size_t count) {
+  std::vector<Field::Piston> pistons(count);
   for (Field::Piston& piston : pistons) {
-    piston.width = row[0];
-    piston.height = row[1];
-    for (std::size_t n = 0; n < 3; ++n) piston.centre[n] = row[2 + n];
-    for (std::size_t n = 0; n < 9; ++n) piston.axes[n / 3][n % 3] = row[5 + n];
-    piston.weight = {row[14], row[15]};
-    row += 16;
+    piston.width = rows[0];
+    piston.height = rows[1];
+    for (std::size_t n = 0; n < 3; ++n) piston.centre[n] = rows[2 + n];
+    for (std::size_t n = 0; n < 9; ++n) piston.axes[n / 3][n % 3] = rows[5 + n];
+    piston.weight = {rows[14], rows[15]};
+    rows += numbersOfPiston;
   }
   return pistons;
 }
 
-using Numbers = nb::ndarray<nb::numpy, double>;
-
-/// An array that owns the values.
-Numbers arrayOf(std::vector<double> values, const std::vector<std::size_t>& shape) {
-  auto* const owned = new std::vector<double>(std::move(values));
-  const nb::capsule owner(
-      owned, [](void* pointer) noexcept { delete static_cast<std::vector<double>*>(pointer); });
-  return {owned->data(), shape.size(), shape.data(), owner};
-}
-
-Numbers rowsOf(const std::vector<Field::Piston>& pistons) {
+std::vector<double> rowsOf(const std::vector<Field::Piston>& pistons) {
   std::vector<double> rows;
-  rows.reserve(16 * pistons.size());
+  rows.reserve(numbersOfPiston * pistons.size());
   for (const Field::Piston& piston : pistons) {
     rows.insert(rows.end(), {piston.width, piston.height});
     rows.insert(rows.end(), piston.centre.begin(), piston.centre.end());
     for (const Position& axis : piston.axes) rows.insert(rows.end(), axis.begin(), axis.end());
     rows.insert(rows.end(), {piston.weight.real(), piston.weight.imag()});
   }
-  return arrayOf(std::move(rows), {pistons.size(), 16});
+  return rows;
 }
 
-std::vector<double> axisOf(const Reals& axis) { return {axis.data(), axis.data() + axis.shape(0)}; }
-
-/// An array that owns the values, the first axis varying fastest.
-Pressures arrayOf(std::vector<std::complex<double>> values, std::vector<std::size_t> shape) {
-  auto* const owned = new std::vector<std::complex<double>>(std::move(values));
-  const nb::capsule owner(owned, [](void* pointer) noexcept {
-    delete static_cast<std::vector<std::complex<double>>*>(pointer);
-  });
-  std::vector<std::int64_t> strides;
-  std::int64_t stride = 1;
-  for (const std::size_t length : shape) {
-    strides.push_back(stride);
-    stride *= static_cast<std::int64_t>(length);
+/// Whether pressures take a few milliseconds at most, by a rough count of nodes. To start a thread
+/// takes longer than the pressure at one point.
+bool isShort(double points, const double* pistons, std::size_t pistonCount, double k) {
+  double nodes = 0;
+  for (std::size_t n = 0; n < pistonCount; ++n) {
+    const double *const width = pistons + n * numbersOfPiston, *const height = width + 1;
+    nodes += 64 + std::abs(k) * (*width + *height);
   }
-  return {owned->data(), shape.size(), shape.data(), owner, strides.data()};
+  return points * nodes < 1e6;
 }
 
-/// Between two calls of Python's code.
-constexpr auto interval = std::chrono::milliseconds(50);
-
-/// Lets Python handle its signals, such as Ctrl-C, and show progress while a Field computes without
-/// the interpreter's lock.
-std::function<void(double)> watch(const nb::object& progress) {
-  using Clock = std::chrono::steady_clock;
-  return [&progress, next = Clock::now() + interval](double fraction) mutable {
-    if (fraction >= 1 || Clock::now() < next) return;  // the caller reports the end
-    const nb::gil_scoped_acquire lock;
-    if (PyErr_CheckSignals() != 0) throw nb::python_error();
-    if (!progress.is_none()) progress(fraction);
-    next = Clock::now() + interval;
-  };
-}
-
-FieldOptions optionsOf(double tolerance, int order, const nb::object& progress) {
-  FieldOptions options;
-  options.tolerance = tolerance;
-  options.order = order;
-  options.progress = watch(progress);
-  return options;
-}
-
-template <class Compute>
-std::tuple<Pressures, Used> computed(const nb::object& progress, std::vector<std::size_t> shape,
-                                     const Compute& compute) {
-  FieldReport report;
-  std::vector<std::complex<double>> values;
-  {
-    const nb::gil_scoped_release unlocked;
-    values = compute(&report);
-  }
-  if (!progress.is_none()) progress(1.0);
-  return {arrayOf(std::move(values), std::move(shape)),
-          Used(report.leastOrder, report.mostOrder, report.single, report.precise, report.nodes,
-               report.bound)};
-}
-
-const Position* positionsOf(const PointRows& points) {
+const Position* positionsOf(const double* points) {
   static_assert(sizeof(Position) == 3 * sizeof(double));
-  return reinterpret_cast<const Position*>(points.data());
+  return reinterpret_cast<const Position*>(points);
 }
 
-std::tuple<Pressures, Used> pressuresAt(const PointRows& points, const PistonRows& pistons,
-                                        double k, double tolerance, int order,
-                                        const nb::object& progress) {
-  const Field field(pistonsOf(pistons), k);
-  const FieldOptions options = optionsOf(tolerance, order, progress);
-  return computed(progress, {points.shape(0)}, [&](FieldReport* report) {
-    return field.at(positionsOf(points), points.shape(0), options, report);
+/// Sets the pressures that compute(field, options, report) returns for the pistons.
+template <class Compute>
+bool runField(Work& work, bool brief, const double* pistons, std::size_t pistonCount, double k,
+              double tolerance, int order, Compute compute) {
+  return work.run(brief, [=, &work] {
+    FieldOptions options;
+    options.tolerance = tolerance;
+    options.order = order;
+    options.progress = work.progress();
+    FieldReport report;
+    auto pressures = compute(Field(pistonsOf(pistons, pistonCount), k), options, &report);
+    work.setResult(std::move(pressures), report);
   });
 }
 
-std::tuple<Pressures, Used> pressuresOn(const Reals& x, const Reals& y, const Reals& z,
-                                        const PistonRows& pistons, double k, double tolerance,
-                                        int order, const nb::object& progress) {
-  const AxesGrid grid{axisOf(x), axisOf(y), axisOf(z)};
-  const Field field(pistonsOf(pistons), k);
-  const FieldOptions options = optionsOf(tolerance, order, progress);
-  return computed(progress, {grid.x.size(), grid.y.size(), grid.z.size()},
-                  [&](FieldReport* report) { return field.on(grid, options, report); });
-}
-
-std::tuple<int, double> orderFor(const PointRows& points, const PistonRows& pistons, double k,
-                                 double tolerance) {
-  const Field field(pistonsOf(pistons), k);
-  const nb::object silent = nb::none();
-  const auto progress = watch(silent);
-  const nb::gil_scoped_release unlocked;
-  const auto [order, error] =
-      sufficientOrder(field, positionsOf(points), points.shape(0), tolerance, progress);
-  return {order, error};
-}
-
-std::tuple<Numbers, Numbers> ruleOf(int order) {
-  const auto length = static_cast<std::size_t>(order);
-  std::vector<double> nodes(length), weights(length);
-  legendre_compute(order, nodes.data(), weights.data());
-  return {arrayOf(std::move(nodes), {length}), arrayOf(std::move(weights), {length})};
-}
-
-Position positionOf(const Reals& numbers) {
-  const double* const p = numbers.data();
-  return {p[0], p[1], p[2]};
-}
-
-nb::typed<nb::dict, nb::str, nb::object> info() {
-  nb::typed<nb::dict, nb::str, nb::object> facts;
-  facts["version"] = PISTONFIELD_VERSION;
-  facts["revision"] = PISTONFIELD_COMMIT;
-  facts["compiler"] = compiler();
-  facts["instructions"] = nameOf(instructionSet());
-  facts["threads"] = parallel::cores();
-  return facts;
+/// Sets the numbers that compute() returns.
+template <class Compute>
+void runShort(Work& work, Compute compute) {
+  work.run(true, [&] { work.setResult(compute()); });
 }
 
 }  // namespace
-}  // namespace pistonfield
 
-NB_MODULE(_core, module) {
-  using namespace pistonfield;
-  const nb::exception<FieldError> fieldError(module, "FieldError", PyExc_ValueError);
-  module.def("pressures_at", &pressuresAt, "points"_a, "pistons"_a, "k"_a, "tolerance"_a, "order"_a,
-             "progress"_a.none());
-  module.def("pressures_on", &pressuresOn, "x"_a, "y"_a, "z"_a, "pistons"_a, "k"_a, "tolerance"_a,
-             "order"_a, "progress"_a.none());
-  module.def("order_for", &orderFor, "points"_a, "pistons"_a, "k"_a, "tolerance"_a);
-  module.def(
-      "linear_array",
-      [](std::size_t count, double pitch, double width, double height) {
-        return rowsOf(linearArray(count, pitch, width, height));
-      },
-      "count"_a, "pitch"_a, "width"_a, "height"_a);
-  module.def(
-      "matrix_array",
-      [](std::size_t nx, std::size_t ny, double pitchX, double pitchY, double width,
-         double height) {
-        return rowsOf(matrixArray({nx, ny}, {pitchX, pitchY}, width, height));
-      },
-      "nx"_a, "ny"_a, "pitch_x"_a, "pitch_y"_a, "width"_a, "height"_a);
-  module.def(
-      "convex_array",
-      [](std::size_t count, double pitch, double radius, double width, double height) {
-        return rowsOf(convexArray(count, pitch, radius, width, height));
-      },
-      "count"_a, "pitch"_a, "radius"_a, "width"_a, "height"_a);
-  module.def(
-      "apodization",
-      [](const std::string& name, const std::vector<std::size_t>& counts,
-         std::optional<double> parameter) {
-        std::vector<double> weights = apodization(name, counts, parameter);
-        const std::size_t count = weights.size();
-        return arrayOf(std::move(weights), {count});
-      },
-      "name"_a, "counts"_a, "parameter"_a.none());
-  module.def(
-      "steered",
-      [](const PistonRows& pistons, const Reals& direction, double k) {
-        return rowsOf(steered(pistonsOf(pistons), positionOf(direction), k));
-      },
-      "pistons"_a, "direction"_a, "k"_a);
-  module.def(
-      "focused",
-      [](const PistonRows& pistons, const Reals& focus, double k) {
-        return rowsOf(focused(pistonsOf(pistons), positionOf(focus), k));
-      },
-      "pistons"_a, "focus"_a, "k"_a);
-  module.def("rule", &ruleOf, "order"_a);
-  module.def("info", &info);
+extern "C" {
+
+/// Returns nullptr if there is too little memory.
+PISTONFIELD_EXPORT Work* pistonfield_new() { return new (std::nothrow) Work; }
+
+/// Stops it, too.
+PISTONFIELD_EXPORT void pistonfield_delete(Work* work) { delete work; }
+
+PISTONFIELD_EXPORT void pistonfield_stop(Work* work) { work->stop(); }
+
+/// Returns whether the work ended within this time. Writes the fraction that is done.
+PISTONFIELD_EXPORT bool pistonfield_wait(Work* work, double seconds, double* fraction) {
+  const bool hasEnded = work->wait(seconds);
+  *fraction = work->fraction();
+  return hasEnded;
 }
+
+// These three return whether the work has ended. Otherwise the caller waits for it, and keeps the
+// arrays until then.
+
+PISTONFIELD_EXPORT bool pistonfield_at(Work* work, const double* points, std::size_t count,
+                                       const double* pistons, std::size_t pistonCount, double k,
+                                       double tolerance, int order) {
+  const bool brief = isShort(static_cast<double>(count), pistons, pistonCount, k);
+  return runField(*work, brief, pistons, pistonCount, k, tolerance, order,
+                  [=](const Field& field, const FieldOptions& options, FieldReport* report) {
+                    return field.at(positionsOf(points), count, options, report);
+                  });
+}
+
+PISTONFIELD_EXPORT bool pistonfield_on(Work* work, const double* x, std::size_t nx, const double* y,
+                                       std::size_t ny, const double* z, std::size_t nz,
+                                       const double* pistons, std::size_t pistonCount, double k,
+                                       double tolerance, int order) {
+  const double count = static_cast<double>(nx) * static_cast<double>(ny) * static_cast<double>(nz);
+  return runField(*work, isShort(count, pistons, pistonCount, k), pistons, pistonCount, k,
+                  tolerance, order,
+                  [=](const Field& field, const FieldOptions& options, FieldReport* report) {
+                    const AxesGrid grid{{x, x + nx}, {y, y + ny}, {z, z + nz}};
+                    return field.on(grid, options, report);
+                  });
+}
+
+/// Sets the order and its error.
+PISTONFIELD_EXPORT bool pistonfield_order(Work* work, const double* points, std::size_t count,
+                                          const double* pistons, std::size_t pistonCount, double k,
+                                          double tolerance) {
+  return work->run(false, [=] {
+    const Field field(pistonsOf(pistons, pistonCount), k);
+    const auto [order, error] =
+        sufficientOrder(field, positionsOf(points), count, tolerance, work->progress());
+    work->setResult({static_cast<double>(order), error});
+  });
+}
+
+PISTONFIELD_EXPORT void pistonfield_linear_array(Work* work, std::size_t count, double pitch,
+                                                 double width, double height) {
+  runShort(*work, [=] { return rowsOf(linearArray(count, pitch, width, height)); });
+}
+
+PISTONFIELD_EXPORT void pistonfield_matrix_array(Work* work, std::size_t nx, std::size_t ny,
+                                                 double pitchX, double pitchY, double width,
+                                                 double height) {
+  runShort(*work,
+           [=] { return rowsOf(matrixArray({nx, ny}, {pitchX, pitchY}, width, height)); });
+}
+
+PISTONFIELD_EXPORT void pistonfield_convex_array(Work* work, std::size_t count, double pitch,
+                                                 double radius, double width, double height) {
+  runShort(*work, [=] { return rowsOf(convexArray(count, pitch, radius, width, height)); });
+}
+
+/// A window has a default for a parameter that is nullptr.
+PISTONFIELD_EXPORT void pistonfield_apodization(Work* work, const char* name,
+                                                const std::size_t* counts, std::size_t directions,
+                                                const double* parameter) {
+  runShort(*work, [=] {
+    return apodization(name, {counts, counts + directions},
+                       parameter ? std::optional<double>(*parameter) : std::nullopt);
+  });
+}
+
+PISTONFIELD_EXPORT void pistonfield_steered(Work* work, const double* pistons, std::size_t count,
+                                            const double* direction, double k) {
+  runShort(*work,
+           [=] { return rowsOf(steered(pistonsOf(pistons, count), *positionsOf(direction), k)); });
+}
+
+PISTONFIELD_EXPORT void pistonfield_focused(Work* work, const double* pistons, std::size_t count,
+                                            const double* focus, double k) {
+  runShort(*work,
+           [=] { return rowsOf(focused(pistonsOf(pistons, count), *positionsOf(focus), k)); });
+}
+
+/// Sets the nodes, and then the weights.
+PISTONFIELD_EXPORT void pistonfield_rule(Work* work, int order) {
+  runShort(*work, [=] {
+    const auto length = static_cast<std::size_t>(order);
+    std::vector<double> numbers(2 * length);
+    legendre_compute(order, numbers.data(), numbers.data() + length);
+    return numbers;
+  });
+}
+
+PISTONFIELD_EXPORT const char* pistonfield_version() { return PISTONFIELD_VERSION; }
+PISTONFIELD_EXPORT const char* pistonfield_revision() { return PISTONFIELD_COMMIT; }
+PISTONFIELD_EXPORT const char* pistonfield_compiler() {
+  static const std::string name = compiler();
+  return name.c_str();
+}
+PISTONFIELD_EXPORT const char* pistonfield_instructions() { return nameOf(instructionSet()); }
+PISTONFIELD_EXPORT unsigned pistonfield_threads() { return parallel::cores(); }
+
+}  // extern "C"
+}  // namespace pistonfield

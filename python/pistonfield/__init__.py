@@ -31,4 +31,4 @@ __all__ = [
     "steered",
     "weighted",
 ]
-__version__ = info()["version"]
+__version__ = str(info()["version"])

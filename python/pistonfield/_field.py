@@ -3,17 +3,14 @@
 from __future__ import annotations
 
 from dataclasses import dataclass
-from typing import Callable, Literal, Optional, overload
+from typing import Literal, overload
 
-import numpy as np
-from numpy.typing import ArrayLike, NDArray
+from numpy.typing import ArrayLike
 
 from . import _core
+from ._core import Pressures, Progress
 from ._order import order_number
 from ._pistons import Pistons, axis, piston_rows, point_rows, real_number
-
-Progress = Optional[Callable[[float], object]]
-_Pressures = NDArray[np.complex128]
 
 
 @dataclass(frozen=True)
@@ -48,7 +45,7 @@ def field(
     order: int | None = ...,
     progress: Progress = ...,
     full_output: Literal[False] = ...,
-) -> _Pressures: ...
+) -> Pressures: ...
 @overload
 def field(
     points: ArrayLike,
@@ -59,7 +56,7 @@ def field(
     order: int | None = ...,
     progress: Progress = ...,
     full_output: Literal[True],
-) -> tuple[_Pressures, Used]: ...
+) -> tuple[Pressures, Used]: ...
 def field(
     points: ArrayLike,
     pistons: Pistons,
@@ -69,7 +66,7 @@ def field(
     order: int | None = None,
     progress: Progress = None,
     full_output: bool = False,
-) -> _Pressures | tuple[_Pressures, Used]:
+) -> Pressures | tuple[Pressures, Used]:
     """Pressure of pistons at points.
 
     Adds the fields of M pistons, each moved, rotated and weighted:
@@ -155,7 +152,7 @@ def grid(
     order: int | None = ...,
     progress: Progress = ...,
     full_output: Literal[False] = ...,
-) -> _Pressures: ...
+) -> Pressures: ...
 @overload
 def grid(
     x: ArrayLike,
@@ -168,7 +165,7 @@ def grid(
     order: int | None = ...,
     progress: Progress = ...,
     full_output: Literal[True],
-) -> tuple[_Pressures, Used]: ...
+) -> tuple[Pressures, Used]: ...
 def grid(
     x: ArrayLike,
     y: ArrayLike,
@@ -180,7 +177,7 @@ def grid(
     order: int | None = None,
     progress: Progress = None,
     full_output: bool = False,
-) -> _Pressures | tuple[_Pressures, Used]:
+) -> Pressures | tuple[Pressures, Used]:
     """Pressure of pistons on a grid.
 
     The field is that of `field`, at all points (x[i], y[j], z[m]). Along an evenly spaced axis it is
@@ -219,9 +216,10 @@ def grid(
     >>> bool(used.bound <= 1e-4 * abs(p).max())
     True
     """
-    xs, ys, zs = axis("x", x), axis("y", y), axis("z", z)
+    axes = axis("x", x), axis("y", y), axis("z", z)
     arguments = (piston_rows(pistons), real_number("k", k), real_number("tolerance", tolerance), _order(order))
-    p, used = _core.pressures_on(xs, ys, zs, *arguments, _callable(progress))
+    p, used = _core.pressures_on(axes, *arguments, _callable(progress))
+    p = p.reshape([values.size for values in axes], order="F")
     return (p, _used(used)) if full_output else p
 
 
@@ -236,8 +234,8 @@ def _callable(progress: Progress) -> Progress:
     raise ValueError("progress must be a function of one number, or None.")
 
 
-def _used(facts: tuple[int, int, bool, bool, float, float]) -> Used:
+def _used(facts: list[float]) -> Used:
     least, most, single, double, nodes, bound = facts
     precision: Literal["single", "double", "both", "none"]
     precision = ("both" if double else "single") if single else ("double" if double else "none")
-    return Used((least, most), precision, nodes, bound)
+    return Used((int(least), int(most)), precision, nodes, bound)

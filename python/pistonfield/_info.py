@@ -5,7 +5,7 @@ from __future__ import annotations
 from . import _core
 
 
-def info() -> dict[str, object]:
+def info() -> dict[str, str | int]:
     """Facts to include in a problem report.
 
     Returns
