@@ -203,7 +203,7 @@ def weighted(pistons: Pistons, weights: ArrayLike) -> list[Piston]:
 def steered(pistons: Pistons, direction: ArrayLike, k: float) -> list[Piston]:
     """The pistons with the phases that send a plane wave in a direction.
 
-    Their weights are multiplied by exp(-i k c.d / |d|), with the centre c and the direction d.
+    Their weights are multiplied by ``exp(-i k c.d / |d|)``, with the centre c and the direction d.
 
     Parameters
     ----------
@@ -237,7 +237,7 @@ def steered(pistons: Pistons, direction: ArrayLike, k: float) -> list[Piston]:
 def focused(pistons: Pistons, focus: ArrayLike, k: float) -> list[Piston]:
     """The pistons with the phases with which their waves arrive at a point in phase.
 
-    Their weights are multiplied by exp(i k (|f - c| - |f|)), with the centre c and the focus f.
+    Their weights are multiplied by ``exp(i k (|f - c| - |f|))``, with the centre c and the focus f.
 
     Parameters
     ----------

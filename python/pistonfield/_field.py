@@ -69,7 +69,7 @@ def field(
 ) -> Pressures | tuple[Pressures, Used]:
     """Pressure of pistons at points.
 
-    Adds the fields of M pistons, each moved, rotated and weighted:
+    Adds the fields of M pistons, each moved, rotated and weighted::
 
         p(r) = sum over m of w_m f_m(R_m^T (r - c_m)),
 
@@ -200,7 +200,9 @@ def grid(
 
     Raises
     ------
-    ValueError, FieldError
+    ValueError
+        As for `field`.
+    FieldError
         As for `field`.
 
     Examples

@@ -106,7 +106,8 @@ def point_rows(points: ArrayLike) -> tuple[NDArray[np.float64], tuple[int, ...]]
     """The points as (N, 3), and the shape of their pressures."""
     array = _real("points", points)
     if array.ndim == 0 or array.shape[-1] != 3:
-        raise ValueError(f"points must have the shape (..., 3), not {array.shape}.")
+        cure = " Pass points.T, in which each row is a point." if array.ndim == 2 and array.shape[0] == 3 else ""
+        raise ValueError(f"points must have the shape (..., 3), not {array.shape}.{cure}")
     return real_array("points", array.reshape(-1, 3), (None, 3)), array.shape[:-1]
 
 

@@ -79,6 +79,7 @@ def plot(
     >>> image = pf.plot(x, 0, z, p, 'dB')
     """
     import matplotlib.pyplot as plt
+    from mpl_toolkits.axes_grid1 import make_axes_locatable
 
     sides = [axis("x", x), axis("y", y), axis("z", z)]
     drawn = [n for n in range(3) if sides[n].size != 1]
@@ -111,7 +112,9 @@ def plot(
         ylabel=f"{'xyz'[up]} / {length}",
         title=title if title is not None else f"{'xyz'[point]} = {sides[point][0]:g} {length}",
     )
-    ax.figure.colorbar(image, ax=ax, label=text)
+    beside = make_axes_locatable(ax).append_axes("right", size=0.15, pad=0.1)  # as high as the picture
+    ax.figure.colorbar(image, cax=beside, label=text)
+    ax.figure.sca(ax)
     return image
 
 

@@ -17,10 +17,13 @@ else()
   message(STATUS "Tests: docs.links, docs.messages and docs.figures_in_one_page are left out for lack of Python 3")
 endif()
 
+file(GLOB docs_pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/docs/*.md)
+add_test(NAME docs.cpp COMMAND ${docs_folder}/cpp.sh ${CMAKE_CXX_COMPILER}
+                               $<TARGET_PROPERTY:pistonfield,INTERFACE_INCLUDE_DIRECTORIES> ${docs_pages})
+
 if(TARGET pistonfield_octave)
-  file(GLOB docs_pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
   add_test(NAME docs.code COMMAND ${docs_folder}/code.sh ${OCTAVE} ${CMAKE_BINARY_DIR}/octave
-                                  ${CMAKE_CURRENT_BINARY_DIR}/docs ${PROJECT_SOURCE_DIR}/README.md ${docs_pages})
+                                  ${CMAKE_CURRENT_BINARY_DIR}/docs ${docs_pages})
   set_tests_properties(docs.code PROPERTIES TIMEOUT 600)
   # The pictures are drawn with the emulation device, since the last digits differ on a GPU.
   add_test(NAME docs.pictures COMMAND ${docs_folder}/pictures.sh ${OCTAVE} ${CMAKE_BINARY_DIR})

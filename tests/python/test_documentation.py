@@ -1,4 +1,4 @@
-"""The examples of the docstrings and of the README run, and every docstring is complete."""
+"""The examples of the docstrings and of the pages run, and every docstring is complete."""
 
 from __future__ import annotations
 
@@ -18,6 +18,7 @@ import pytest
 
 import pistonfield as pf
 
+ROOT = Path(__file__).resolve().parents[2]
 FUNCTIONS = [name for name in pf.__all__ if isinstance(getattr(pf, name), FunctionType)]
 
 
@@ -70,17 +71,66 @@ def test_everything_public_is_exported() -> None:
         assert inspect.getdoc(getattr(pf, name)), name
 
 
-def test_the_readme_draws_its_picture(root: Path, tmp_path: Path) -> None:
-    blocks = re.findall(r"^```python\n(.*?)^```$", (root / "python/README.md").read_text(), re.MULTILINE | re.DOTALL)
-    assert blocks
+def blocks(page: Path) -> list[str]:
+    return re.findall(r"^```python\n(.*?)^```$", page.read_text(), re.MULTILINE | re.DOTALL)
+
+
+PAGES = [
+    page for page in [ROOT / "README.md", ROOT / "python/README.md", *sorted(ROOT.glob("docs/*.md"))] if blocks(page)
+]
+
+
+def run_page(page: Path, folder: Path, monkeypatch: pytest.MonkeyPatch) -> dict[str, Any]:
+    """Runs the blocks of a page in their order, and returns the variables."""
+    monkeypatch.chdir(folder)
     variables: dict[str, Any] = {}
-    for block in blocks:
+    for block in blocks(page):
         exec(block, variables)
+    return variables
+
+
+@pytest.mark.parametrize("page", PAGES, ids=lambda page: str(page.relative_to(ROOT)))
+def test_blocks_of_pages_run(page: Path, tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    run_page(page, tmp_path, monkeypatch)
+
+
+@pytest.mark.parametrize("page", PAGES, ids=lambda page: str(page.relative_to(ROOT)))
+def test_pages_name_what_exists(page: Path) -> None:
+    assert set(re.findall(r"\bpf\.(\w+)", page.read_text())) <= set(pf.__all__)
+
+
+def test_the_readme_draws_its_picture(root: Path, tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    run_page(root / "python/README.md", tmp_path, monkeypatch)
     (image,) = plt.gcf().axes[0].images
     assert image.get_clim() == (-40, 0)
     assert np.max(image.get_array()) == 0
     plt.savefig(tmp_path / "picture.png")
     assert (tmp_path / "picture.png").stat().st_size > 10_000
+
+
+def test_the_tutorial_says_what_it_computes(root: Path, tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    page = root / "docs/tutorial.md"
+    computed = run_page(page, tmp_path, monkeypatch)
+    text = " ".join(page.read_text().split())
+
+    def said(pattern: str) -> list[str]:
+        (numbers,) = [found.groups() for found in re.finditer(pattern, text)]
+        return list(numbers)
+
+    scale = computed["rho"] * computed["c"] * computed["v"]
+    assert said(r"largest error is (\d+) % ") == [f"{100 * computed['largest_error']:.0f}"]
+    assert said(r"`pf.order` returns (\d+)\.") == [str(computed["order"])]
+    assert said(r"The peak is (\d+) kPa; .* \wcv = (\d+) kPa") == [
+        f"{pressure / 1e3:.0f}" for pressure in (computed["largest"], scale)
+    ]
+    p = computed["pascals"] / (1j * scale)
+    errors_on_axis = abs(computed["coarse"] - p)[60] / abs(p).max()
+    assert "on the axis the error is half a percent" in text
+    assert errors_on_axis.max() == pytest.approx(0.005, rel=0.05)
+
+    call = f"pf.linear_array({said(r'`pf[.]linear_array[(](.*?)[)]`')[0]})"
+    row = pf.focused(eval(call, computed), (6e-3, 0, 20e-3), computed["k"])
+    assert np.allclose([piston._row() for piston in row], [piston._row() for piston in computed["array"]], atol=1e-15)
 
 
 def test_information_for_a_problem_report() -> None:

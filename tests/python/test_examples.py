@@ -13,6 +13,7 @@ from pathlib import Path
 import matplotlib.image
 import numpy as np
 import pytest
+from rayleigh import rayleigh_sum
 
 import pistonfield as pf
 
@@ -43,6 +44,37 @@ def test_picture_is_that_of_the_readme(root: Path) -> None:
 
     (block,) = re.findall(r"```python\n(.*?)```", (root / "python/README.md").read_text(), re.DOTALL)
     assert lines(block) <= lines((root / "examples/python/picture.py").read_text())
+
+
+def test_focused(root: Path, tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    monkeypatch.chdir(tmp_path)
+    script = root / "examples/python/focused.py"
+    printed = run(sys.executable, script, folder=tmp_path)
+    picture = matplotlib.image.imread(tmp_path / "focused.png")
+    assert len(np.unique(picture.reshape(-1, picture.shape[-1]), axis=0)) > 200
+
+    # In the focal plane, against a double sum over the elements.
+    example = runpy.run_path(str(script))
+    example["plt"].close("all")
+    x, k, array = np.linspace(-1.5e-3, 1.5e-3, 601), example["k"], example["array"]
+    exact = abs(rayleigh_sum(np.stack([x, 0 * x, np.full_like(x, 30e-3)], axis=-1), array, k, (6, 24)))
+    assert abs(np.interp(x, example["line"], example["beam"]) - exact).max() < 1e-4 * exact.max()
+    assert exact.argmax() == 300
+    level = 20 * np.log10(exact / exact.max())
+    (width,), (side_lobe,) = re.findall(r"width (\S+) mm", printed), re.findall(r"side lobes (\S+) dB", printed)
+    assert float(width) * 1e-3 == pytest.approx(2 * np.interp(6, -level[300:400], x[300:400]), abs=7e-6)
+    assert float(side_lobe) == pytest.approx(level[abs(x) > 0.6e-3].max(), abs=0.06)
+
+    # Against the far-field formulas of a uniform aperture D: a sinc, which is at half its peak for 1.207 lambda z / D.
+    assert float(width) == pytest.approx(1.207 * 0.3 * 30 / (64 * 0.3), rel=0.06)
+    assert float(side_lobe) == pytest.approx(-13.26, abs=0.2)
+
+    # Along the axis, the maximum is shallow and lies before the focus.
+    z = example["z"]
+    on_axis = abs(example["plane"])[len(example["x"]) // 2, 0]
+    exact = abs(rayleigh_sum(np.stack([0 * z, 0 * z, z], axis=-1)[::10], array, k, (6, 48)))
+    assert abs(on_axis[::10] - exact)[z[::10] > 5e-3].max() < 1e-4 * exact.max()
+    assert 28e-3 < z[on_axis.argmax()] <= 30e-3
 
 
 def test_progress(root: Path, tmp_path: Path) -> None:
