@@ -89,9 +89,12 @@ class Work : public Answer {
     pressures = std::move(values);
     numbers = reinterpret_cast<const double*>(pressures.data());
     count = 2 * pressures.size();
-    used = {static_cast<double>(report.leastOrder), static_cast<double>(report.mostOrder),
-            static_cast<double>(report.single),     static_cast<double>(report.precise),
-            report.nodes,                           report.bound};
+    used = {static_cast<double>(report.leastOrder),
+            static_cast<double>(report.mostOrder),
+            static_cast<double>(report.single),
+            static_cast<double>(report.precise),
+            report.nodes,
+            report.bound};
   }
 
  private:

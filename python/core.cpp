@@ -160,8 +160,7 @@ PISTONFIELD_EXPORT void pistonfield_linear_array(Work* work, std::size_t count, 
 PISTONFIELD_EXPORT void pistonfield_matrix_array(Work* work, std::size_t nx, std::size_t ny,
                                                  double pitchX, double pitchY, double width,
                                                  double height) {
-  runShort(*work,
-           [=] { return rowsOf(matrixArray({nx, ny}, {pitchX, pitchY}, width, height)); });
+  runShort(*work, [=] { return rowsOf(matrixArray({nx, ny}, {pitchX, pitchY}, width, height)); });
 }
 
 PISTONFIELD_EXPORT void pistonfield_convex_array(Work* work, std::size_t count, double pitch,

@@ -52,9 +52,9 @@ struct FieldOptions {
   double tolerance = 1e-4;
 
   /// If above 0, the order of every integral, up to 512: along an edge, or along each of its parts
-  /// if the foot of the perpendicular lies on it, as in `pistonfield`. Unlike there, the part of the
-  /// pressure that is discontinuous behind the piston's edges is exact. Integrals are evaluated in
-  /// single precision, or in double precision from a million wavelengths on. The tolerance is
+  /// if the foot of the perpendicular lies on it, as in `pistonfield`. Unlike there, the part of
+  /// the pressure that is discontinuous behind the piston's edges is exact. Integrals are evaluated
+  /// in single precision, or in double precision from a million wavelengths on. The tolerance is
   /// ignored.
   int order = 0;
 

@@ -9,11 +9,11 @@ import re
 import sys
 from pathlib import Path
 
-# Literals that are not messages: texts that CMake shows, the heads of rule files, labels, and the frame of a report.
+# Literals that are not messages: options, texts that CMake shows, the heads of rule files, labels, and the frame of a report.
 NO_MESSAGES = re.compile(
     r"\s*(?:Sanitizers|The device to build|Device Emulation|Build the modules|-lcudart|Reading the version|Weights W"
     r"|for a Gauss|Standard rule|is to be approx|Creating quad|(?:Root|Weight|Abscissa|Region) file"
-    r"|_device transform|no error|multiprocessors|, plane wave|condition failed: \()")
+    r"|_device transform|SHELL:|no error|multiprocessors|, plane wave|condition failed: \()")
 
 COMMENTS = {".cmake": r"(?m)^\s*#.*$", ".m": r"(?m)^\s*[%#].*$"}
 LITERALS = {".m": r"'((?:[^'\n]|'')*)'"}
