@@ -79,7 +79,7 @@ def plot(
     >>> image = pf.plot(x, 0, z, p, 'dB')
     """
     import matplotlib.pyplot as plt
-    from mpl_toolkits.axes_grid1 import make_axes_locatable
+    from mpl_toolkits.axes_grid1 import make_axes_locatable  # type: ignore[import-untyped]
 
     sides = [axis("x", x), axis("y", y), axis("z", z)]
     drawn = [n for n in range(3) if sides[n].size != 1]
