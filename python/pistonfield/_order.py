@@ -88,6 +88,6 @@ def rule(order: int) -> tuple[NDArray[np.float64], NDArray[np.float64]]:
 
 def order_number(order: Any) -> int:
     """The order as an int."""
-    if isinstance(order, (int, np.integer)) and 1 <= order <= 512:
+    if isinstance(order, (int, np.integer)) and not isinstance(order, bool) and 1 <= order <= 512:
         return int(order)
     raise ValueError("order must be an integer from 1 to 512.")

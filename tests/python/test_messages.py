@@ -20,7 +20,7 @@ CALLS: dict[str, tuple[Any, dict[str, Any]]] = {
 }
 NO_ARRAY = [RAGGED, None, "one", [1j], [[0], [1, 2]], [object()]]
 NO_NUMBER = [[1, 2], None, "1", 1j, RAGGED, np.zeros((1, 1)), 2**70]
-NO_ORDER = [0, 513, -1, 10.0, "10", [10], np.array([3]), 1j]
+NO_ORDER = [0, 513, -1, True, np.True_, 10.0, "10", [10], np.array([3]), 1j]
 WRONG = {
     ("field", "points"): [*NO_ARRAY, [], [0, 1], np.zeros((3, 2)), 0, np.zeros((2, 3), complex)],
     ("order", "points"): [*NO_ARRAY, [], [0, 1], np.zeros((3, 2))],
