@@ -21,10 +21,10 @@ constexpr std::size_t tileSize = 1024;
 static_assert(tileSize % pointsMultiple == 0);
 
 /// How many points times pistons a core evaluates at once, at most: some hundredths of a second.
-constexpr std::size_t chunkWork = 1 << 20;
+constexpr std::size_t chunkWork = 1 << 17;
 
 /// How many are evaluated between two calls of `progress`, at least.
-constexpr std::size_t pieceWork = 1 << 18;
+constexpr std::size_t pieceWork = 1 << 17;
 
 /// The rules that tolerances need, which are computed once.
 template <class Real>
