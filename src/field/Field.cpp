@@ -379,9 +379,10 @@ std::vector<std::complex<double>> computed(const FieldOptions& options, const Co
   std::exception_ptr callers;
   FieldOptions guarded = options;
   if (options.progress)
-    guarded.progress = [&](double fraction) {
+    guarded.progress = [&, done = 0.0](double fraction) mutable {
+      done = std::max(done, fraction);  // some work may have to be done another way
       try {
-        options.progress(fraction);
+        options.progress(done);
       } catch (...) {
         callers = std::current_exception();
         throw Stopped();

@@ -127,11 +127,11 @@ Plan planFor(const EqualPistons& group, double step, std::size_t length, std::si
   return plan;
 }
 
-/// Points of some rows, column by column: from start·distance on, in steps of the rows, `distance`
+/// Samples of some rows, column by column: from start·distance on, in steps of the rows, `distance`
 /// apart.
-class Columns final : public Points {
+class Samples final : public Points {
  public:
-  Columns(const std::vector<Position>& origins, const Position& step, double start, double distance,
+  Samples(const std::vector<Position>& origins, const Position& step, double start, double distance,
           std::size_t length)
       : Points(origins.size() * length),
         origins_(origins),
@@ -155,6 +155,27 @@ class Columns final : public Points {
   const std::vector<Position>& origins_;
   const Position step_;
   double start_, distance_;
+};
+
+/// `length` points of some rows of a grid, column by column.
+class PointsOfRows final : public Points {
+ public:
+  /// `starts`: the indices of the first points.
+  PointsOfRows(const Points& points, const std::vector<std::size_t>& starts, std::size_t stride,
+               std::size_t length)
+      : Points(starts.size() * length), points_(points), starts_(starts), stride_(stride) {}
+
+  void read(std::size_t first, std::size_t count, double* x, double* y, double* z) const override {
+    for (std::size_t n = 0; n < count; ++n) {
+      const std::size_t column = (first + n) / starts_.size(), row = (first + n) % starts_.size();
+      points_.read(starts_[row] + column * stride_, 1, x + n, y + n, z + n);
+    }
+  }
+
+ private:
+  const Points& points_;
+  const std::vector<std::size_t>& starts_;
+  std::size_t stride_;
 };
 
 /// Columns of rowsTogether numbers.
@@ -263,7 +284,8 @@ RowEvaluation::RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows,
     const double share = static_cast<double>(group.pistons.size()) / static_cast<double>(count);
     segment_ = std::max(
         segment_, static_cast<std::size_t>(std::min(4 * apertureOf(group), mostSamplesApart)));
-    groups_.push_back(std::make_unique<Group>(std::move(group), k, share * tolerance, shift));
+    groups_.push_back(
+        std::make_unique<Group>(std::move(group), k, share * tolerance, points.shift()));
   }
   segment_ = std::min(segment_, rows.length);
 }
@@ -346,11 +368,13 @@ class RowEvaluation::Batch {
     first_ = first;
     length_ = length;
     origins_.resize(rowCount);
+    starts_.resize(rowCount);
     results_.resize(rowCount);
     for (std::size_t row = 0; row < rowCount; ++row) {
       const std::size_t start = rows.first(firstRow + row);
       origins_[row] = evaluation_.points_.position(start);
-      results_[row] = pressures + start + first * rows.stride;
+      starts_[row] = start + first * rows.stride;
+      results_[row] = pressures + starts_[row];
     }
     const double step = std::sqrt(dot(rows.step, rows.step));
     for (const auto& group : evaluation_.groups_) {
@@ -366,9 +390,8 @@ class RowEvaluation::Batch {
 
  private:
   void addOneByOne(const Evaluation& pistons) {
-    const Columns columns(origins_, evaluation_.rows_.step, static_cast<double>(first_), 1,
-                          length_);
-    evaluate(pistons, columns);
+    evaluate(pistons, PointsOfRows(evaluation_.points_, starts_, evaluation_.rows_.stride, length_),
+             used_);
     addColumns([&](std::size_t i, std::size_t row) { return values_[i * origins_.size() + row]; },
                0, length_);
   }
@@ -384,32 +407,32 @@ class RowEvaluation::Batch {
     }
   }
 
-  void evaluate(const Evaluation& pistons, const Columns& columns) {
-    values_.resize(columns.count());
-    pistons.runHere(columns, 0, columns.count(), values_.data(), used_);
+  void evaluate(const Evaluation& pistons, const Points& points, Used& used) {
+    values_.resize(points.count());
+    pistons.runHere(points, 0, points.count(), values_.data(), used);
   }
 
   /// Evaluates the samples `first` to `first` + count − 1. Those that are mirror images of others
   /// are copied.
   void evaluateSamples(const Filter& filter, const Field::Piston& piston, long first,
-                       std::size_t count) {
+                       std::size_t count, Used& used) {
     const double distance =
         static_cast<double>(filter.lattice.steps) / static_cast<double>(filter.lattice.samples);
-    const auto columns = [&](long from, std::size_t length) {
-      return Columns(origins_, evaluation_.rows_.step, static_cast<double>(from) + filter.offset,
+    const auto samples = [&](long from, std::size_t length) {
+      return Samples(origins_, evaluation_.rows_.step, static_cast<double>(from) + filter.offset,
                      distance, length);
     };
     const long last = first + static_cast<long>(count) - 1;
     const std::optional<long> mirror = mirrorOf(piston, filter.offset, distance);
     if (!mirror || *mirror <= 2 * first || *mirror >= 2 * last)
-      return evaluate(*filter.samples, columns(first, count));
+      return evaluate(*filter.samples, samples(first, count), used);
     // From the sample next to the centre on, to the farther end.
     const bool isAhead = 2 * last - *mirror >= *mirror - 2 * first;
     const double centre = static_cast<double>(*mirror) / 2;
     const long from = isAhead ? std::lround(std::ceil(centre)) : first,
                to = isAhead ? last : std::lround(std::floor(centre));
     const std::size_t rows = origins_.size();
-    evaluate(*filter.samples, columns(from, static_cast<std::size_t>(to - from + 1)));
+    evaluate(*filter.samples, samples(from, static_cast<std::size_t>(to - from + 1)), used);
     half_.swap(values_);
     values_.resize(count * rows);
     for (long n = first; n <= last; ++n) {
@@ -449,17 +472,21 @@ class RowEvaluation::Batch {
     const std::size_t firstCycle = first_ / steps, lastCycle = (first_ + length_ - 1) / steps;
     const std::size_t sampleCount =
         (lastCycle - firstCycle) * samples + static_cast<std::size_t>(filter.mostColumn) + 1;
+    Used used = nothingUsed();
     evaluateSamples(filter, group.members.pistons.front(),
-                    static_cast<long>(firstCycle * samples) + filter.leastSample, sampleCount);
+                    static_cast<long>(firstCycle * samples) + filter.leastSample, sampleCount,
+                    used);
     double largest = 0;
     for (const std::complex<double>& value : values_) largest = std::max(largest, std::norm(value));
     const double scale = std::sqrt(largest) / (roundingShare * group.tolerance),
                  rounding = filterRounding * filter.factorSum * scale;
+    used.excess = std::max(used.excess, (rounding + filter.placing * scale) * 0x1p-53);
+    if (used.excess > 1) return addOneByOne(group.oneByOne);  // without the filter's rounding
+    used_ = bothUsed(used_, used);
     if (rounding * 0x1p-24 <= 1)
       add(filter, add_.single, single_);
     else
       add(filter, add_.precise, precise_);
-    used_.excess = std::max(used_.excess, (rounding + filter.placing * scale) * 0x1p-53);
   }
 
   template <class Real>
@@ -489,8 +516,9 @@ class RowEvaluation::Batch {
   const AddFilteredInPacks add_;
   Used& used_;
   std::size_t first_ = 0, length_ = 0;
-  std::vector<Position> origins_;
-  std::vector<std::complex<double>*> results_;  ///< of the rows' first points
+  std::vector<Position> origins_;               ///< the rows' first points
+  std::vector<std::size_t> starts_;             ///< the indices of the batch's first points
+  std::vector<std::complex<double>*> results_;  ///< of those
   std::vector<std::complex<double>> values_, half_;
   SplitColumns<float> single_;
   SplitColumns<double> precise_;
@@ -515,6 +543,7 @@ void RowEvaluation::run(std::complex<double>* pressures, Work& work) {
       const std::lock_guard lock(usedMutex);
       used_ = bothUsed(used_, used);
     });
+    if (used_.excess > 1 && !std::isinf(used_.excess)) return;
     work.advance(static_cast<double>(points_.count()) * static_cast<double>(last - piece) /
                  static_cast<double>(batches));
   }

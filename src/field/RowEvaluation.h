@@ -32,7 +32,7 @@ class RowEvaluation {
   RowEvaluation& operator=(const RowEvaluation&) = delete;
   ~RowEvaluation();
 
-  /// Adds the pressures.
+  /// Adds the pressures. Ends early if the rounding takes more than the tolerance, as used() says.
   void run(std::complex<double>* pressures, Work& work);
 
   /// What all runs used.

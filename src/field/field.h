@@ -58,8 +58,8 @@ struct FieldOptions {
   /// ignored.
   int order = 0;
 
-  /// Called by the calling thread between pieces of work, with the fraction that is done. An
-  /// exception that it throws ends the call and passes through it.
+  /// Called by the calling thread between pieces of work, with the fraction that is done, which
+  /// never falls. An exception that it throws ends the call and passes through it.
   std::function<void(double fraction)> progress;
 };
 

@@ -495,6 +495,27 @@ TEST(FieldTest, ProgressRunsFromZeroToOneOnTheCallingThread) {
   EXPECT_EQ(fractions.back(), 1);
 }
 
+TEST(FieldTest, ProgressOfAGridThatIsSampledInVainDoesNotFall) {
+  std::vector<Piston> row;
+  for (int n = 0; n < 64; ++n) row.push_back(piston(0.27, 5, {(n - 31.5) * 0.3, 0, 0}));
+  AxesGrid grid;
+  for (int n = 0; n < 400; ++n) {
+    grid.x.push_back(-50 + n * (100.0 / 399));
+    grid.z.push_back(1 + n * (99.0 / 399));
+  }
+  grid.y = {0};
+  for (const double tolerance : {1e-4, 1e-8, 1e-9, 1e-10, 1e-11}) {
+    FieldOptions options = toTolerance(tolerance);
+    double before = 0;
+    options.progress = [&](double fraction) {
+      EXPECT_GE(fraction, before) << "for the tolerance " << tolerance;
+      before = fraction;
+    };
+    Field(row, k / 0.3).on(grid, options);
+    EXPECT_EQ(before, 1) << "for the tolerance " << tolerance;
+  }
+}
+
 TEST(FieldTest, WhatProgressThrowsEndsTheCallAndTheNextCallWorks) {
   const Field field({piston(5, 7)}, k);
   const Pressures expected = field.at(somePoints);
