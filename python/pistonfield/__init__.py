@@ -6,7 +6,7 @@ The time factor is exp(+i omega t).
 """
 
 from ._arrays import apodization, convex_array, focused, linear_array, matrix_array, steered, weighted
-from ._core import FieldError
+from ._error import FieldError
 from ._field import Used, field, grid
 from ._info import info
 from ._order import order, rule

@@ -133,13 +133,18 @@ def apodization(name: str, counts: int | Sequence[int], parameter: float | None 
     """The weights of an array's elements, by the name of a window.
 
     The window covers the aperture, which includes half a pitch beyond the outermost centres: element n of N is
-    at u = (2 n + 1 - N) / N, where -1 and 1 are the edges of the aperture.
+    at u = (2 n + 1 - N) / N, where -1 and 1 are the edges of the aperture. Its weight is
+
+    - 1 for 'rectangular',
+    - cos(pi u / 2)^2 for 'hann',
+    - 0.54 + 0.46 cos(pi u) for 'hamming',
+    - cos(pi v / (2 parameter))^2 for 'tukey', where v = abs(u) - 1 + parameter is above 0, and 1 elsewhere,
+    - exp(-(parameter u)^2 / 2) for 'gauss'.
 
     Parameters
     ----------
     name : {'rectangular', 'hann', 'hamming', 'tukey', 'gauss'}
-        1; cos(pi u / 2)^2; 0.54 + 0.46 cos(pi u); cos(pi v / (2 parameter))^2 where v = abs(u) - 1 + parameter is
-        above 0, and 1 elsewhere; exp(-(parameter u)^2 / 2).
+        The window.
     counts : int or (2,) sequence of int
         The number of elements of a row or an arc, or the numbers along x and y of a matrix array, whose weights
         are products.
@@ -163,8 +168,8 @@ def apodization(name: str, counts: int | Sequence[int], parameter: float | None 
     >>> pf.apodization("hann", 4).round(3).tolist()
     [0.146, 0.854, 0.854, 0.146]
     """
-    if not isinstance(name, str):
-        raise ValueError("name must be a string.")
+    if not isinstance(name, str) or "\0" in name:
+        raise ValueError("name must be the name of a window.")
     listed = [_count("counts", counts)] if isinstance(counts, (int, np.integer)) else _counts(counts, None)
     return _core.apodization(name, listed, None if parameter is None else real_number("parameter", parameter))
 
@@ -196,7 +201,7 @@ def weighted(pistons: Pistons, weights: ArrayLike) -> list[Piston]:
     listed = pistons_of(piston_rows(pistons))
     factors = array_of(weights)
     if factors.shape != (len(listed),) or not np.can_cast(factors.dtype, np.complex128, "safe"):
-        raise ValueError(f"weights must be {len(listed)} complex numbers, one for each piston.")
+        raise ValueError(f"weights must have the shape ({len(listed)},), with a complex number for each piston.")
     return [replace(piston, weight=piston.weight * factor) for piston, factor in zip(listed, factors.tolist())]
 
 
@@ -266,7 +271,7 @@ def focused(pistons: Pistons, focus: ArrayLike, k: float) -> list[Piston]:
 
 
 def _count(name: str, value: object) -> int:
-    if isinstance(value, (int, np.integer)) and 1 <= value <= 1_000_000:
+    if isinstance(value, (int, np.integer)) and not isinstance(value, bool) and 1 <= value <= 1_000_000:
         return int(value)
     raise ValueError(f"{name} must be an integer from 1 to 1000000.")
 

@@ -12,15 +12,13 @@ from typing import Any, Callable, Optional
 import numpy as np
 from numpy.typing import NDArray
 
+from ._error import FieldError
+
 Reals = NDArray[np.float64]  # aligned, in C order
 Pressures = NDArray[np.complex128]
 Progress = Optional[Callable[[float], object]]
 
 _SECONDS_BETWEEN_CALLS = 0.05
-
-
-class FieldError(ValueError):
-    """A value is not in its range, a tolerance cannot be kept, or there is too little memory."""
 
 
 class _Answer(ctypes.Structure):
@@ -39,7 +37,13 @@ def _function(name: str, result: Any, *arguments: Any) -> Any:
 
 
 _suffix = {"win32": "dll", "darwin": "dylib"}.get(sys.platform, "so")
-_library = ctypes.CDLL(str(Path(__file__).parent / "lib" / f"libpistonfield.{_suffix}"))
+_file = Path(__file__).parent / "lib" / f"libpistonfield.{_suffix}"
+if not _file.exists():
+    raise ImportError(
+        f"pistonfield is not built: there is no {_file}. Install it by 'pip install .' in the folder of the "
+        "sources, and start Python in another folder."
+    )
+_library = ctypes.CDLL(str(_file))
 
 _work = POINTER(_Answer)
 _points = _pistons = _axis = c_void_p, c_size_t

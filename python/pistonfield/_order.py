@@ -15,8 +15,8 @@ def order(points: ArrayLike, pistons: Pistons, k: float, tolerance: float) -> tu
     """The lowest order of quadrature for a tolerance.
 
     `field` and `grid` do not need it: they meet a tolerance by themselves, with an order for each integral. It
-    is for those who fix their order, for example for the same bits in blocks of points. pistonfield for MATLAB and
-    Octave needs the same order at points in front of all pistons, and often a higher one behind.
+    is for those who fix their order, for example for the same bits in blocks of points. At points behind a
+    piston, pistonfield for MATLAB and Octave often needs a higher order than this.
 
     Parameters
     ----------

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable
+from collections.abc import Iterable, Iterator
 from dataclasses import dataclass
 from typing import Any, Union
 
@@ -85,6 +85,8 @@ def piston_rows(pistons: Pistons) -> NDArray[np.float64]:
     given = list(pistons) if isinstance(pistons, Iterable) else [pistons]
     if not all(isinstance(piston, Piston) for piston in given):
         raise ValueError("pistons must be a Piston or a sequence of Pistons.")
+    if not given and isinstance(pistons, Iterator):
+        raise ValueError("pistons must not be an iterator without a next Piston: pass a list, which can be used twice.")
     return np.array([piston._row() for piston in given], dtype=np.float64).reshape(-1, 16)
 
 
@@ -105,15 +107,23 @@ def pistons_of(rows: NDArray[np.float64]) -> list[Piston]:
 def point_rows(points: ArrayLike) -> tuple[NDArray[np.float64], tuple[int, ...]]:
     """The points as (N, 3), and the shape of their pressures."""
     array = _real("points", points)
+    if array.ndim == 2 and array.shape[0] == 3 != array.shape[1]:
+        raise ValueError(
+            f"points must have the shape (..., 3), not {array.shape}. Pass points.T, in which each row is a point."
+        )
     if array.ndim == 0 or array.shape[-1] != 3:
-        cure = " Pass points.T, in which each row is a point." if array.ndim == 2 and array.shape[0] == 3 else ""
-        raise ValueError(f"points must have the shape (..., 3), not {array.shape}.{cure}")
+        raise ValueError(f"points must have the shape (..., 3), not {array.shape}.")
     return real_array("points", array.reshape(-1, 3), (None, 3)), array.shape[:-1]
 
 
 def axis(name: str, values: ArrayLike) -> NDArray[np.float64]:
     """The values of an axis as doubles; one number is an axis of one value."""
-    return real_array(name, np.atleast_1d(_real(name, values)), (None,))
+    array = np.atleast_1d(_real(name, values))
+    if array.ndim > 1:
+        raise ValueError(
+            f"{name} must have the shape (N,), not {array.shape}. Pass the values of the axis: grid makes the mesh."
+        )
+    return real_array(name, array, (None,))
 
 
 def real_array(name: str, values: ArrayLike, shape: tuple[int | None, ...]) -> NDArray[np.float64]:
@@ -134,15 +144,17 @@ def real_number(name: str, value: ArrayLike) -> float:
 
 
 def array_of(values: object) -> NDArray[Any]:
-    """The values as an array. Rows of different lengths are an object, as are values of other types."""
+    """The values as an array. Rows of different lengths are an object, as are masked values."""
     try:
-        return np.asarray(values)
+        return np.array(None) if np.ma.is_masked(values) else np.asarray(values)
     except ValueError:
         return np.array(None)
 
 
 def _real(name: str, values: object) -> NDArray[Any]:
     array = array_of(values)
+    if array.dtype == object:
+        raise ValueError(f"{name} must be real numbers that fit float64, in rows of one length, none of them masked.")
     if not np.can_cast(array.dtype, np.float64, "safe"):
         raise ValueError(f"{name} must be real numbers that fit float64, not {array.dtype}.")
     return array

@@ -42,7 +42,7 @@ def plot(
         if the plane is z = constant. They are in metres, at most 1, and drawn in millimetres, unless `axes`
         names another unit.
     p : array_like of complex
-        The pressures: the result of `grid` for these axes.
+        The pressures: the result of `grid` for these axes. NaN and masked values have no colour.
     quantity : {'linear', 'dB', 'phase'}
         The magnitude; the magnitude in decibels relative to the largest in the picture; or the phase in
         degrees, in cyclic colours.
@@ -59,11 +59,12 @@ def plot(
     axes : {'m', 'cm', 'mm', 'um', 'wavelengths'}, optional
         The unit of x, y and z in the arguments and in the picture.
     ax : matplotlib.axes.Axes, optional
-        Where to draw; by default the current axes.
+        Where to draw; by default the current axes. A picture that is already there is replaced.
 
     Returns
     -------
     matplotlib.image.AxesImage
+        The picture. Its ``axes`` are the axes, ``axes.figure`` the figure and ``colorbar`` the colour bar.
 
     Raises
     ------
@@ -79,13 +80,14 @@ def plot(
     >>> image = pf.plot(x, 0, z, p, 'dB')
     """
     import matplotlib.pyplot as plt
+    from matplotlib.axes import Axes
     from mpl_toolkits.axes_grid1 import make_axes_locatable  # type: ignore[import-untyped]
 
     sides = [axis("x", x), axis("y", y), axis("z", z)]
     drawn = [n for n in range(3) if sides[n].size != 1]
     if len(drawn) != 2 or not all(_is_even(side) for side in sides):
         raise ValueError("x, y and z must be evenly spaced, and exactly one of them must be a single value.")
-    pressures = array_of(p)
+    pressures = np.ma.filled(np.ma.asarray(p).astype(np.complex128), np.nan) if np.ma.is_masked(p) else array_of(p)
     if pressures.dtype.kind not in "biufc":
         raise ValueError(f"p must be complex or real numbers, not {pressures.dtype}.")
     if pressures.shape not in (tuple(s.size for s in sides), tuple(sides[n].size for n in drawn)):
@@ -98,6 +100,12 @@ def plot(
 
     values, shown, text = _values(picture, quantity, limits, unit, label)
     ax = plt.gca() if ax is None else ax
+    if not isinstance(ax, Axes):
+        raise ValueError(f"ax must be the axes of a figure, not {type(ax).__name__}.")
+    for before in ax.get_images():
+        if before.colorbar is not None:
+            before.colorbar.remove()
+        before.remove()
     image = ax.imshow(
         values,
         origin="lower",

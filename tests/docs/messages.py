@@ -2,9 +2,10 @@
 that is not in the sources.
 
 A message is a line of a block marked `text` on the page; its variable parts are written as <words>. In the
-sources, every literal of two or more words is a message or a part of one.
+sources, every literal of two or more words is a message or a part of one; in Python's, every text of an exception.
 """
 
+import ast
 import re
 import sys
 from pathlib import Path
@@ -30,6 +31,15 @@ def unescaped(text):
     return text.replace("''", "'").replace('\\"', '"').replace("%%", "%").replace("\\\\", "\\")
 
 
+def texts_of_exceptions(file):
+    """With <> for what varies."""
+    raised = [node.exc for node in ast.walk(ast.parse(file.read_text(encoding="utf-8"))) if isinstance(node, ast.Raise)]
+    for exception in filter(lambda node: isinstance(node, ast.Call), raised):
+        for argument in exception.args:
+            parts = argument.values if isinstance(argument, ast.JoinedStr) else [argument]
+            yield "".join(part.value if isinstance(part, ast.Constant) else "<>" for part in parts)
+
+
 def main(repository):
     whole, literals = "", {}
     for file in sorted([*repository.glob("src/**/*"), *repository.glob("cmake/*.cmake")]):
@@ -43,6 +53,10 @@ def main(repository):
         for literal in re.findall(LITERALS.get(file.suffix, r'"((?:[^"\\\n]|\\.)*)"'), source):
             for line in literal.split("\\n"):
                 literals.setdefault(unescaped(line), file.relative_to(repository))
+    for file in repository.glob("python/pistonfield/*.py"):
+        for text in texts_of_exceptions(file):
+            whole += text
+            literals.setdefault(text, file.relative_to(repository))
     page = (repository / "docs/troubleshooting.md").read_text(encoding="utf-8")
     blocks = re.findall(r"(?ms)^```text\n(.*?)^```$", page)
     quoted = [piece for block in blocks for line in block.splitlines() for piece in pieces(line)]

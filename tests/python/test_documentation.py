@@ -7,6 +7,8 @@ import importlib.metadata
 import inspect
 import pkgutil
 import re
+import subprocess
+import sys
 from collections.abc import Iterator
 from pathlib import Path
 from types import FunctionType
@@ -142,6 +144,13 @@ def test_information_for_a_problem_report() -> None:
     assert facts["threads"] >= 1
     assert str(facts["compiler"])
     assert str(facts["revision"])
+
+
+def test_the_sources_say_that_they_are_not_built(root: Path) -> None:
+    program = [sys.executable, "-c", "import pistonfield"]
+    found = subprocess.run(program, cwd=root / "python", capture_output=True, text=True, check=False)
+    assert found.returncode == 1
+    assert re.search(r"\nImportError: pistonfield is not built: .*pip install", found.stderr)
 
 
 def test_nothing_but_numpy_is_required() -> None:

@@ -11,6 +11,7 @@ import pistonfield as pf
 
 PISTON = pf.Piston(5, 7.5)
 RAGGED = [[0, 0, 1], [0, 1]]
+MASKED = np.ma.masked_array([1.0, 2.0, 3.0], [False, True, False])
 CALLS: dict[str, tuple[Any, dict[str, Any]]] = {
     "field": (pf.field, {"points": [[0, 0, 1]], "pistons": PISTON, "k": 1.0}),
     "grid": (pf.grid, {"x": [0, 1], "y": 0, "z": 1, "pistons": PISTON, "k": 1.0}),
@@ -18,15 +19,15 @@ CALLS: dict[str, tuple[Any, dict[str, Any]]] = {
     "Piston": (pf.Piston, {"width": 1, "height": 2}),
     "rule": (pf.rule, {}),
 }
-NO_ARRAY = [RAGGED, None, "one", [1j], [[0], [1, 2]], [object()]]
-NO_NUMBER = [[1, 2], None, "1", 1j, RAGGED, np.zeros((1, 1)), 2**70]
+NO_ARRAY = [RAGGED, None, "one", [1j], [[0], [1, 2]], [object()], MASKED]
+NO_NUMBER = [[1, 2], None, "1", 1j, RAGGED, np.zeros((1, 1)), 2**70, np.ma.masked]
 NO_ORDER = [0, 513, -1, True, np.True_, 10.0, "10", [10], np.array([3]), 1j]
 WRONG = {
     ("field", "points"): [*NO_ARRAY, [], [0, 1], np.zeros((3, 2)), 0, np.zeros((2, 3), complex)],
     ("order", "points"): [*NO_ARRAY, [], [0, 1], np.zeros((3, 2))],
     **{("grid", axis): [*NO_ARRAY, [[0, 1]], np.zeros((2, 2))] for axis in "xyz"},
     **{
-        (call, "pistons"): [None, 5, "piston", [PISTON, 5], [[5, 7.5]], pf.Piston]
+        (call, "pistons"): [None, 5, "piston", [PISTON, 5], [[5, 7.5]], pf.Piston, iter([])]
         for call in ("field", "grid", "order")
     },
     **{(call, "k"): [*NO_NUMBER, np.nan, np.inf] for call in ("field", "grid", "order")},
@@ -40,7 +41,7 @@ WRONG = {
     ("Piston", "height"): NO_NUMBER,
     ("Piston", "centre"): [*NO_ARRAY, (1, 2), 0, np.zeros((3, 1))],
     ("Piston", "rotation"): [*(value for value in NO_ARRAY if value is not None), np.eye(2), 0, np.zeros(9)],
-    ("Piston", "weight"): [[1], None, "1", RAGGED, object(), np.zeros(1)],
+    ("Piston", "weight"): [[1], None, "1", RAGGED, object(), np.zeros(1), np.ma.masked],
 }
 
 
@@ -56,6 +57,22 @@ def test_the_argument_is_named(call: str, name: str, value: object) -> None:
     function, arguments = CALLS[call]
     with pytest.raises(ValueError, match=rf"(?i)^(the )?{name}\b.* must .*\.$"):
         function(**{**arguments, name: value})
+
+
+def test_rows_of_different_lengths_are_named_as_the_cause() -> None:
+    with pytest.raises(ValueError, match=r"points must be .* rows of one length"):
+        pf.field(RAGGED, PISTON, 1)
+
+
+def test_a_mesh_is_no_axis() -> None:
+    x, z = np.meshgrid([0, 1], [1, 2], indexing="ij")
+    with pytest.raises(ValueError, match=r"x must have the shape \(N,\), not \(2, 2\)\. Pass .* grid makes the mesh"):
+        pf.grid(x, 0, z, PISTON, 1)
+
+
+def test_nothing_masked_is_as_any_array() -> None:
+    points = np.ma.masked_array([[0.0, 0.0, 1.0]], False)
+    assert pf.field(points, PISTON, 1) == pf.field(points.data, PISTON, 1)
 
 
 @pytest.mark.parametrize(

@@ -165,6 +165,22 @@ def test_the_current_axes_are_the_default() -> None:
     assert pf.plot(X, 0, Z, P, ax=axes[1]).axes is axes[1]
 
 
+def test_a_picture_replaces_the_one_before() -> None:
+    figure = plt.figure()
+    first = pf.plot(X, 0, Z, P).axes.get_position().bounds
+    image = pf.plot(X, 0, Z, 2 * P, "dB")
+    assert image.axes.get_images() == [image]
+    assert image.colorbar is not None
+    assert figure.axes == [image.axes, image.colorbar.ax]
+    assert image.axes.get_position().bounds == first
+
+
+def test_masked_pressures_have_no_colour() -> None:
+    masked = np.ma.masked_array(P, np.zeros(P.shape, bool))
+    masked[1, 1] = np.ma.masked
+    assert np.argwhere(np.isnan(Drawn(X, 0, Z, masked).data)).tolist() == [[1, 1]]
+
+
 def test_the_arguments_are_not_changed() -> None:
     x, z, p = X.copy(), Z.copy(), P.copy()
     for quantity in ("linear", "dB", "phase"):
@@ -198,6 +214,7 @@ ERRORS: list[tuple[tuple[Any, ...], dict[str, Any], str]] = [
     ((X, 0, Z, P, "loud"), {}, "quantity must be 'linear', 'dB' or 'phase'"),
     ((X, 0, Z, P, None), {}, "quantity must be 'linear', 'dB' or 'phase'"),
     ((X, 0, Z, P, ["dB"]), {}, "quantity must be 'linear', 'dB' or 'phase'"),
+    ((X, 0, Z, P), {"ax": plt.Figure()}, "ax must be the axes of a figure"),
     *(
         ((X, 0, Z, P, "dB", limits), {}, "limits must be two finite numbers in ascending order")
         for limits in [
@@ -220,7 +237,7 @@ ERRORS: list[tuple[tuple[Any, ...], dict[str, Any], str]] = [
 @pytest.mark.parametrize(("arguments", "options", "message"), ERRORS)
 def test_errors(arguments: tuple[Any, ...], options: dict[str, Any], message: str) -> None:
     with pytest.raises(ValueError, match=message):
-        Drawn(*arguments, **options)
+        pf.plot(*arguments, **{"ax": plt.figure().gca(), **options})
 
 
 def test_importing_the_package_does_not_import_matplotlib() -> None:
