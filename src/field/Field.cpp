@@ -377,17 +377,17 @@ template <class Compute>
 std::vector<std::complex<double>> computed(const FieldOptions& options, const Compute& compute) {
   struct Stopped {};
   std::exception_ptr callers;
+  double done = 0;
   FieldOptions guarded = options;
-  if (options.progress)
-    guarded.progress = [&, done = 0.0](double fraction) mutable {
-      done = std::max(done, fraction);  // some work may have to be done another way
-      try {
-        options.progress(done);
-      } catch (...) {
-        callers = std::current_exception();
-        throw Stopped();
-      }
-    };
+  guarded.progress = [&](double fraction) {
+    done = std::max(done, fraction);  // some work may have to be done another way
+    try {
+      if (options.progress) options.progress(done);
+    } catch (...) {
+      callers = std::current_exception();
+      throw Stopped();
+    }
+  };
   try {
     return compute(guarded);
   } catch (const Stopped&) {
