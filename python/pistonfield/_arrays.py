@@ -9,7 +9,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._pistons import Piston, Pistons, array_of, piston_rows, pistons_of, real_array, real_number
+from ._pistons import Piston, Pistons, array_of, piston_rows, pistons_of, real_array, real_number, whole_number
 
 
 def linear_array(count: int, pitch: float, width: float, height: float) -> list[Piston]:
@@ -271,9 +271,7 @@ def focused(pistons: Pistons, focus: ArrayLike, k: float) -> list[Piston]:
 
 
 def _count(name: str, value: object) -> int:
-    if isinstance(value, (int, np.integer)) and not isinstance(value, bool) and 1 <= value <= 1_000_000:
-        return int(value)
-    raise ValueError(f"{name} must be an integer from 1 to 1000000.")
+    return whole_number(name, value, 1_000_000)
 
 
 def _counts(values: object, length: int | None) -> list[int]:

@@ -2,13 +2,11 @@
 
 from __future__ import annotations
 
-from typing import Any
-
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._pistons import Pistons, piston_rows, point_rows, real_number
+from ._pistons import Pistons, piston_rows, point_rows, real_number, whole_number
 
 
 def order(points: ArrayLike, pistons: Pistons, k: float, tolerance: float) -> tuple[int, float]:
@@ -86,8 +84,6 @@ def rule(order: int) -> tuple[NDArray[np.float64], NDArray[np.float64]]:
     return _core.rule(order_number(order))
 
 
-def order_number(order: Any) -> int:
+def order_number(order: object) -> int:
     """The order as an int."""
-    if isinstance(order, (int, np.integer)) and not isinstance(order, bool) and 1 <= order <= 512:
-        return int(order)
-    raise ValueError("order must be an integer from 1 to 512.")
+    return whole_number("order", order, 512)

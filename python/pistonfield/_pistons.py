@@ -143,6 +143,13 @@ def real_number(name: str, value: ArrayLike) -> float:
     return float(array)
 
 
+def whole_number(name: str, value: object, most: int) -> int:
+    """The value as an int from 1 on."""
+    if isinstance(value, (int, np.integer)) and not isinstance(value, bool) and 1 <= value <= most:
+        return int(value)
+    raise ValueError(f"{name} must be an integer from 1 to {most}.")
+
+
 def array_of(values: object) -> NDArray[Any]:
     """The values as an array. Rows of different lengths are an object, as are masked values."""
     try:
