@@ -138,11 +138,14 @@ double longerPath(const Position& c, const Position& f) {
   return mean > 0 ? -dot(c, scaled(difference(f, scaled(c, 2)), mean)) : 0;
 }
 
-/// Multiplies the weights by exp(ikL), with the length L of each centre.
+/// Multiplies the weights by exp(ikL), with the real part of k and the length L of each centre.
 template <class Length>
-std::vector<Piston> shifted(std::vector<Piston> pistons, double k, const Length& lengthOf) {
-  checkFinite("k", k);
-  for (Piston& piston : pistons) piston.weight *= std::polar(1.0, k * lengthOf(piston.centre));
+std::vector<Piston> shifted(std::vector<Piston> pistons, std::complex<double> k,
+                            const Length& lengthOf) {
+  if (!std::isfinite(k.real()) || !std::isfinite(k.imag()))
+    throw FieldError("k must be a finite number.");
+  for (Piston& piston : pistons)
+    piston.weight *= std::polar(1.0, k.real() * lengthOf(piston.centre));
   return pistons;
 }
 
@@ -208,7 +211,8 @@ std::vector<Piston> weighted(std::vector<Piston> pistons, const std::vector<doub
   return pistons;
 }
 
-std::vector<Piston> steered(std::vector<Piston> pistons, const Position& direction, double k) {
+std::vector<Piston> steered(std::vector<Piston> pistons, const Position& direction,
+                            std::complex<double> k) {
   checkFinite("direction", direction);
   const double largest =
       std::max({std::fabs(direction[0]), std::fabs(direction[1]), std::fabs(direction[2])});
@@ -218,7 +222,8 @@ std::vector<Piston> steered(std::vector<Piston> pistons, const Position& directi
                  [&](const Position& centre) { return -dot(centre, scaled(unit, length(unit))); });
 }
 
-std::vector<Piston> focused(std::vector<Piston> pistons, const Position& focus, double k) {
+std::vector<Piston> focused(std::vector<Piston> pistons, const Position& focus,
+                            std::complex<double> k) {
   checkFinite("focus", focus);
   return shifted(std::move(pistons), k,
                  [&](const Position& centre) { return longerPath(centre, focus); });

@@ -33,7 +33,7 @@ const GaussRules<Real>& rulesForTolerances() {
   return rules;
 }
 
-WeightedPiston weighted(const Field::Piston& piston, double k, double tolerance) {
+WeightedPiston weighted(const Field::Piston& piston, std::complex<double> k, double tolerance) {
   WeightedPiston result{};
   const double wavelengths = wavelengthsPerUnit(k);
   for (std::size_t axis = 0; axis < 3; ++axis) {
@@ -43,13 +43,14 @@ WeightedPiston weighted(const Field::Piston& piston, double k, double tolerance)
   result.halfWidth = piston.width / 2 * wavelengths;
   result.halfHeight = piston.height / 2 * wavelengths;
   result.weightRe = piston.weight.real();
-  // Σ w·(−p̄) for −k is −conj(Σ w̄·p).
-  result.weightIm = k > 0 ? piston.weight.imag() : -piston.weight.imag();
+  // Σ w·(−p̄) is −conj(Σ w̄·p), for −k, or in general for −k̄.
+  result.weightIm = k.real() > 0 ? piston.weight.imag() : -piston.weight.imag();
   // Units of the last place: of the difference to the centre, of the axis in wavelengths and of the
   // product; and of two more products and two sums if the piston is turned.
   const auto isAlong = [&](std::size_t axis) { return std::fabs(piston.axes[axis][axis]) == 1; };
   result.isTurned = !isAlong(0) || !isAlong(1);
   result.relativeShift = result.isTurned ? 0x1p-50 : 0x1.8p-52;
+  result.decay = wavelengths > 0 ? -k.imag() / wavelengths : 0;
   result.weightMagnitude = std::abs(piston.weight);
   result.tolerance = tolerance / std::abs(piston.weight);
   return result;
@@ -111,10 +112,10 @@ Used bothUsed(const Used& one, const Used& other) {
           0};
 }
 
-Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, double tolerance,
-                       double shift, int order)
+Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, std::complex<double> k,
+                       double tolerance, double shift, int order)
     : tolerance_(tolerance),
-      isNegative_(k < 0),
+      isNegative_(k.real() < 0),
       mostCoordinate_(
           std::min(mostWavelengths / wavelengthsPerUnit(k), std::numeric_limits<double>::max())),
       add_(addPiston(instructionSet())),
@@ -123,7 +124,7 @@ Evaluation::Evaluation(const std::vector<Field::Piston>& pistons, double k, doub
     rule_.emplace(order, order);
     preciseRule_.emplace(order, order);
   }
-  if (k == 0) return;  // no pistons: pressure 0
+  if (k == 0.0) return;  // no pistons: pressure 0
   for (const Field::Piston& piston : pistons) {
     pistons_.push_back(
         weighted(piston, k, tolerance * (1 - positionShare) / static_cast<double>(pistons.size())));

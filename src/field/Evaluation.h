@@ -19,8 +19,8 @@ class Evaluation {
   /// Sides and weights are not 0. `shift` is how far points may be from where they should be, which
   /// is charged to the tolerance. If `order` is
   /// above 0, it is the order of every integral, and the tolerance is ignored.
-  Evaluation(const std::vector<Field::Piston>& pistons, double k, double tolerance, double shift,
-             int order = 0);
+  Evaluation(const std::vector<Field::Piston>& pistons, std::complex<double> k, double tolerance,
+             double shift, int order = 0);
   Evaluation(Evaluation&&) = default;
 
   /// Writes the pressure at each point, or NaN if the point is not finite. Where a point is too

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "FastNearfield/intervals/Medium.h"
 #include "field/EqualPistons.h"
 #include "field/Evaluation.h"
 #include "field/Mirror.h"
@@ -112,10 +113,72 @@ std::vector<Position> somePoints(const Points& points) {
   return some;
 }
 
+/// Whether a point lies straight behind a piston, where the pressure jumps at the edges, or all but
+/// for rounding.
+bool isStraightBehind(const Field::Piston& piston, const Position& p) {
+  const Position from = difference(p, piston.centre);
+  const auto covers = [&](std::size_t axis, double side) {
+    return std::fabs(dot(piston.axes[axis], from)) <= 0.500001 * side;
+  };
+  return dot(piston.axes[2], from) < 0 && covers(0, piston.width) && covers(1, piston.height);
+}
+
+/// The sides of such parts that are tried, in wavelengths.
+constexpr double sidesOfParts[] = {8, 2};
+
+/// How far the edges of parts may be from where they should be.
+double roundingOfParts(const std::vector<Field::Piston>& pistons) {
+  double largest = 0;
+  for (const Field::Piston& piston : pistons)
+    for (const double coordinate : piston.centre)
+      largest = std::max(largest, std::fabs(coordinate) + (piston.width + piston.height) / 2);
+  return 4 * 0x1p-53 * largest;
+}
+
+/// The pistons in parts of at most this side, but those that have points straight behind them:
+/// rounding would decide to which of two parts these belong. None if the parts are too many.
+///
+/// To the side of a wide piston in a lossy medium, pressures are too small for a difference of
+/// integrals along the edges, and parts of it are evaluated by products of rules (ProductRule.h).
+std::vector<Field::Piston> inParts(const std::vector<Field::Piston>& pistons,
+                                   std::complex<double> k, const Points& points,
+                                   double mostSideOfPart) {
+  constexpr std::size_t most = 100'000;
+  const double wavelengths = wavelengthsPerUnit(k);
+  std::vector<Field::Piston> parts;
+  for (const Field::Piston& piston : pistons) {
+    bool isAnyBehind = false;
+    for (std::size_t n = 0; n < points.count() && !isAnyBehind; ++n)
+      isAnyBehind = isStraightBehind(piston, points.position(n));
+    const auto countOf = [&](double side) {
+      return isAnyBehind ? 1 : std::max(std::ceil(side * wavelengths / mostSideOfPart), 1.0);
+    };
+    const double nx = countOf(piston.width), ny = countOf(piston.height);
+    if (static_cast<double>(parts.size()) + nx * ny > static_cast<double>(most)) return {};
+    const auto columns = static_cast<int>(nx), rows = static_cast<int>(ny);
+    for (int i = 0; i < columns; ++i)
+      for (int j = 0; j < rows; ++j) {
+        Field::Piston part = piston;
+        part.width = piston.width / nx;
+        part.height = piston.height / ny;
+        const double x = ((2 * i + 1) / nx - 1) * piston.width / 2,
+                     y = ((2 * j + 1) / ny - 1) * piston.height / 2;
+        for (std::size_t n = 0; n < 3; ++n)
+          part.centre[n] += x * piston.axes[0][n] + y * piston.axes[1][n];
+        parts.push_back(part);
+      }
+  }
+  return parts;
+}
+
 /// A lower bound of the largest magnitude among the points, from some of them; or leastPeak times
-/// what it can be at the pistons, if it is smaller.
-double peakOf(const std::vector<Field::Piston>& pistons, double k, const Points& points,
+/// what it can be at the pistons, if it is smaller. In a lossy medium 0 if it is smaller or
+/// nothing but rounding errors.
+double peakOf(const std::vector<Field::Piston>& whole, std::complex<double> k, const Points& points,
               const std::function<void(double)>& progress) {
+  std::vector<Field::Piston> pistons = whole;
+  double shift = 0;
+  const double* sideOfParts = std::begin(sidesOfParts);
   const std::vector<Position> some = somePoints(points);
   if (some.empty()) return 1;  // the pressures are NaN
   double mostExpected = 0;     // of the magnitude, about
@@ -128,14 +191,27 @@ double peakOf(const std::vector<Field::Piston>& pistons, double k, const Points&
           if (progress) progress(0);
         },
         1);
-    Evaluation(pistons, k, tolerance, 0).run(ListPoints(some.data(), some.size()), p.data(), work);
+    const ListPoints list(some.data(), some.size());
+    Evaluation evaluation(pistons, k, tolerance, shift);
+    evaluation.run(list, p.data(), work);
     double peak = 0;
     for (const std::complex<double>& value : p)
       if (std::abs(value) > peak) peak = std::abs(value);
-    if (peak > 4 * tolerance) return peak - tolerance;
+    // With loss, all that there is may be rounding errors, unless in parts.
+    const double excess = k.imag() != 0 ? std::max(evaluation.used().excess, 1.0) : 1;
+    if (peak > 4 * tolerance * excess) return peak - tolerance * excess;
+    if (excess > 1) {
+      if (sideOfParts == std::end(sidesOfParts)) return 0;
+      std::vector<Field::Piston> parts = inParts(whole, k, list, *sideOfParts++);
+      if (parts.size() > pistons.size()) {
+        pistons = std::move(parts);
+        shift = roundingOfParts(whole);
+      }
+      continue;
+    }
     tolerance /= 20;
   }
-  return mostExpected * leastPeak;
+  return k.imag() != 0 ? 0 : mostExpected * leastPeak;
 }
 
 /// Whether there may be points of a grid behind a piston, where pressures are discontinuous.
@@ -167,10 +243,10 @@ double roundingOfPositions(const std::vector<Field::Piston>& pistons, const Poin
 
 /// Positions on a grid that differ by at most this are taken for the same: by the rounding in which
 /// numbers such as 0.3·i differ that stand for the same. 0 where even that matters.
-double negligibleLength(const std::vector<Field::Piston>& pistons, double k, const Points& points,
-                        double tolerance) {
+double negligibleLength(const std::vector<Field::Piston>& pistons, std::complex<double> k,
+                        const Points& points, double tolerance) {
   const double length = roundingOfPositions(pistons, points);
-  double least = 1 / std::fabs(k);  // in which a field may change
+  double least = 1 / std::fabs(k.real());  // in which a field may change
   for (const Field::Piston& piston : pistons) {
     if (piston.width > 0) least = std::min(least, piston.width);
     if (piston.height > 0) least = std::min(least, piston.height);
@@ -186,7 +262,7 @@ struct Divided {
 };
 
 /// Divides the pistons so that the evaluation takes the least time.
-Divided divided(const std::vector<Field::Piston>& pistons, double k, double tolerance,
+Divided divided(const std::vector<Field::Piston>& pistons, std::complex<double> k, double tolerance,
                 const Points& points, double negligible,
                 const std::function<void(double)>& progress) {
   Divided best{{}, {}, pistons};
@@ -219,41 +295,41 @@ Divided divided(const std::vector<Field::Piston>& pistons, double k, double tole
 }
 
 /// Writes the pressures for an absolute tolerance, or for an order.
-Used evaluateOneByOne(const std::vector<Field::Piston>& pistons, double k, double tolerance,
-                      const Points& points, const FieldOptions& options,
-                      std::complex<double>* pressures) {
+Used evaluateOneByOne(const std::vector<Field::Piston>& pistons, std::complex<double> k,
+                      double tolerance, const Points& points, double shift,
+                      const FieldOptions& options, std::complex<double>* pressures) {
   Work work(options.progress, static_cast<double>(points.count()));
   work.advance(0);
-  Evaluation evaluation(pistons, k, tolerance, points.shift(), options.order);
+  Evaluation evaluation(pistons, k, tolerance, shift, options.order);
   evaluation.run(points, pressures, work);
   return evaluation.used();
 }
 
 /// The same. `pressures` holds zeros at first. Samples rows if that is faster, and if the rounding
 /// of the samples' positions, of which the points themselves may be free, hardly matters.
-Used evaluateFor(const std::vector<Field::Piston>& pistons, double k, double tolerance,
-                 const Points& points, const FieldOptions& options,
+Used evaluateFor(const std::vector<Field::Piston>& pistons, std::complex<double> k,
+                 double tolerance, const Points& points, double shift, const FieldOptions& options,
                  std::complex<double>* pressures) {
   const double rounding = roundingOfPositions(pistons, points);
   Divided parts{{}, {}, pistons};
-  if (options.order == 0 && k != 0 && rounding * std::fabs(k) < options.tolerance / 50 &&
+  if (options.order == 0 && k != 0.0 && rounding * std::fabs(k.real()) < options.tolerance / 50 &&
       !isAnyBehind(pistons, points))
     parts = divided(pistons, k, tolerance, points,
                     negligibleLength(pistons, k, points, options.tolerance), options.progress);
   if (parts.inRows.empty())
-    return evaluateOneByOne(pistons, k, tolerance, points, options, pressures);
+    return evaluateOneByOne(pistons, k, tolerance, points, shift, options, pressures);
   const bool someElse = !parts.rest.empty();
   Work work(options.progress, static_cast<double>(points.count()) * (someElse ? 2 : 1));
   work.advance(0);
   const double share = static_cast<double>(parts.rest.size()) / static_cast<double>(pistons.size());
-  Evaluation rest(parts.rest, k, tolerance * share, points.shift(), options.order);
+  Evaluation rest(parts.rest, k, tolerance * share, shift, options.order);
   if (someElse) rest.run(points, pressures, work);
   RowEvaluation inRows(parts.inRows, parts.rows, points, k, tolerance * (1 - share),
-                       points.shift() + rounding);
+                       shift + rounding);
   inRows.run(pressures, work);
   const Used used = bothUsed(rest.used(), inRows.used());
   if (!(used.excess > 1) || std::isinf(used.excess)) return used;
-  return evaluateOneByOne(pistons, k, tolerance, points, options, pressures);
+  return evaluateOneByOne(pistons, k, tolerance, points, shift, options, pressures);
 }
 
 std::complex<double> scaled(std::complex<double> number, int exponent) {
@@ -262,6 +338,21 @@ std::complex<double> scaled(std::complex<double> number, int exponent) {
 
 bool isSilent(const Field::Piston& piston) {
   return piston.weight == 0.0 || piston.width == 0 || piston.height == 0;
+}
+
+/// Throws a FieldError if a point lies so far behind a piston in a lossy medium that its wave,
+/// which grows there, is beyond what floats hold.
+void checkGrowth(const std::vector<Field::Piston>& pistons, std::complex<double> k,
+                 const Points& points) {
+  for (const Field::Piston& piston : pistons)
+    for (std::size_t n = 0; n < points.count() && k.imag() != 0; ++n) {
+      const Position p = points.position(n);
+      const double z = dot(piston.axes[2], difference(p, piston.centre));
+      if (isStraightBehind(piston, p) && k.imag() * z > 0.999 * mostGrowth)
+        throw FieldError(
+            "In a lossy medium waves grow behind a piston, and at some point by more than 60 "
+            "nepers. Leave out points behind pistons.");
+    }
 }
 
 [[noreturn]] void refuse(double tolerance, const Used& used) {
@@ -281,9 +372,9 @@ bool isSilent(const Field::Piston& piston) {
       "pressures.");
 }
 
-std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons, double k,
-                                           const Points& points, const FieldOptions& options,
-                                           FieldReport* report) {
+std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons,
+                                           std::complex<double> k, const Points& points,
+                                           const FieldOptions& options, FieldReport* report) {
   check(options);
   if (report) *report = {};
   std::vector<std::complex<double>> pressures(points.count());
@@ -297,7 +388,8 @@ std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons, d
   for (Field::Piston& piston : pistons) piston.weight = scaled(piston.weight, -scale);
   pistons.erase(std::remove_if(pistons.begin(), pistons.end(), isSilent), pistons.end());
   double peak = options.order > 0 ? 0 : peakOf(pistons, k, points, options.progress);
-  Used used = evaluateFor(pistons, k, options.tolerance * peak, points, options, pressures.data());
+  Used used = evaluateFor(pistons, k, options.tolerance * peak, points, points.shift(), options,
+                          pressures.data());
   if (used.excess > 1 && !std::isinf(used.excess)) {  // the tolerance is not kept
     // The few points of which the peak was estimated may have missed it.
     double largest = 0;
@@ -307,10 +399,22 @@ std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons, d
     if (largest > 1.5 * peak) {
       peak = largest;
       std::fill(pressures.begin(), pressures.end(), 0.0);
-      used = evaluateFor(pistons, k, options.tolerance * peak, points, options, pressures.data());
+      used = evaluateFor(pistons, k, options.tolerance * peak, points, points.shift(), options,
+                         pressures.data());
     }
   }
-  if (used.excess > 1) refuse(options.tolerance, used);
+  for (const double side : sidesOfParts) {
+    if (!(used.excess > 1) || std::isinf(used.excess) || k.imag() == 0) break;
+    const std::vector<Field::Piston> parts = inParts(pistons, k, points, side);
+    if (parts.size() <= pistons.size()) continue;
+    std::fill(pressures.begin(), pressures.end(), 0.0);
+    used = evaluateFor(parts, k, options.tolerance * peak, points,
+                       points.shift() + roundingOfParts(pistons), options, pressures.data());
+  }
+  if (used.excess > 1) {
+    checkGrowth(pistons, k, points);
+    refuse(options.tolerance, used);
+  }
   if (scale != 0)
     for (std::complex<double>& p : pressures) p = scaled(p, scale);
   if (report)
@@ -326,8 +430,9 @@ std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons, d
 
 /// The pressures on a grid, whose points are within `shift` of where they should be.
 std::vector<std::complex<double>> evaluateOnAxes(const std::vector<Field::Piston>& pistons,
-                                                 double k, const AxesGrid& grid, double shift,
-                                                 const FieldOptions& options, FieldReport* report) {
+                                                 std::complex<double> k, const AxesGrid& grid,
+                                                 double shift, const FieldOptions& options,
+                                                 FieldReport* report) {
   const AxesPoints points(grid, shift);
   check(options);
   // Behind a piston pressures are discontinuous: a point beside an edge is no image of one on it.
@@ -401,15 +506,26 @@ std::vector<std::complex<double>> computed(const FieldOptions& options, const Co
 
 }  // namespace
 
-Field::Field(std::vector<Field::Piston> pistons, double k) : pistons_(std::move(pistons)), k_(k) {
-  if (!std::isfinite(k)) throw FieldError("k must be a finite real number.");
-  if (k != 0 && !(std::fabs(k) >= leastWaveNumber && std::fabs(k) <= mostWaveNumber))
+Field::Field(std::vector<Field::Piston> pistons, std::complex<double> k)
+    : pistons_(std::move(pistons)), k_(k) {
+  const double real = std::fabs(k.real()), attenuation = -k.imag();
+  if (!std::isfinite(real) || !std::isfinite(attenuation))
+    throw FieldError("k must be a finite number.");
+  if (real != 0 && !(real >= leastWaveNumber && real <= mostWaveNumber))
     throw FieldError(
         "k must be 0, or from 1e-99 to 1e99 in magnitude. Give lengths and 1/k in another unit.");
+  if (attenuation < 0)
+    throw FieldError(
+        "k has a positive imaginary part: waves would grow. With the attenuation alpha, pass "
+        "k - i*alpha.");
+  if (attenuation > real)
+    throw FieldError(
+        "The attenuation must be at most the real part of k: 8.7 dB in 1/6 of a wavelength. Give "
+        "both in one unit.");
   for (std::size_t n = 0; n < pistons_.size(); ++n) {
     check(pistons_[n], n);
     pistons_[n].axes = orthonormal(pistons_[n].axes);
-    if (k != 0) checkScale(pistons_[n], wavelengthsPerUnit(k), n);
+    if (real != 0) checkScale(pistons_[n], wavelengthsPerUnit(k), n);
   }
 }
 

@@ -249,7 +249,7 @@ struct RowEvaluation::Group {
   std::mutex mutex;
   std::vector<std::unique_ptr<const Filter>> filters;  ///< of the lattices that were needed
 
-  Group(EqualPistons pistons, double k, double tolerancePerGroup, double shift)
+  Group(EqualPistons pistons, std::complex<double> k, double tolerancePerGroup, double shift)
       : members(std::move(pistons)),
         tolerance(tolerancePerGroup),
         kernel(errorOf(members, tolerance)),
@@ -258,23 +258,24 @@ struct RowEvaluation::Group {
 };
 
 RowEvaluation::Cost RowEvaluation::cost(const EqualPistons& group, const Rows& rows,
-                                        const Points& points, double k, double tolerance,
-                                        std::size_t most) {
+                                        const Points& points, std::complex<double> k,
+                                        double tolerance, std::size_t most) {
   const std::size_t tried = std::min(rows.count, most);
   Cost cost{0, static_cast<double>(points.count()) * static_cast<double>(group.pistons.size())};
   for (std::size_t n = 0; n < tried; ++n) {
     const std::vector<Position> origin = {points.position(rows.first(rows.count / tried * n))};
     const Plan plan = planFor(group, std::sqrt(dot(rows.step, rows.step)), rows.length,
                               std::min(rows.count, columnLength),
-                              distanceOf(group, rows.step, origin, 0, rows.length), std::fabs(k),
-                              errorOf(group, tolerance));
+                              distanceOf(group, rows.step, origin, 0, rows.length),
+                              std::fabs(k.real()), errorOf(group, tolerance));
     cost.byRows += plan.cost * static_cast<double>(rows.count) / static_cast<double>(tried);
   }
   return cost;
 }
 
 RowEvaluation::RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows,
-                             const Points& points, double k, double tolerance, double shift)
+                             const Points& points, std::complex<double> k, double tolerance,
+                             double shift)
     : rows_(rows), points_(points), k_(k), shift_(shift), used_(nothingUsed()) {
   std::size_t count = 0;
   for (const EqualPistons& group : groups) count += group.pistons.size();
@@ -380,7 +381,7 @@ class RowEvaluation::Batch {
     for (const auto& group : evaluation_.groups_) {
       const Plan plan = planFor(group->members, step, length, rowCount,
                                 distanceOf(group->members, rows.step, origins_, first, length),
-                                std::fabs(evaluation_.k_), group->interpolationError);
+                                std::fabs(evaluation_.k_.real()), group->interpolationError);
       if (plan.lattice)
         addFilteredSamples(*group, evaluation_.filterOf(*group, *plan.lattice));
       else

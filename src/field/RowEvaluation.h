@@ -22,11 +22,11 @@ class RowEvaluation {
     double oneByOne;
   };
   /// From at most `most` rows.
-  static Cost cost(const EqualPistons& group, const Rows& rows, const Points& points, double k,
-                   double tolerance, std::size_t most);
+  static Cost cost(const EqualPistons& group, const Rows& rows, const Points& points,
+                   std::complex<double> k, double tolerance, std::size_t most);
 
-  RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows, const Points& points, double k,
-                double tolerance, double shift);
+  RowEvaluation(std::vector<EqualPistons> groups, const Rows& rows, const Points& points,
+                std::complex<double> k, double tolerance, double shift);
 
   RowEvaluation(const RowEvaluation&) = delete;
   RowEvaluation& operator=(const RowEvaluation&) = delete;
@@ -47,7 +47,7 @@ class RowEvaluation {
 
   const Rows rows_;
   const Points& points_;
-  const double k_;
+  const std::complex<double> k_;
   const double shift_;
   std::vector<std::unique_ptr<Group>> groups_;
   std::size_t segment_ = 0;  ///< how many points of a row are evaluated together, at most

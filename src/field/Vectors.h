@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cmath>
+#include <complex>
 
 #include "field/field.h"
 
@@ -15,6 +16,8 @@ inline Position difference(const Position& p, const Position& q) {
 }
 
 /// Wavelengths per unit of length.
-inline double wavelengthsPerUnit(double k) { return std::fabs(k) / (2 * 3.14159265358979323846); }
+inline double wavelengthsPerUnit(std::complex<double> k) {
+  return std::fabs(k.real()) / (2 * 3.14159265358979323846);
+}
 
 }  // namespace pistonfield

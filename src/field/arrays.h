@@ -101,9 +101,9 @@ std::vector<Field::Piston> weighted(std::vector<Field::Piston> pistons,
 ///     exp(−ik·c·d/|d|)  for the centre c and the direction d
 ///
 /// @param direction  finite and not 0; its length does not matter
-/// @param k          finite
+/// @param k          finite; a focus or a direction sets phases, so of a complex k the real part
 std::vector<Field::Piston> steered(std::vector<Field::Piston> pistons, const Position& direction,
-                                   double k);
+                                   std::complex<double> k);
 
 /// The pistons with their weights multiplied by the phases with which the waves from all centres
 /// arrive at a point in phase:
@@ -113,8 +113,8 @@ std::vector<Field::Piston> steered(std::vector<Field::Piston> pistons, const Pos
 /// A piston at the origin keeps its phase.
 ///
 /// @param focus  finite
-/// @param k      finite
+/// @param k      as for steered
 std::vector<Field::Piston> focused(std::vector<Field::Piston> pistons, const Position& focus,
-                                   double k);
+                                   std::complex<double> k);
 
 }  // namespace pistonfield

@@ -19,6 +19,14 @@
 // of a plane wave with the velocity of the piston (the page "theory" of the documentation). The
 // time factor is exp(+iωt).
 //
+// In a lossy medium the wave number is k − iα with the attenuation α: waves decay as exp(−αR). The
+// field is
+//
+//     p = Σ w·K/2π ∬ exp(−iKR)/R dS,   K = k − iα
+//
+// over the face of each piston with the weight w, in front of it. Behind it the wave of the piston
+// grows, by 60 nepers at most.
+//
 // Any number of threads may use one Field, or several, at once. Nothing is printed, and nothing
 // outside of the arguments is read or written. In a build for CUDA, large sums are computed on the
 // thread's current device, one thread at a time, and the device stays started.
@@ -87,11 +95,13 @@ class Field {
     std::complex<double> weight = 1;  ///< its velocity; 1 is that of the scale above
   };
 
-  /// Throws a FieldError if a piston or k is invalid. All numbers must be finite. k must be 0, or
-  /// from 1e-99 to 1e99 in magnitude; 0 gives the pressure 0, −k the pressure −conj(p) for weights
-  /// 1. Sides must be 0 or from 1e-9 to 1e6
-  /// wavelengths, and centres within 1e9 wavelengths of the origin.
-  Field(std::vector<Piston> pistons, double k);
+  /// Throws a FieldError if a piston or k is invalid. All numbers must be finite. The real part of
+  /// k must be 0, or from 1e-99 to 1e99 in magnitude; 0 gives the pressure 0, and −k instead of k
+  /// the pressure −conj(p) for weights 1. Without loss the imaginary part is 0, otherwise −α for
+  /// the attenuation α in nepers per unit of length, of at most the magnitude of the real part
+  /// (medium.h computes it). Sides must be 0 or from 1e-9 to 1e6 wavelengths, 2π/|real part of k|,
+  /// and centres within 1e9 wavelengths of the origin.
+  Field(std::vector<Piston> pistons, std::complex<double> k);
 
   /// Returns the pressures at the points, in their order. A point that is not finite gets NaN.
   /// Throws a FieldError if the options are invalid, if a point is farther than 1e9 wavelengths
@@ -113,7 +123,7 @@ class Field {
 
  private:
   std::vector<Piston> pistons_;
-  double k_;
+  std::complex<double> k_;
 };
 
 }  // namespace pistonfield

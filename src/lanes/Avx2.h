@@ -12,6 +12,7 @@ namespace pistonfield {
 struct Avx2Double {
   using Value = double;
   using Register = __m256d;
+  using Integers = long long __attribute__((vector_size(32)));
   using Mask = __m256d;
   static constexpr int width = 4;
 

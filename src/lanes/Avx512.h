@@ -12,6 +12,7 @@ namespace pistonfield {
 struct Avx512Double {
   using Value = double;
   using Register = __m512d;
+  using Integers = long long __attribute__((vector_size(64)));
   using Mask = __mmask8;
   static constexpr int width = 8;
 

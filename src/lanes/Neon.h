@@ -12,6 +12,7 @@ namespace pistonfield {
 struct NeonDouble {
   using Value = double;
   using Register = float64x2_t;
+  using Integers = long long __attribute__((vector_size(16)));
   using Mask = uint64x2_t;
   static constexpr int width = 2;
 

@@ -58,6 +58,19 @@ PISTONFIELD_INLINE Pack<OneLane> quotient(Pack<OneLane> x, Pack<OneLane> y) {
   return Pack<OneLane>::of(quotient(x.value, y.value));
 }
 
+PISTONFIELD_INLINE Pack<OneLane> powerOfTwo(Pack<OneLane> n) {
+  const int bits = (static_cast<int>(n.value) + 127) << 23;
+  Pack<OneLane> result;
+  std::memcpy(&result.value, &bits, sizeof bits);
+  return result;
+}
+PISTONFIELD_INLINE Pack<OneLaneDouble> powerOfTwo(Pack<OneLaneDouble> n) {
+  const long long bits = (static_cast<long long>(static_cast<int>(n.value)) + 1023) << 52;
+  Pack<OneLaneDouble> result;
+  std::memcpy(&result.value, &bits, sizeof bits);
+  return result;
+}
+
 PISTONFIELD_INLINE Pack<OneLane> bitsAsNumber(Pack<OneLane> x) {
   int bits = 0;
   std::memcpy(&bits, &x.value, sizeof bits);

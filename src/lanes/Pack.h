@@ -27,6 +27,21 @@
 
 namespace pistonfield {
 
+/// Where a number has its exponent, and what, added to an integer n, gives a number whose last bits
+/// are those of n plus the bias.
+template <class Value>
+struct ExponentOf;
+template <>
+struct ExponentOf<float> {
+  static constexpr int position = 23;
+  static constexpr float sumWithBits = 0x1.8p23f + 127;
+};
+template <>
+struct ExponentOf<double> {
+  static constexpr int position = 52;
+  static constexpr double sumWithBits = 0x1.8p52 + 1023;
+};
+
 template <class Set>
 struct PackMask {
   typename Set::Mask mask;
@@ -149,6 +164,16 @@ PISTONFIELD_HOST_DEVICE float largest(Pack<Set> x) {
 template <class Set>
 PISTONFIELD_HOST_DEVICE float smallest(Pack<Set> x) {
   return -largest(-x);
+}
+
+/// 2^n for an integer n that is the exponent of a normal number.
+template <class Set>
+PISTONFIELD_HOST_DEVICE Pack<Set> powerOfTwo(Pack<Set> n) {
+  using Exponent = ExponentOf<typename Set::Value>;
+  // The last bits of the sum are those of n, with the bias of exponents.
+  const typename Set::Register sum = (n + Pack<Set>(Exponent::sumWithBits)).value;
+  return Pack<Set>::of(reinterpret_cast<typename Set::Register>(
+      reinterpret_cast<typename Set::Integers>(sum) << Exponent::position));
 }
 
 /// The floats' bits as integers, which are converted to floats; and back.

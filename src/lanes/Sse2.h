@@ -12,6 +12,7 @@ namespace pistonfield {
 struct Sse2Double {
   using Value = double;
   using Register = __m128d;
+  using Integers = long long __attribute__((vector_size(16)));
   using Mask = __m128d;
   static constexpr int width = 2;
 

@@ -10,7 +10,7 @@ add_custom_command(OUTPUT ${state}
   COMMAND sed "s/return {device}/return {}/" ${PROJECT_SOURCE_DIR}/src/emulation/State.cpp > ${state}
   DEPENDS ${PROJECT_SOURCE_DIR}/src/emulation/State.cpp VERBATIM)
 
-add_executable(deviceless_tests ${state} $<TARGET_OBJECTS:unit_tests>)
+add_executable(deviceless_tests ${state} $<TARGET_OBJECTS:unit_tests> ${objects_of_sets})
 target_link_libraries(deviceless_tests PRIVATE $<TARGET_PROPERTY:unit_tests,LINK_LIBRARIES>)
 add_library(deviceless_module MODULE ${state} $<TARGET_OBJECTS:gateway_module>)
 target_link_libraries(deviceless_module PRIVATE $<TARGET_PROPERTY:gateway_module,LINK_LIBRARIES>)

@@ -32,8 +32,6 @@ namespace {
 constexpr double pi = 3.14159265358979323846, nan = std::numeric_limits<double>::quiet_NaN(),
                  infinity = std::numeric_limits<double>::infinity();
 
-double dot(const Position& p, const Position& q) { return p[0] * q[0] + p[1] * q[1] + p[2] * q[2]; }
-
 double distance(const Position& p, const Position& q) {
   const Position d = {p[0] - q[0], p[1] - q[1], p[2] - q[2]};
   return std::sqrt(dot(d, d));
@@ -400,11 +398,8 @@ TEST(ArraysTest, ErrorsOfWeightsNameTheArgument) {
               focused(array, {0, 0, infinity}, 1);
             }),
             "focus must be three finite real numbers.");
-  EXPECT_EQ(errorOf([&] { focused(array, {0, 0, 1}, nan); }), "k must be a finite real number.");
-  EXPECT_EQ(errorOf([&] {
-              steered(array, {0, 0, 1}, infinity);
-            }),
-            "k must be a finite real number.");
+  EXPECT_EQ(errorOf([&] { focused(array, {0, 0, 1}, nan); }), "k must be a finite number.");
+  EXPECT_EQ(errorOf([&] { steered(array, {0, 0, 1}, infinity); }), "k must be a finite number.");
 }
 
 }  // namespace

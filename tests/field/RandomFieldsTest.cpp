@@ -17,6 +17,7 @@
 
 #include "field/Evaluation.h"
 #include "field/ExactPressure.h"
+#include "field/Pistons.h"
 #include "support/AnyScene.h"
 #include "support/WithoutDevice.h"
 
@@ -92,15 +93,7 @@ Position anyPosition(Chance& c, const Kind& kind, double a, double b) {
           R * std::cos(slope)};
 }
 
-double dot(const Position& p, const Position& q) { return p[0] * q[0] + p[1] * q[1] + p[2] * q[2]; }
-
-/// p in the axes of the piston.
-Position inPiston(const Piston& piston, const Position& p) {
-  const Position from = {p[0] - piston.centre[0], p[1] - piston.centre[1], p[2] - piston.centre[2]};
-  return {dot(piston.axes[0], from), dot(piston.axes[1], from), dot(piston.axes[2], from)};
-}
-
-/// The reverse.
+/// The reverse of inPiston.
 Position fromPiston(const Piston& piston, const Position& own) {
   Position p = piston.centre;
   for (std::size_t n = 0; n < 3; ++n)
@@ -115,16 +108,6 @@ bool isAtJump(const Piston& piston, const Position& p) {
       1e-14 * (std::sqrt(dot(p, p)) + std::sqrt(dot(piston.centre, piston.centre)));
   const double x = std::fabs(own[0]) - piston.width / 2, y = std::fabs(own[1]) - piston.height / 2;
   return own[2] < 0 && std::max(x, y) <= rounding && std::max(x, y) >= -rounding;
-}
-
-std::array<Position, 3> anyRotation(std::mt19937& random) {
-  std::normal_distribution<double> normal;
-  double a = normal(random), b = normal(random), c = normal(random), d = normal(random);
-  const double length = std::sqrt(a * a + b * b + c * c + d * d);
-  a /= length, b /= length, c /= length, d /= length;
-  return {{{a * a + b * b - c * c - d * d, 2 * (b * c + a * d), 2 * (b * d - a * c)},
-           {2 * (b * c - a * d), a * a - b * b + c * c - d * d, 2 * (c * d + a * b)},
-           {2 * (b * d + a * c), 2 * (c * d - a * b), a * a - b * b - c * c + d * d}}};
 }
 
 /// A field of 1 to 64 pistons, in a unit from a micrometre to a kilometre for wavelengths around a

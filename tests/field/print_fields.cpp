@@ -23,7 +23,7 @@ using pistonfield::Field;
 
 struct Case {
   std::string name;
-  double k = 0;
+  std::complex<double> k = 0;
   pistonfield::FieldOptions options;
   std::vector<Field::Piston> pistons;
   pistonfield::AxesGrid grid;
@@ -55,7 +55,7 @@ std::vector<Case> read(const char* name) {
     std::vector<double> numbers;
     for (std::string number; words >> number;) numbers.push_back(std::stod(number));
     Case& last = cases.back();
-    if (word == "k") last.k = numbers.at(0);
+    if (word == "k") last.k = {numbers.at(0), numbers.size() > 1 ? numbers[1] : 0};
     if (word == "tolerance") last.options.tolerance = numbers.at(0);
     if (word == "piston") last.pistons.push_back(pistonOf(numbers));
     if (word == "x") last.grid.x = numbers;

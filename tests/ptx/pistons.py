@@ -16,7 +16,7 @@ MOST_ORDER = 64
 TABLE = np.dtype([("from_start", "u8"), ("w", "u8"), ("least", "i4")], align=True)
 WEIGHTED = np.dtype([("centre", "f8", 3), ("axes", "f8", (3, 3)), ("half_width", "f8"), ("half_height", "f8"),
                      ("weight_re", "f8"), ("weight_im", "f8"), ("weight_magnitude", "f8"), ("shift", "f8"),
-                     ("relative_shift", "f8"), ("tolerance", "f8"), ("is_turned", "?"), ("order", "i4"),
+                     ("relative_shift", "f8"), ("decay", "f8"), ("tolerance", "f8"), ("is_turned", "?"), ("order", "i4"),
                      ("rules", TABLE), ("precise_rules", TABLE)], align=True)  # fmt: skip
 USED = np.dtype([("excess", "f8"), ("position_error", "f8"), ("nodes", "i8"), ("least", "i4"), ("most", "i4"),
                  ("single", "i4"), ("precise", "i4")], align=True)  # fmt: skip
@@ -24,13 +24,15 @@ USED = np.dtype([("excess", "f8"), ("position_error", "f8"), ("nodes", "i8"), ("
 
 @dataclass
 class Piston:
-    """Lengths are in wavelengths; the columns of `axes` are the directions of its own x, y and z."""
+    """Lengths are in wavelengths; the columns of `axes` are the directions of its own x, y and z. Waves decay by
+    so many nepers a wavelength."""
 
     width: float
     height: float
     centre: tuple = (0, 0, 0)
     axes: np.ndarray = field(default_factory=lambda: np.eye(3))
     weight: complex = 1
+    decay: float = 0
 
 
 def exact(pistons, points):
@@ -45,19 +47,20 @@ def exact_of(piston, points):
     values = []
     for u, v, w in zip(np.abs(x), np.abs(y), z):
         a, b, height = Real(piston.width) / 2, Real(piston.height) / 2, np.abs(w)
-        total = sum(edge(a + s * u, height, b - v) + edge(a + s * u, height, b + v)
-                    + edge(b + s * v, height, a - u) + edge(b + s * v, height, a + u) for s in (-1, 1))  # fmt: skip
-        p = -1j / PI * in_phase(-2 * PI * height) * total
+        decay = Real(piston.decay)
+        total = sum(edge(d, height, end, decay) for s in (-1, 1)
+                    for d, end in ((a + s * u, b - v), (a + s * u, b + v), (b + s * v, a - u), (b + s * v, a + u)))  # fmt: skip
+        p = -1j / PI * in_phase(-2 * PI * height) * np.exp(-decay * height) * total
         inside = lambda t, half: Real(t < half) + Real(t == half) / 2
         if w < 0:
-            p += 2 * np.sin(2 * PI * height) * inside(u, a) * inside(v, b)
+            p += 2 * np.sin((2 * PI - 1j * decay) * height) * inside(u, a) * inside(v, b)
         values.append(p)
     return np.array(values)
 
 
-def edge(d, z, end):
-    """d times the integral of sin(δ/2) (sin(δ/2) + i cos(δ/2)) / D from 0 to `end`, which may be negative.
-    D = d² + σ², δ = k(R - z)."""
+def edge(d, z, end, decay):
+    """d times the integral of -(exp(-i k (R - z)) - 1) / (2 D) from 0 to `end`, which may be negative.
+    D = d² + σ², k = 2 π - i decay."""
     if d == 0 or end == 0:
         return 0
     length, nodes, weights = abs(end), *rule(40)
@@ -69,8 +72,10 @@ def edge(d, z, end):
         half = (high - low) / parts / 2
         sigma = (low + half * (1 + 2 * np.arange(parts, dtype=Real)))[:, None] + half * nodes
         D = sigma**2 + d**2
-        angle = PI * D / (np.sqrt(z**2 + D) + z)
-        total += (half * weights * np.sin(angle) * (np.sin(angle) + 1j * np.cos(angle)) / D).sum()
+        path = D / (np.sqrt(z**2 + D) + z)
+        lossless = np.sin(PI * path) * (np.sin(PI * path) + 1j * np.cos(PI * path))
+        loss = np.expm1(-decay * path)
+        total += (half * weights * (lossless * (1 + loss) - loss / 2) / D).sum()
     return np.sign(end) * d * total
 
 
@@ -127,7 +132,7 @@ class Compiled:
                                 ("half_width", piston.width / 2), ("half_height", piston.height / 2),
                                 ("weight_re", piston.weight.real), ("weight_im", piston.weight.imag),
                                 ("weight_magnitude", magnitude), ("relative_shift", 2.0**-50), ("is_turned", True),
-                                ("order", order),
+                                ("order", order), ("decay", piston.decay),
                                 ("tolerance", 0.75 * tolerance / len(pistons) / magnitude),
                                 ("rules", tables[0]), ("precise_rules", tables[1])):  # fmt: skip
                 entry[name] = value

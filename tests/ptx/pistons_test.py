@@ -55,6 +55,11 @@ def scenes(chance):
     for width, height in ((0.9, 16.7), (5, 7.5), (0.2, 0.1), (30, 15), (400, 250)):
         piston = Piston(width, height)
         yield f"{width} by {height}", [piston], points_around(piston, 66, chance)
+    for width, height, decay in ((5, 7.5, 0.02), (0.2, 0.1, 0.7), (30, 15, 0.3)):
+        piston = Piston(width, height, decay=decay)
+        yield f"{width} by {height} with loss", [piston], points_around(piston, 66, chance)
+    # Where waves have decayed, also with near points.
+    yield "to the side", [Piston(0.5, 0.4, decay=3)], chance.uniform((4, 1, 0), (5, 2, 0.1), (20, 3))
     array = [Piston(0.9, 10, (0.95 * n, 0.1 * n, 0), turned(0.02 * n, 0.05 * n), np.exp(1j * n) / (1 + n))
              for n in range(5)]  # fmt: skip
     yield "5 turned ones", array, chance.uniform((-5, -5, 1), (5, 5, 20), (40, 3))

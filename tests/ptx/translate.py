@@ -76,6 +76,7 @@ for to, of in (
     define(f"cvt.{to}.{of}", f"{to.removeprefix('rn.')} {of}", "a")
 define("cvt.rni.s32.f32", "s32 f32", "toS32(std::nearbyint(a))")
 define("cvt.rzi.s32.f32", "s32 f32", "toS32(std::trunc(a))")
+define("cvt.rzi.s32.f64", "s32 f64", "toS32(std::trunc(a))")
 define("cvt.s32.s8", "s32 b32", "static_cast<s8>(a)")
 define("cvta.to.global.u64", "u64 u64", "a")  # addresses of global memory are their own
 define("cvta.local.u64", "u64 u64", "a + LOCAL")

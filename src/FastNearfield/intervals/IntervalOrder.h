@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FastNearfield/intervals/Medium.h"
 #include "lanes/Pack.h"
 
 // How many nodes an interval of an edge needs, and which precision, for a tolerance. All lengths
@@ -27,6 +28,9 @@
 // The order is the fourth root of the sum of both fourth powers, plus 0.6 and, for L > 18, 0.1 more
 // for each unit of L, rounded up. This, the mean of slopes below and two factors, oscillationMargin
 // of S and branchMargin of the branch point's error, were measured (docs/theory.md).
+//
+// In a lossy medium k is a complex number, of which the bounds take the magnitude: with it they
+// hold for exp(−ikR) − exp(−ikz) divided by exp(−ikz).
 
 namespace pistonfield {
 
@@ -48,6 +52,20 @@ PISTONFIELD_HOST_DEVICE Pack<Set> exp2Above(Pack<Set> x) {
   return numberAsBits((x + Pack<Set>(127.0f)) * Pack<Set>(0x1p23f));
 }
 
+/// exp(−decay·path), up to 6.2 % too large; at least 2^-120.
+template <class Set>
+PISTONFIELD_HOST_DEVICE Pack<Set> decayAbove(Pack<Set> path, const Medium& medium) {
+  return medium.decay > 0
+             ? exp2Above(larger(path * Pack<Set>(-1.44269504f * medium.decay), Pack<Set>(-120.0f)))
+             : Pack<Set>(1.0f);
+}
+
+/// At the branch point R is 0: with loss exp(−ikR) is larger there than at a path by 2 to the power
+/// of this times the path.
+PISTONFIELD_HOST_DEVICE inline float growthToBranch(const Medium& medium) {
+  return 1.44269504f * medium.decay;
+}
+
 /// How many nodes integrals over exp(−ikR) need, R² = ρ² + σ².
 template <class Set>
 struct NodeNeeds {
@@ -58,8 +76,10 @@ struct NodeNeeds {
 
   /// `from`: at least 0; or at least −`to`, and all lengths are equal. L = ln(S/tolerance). The
   /// error that the branch point causes is 2^strength·r^(−2n) tolerances.
-  PISTONFIELD_HOST_DEVICE NodeNeeds(V rho2, V from, V to, V length, V L, V strength) {
-    constexpr float pi = 3.14159265f, ln2 = 0.693147f;
+  PISTONFIELD_HOST_DEVICE NodeNeeds(V rho2, V from, V to, V length, V L, V strength,
+                                    const Medium& medium) {
+    constexpr float ln2 = 0.693147f;
+    const float pi = 0.5f * medium.waveNumber;
     const V one(1.0f), tiny(1e-18f), nearest = larger(from, V(0.0f));
     const V end = from + length;  // of the interval that is nearest to the branch point
     const V R1 = rootEstimate(multiplyAdd(from, from, rho2));
@@ -121,31 +141,32 @@ struct IntervalNeeds {
   V rounding;     ///< the bound of the rounding error, in units of the precision
   V ends;         ///< the same for α and β, if they are rounded
 
-  PISTONFIELD_HOST_DEVICE IntervalNeeds(const IntervalBounds<V>& in, V tolerance) {
+  PISTONFIELD_HOST_DEVICE IntervalNeeds(const IntervalBounds<V>& in, V tolerance,
+                                        const Medium& medium = {}) {
+    const float k = medium.waveNumber;
     const V zero(0.0f), tiny(1e-18f);
     const V nearest = larger(in.leastFrom, zero), to = in.mostTo, length = in.mostLength;
     const V dd = in.leastD * in.leastD,
             rho2 = larger(multiplyAdd(in.leastZ, in.leastZ, dd), V(1e-30f));
     const V R0 = rootEstimate(multiplyAdd(nearest, nearest, rho2));
     const V D0 = multiplyAdd(nearest, nearest, dd);
-    const V smooth = length * in.mostD * V(2 * pi) * inverseEstimate(R0 + in.leastZ);
+    const V smooth = length * in.mostD * V(k) * inverseEstimate(R0 + in.leastZ);
     const V steep = in.mostD * V(2.0f) * inverseEstimate(D0 + V(1e-30f));
     magnitude = smaller(smooth, length * steep);
     rounding = V(3.0f) * smooth + V(4.0f) * magnitude;
-    ends = V(2.0f) * to * smaller(in.mostD * V(2 * pi) * inverseEstimate(R0 + in.leastZ), steep);
+    ends = V(2.0f) * to * smaller(in.mostD * V(k) * inverseEstimate(R0 + in.leastZ), steep);
 
     const V L = logarithmOver(magnitude, oscillationMargin, tolerance);
     const V strength =
-        log2Above(in.mostD * V(2 * pi * branchMargin) * inverseEstimate(tolerance) + tiny) +
+        log2Above(in.mostD * V(k * branchMargin) * inverseEstimate(tolerance) + tiny) +
         V(0.125f) * (log2Above(multiplyAdd(in.leastFrom, in.leastFrom, rho2)) +
                      log2Above(multiplyAdd(to, to, rho2))) -
-        V(0.25f) * log2Below(rho2);
-    const NodeNeeds<Set> needs(rho2, in.leastFrom, to, length, L, strength);
+        V(0.25f) * log2Below(rho2) + in.leastZ * V(growthToBranch(medium));
+    const NodeNeeds<Set> needs(rho2, in.leastFrom, to, length, L, strength, medium);
     oscillation = needs.oscillation;
     order = needs.order + V(0.6f) + V(0.1f) * larger(L - V(18.0f), zero);
   }
 
-  static constexpr float pi = 3.14159265f;
   static constexpr float oscillationMargin = 2, branchMargin = 1;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FastNearfield/intervals/Exponential.h"
 #include "FastNearfield/intervals/GaussRules.h"
 #include "FastNearfield/point/ComplexArithmetic.h"
 #include "FastNearfield/point/HalfTurns.h"
@@ -10,10 +11,7 @@ namespace pistonfield {
 /// The fraction of a number of half turns, from −1/2 to 1/2.
 template <class Set>
 PISTONFIELD_HOST_DEVICE Pack<Set> fractionOf(Pack<Set> halfTurns) {
-  // Above this, a float or a double has no digits after the point.
-  constexpr typename Set::Value roundsOff =
-      sizeof(typename Set::Value) == sizeof(float) ? 0x1.8p23 : 0x1.8p52;
-  return halfTurns - ((halfTurns + Pack<Set>(roundsOff)) - Pack<Set>(roundsOff));
+  return halfTurns - nearestInteger(halfTurns);
 }
 
 template <class Set>
@@ -65,12 +63,17 @@ struct Quotients {
   }
 };
 
-/// d·∫ sin(δ/2)·(sin(δ/2) + i·cos(δ/2)) / D dσ from `from` to `to`, by the rule. D = d² + σ²,
-/// δ/2 = π(R − z), R = √(z² + D); all lengths are in wavelengths. The integral of
-/// (exp(−ikR) − exp(−ikz))/D is −2·exp(−ikz) times this.
-template <class Set>
-PISTONFIELD_HOST_DEVICE ComplexPair<Pack<Set>> intervalSum(Pack<Set> d, Pack<Set> z, Pack<Set> from,
-                                                           Pack<Set> to, IntervalRule<Set> rule) {
+/// d·∫ h/D dσ from `from` to `to`, by the rule. D = d² + σ², R = √(z² + D), δ = 2π(R − z); all
+/// lengths are in wavelengths. The integral of (exp(−ikR) − exp(−ikz))/D is −2·exp(−ikz) times
+/// this.
+///
+/// Without loss h = −(exp(−iδ) − 1)/2 = sin(δ/2)·(sin(δ/2) + i·cos(δ/2)). In a medium in which a
+/// wave decays by `decay` nepers a wavelength, k has the imaginary part −decay/λ, and with
+/// E = exp(−decay·(R − z)) − 1 it is h·(1 + E) − E/2. No digits are lost in either.
+template <bool isLossy = false, class Set>
+PISTONFIELD_HOST_DEVICE ComplexPair<Pack<Set>> intervalSum(
+    Pack<Set> d, Pack<Set> z, Pack<Set> from, Pack<Set> to, IntervalRule<Set> rule,
+    Pack<Set> decay = Pack<Set>(typename Set::Value(0))) {
   using V = Pack<Set>;
   using Value = typename Set::Value;
   const V h = (to - from) * V(Value(0.5));
@@ -84,7 +87,13 @@ PISTONFIELD_HOST_DEVICE ComplexPair<Pack<Set>> intervalSum(Pack<Set> d, Pack<Set
     const V ends = squareRoot(zz + D) + z;  // R + z
     const Quotients<Set> q(D, ends, D);
     const auto [sine, cosine] = sineCosine(fractionOf(q.path));
-    const V scale = V(rule.w[j]) * q.inverse * sine;
+    const V weight = V(rule.w[j]) * q.inverse;
+    V scale = weight * sine;
+    if constexpr (isLossy) {
+      const V E = Exponential<Set>(-decay * q.path).minusOne();
+      sum.re = multiplyAdd(weight * V(Value(-0.5)), E, sum.re);
+      scale = multiplyAdd(scale, E, scale);
+    }
     sum = multiplyAdd(scale, ComplexPair<V>{sine, cosine}, sum);
   }
   const V dh = d * h;

@@ -28,6 +28,8 @@ class PistonInPacks {
       : piston_(piston),
         used_(used),
         halfSides_{piston.halfWidth, piston.halfHeight},
+        medium_{static_cast<float>(piston.decay),
+                static_cast<float>(std::sqrt(4 * pi * pi + piston.decay * piston.decay))},
         tolerance_(static_cast<float>(piston.tolerance * 2 * pi / mostIntervals)) {}
 
   PISTONFIELD_HOST_DEVICE void add(const double* x, const double* y, const double* z, int count,
@@ -41,6 +43,7 @@ class PistonInPacks {
       const int last = first + group < count ? first + group : count;
       const int loaded = (last - first) / Single::lanes;
       for (int i = first, n = 0; i < last; i += Single::lanes, ++n) load(n, x + i, y + i, z + i);
+      boundDecays(loaded);
       if (piston_.order == 0) planProducts(loaded);
       for (int n = 0; n < loaded; ++n) {
         if (isProduct_[n]) continue;
@@ -100,6 +103,13 @@ class PistonInPacks {
     W from, to;
   };
 
+  /// What is in the lanes.
+  struct LaneValues {
+    PISTONFIELD_HOST_DEVICE explicit LaneValues(Single pack) { pack.store(values); }
+    PISTONFIELD_HOST_DEVICE float operator[](int lane) const { return values[lane]; }
+    float values[Single::lanes];
+  };
+
   PISTONFIELD_HOST_DEVICE W distance(const Interval& interval) const {
     return W(halfSides_[interval.across]) +
            W(static_cast<double>(interval.side)) * lateral_[interval.across][interval.pack];
@@ -128,7 +138,7 @@ class PistonInPacks {
     lateral_[1][n] = absolute(along(axes[1]));
     signedZ_[n] = along(axes[2]);
     z_[n] = absolute(signedZ_[n]);
-    delay_[n] = z_[n];
+    delay_[n] = decayPath_[n] = z_[n];
     singleZ_[n] = z_[n].rounded();
     isProduct_[n] = false;
     sum_[n] = {Single(0.0f), Single(0.0f)};
@@ -142,64 +152,184 @@ class PistonInPacks {
     leastZ_[n] = smallest(singleZ_[n]);
   }
 
+  /// Bounds how much waves decay on their way to each pack, at least: those of the integrals along
+  /// the edges by their distance from the plane of the piston.
+  PISTONFIELD_HOST_DEVICE void boundDecays(int loaded) {
+    for (int first = 0; first < loaded; first += Single::lanes) {
+      const LaneValues decayed(decayAbove(Single::load(leastZ_ + first), medium_));
+      for (int lane = 0; lane < Single::lanes && first + lane < loaded; ++lane)
+        setDecay(first + lane, decayed[lane]);
+    }
+  }
+
+  /// Pressures at a pack are at most this part of what they are without loss.
+  PISTONFIELD_HOST_DEVICE void setDecay(int n, float decayed) {
+    decayed_[n] = decayed;
+    tolerances_[n] = tolerance_ / decayed;
+  }
+
   /// Evaluates packs by a product of rules where that takes the least time.
   PISTONFIELD_HOST_DEVICE void planProducts(int loaded) {
+    if (isLossy())
+      for (int n = 0; n < loaded; ++n) planLossyProduct(n);
+    else
+      planLosslessProducts(loaded);
+  }
+
+  /// The tolerance of a pressure.
+  PISTONFIELD_HOST_DEVICE float pressureTolerance() const {
+    return tolerance_ * static_cast<float>(mostIntervals / (2 * pi));
+  }
+
+  PISTONFIELD_HOST_DEVICE void planLosslessProducts(int loaded) {
     const auto a = static_cast<float>(halfSides_[0]), b = static_cast<float>(halfSides_[1]);
-    const float tolerance = tolerance_ * static_cast<float>(mostIntervals / (2 * pi));
+    const float tolerance = pressureTolerance(),
+                mostRounding = ProductNeeds<Set>::roundingShare * tolerance;
     for (int first = 0; first < loaded; first += Single::lanes) {
       const auto all = [&](const float* values) { return Single::load(values + first); };
       const ProductNeeds<Set> needs(
           Single(a), Single(b),
           {all(least_[0]), all(most_[0]), all(least_[1]), all(most_[1]), all(leastZ_)},
           Single(tolerance));
-      float orderX[Single::lanes], orderY[Single::lanes], rounding[Single::lanes],
-          nearest[Single::lanes];
-      needs.orderX.store(orderX);
-      needs.orderY.store(orderY);
-      needs.rounding.store(rounding);
-      needs.nearest.store(nearest);
-      for (int lane = 0; lane < Single::lanes && first + lane < loaded; ++lane) {
-        const int n = first + lane;
-        if (!(rounding[lane] * 0x1p-24f <= ProductNeeds<Set>::roundingShare * tolerance)) continue;
-        // At the piston R is the root of a difference of nearly equal numbers.
-        if (nearest[lane] < leastNearness * (a + most_[0][n] + b + most_[1][n])) continue;
-        if (!(orderX[lane] < mostIntervalOrder && orderY[lane] < mostIntervalOrder)) continue;
-        const HalvedRule<Set> ruleX{{piston_.rules, orderOf(orderX[lane])}, most_[0][n] == 0},
-            ruleY{{piston_.rules, orderOf(orderY[lane])}, most_[1][n] == 0};
-        if (isFaster(n, ruleX, ruleY)) addProduct(n, ruleX, ruleY);
-      }
+      const LaneValues orderX(needs.orderX), orderY(needs.orderY), rounding(needs.rounding),
+          nearest(needs.nearest);
+      for (int lane = 0; lane < Single::lanes && first + lane < loaded; ++lane)
+        if (rounding[lane] * 0x1p-24f <= mostRounding)
+          considerProduct(first + lane, orderX[lane], orderY[lane], {nearest[lane], 1, true});
     }
+  }
+
+  /// From each point's own distance: waves may not have decayed alike, at some points completely.
+  PISTONFIELD_HOST_DEVICE void planLossyProduct(int n) {
+    const auto a = static_cast<float>(halfSides_[0]), b = static_cast<float>(halfSides_[1]);
+    const float tolerance = pressureTolerance(),
+                mostRounding = ProductNeeds<Set>::roundingShare * tolerance;
+    const Single x = lateral_[0][n].rounded(), y = lateral_[1][n].rounded(), zero(0.0f),
+                 distance = nearestOf(x, y, singleZ_[n]), decayed = decayAbove(distance, medium_),
+                 magnitude = Single(4 * a * b) * inverseEstimate(distance) * decayed;
+    const auto most = [&](Single bound) {
+      return largest(select(magnitude < Single(0.25f * tolerance), zero, bound));
+    };
+    if (most(magnitude) == 0) return leaveOut(n, largest(decayed));
+    const ProductNeeds<Set> needs(Single(a), Single(b), {x, x, y, y, singleZ_[n]},
+                                  Single(tolerance) * inverseEstimate(decayed), medium_);
+    const float rounding = most(needs.rounding * decayed);
+    const bool single = rounding * 0x1p-24f <= mostRounding;
+    if (single || rounding * 0x1p-53f <= mostRounding)
+      considerProduct(n, most(needs.orderX), most(needs.orderY),
+                      {smallest(needs.nearest), largest(decayed), single});
+  }
+
+  /// Sets the pressures at a pack to 0, where waves have decayed below the tolerance.
+  PISTONFIELD_HOST_DEVICE void leaveOut(int n, float decayed) {
+    isProduct_[n] = true;
+    setDecay(n, decayed);
+  }
+
+  /// A lower bound of points' distance from the piston.
+  PISTONFIELD_HOST_DEVICE Single nearestOf(Single x, Single y, Single z) const {
+    const Single zero(0.0f),
+        besideX = larger(x - Single(static_cast<float>(halfSides_[0])), zero),
+        besideY = larger(y - Single(static_cast<float>(halfSides_[1])), zero),
+        square = multiplyAdd(besideX, besideX, multiplyAdd(besideY, besideY, z * z));
+    return rootEstimate(larger(square, Single(1e-30f))) * Single(1 - 0x1p-10f);
+  }
+
+  /// For the points of a pack.
+  struct ProductBounds {
+    float nearest;  ///< of the distances from the piston
+    float decayed;  ///< of the decays (setDecay)
+    bool single;    ///< whether the rule may be evaluated in single precision
+  };
+
+  /// Evaluates a pack by products of rules of these orders if that takes the least time.
+  PISTONFIELD_HOST_DEVICE void considerProduct(int n, float orderX, float orderY,
+                                               const ProductBounds& bounds) {
+    const auto a = static_cast<float>(halfSides_[0]), b = static_cast<float>(halfSides_[1]);
+    // At the piston R is the root of a difference of nearly equal numbers.
+    if (bounds.nearest < leastNearness * (a + most_[0][n] + b + most_[1][n])) return;
+    if (!(orderX < mostIntervalOrder && orderY < mostIntervalOrder)) return;
+    const Product product{orderOf(orderX), orderOf(orderY), bounds.single};
+    if (!isFaster(n, product, bounds.nearest)) return;
+    setDecay(n, bounds.decayed);
+    addProduct(n, product);
+  }
+
+  /// A product of rules, and whether it is evaluated in single precision.
+  struct Product {
+    int orderX, orderY;
+    bool single;
+  };
+
+  /// The rules of a product. Both halves of a side are equal if all points are on the other axis.
+  template <class S>
+  PISTONFIELD_HOST_DEVICE HalvedRule<S> ruleAlong(int axis, GaussRuleTable<typename S::Value> rules,
+                                                  int n, int order) const {
+    return {{rules, order}, most_[axis][n] == 0};
   }
 
   /// Whether the product rule is faster than the integrals along the edges, which have about the
   /// same orders.
-  PISTONFIELD_HOST_DEVICE bool isFaster(int n, const HalvedRule<Set>& ruleX,
-                                        const HalvedRule<Set>& ruleY) const {
+  PISTONFIELD_HOST_DEVICE bool isFaster(int n, const Product& product, float nearest) const {
+    const auto ruleX = ruleAlong<Set>(0, piston_.rules, n, product.orderX),
+               ruleY = ruleAlong<Set>(1, piston_.rules, n, product.orderY);
     const auto a = static_cast<float>(halfSides_[0]), b = static_cast<float>(halfSides_[1]);
     const int edgesAlongX = ruleY.halves ? 1 : 2, edgesAlongY = ruleX.halves ? 1 : 2;
     auto nodes = static_cast<float>(edgesAlongX * ruleX.nodes() + edgesAlongY * ruleY.nodes());
     // The integrals nearly cancel each other; a quarter of their rounding errors.
-    const float rounding = (a + most_[0][n]) * b + (b + most_[1][n]) * a;
-    if (rounding * 40 * 0x1p-24f > leastZ_[n] * roundingShare * tolerance_ * mostIntervals)
-      nodes *= 4;
+    const float rounding = 40 * ((a + most_[0][n]) * b + (b + most_[1][n]) * a),
+                mostRounding = roundingShare * tolerances_[n] * mostIntervals;
+    if (product.single && rounding * 0x1p-24f > leastZ_[n] * mostRounding) nodes *= 4;
+    // To the side in a lossy medium they cancel completely: each of them decays as exp(−αz) only.
+    if (isLossy() && 16 * rounding * 0x1p-53f > nearest * mostRounding) return true;
     return static_cast<float>(ruleX.nodes() * ruleY.nodes()) < nodes + 4;
   }
 
-  PISTONFIELD_HOST_DEVICE void addProduct(int n, const HalvedRule<Set>& ruleX,
-                                          const HalvedRule<Set>& ruleY) {
+  PISTONFIELD_HOST_DEVICE void addProduct(int n, const Product& product) {
     isProduct_[n] = true;
-    used_.single = true;
-    noteOrder(ruleX.rule.order);
-    noteOrder(ruleY.rule.order);
-    used_.nodes += ruleX.nodes() * ruleY.nodes() * Single::lanes;
+    noteOrder(product.orderX);
+    noteOrder(product.orderY);
     const W x = lateral_[0][n], y = lateral_[1][n], z = z_[n], square = x * x + (y * y + z * z);
     delay_[n] = squareRoot(square);
-    const auto value =
-        productSum<Set>(static_cast<float>(halfSides_[0]), static_cast<float>(halfSides_[1]),
-                        x.rounded(), y.rounded(), delay_[n].rounded(), ruleX, ruleY);
+    decayPath_[n] = W(nearestOf(x.rounded(), y.rounded(), singleZ_[n]));
+    const W beyond = delay_[n] - decayPath_[n];
+    if (product.single) {
+      used_.single = true;
+      sum_[n] = productAt<Set>(n, product, piston_.rules, x.rounded(), y.rounded(),
+                               delay_[n].rounded(), beyond.rounded());
+    } else {
+      used_.precise = hasPrecise_[n] = true;
+      preciseSum_[n] = W::mappedToPairs(
+          [&](auto atX, auto atY, auto C, auto beyondC) {
+            return productAt<typename Set::Double>(n, product, piston_.preciseRules, atX, atY, C,
+                                                   beyondC);
+          },
+          x, y, delay_[n], beyond);
+    }
+  }
+
+  /// In the scale of the sums.
+  template <class S>
+  PISTONFIELD_HOST_DEVICE ComplexPair<Pack<S>> productAt(int n, const Product& product,
+                                                         GaussRuleTable<typename S::Value> rules,
+                                                         Pack<S> x, Pack<S> y, Pack<S> C,
+                                                         Pack<S> beyond) {
+    using Value = typename S::Value;
+    const auto ruleX = ruleAlong<S>(0, rules, n, product.orderX),
+               ruleY = ruleAlong<S>(1, rules, n, product.orderY);
+    used_.nodes += ruleX.nodes() * ruleY.nodes() * Pack<S>::lanes;
+    const auto a = static_cast<Value>(halfSides_[0]), b = static_cast<Value>(halfSides_[1]);
     // `pressure` multiplies by −i/π.
-    const Single factor(static_cast<float>(pi));
-    sum_[n] = {-factor * value.im, factor * value.re};
+    const Pack<S> factor(static_cast<Value>(pi));
+    if (!isLossy()) {
+      const auto value = productSum<S>(a, b, x, y, C, ruleX, ruleY);
+      return {-factor * value.im, factor * value.re};
+    }
+    const auto decay = static_cast<Value>(piston_.decay);
+    const auto value = productSum<S, true>(a, b, x, y, C, ruleX, ruleY, decay, beyond);
+    // k/2π = 1 − i·decay/2π
+    const Pack<S> factorIm(decay / 2);
+    return {-factor * value.im + factorIm * value.re, factor * value.re + factorIm * value.im};
   }
 
   /// The range of a magnitude among the points of a pack.
@@ -255,6 +385,7 @@ class PistonInPacks {
     leastFrom_[proposals_] = ends.least;
     mostTo_[proposals_] = ends.most;
     length_[proposals_] = length;
+    shares_[proposals_] = quadratureShare * tolerances_[interval.pack];
     proposed_[proposals_++] = interval;
     if constexpr (packs > 1)  // one point never has more
       if (proposals_ == mostProposals) decide();
@@ -268,14 +399,14 @@ class PistonInPacks {
       const auto all = [&](const float* values) { return Single::load(values + first); };
       const IntervalNeeds<Set> needs(
           {all(leastD_), all(mostD_), all(zs_), all(leastFrom_), all(mostTo_), all(length_)},
-          Single(quadratureShare * tolerance_));
+          all(shares_), medium_);
       float magnitude[Single::lanes], nodes[Single::lanes], rounding[Single::lanes];
       needs.magnitude.store(magnitude);
       needs.order.store(nodes);
       (needs.rounding + needs.ends).store(rounding);
       for (int n = 0; n < Single::lanes && first + n < proposals_; ++n) {
         const Interval& interval = proposed_[first + n];
-        if (magnitude[n] <= tolerance_) continue;
+        if (magnitude[n] <= tolerances_[interval.pack]) continue;
         const bool isBesideEdge = leastD_[first + n] < leastSingleD;
         if (nodes[n] <= mostSimpleOrder && !isBesideEdge && mayRound(interval, rounding[n]))
           keep(interval, orderOf(nodes[n]), true);
@@ -290,14 +421,15 @@ class PistonInPacks {
   /// units. If so, it is added to those of the pack: they may take half of the share together.
   PISTONFIELD_HOST_DEVICE bool mayRound(const Interval& interval, float rounding) {
     const float error = static_cast<float>(interval.times) * rounding * 0x1p-24f;
-    if (!(singleRounding_[interval.pack] + error <= 0.5f * mostRounding())) return false;
+    if (!(singleRounding_[interval.pack] + error <= 0.5f * mostRounding(interval.pack)))
+      return false;
     singleRounding_[interval.pack] += error;
     return true;
   }
 
-  /// The largest rounding error of the sum at a point.
-  PISTONFIELD_HOST_DEVICE float mostRounding() const {
-    return roundingShare * tolerance_ * mostIntervals;
+  /// The largest rounding error of the sum at a point of a pack.
+  PISTONFIELD_HOST_DEVICE float mostRounding(int n) const {
+    return roundingShare * tolerances_[n] * mostIntervals;
   }
 
   PISTONFIELD_HOST_DEVICE static int orderOf(float need) {
@@ -308,25 +440,35 @@ class PistonInPacks {
   /// divided; where a branch point is the reason, so that the part next to it is short.
   PISTONFIELD_HOST_DEVICE void addDifficult(Interval interval) {
     Pending pending[mostPending];
-    float tolerance = tolerance_;
+    float tolerance = tolerances_[interval.pack];
+    // By how much more than elsewhere waves have decayed at each point of the pack.
+    const Single more = isLossy()
+                            ? Single(decayed_[interval.pack]) *
+                                  inverseEstimate(decayAbove(singleZ_[interval.pack], medium_))
+                            : Single(1.0f);
     for (int left = 0;;) {
       const Ends ends = endsOf(interval);
       const Single d = absolute(distance(interval).rounded()), from = ends.from.rounded(),
                    to = ends.to.rounded(), length = (ends.to - ends.from).rounded();
       const IntervalNeeds<Set> needs({d, d, singleZ_[interval.pack], from, to, length},
-                                     Single(quadratureShare * tolerance));
-      const float oscillation = largest(needs.oscillation), need = largest(needs.order);
+                                     Single(quadratureShare * tolerance) * more, medium_);
+      // In a lossy medium, waves at some points of a pack may have decayed completely.
+      const auto most = [&](Single bound) {
+        if (!isLossy()) return largest(bound);
+        const Single zero(0.0f);
+        return largest(select(needs.magnitude <= Single(0.5f * tolerance) * more, zero, bound));
+      };
+      const float oscillation = most(needs.oscillation), need = most(needs.order);
       const bool steep = need > mostSimpleOrder && need > 1.5f * oscillation;
-      if (largest(needs.magnitude) <= tolerance) {
+      if (most(needs.magnitude) <= tolerance) {
         // It is left out.
       } else if (!steep && need <= mostIntervalOrder - 1) {
         const bool isBesideEdge = any((Single(0.0f) < d) & (d < Single(leastSingleD)));
-        const bool single =
-            !isBesideEdge && mayRound(interval, largest(needs.rounding + needs.ends));
+        const bool single = !isBesideEdge && mayRound(interval, most(needs.rounding + needs.ends));
         // In double precision, neighbouring intervals share their ends.
         if (!single)
           preciseRounding_[interval.pack] +=
-              static_cast<float>(interval.times) * largest(needs.rounding) * 0x1p-53f;
+              static_cast<float>(interval.times) * most(needs.rounding) * 0x1p-53f;
         // Leaves room for all of a group that are not divided.
         if (singles_ >= mostUndivided || precises_ == mostUndivided) evaluateIntervals();
         keep(interval, orderOf(need), single);
@@ -375,9 +517,8 @@ class PistonInPacks {
     for (int i = 0; i < singles_; ++i) {
       const Interval& part = single_[i];
       const Ends ends = endsOf(part);
-      const auto value =
-          intervalSum(distance(part).rounded(), singleZ_[part.pack], ends.from.rounded(),
-                      ends.to.rounded(), IntervalRule<Set>(piston_.rules, part.order));
+      const auto value = sumOf(distance(part).rounded(), singleZ_[part.pack], ends.from.rounded(),
+                               ends.to.rounded(), IntervalRule<Set>(piston_.rules, part.order));
       sum_[part.pack] = multiplyAdd(Single(static_cast<float>(part.times)), value, sum_[part.pack]);
     }
     for (int i = 0; i < precises_; ++i) {
@@ -385,10 +526,9 @@ class PistonInPacks {
       const Ends ends = endsOf(part);
       const W d = distance(part), z = z_[part.pack], times(static_cast<double>(part.times));
       const IntervalRule<typename Set::Double> rule(piston_.preciseRules, part.order);
-      const ComplexPair<W> value =
-          W::mappedToPairs([&](auto dOf, auto zOf, auto from,
-                               auto to) { return intervalSum(dOf, zOf, from, to, rule); },
-                           d, z, ends.from, ends.to);
+      const ComplexPair<W> value = W::mappedToPairs(
+          [&](auto dOf, auto zOf, auto from, auto to) { return sumOf(dOf, zOf, from, to, rule); },
+          d, z, ends.from, ends.to);
       ComplexPair<W>& sum = preciseSum_[part.pack];
       if (!hasPrecise_[part.pack]) sum = {W(0.0), W(0.0)};
       hasPrecise_[part.pack] = true;
@@ -396,6 +536,19 @@ class PistonInPacks {
     }
     singles_ = precises_ = 0;
   }
+
+  template <class V, class Rule>
+  PISTONFIELD_HOST_DEVICE ComplexPair<V> sumOf(V d, V z, V from, V to, const Rule& rule) const {
+    return isLossy() ? intervalSum<true>(d, z, from, to, rule, V(decayOf<V>()))
+                     : intervalSum(d, z, from, to, rule);
+  }
+
+  template <class V>
+  PISTONFIELD_HOST_DEVICE typename V::Value decayOf() const {
+    return static_cast<typename V::Value>(piston_.decay);
+  }
+
+  PISTONFIELD_HOST_DEVICE bool isLossy() const { return piston_.decay > 0; }
 
   /// −i/π·exp(−ik·path), by which the sum is multiplied: of the path's fraction of a wavelength,
   /// from the sine and cosine of half the phase.
@@ -408,6 +561,21 @@ class PistonInPacks {
   }
 
   PISTONFIELD_HOST_DEVICE ComplexPair<W> pressure(int n) const {
+    const ComplexPair<W> p = withoutDecay(n);
+    if (!isLossy()) return p;
+    const W decayed = exponential(W(-piston_.decay) * decayPath_[n]);
+    return {decayed * p.re, decayed * p.im};
+  }
+
+  PISTONFIELD_HOST_DEVICE static W exponential(W x) {
+    return W::mapped([](auto part) { return exponentialOf(part); }, x);
+  }
+  template <class DoubleSet>
+  PISTONFIELD_HOST_DEVICE static Pack<DoubleSet> exponentialOf(Pack<DoubleSet> x) {
+    return Exponential<DoubleSet>(x).value();
+  }
+
+  PISTONFIELD_HOST_DEVICE ComplexPair<W> withoutDecay(int n) const {
     const ComplexPair<Single>& single = sum_[n];
     const W phase = fractionOf(delay_[n]);
     if (!hasPrecise_[n]) {
@@ -429,11 +597,11 @@ class PistonInPacks {
                  relative(static_cast<float>(piston_.relativeShift)),
                  absolute(static_cast<float>(piston_.shift)),
                  shift = multiplyAdd(distance, relative, absolute);
-    Single error = Single(static_cast<float>(2 * pi)) * magnitude * shift;
+    Single error = Single(medium_.waveNumber) * magnitude * shift;
     // Below this, it does not matter where the edges are: an integral is at most 2·ln(1 +
     // length/R).
     constexpr float mostOfEdges = 600;
-    const float roughly = mostOfEdges * largest(shift);
+    const float roughly = mostOfEdges * largest(shift) * decayed_[n];
     if (roughly < negligibleShare * static_cast<float>(piston_.tolerance))
       error = error + Single(roughly);
     else
@@ -463,21 +631,30 @@ class PistonInPacks {
     const Single distance = larger(rootEstimate(larger(square, Single(1e-36f))), shift);
     const Single ratio = Single(2 * half) * inverseEstimate(larger(distance, Single(1e-18f)));
     constexpr float ln2 = 0.693148f;
-    return smaller(ratio, Single(2 * ln2) * log2Above(Single(1.0f) + ratio)) * Single(1.01f);
+    return smaller(ratio, Single(2 * ln2) * log2Above(Single(1.0f) + ratio)) * Single(1.01f) *
+           decayAbove(distance, medium_);
   }
 
   PISTONFIELD_HOST_DEVICE void addPressure(int n, double* re, double* im) {
     if (piston_.order == 0) {
       const auto excess =
-          static_cast<double>((singleRounding_[n] + preciseRounding_[n]) / mostRounding());
+          static_cast<double>((singleRounding_[n] + preciseRounding_[n]) / mostRounding(n));
       if (excess > used_.excess) used_.excess = excess;
     }
     ComplexPair<W> p = pressure(n);
     Single magnitude = absolute(p.re.rounded()) + absolute(p.im.rounded());
     if (anyLess(signedZ_[n], W(0.0))) {
       const W share = shareBehind(n);
-      p.re = p.re + share * planeWave(n);
-      magnitude = magnitude + Single(2.0f) * share.rounded();
+      if (isLossy()) {
+        if (anyLess(W(0.0), share * step(W(mostGrowth), W(piston_.decay) * z_[n])))
+          used_.excess = 1e300;
+        const ComplexPair<W> wave = growingWave(n);
+        p = {p.re + share * wave.re, p.im + share * wave.im};
+        magnitude = magnitude + (share * (absolute(wave.re) + absolute(wave.im))).rounded();
+      } else {
+        p.re = p.re + share * planeWave(n);
+        magnitude = magnitude + Single(2.0f) * share.rounded();
+      }
     }
     notePositionError(n, magnitude);
     const W weightRe(piston_.weightRe), weightIm(piston_.weightIm);
@@ -501,9 +678,25 @@ class PistonInPacks {
         fractionOf(z_[n]));
   }
 
+  /// The same with a complex k: 2·(sin(k|z|)·cosh(α|z|) − i·cos(k|z|)·sinh(α|z|)).
+  PISTONFIELD_HOST_DEVICE ComplexPair<W> growingWave(int n) const {
+    const W path = W(piston_.decay) * z_[n], grown = exponential(path),
+            decayed = exponential(W(0.0) - path), phase = fractionOf(z_[n]);
+    const auto [sine, cosine] = W::mappedToPairs(
+        [](auto part) {
+          const auto half = sineCosine(part);
+          using V = decltype(part);
+          return ComplexPair<V>{V(2.0) * half.sine * half.cosine,
+                                half.cosine * half.cosine - half.sine * half.sine};
+        },
+        phase);
+    return {sine * (grown + decayed), cosine * (decayed - grown)};
+  }
+
   const WeightedPiston& piston_;
   Used& used_;
   const double halfSides_[2];
+  const Medium medium_;
   const float tolerance_;  // of an integral I of IntervalOrder.h: p = i/2π·Σ I
   float positionError_ = 0;
   int proposals_ = 0, singles_ = 0, precises_ = 0;
@@ -511,18 +704,21 @@ class PistonInPacks {
   // The points of a group of packs in the piston's own axes, and their sums.
   W lateral_[2][packs];  // |x| and |y|
   W signedZ_[packs], z_[packs];
-  W delay_[packs];  // a length: the path by which the sums are delayed
+  // Lengths: the paths by which the sums are delayed, and on which they decay.
+  W delay_[packs], decayPath_[packs];
   ComplexPair<W> preciseSum_[packs];
   Single singleZ_[packs];
   ComplexPair<Single> sum_[packs];
   float least_[2][packs] = {}, most_[2][packs] = {}, leastZ_[packs] = {};
+  float decayed_[packs] = {}, tolerances_[packs] = {};  // setDecay
   // Bounds of the rounding errors of a pack's intervals.
   float singleRounding_[packs] = {}, preciseRounding_[packs] = {};
   bool isProduct_[packs] = {}, hasPrecise_[packs] = {};
 
   // Intervals that are decided on together, with their bounds.
   float leastD_[mostProposals] = {}, mostD_[mostProposals] = {}, zs_[mostProposals] = {},
-        leastFrom_[mostProposals] = {}, mostTo_[mostProposals] = {}, length_[mostProposals] = {};
+        leastFrom_[mostProposals] = {}, mostTo_[mostProposals] = {}, length_[mostProposals] = {},
+        shares_[mostProposals] = {};
   Interval proposed_[mostProposals];
 
   // Intervals to evaluate in single and in double precision.

@@ -15,6 +15,7 @@ struct WeightedPiston {
   double shift;          ///< how far points may be from where they are given
   double relativeShift;  ///< the same, relative to the distance, by the axes' rounding; or relative
                          ///< to each coordinate, unless the piston is turned
+  double decay;          ///< of a wave, in nepers a wavelength; 0 without loss
   double tolerance;      ///< the largest error of its pressure, for the weight 1
   bool isTurned;         ///< whether its own axes are not those of the points
   int order;             ///< of every interval; 0: chosen for the tolerance
