@@ -11,6 +11,7 @@
 #include "Work.h"
 #include "core/Compiler.h"
 #include "field/arrays.h"
+#include "field/beam.h"
 #include "field/field.h"
 #include "field/order.h"
 #include "lanes/InstructionSet.h"
@@ -60,7 +61,8 @@ std::vector<double> rowsOf(const std::vector<Field::Piston>& pistons) {
 
 /// Whether pressures take a few milliseconds at most, by a rough count of nodes. To start a thread
 /// takes longer than the pressure at one point.
-bool isShort(double points, const double* pistons, std::size_t pistonCount, double k) {
+bool isShort(double points, const double* pistons, std::size_t pistonCount,
+             std::complex<double> k) {
   double nodes = 0;
   for (std::size_t n = 0; n < pistonCount; ++n) {
     const double *const width = pistons + n * numbersOfPiston, *const height = width + 1;
@@ -76,8 +78,8 @@ const Position* positionsOf(const double* points) {
 
 /// Sets the pressures that compute(field, options, report) returns for the pistons.
 template <class Compute>
-bool runField(Work& work, bool brief, const double* pistons, std::size_t pistonCount, double k,
-              double tolerance, int order, Compute compute) {
+bool runField(Work& work, bool brief, const double* pistons, std::size_t pistonCount,
+              std::complex<double> k, double tolerance, int order, Compute compute) {
   return work.run(brief, [=, &work] {
     FieldOptions options;
     options.tolerance = tolerance;
@@ -118,8 +120,9 @@ PISTONFIELD_EXPORT bool pistonfield_wait(Work* work, double seconds, double* fra
 // arrays until then.
 
 PISTONFIELD_EXPORT bool pistonfield_at(Work* work, const double* points, std::size_t count,
-                                       const double* pistons, std::size_t pistonCount, double k,
-                                       double tolerance, int order) {
+                                       const double* pistons, std::size_t pistonCount, double kRe,
+                                       double kIm, double tolerance, int order) {
+  const std::complex<double> k(kRe, kIm);
   const bool brief = isShort(static_cast<double>(count), pistons, pistonCount, k);
   return runField(*work, brief, pistons, pistonCount, k, tolerance, order,
                   [=](const Field& field, const FieldOptions& options, FieldReport* report) {
@@ -129,8 +132,9 @@ PISTONFIELD_EXPORT bool pistonfield_at(Work* work, const double* points, std::si
 
 PISTONFIELD_EXPORT bool pistonfield_on(Work* work, const double* x, std::size_t nx, const double* y,
                                        std::size_t ny, const double* z, std::size_t nz,
-                                       const double* pistons, std::size_t pistonCount, double k,
-                                       double tolerance, int order) {
+                                       const double* pistons, std::size_t pistonCount, double kRe,
+                                       double kIm, double tolerance, int order) {
+  const std::complex<double> k(kRe, kIm);
   const double count = static_cast<double>(nx) * static_cast<double>(ny) * static_cast<double>(nz);
   return runField(*work, isShort(count, pistons, pistonCount, k), pistons, pistonCount, k,
                   tolerance, order,
@@ -142,10 +146,10 @@ PISTONFIELD_EXPORT bool pistonfield_on(Work* work, const double* x, std::size_t 
 
 /// Sets the order and its error.
 PISTONFIELD_EXPORT bool pistonfield_order(Work* work, const double* points, std::size_t count,
-                                          const double* pistons, std::size_t pistonCount, double k,
-                                          double tolerance) {
+                                          const double* pistons, std::size_t pistonCount,
+                                          double kRe, double kIm, double tolerance) {
   return work->run(false, [=] {
-    const Field field(pistonsOf(pistons, pistonCount), k);
+    const Field field(pistonsOf(pistons, pistonCount), {kRe, kIm});
     const auto [order, error] =
         sufficientOrder(field, positionsOf(points), count, tolerance, work->progress());
     work->setResult({static_cast<double>(order), error});
@@ -179,15 +183,30 @@ PISTONFIELD_EXPORT void pistonfield_apodization(Work* work, const char* name,
 }
 
 PISTONFIELD_EXPORT void pistonfield_steered(Work* work, const double* pistons, std::size_t count,
-                                            const double* direction, double k) {
-  runShort(*work,
-           [=] { return rowsOf(steered(pistonsOf(pistons, count), *positionsOf(direction), k)); });
+                                            const double* direction, double kRe, double kIm) {
+  runShort(*work, [=] {
+    return rowsOf(steered(pistonsOf(pistons, count), *positionsOf(direction), {kRe, kIm}));
+  });
 }
 
 PISTONFIELD_EXPORT void pistonfield_focused(Work* work, const double* pistons, std::size_t count,
-                                            const double* focus, double k) {
-  runShort(*work,
-           [=] { return rowsOf(focused(pistonsOf(pistons, count), *positionsOf(focus), k)); });
+                                            const double* focus, double kRe, double kIm) {
+  runShort(*work, [=] {
+    return rowsOf(focused(pistonsOf(pistons, count), *positionsOf(focus), {kRe, kIm}));
+  });
+}
+
+/// Sets five numbers for each of `count` lines along x: peak, position, width, left and right edge.
+/// A pressure is two numbers.
+PISTONFIELD_EXPORT void pistonfield_beams(Work* work, const double* x, std::size_t nx,
+                                          const double* p, std::size_t count, double drop) {
+  runShort(*work, [=] {
+    const auto* const pressures = reinterpret_cast<const std::complex<double>*>(p);
+    std::vector<double> numbers;
+    for (const Beam& beam : beams({x, x + nx}, pressures, count, drop))
+      numbers.insert(numbers.end(), {beam.peak, beam.position, beam.width, beam.left, beam.right});
+    return numbers;
+  });
 }
 
 /// Sets the nodes, and then the weights.

@@ -12,20 +12,27 @@ from ._info import info
 from ._order import order, rule
 from ._pistons import Piston
 from ._plot import plot
+from ._readouts import Beam, attenuation, beam, intensity, pascals, peaks
 
 __all__ = [
+    "Beam",
     "FieldError",
     "Piston",
     "Used",
     "apodization",
+    "attenuation",
+    "beam",
     "convex_array",
     "field",
     "focused",
     "grid",
     "info",
+    "intensity",
     "linear_array",
     "matrix_array",
     "order",
+    "pascals",
+    "peaks",
     "plot",
     "rule",
     "steered",

@@ -9,7 +9,17 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._pistons import Piston, Pistons, array_of, piston_rows, pistons_of, real_array, real_number, whole_number
+from ._pistons import (
+    Piston,
+    Pistons,
+    array_of,
+    complex_number,
+    piston_rows,
+    pistons_of,
+    real_array,
+    real_number,
+    whole_number,
+)
 
 
 def linear_array(count: int, pitch: float, width: float, height: float) -> list[Piston]:
@@ -205,7 +215,7 @@ def weighted(pistons: Pistons, weights: ArrayLike) -> list[Piston]:
     return [replace(piston, weight=piston.weight * factor) for piston, factor in zip(listed, factors.tolist())]
 
 
-def steered(pistons: Pistons, direction: ArrayLike, k: float) -> list[Piston]:
+def steered(pistons: Pistons, direction: ArrayLike, k: complex) -> list[Piston]:
     """The pistons with the phases that send a plane wave in a direction.
 
     Their weights are multiplied by ``exp(-i k c.d / |d|)``, with the centre c and the direction d.
@@ -215,8 +225,8 @@ def steered(pistons: Pistons, direction: ArrayLike, k: float) -> list[Piston]:
     pistons : Piston or sequence of Piston
     direction : (3,) array_like of float
         Not 0; its length does not matter.
-    k : float
-        Wave number.
+    k : float or complex
+        Wave number. It sets phases, so of a complex k the real part counts.
 
     Returns
     -------
@@ -236,10 +246,10 @@ def steered(pistons: Pistons, direction: ArrayLike, k: float) -> list[Piston]:
     >>> array = pf.steered(array, (np.sin(angle), 0, np.cos(angle)), 2 * np.pi / 0.5e-3)
     """
     towards = real_array("direction", direction, (3,))
-    return pistons_of(_core.steered(piston_rows(pistons), towards, real_number("k", k)))
+    return pistons_of(_core.steered(piston_rows(pistons), towards, complex_number("k", k)))
 
 
-def focused(pistons: Pistons, focus: ArrayLike, k: float) -> list[Piston]:
+def focused(pistons: Pistons, focus: ArrayLike, k: complex) -> list[Piston]:
     """The pistons with the phases with which their waves arrive at a point in phase.
 
     Their weights are multiplied by ``exp(i k (|f - c| - |f|))``, with the centre c and the focus f.
@@ -248,8 +258,8 @@ def focused(pistons: Pistons, focus: ArrayLike, k: float) -> list[Piston]:
     ----------
     pistons : Piston or sequence of Piston
     focus : (3,) array_like of float
-    k : float
-        Wave number.
+    k : float or complex
+        Wave number. It sets phases, so of a complex k the real part counts.
 
     Returns
     -------
@@ -267,7 +277,7 @@ def focused(pistons: Pistons, focus: ArrayLike, k: float) -> list[Piston]:
     >>> array = pf.focused(pf.linear_array(64, 0.3e-3, 0.27e-3, 5e-3), (0, 0, 30e-3), 2 * np.pi / 0.5e-3)
     """
     at = real_array("focus", focus, (3,))
-    return pistons_of(_core.focused(piston_rows(pistons), at, real_number("k", k)))
+    return pistons_of(_core.focused(piston_rows(pistons), at, complex_number("k", k)))
 
 
 def _count(name: str, value: object) -> int:

@@ -47,19 +47,21 @@ _library = ctypes.CDLL(str(_file))
 
 _work = POINTER(_Answer)
 _points = _pistons = _axis = c_void_p, c_size_t
+_complex = c_double, c_double
 _new = _function("new", _work)
 _delete = _function("delete", None, _work)
 _stop = _function("stop", None, _work)
 _wait = _function("wait", c_bool, _work, c_double, POINTER(c_double))
-_at = _function("at", c_bool, _work, *_points, *_pistons, c_double, c_double, c_int)
-_on = _function("on", c_bool, _work, *_axis, *_axis, *_axis, *_pistons, c_double, c_double, c_int)
-_order = _function("order", c_bool, _work, *_points, *_pistons, c_double, c_double)
+_at = _function("at", c_bool, _work, *_points, *_pistons, *_complex, c_double, c_int)
+_on = _function("on", c_bool, _work, *_axis, *_axis, *_axis, *_pistons, *_complex, c_double, c_int)
+_order = _function("order", c_bool, _work, *_points, *_pistons, *_complex, c_double)
 _linear_array = _function("linear_array", None, _work, c_size_t, *[c_double] * 3)
 _matrix_array = _function("matrix_array", None, _work, c_size_t, c_size_t, *[c_double] * 4)
 _convex_array = _function("convex_array", None, _work, c_size_t, *[c_double] * 4)
 _apodization = _function("apodization", None, _work, c_char_p, POINTER(c_size_t), c_size_t, POINTER(c_double))
-_steered = _function("steered", None, _work, *_pistons, c_void_p, c_double)
-_focused = _function("focused", None, _work, *_pistons, c_void_p, c_double)
+_steered = _function("steered", None, _work, *_pistons, c_void_p, *_complex)
+_focused = _function("focused", None, _work, *_pistons, c_void_p, *_complex)
+_beams = _function("beams", None, _work, *_axis, c_void_p, c_size_t, c_double)
 _rule = _function("rule", None, _work, c_int)
 
 
@@ -115,6 +117,11 @@ def _array(values: Reals) -> tuple[int, int]:
     return values.ctypes.data, len(values)
 
 
+def _parts(number: complex) -> tuple[float, float]:
+    """The arguments of the library for a complex number."""
+    return number.real, number.imag
+
+
 def _numbers(function: Callable[..., Any], *arguments: Any) -> Reals:
     work = _Work()
     work.run(function, *arguments)
@@ -129,26 +136,26 @@ def _pressures(
 
 
 def pressures_at(
-    points: Reals, pistons: Reals, k: float, tolerance: float, order: int, progress: Progress
+    points: Reals, pistons: Reals, k: complex, tolerance: float, order: int, progress: Progress
 ) -> tuple[Pressures, list[float]]:
     """The pressures and, of what was used: the least and the most order, single, double, nodes and bound."""
     work = _Work(points, pistons)
-    return _pressures(work, _at, *_array(points), *_array(pistons), k, tolerance, order, progress=progress)
+    return _pressures(work, _at, *_array(points), *_array(pistons), *_parts(k), tolerance, order, progress=progress)
 
 
 def pressures_on(
-    axes: Sequence[Reals], pistons: Reals, k: float, tolerance: float, order: int, progress: Progress
+    axes: Sequence[Reals], pistons: Reals, k: complex, tolerance: float, order: int, progress: Progress
 ) -> tuple[Pressures, list[float]]:
     """The same on a grid, the first axis varying fastest."""
     work = _Work(*axes, pistons)
     grid = [number for axis in axes for number in _array(axis)]
-    return _pressures(work, _on, *grid, *_array(pistons), k, tolerance, order, progress=progress)
+    return _pressures(work, _on, *grid, *_array(pistons), *_parts(k), tolerance, order, progress=progress)
 
 
-def order_for(points: Reals, pistons: Reals, k: float, tolerance: float) -> tuple[int, float]:
+def order_for(points: Reals, pistons: Reals, k: complex, tolerance: float) -> tuple[int, float]:
     """The order and its error."""
     work = _Work(points, pistons)
-    work.run(_order, *_array(points), *_array(pistons), k, tolerance)
+    work.run(_order, *_array(points), *_array(pistons), *_parts(k), tolerance)
     order, error = work.array(np.float64).tolist()
     return int(order), error
 
@@ -170,12 +177,12 @@ def convex_array(count: int, pitch: float, radius: float, width: float, height: 
     return _pistons_of(_convex_array, count, pitch, radius, width, height)
 
 
-def steered(pistons: Reals, direction: Reals, k: float) -> Reals:
-    return _pistons_of(_steered, *_array(pistons), direction.ctypes.data, k)
+def steered(pistons: Reals, direction: Reals, k: complex) -> Reals:
+    return _pistons_of(_steered, *_array(pistons), direction.ctypes.data, *_parts(k))
 
 
-def focused(pistons: Reals, focus: Reals, k: float) -> Reals:
-    return _pistons_of(_focused, *_array(pistons), focus.ctypes.data, k)
+def focused(pistons: Reals, focus: Reals, k: complex) -> Reals:
+    return _pistons_of(_focused, *_array(pistons), focus.ctypes.data, *_parts(k))
 
 
 def apodization(name: str, counts: Sequence[int], parameter: float | None) -> Reals:
@@ -183,6 +190,11 @@ def apodization(name: str, counts: Sequence[int], parameter: float | None) -> Re
     numbers = (c_size_t * len(counts))(*counts)
     given = None if parameter is None else c_double(parameter)
     return _numbers(_apodization, name.encode(), numbers, len(counts), given)
+
+
+def beams(x: Reals, p: Pressures, drop: float) -> Reals:
+    """The beams of the rows of p, five numbers each."""
+    return _numbers(_beams, *_array(x), p.ctypes.data, len(p), drop).reshape(-1, 5)
 
 
 def rule(order: int) -> tuple[Reals, Reals]:

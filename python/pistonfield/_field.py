@@ -10,7 +10,7 @@ from numpy.typing import ArrayLike
 from . import _core
 from ._core import Pressures, Progress
 from ._order import order_number
-from ._pistons import Pistons, axis, piston_rows, point_rows, real_number
+from ._pistons import Pistons, axis, complex_number, piston_rows, point_rows, real_number
 
 
 @dataclass(frozen=True)
@@ -39,7 +39,7 @@ class Used:
 def field(
     points: ArrayLike,
     pistons: Pistons,
-    k: float,
+    k: complex,
     *,
     tolerance: float = ...,
     order: int | None = ...,
@@ -50,7 +50,7 @@ def field(
 def field(
     points: ArrayLike,
     pistons: Pistons,
-    k: float,
+    k: complex,
     *,
     tolerance: float = ...,
     order: int | None = ...,
@@ -60,7 +60,7 @@ def field(
 def field(
     points: ArrayLike,
     pistons: Pistons,
-    k: float,
+    k: complex,
     *,
     tolerance: float = 1e-4,
     order: int | None = None,
@@ -85,8 +85,9 @@ def field(
     points : (..., 3) array_like of float
         x, y, z of each point.
     pistons : Piston or iterable of Piston
-    k : float
-        Wave number, 2 pi / wavelength.
+    k : float or complex
+        Wave number, 2 pi / wavelength. In a lossy medium ``2 * pi * f / c - 1j * pf.attenuation(a, f)``: its
+        imaginary part is minus the attenuation in nepers per unit of length, at most the magnitude of the real part.
     tolerance : float
         The largest error of a pressure, relative to the peak of its magnitude at the points of this call:
         from 1e-12 to below 1.
@@ -134,7 +135,7 @@ def field(
     array([1.3 , 1.43])
     """
     rows, shape = point_rows(points)
-    arguments = (piston_rows(pistons), real_number("k", k), real_number("tolerance", tolerance), _order(order))
+    arguments = (piston_rows(pistons), complex_number("k", k), real_number("tolerance", tolerance), _order(order))
     p, used = _core.pressures_at(rows, *arguments, _callable(progress))
     p = p.reshape(shape)
     return (p, _used(used)) if full_output else p
@@ -146,7 +147,7 @@ def grid(
     y: ArrayLike,
     z: ArrayLike,
     pistons: Pistons,
-    k: float,
+    k: complex,
     *,
     tolerance: float = ...,
     order: int | None = ...,
@@ -159,7 +160,7 @@ def grid(
     y: ArrayLike,
     z: ArrayLike,
     pistons: Pistons,
-    k: float,
+    k: complex,
     *,
     tolerance: float = ...,
     order: int | None = ...,
@@ -171,7 +172,7 @@ def grid(
     y: ArrayLike,
     z: ArrayLike,
     pistons: Pistons,
-    k: float,
+    k: complex,
     *,
     tolerance: float = 1e-4,
     order: int | None = None,
@@ -219,7 +220,7 @@ def grid(
     True
     """
     axes = axis("x", x), axis("y", y), axis("z", z)
-    arguments = (piston_rows(pistons), real_number("k", k), real_number("tolerance", tolerance), _order(order))
+    arguments = (piston_rows(pistons), complex_number("k", k), real_number("tolerance", tolerance), _order(order))
     p, used = _core.pressures_on(axes, *arguments, _callable(progress))
     p = p.reshape([values.size for values in axes], order="F")
     return (p, _used(used)) if full_output else p

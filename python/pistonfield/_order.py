@@ -6,10 +6,10 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from . import _core
-from ._pistons import Pistons, piston_rows, point_rows, real_number, whole_number
+from ._pistons import Pistons, complex_number, piston_rows, point_rows, real_number, whole_number
 
 
-def order(points: ArrayLike, pistons: Pistons, k: float, tolerance: float) -> tuple[int, float]:
+def order(points: ArrayLike, pistons: Pistons, k: complex, tolerance: float) -> tuple[int, float]:
     """The lowest order of quadrature for a tolerance.
 
     `field` and `grid` do not need it: they meet a tolerance by themselves, with an order for each integral. It
@@ -52,7 +52,7 @@ def order(points: ArrayLike, pistons: Pistons, k: float, tolerance: float) -> tu
     >>> p = pf.field(points, pf.Piston(5, 7.5), 2 * np.pi, order=order)
     """
     rows, _ = point_rows(points)
-    return _core.order_for(rows, piston_rows(pistons), real_number("k", k), real_number("tolerance", tolerance))
+    return _core.order_for(rows, piston_rows(pistons), complex_number("k", k), real_number("tolerance", tolerance))
 
 
 def rule(order: int) -> tuple[NDArray[np.float64], NDArray[np.float64]]:

@@ -62,10 +62,7 @@ class Piston:
         self._set("centre", tuple(real_array("centre", centre, (3,)).tolist()))
         rows = None if rotation is None else real_array("rotation", rotation, (3, 3)).tolist()
         self._set("rotation", rows and tuple(map(tuple, rows)))
-        factor = array_of(weight)
-        if factor.ndim != 0 or not np.can_cast(factor.dtype, np.complex128, "safe"):
-            raise ValueError("weight must be one complex number.")
-        self._set("weight", complex(factor.item()))
+        self._set("weight", complex_number("weight", weight))
 
     def _set(self, name: str, value: object) -> None:
         object.__setattr__(self, name, value)  # the class is frozen
@@ -141,6 +138,14 @@ def real_number(name: str, value: ArrayLike) -> float:
     if array.ndim != 0 or not np.can_cast(array.dtype, np.float64, "safe"):
         raise ValueError(f"{name} must be one real number.")
     return float(array)
+
+
+def complex_number(name: str, value: ArrayLike) -> complex:
+    """The value as a complex number."""
+    array = array_of(value)
+    if array.ndim != 0 or not np.can_cast(array.dtype, np.complex128, "safe"):
+        raise ValueError(f"{name} must be one complex number.")
+    return complex(array.item())
 
 
 def whole_number(name: str, value: object, most: int) -> int:

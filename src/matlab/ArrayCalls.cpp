@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "field/arrays.h"
+#include "field/beam.h"
 #include "matlab/HostArrays.h"
 
 // The arguments of the functions for arrays come as users pass them, converted to double. One that
@@ -103,10 +104,25 @@ mxArray* aimed(const mxArray* prhs[], Aim aim) {
     pistons[m].centre = centres[m];
     pistons[m].weight = weights[m];
   }
-  pistons = aim(pistons, *at, scalarOf(prhs[4]));
+  pistons = aim(pistons, *at, numbersOf(prhs[4], 1)[0]);
   std::vector<std::complex<double>> result;
   for (const Field::Piston& piston : pistons) result.push_back(piston.weight);
   return arrayOf(result, {static_cast<mwSize>(result.size()), 1});
+}
+
+/// The columns of the beams of columns along x: peak, position, width, left and right edge.
+mxArray* beamsOf(const mxArray* prhs[]) {
+  const std::vector<double> x = realsOf(prhs[1]);
+  const std::size_t count = mxGetN(prhs[2]);
+  const std::vector<std::complex<double>> p = numbersOf(prhs[2], mxGetM(prhs[2]) * count);
+  require(x.size() < 2 || x.size() == mxGetM(prhs[2]));  // beams refuses less than two
+  const std::vector<Beam> found = beams(x, p.data(), count, scalarOf(prhs[3]));
+  mxArray* const result = realArray({5, static_cast<mwSize>(count)});
+  double* to = mxGetPr(result);
+  for (const Beam& beam : found)
+    for (const double number : {beam.peak, beam.position, beam.width, beam.left, beam.right})
+      *to++ = number;
+  return result;
 }
 
 }  // namespace
@@ -137,6 +153,8 @@ void callForArray(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
     plhs[0] = aimed(prhs, steered);
   else if (is("focused", 4))
     plhs[0] = aimed(prhs, focused);
+  else if (is("beams", 3))
+    plhs[0] = beamsOf(prhs);
   else
     require(false);
 }

@@ -25,11 +25,21 @@
 namespace pistonfield {
 namespace {
 
-enum Argument { WHERE, PISTONS, K, TOLERANCE, BAR, COUNT };
+enum Argument { WHERE, PISTONS, K, ACCURACY, BAR, COUNT };
 
 double number(const mxArray* array) {
   require(isReal(array) && mxGetNumberOfElements(array) == 1);
   return mxGetScalar(array);
+}
+
+/// For a tolerance, or from 1 on for an order.
+FieldOptions optionsFor(double accuracy) {
+  FieldOptions options;
+  if (accuracy >= 1)
+    options.order = accuracy < 513 ? static_cast<int>(accuracy) : 513;  // is refused
+  else
+    options.tolerance = accuracy;
+  return options;
 }
 
 /// The field of a struct, which must be full and double.
@@ -164,9 +174,8 @@ mxArray* described(const FieldReport& report) {
 }
 
 void call(int nlhs, mxArray* plhs[], const mxArray* prhs[], ProgressBar& bar) {
-  const Field field(pistonsOf(prhs[PISTONS]), number(prhs[K]));
-  FieldOptions options;
-  options.tolerance = number(prhs[TOLERANCE]);
+  const Field field(pistonsOf(prhs[PISTONS]), numbersOf(prhs[K], 1)[0]);
+  FieldOptions options = optionsFor(number(prhs[ACCURACY]));
   options.progress = [&](double fraction) { bar.update(fraction); };
   FieldReport report;
   plhs[0] = pressures(field, prhs[WHERE], options, &report);

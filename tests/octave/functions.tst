@@ -7,11 +7,11 @@
 
 %!function complain (name, arguments, failure) # fails unless the message explains the mistake in the user's terms
 %!  own = ['^((Too few|Wrong number of) arguments|After k, pass|Pass an order or|x, y and z must be|points must be|array[. ]|' ...
-%!         '[lsk] must be|nabscissas must be|quantity must be|limits must be|p must have|order must be|' ...
+%!         '[lsk] must be|k has a positive|The attenuation must be|nabscissas must be|quantity must be|limits must be|p must have|order must be|' ...
 %!         '[a-z]+: function called with too many inputs|x and w must be|tolerance must be|Sides must be|points must include|No order up to|' ...
-%!         '(counts?|pitch|pitches|radius|name|parameter) must be|' ...
+%!         '(counts?|pitch|pitches|radius|name|parameter|x|p|P|v|rho|c|f|coefficient|exponent|drop) must be|' ...
 %!         'After limits, only|axes must be|A point is farther than|pistonfield_quiet: (Input must be|Points \(argument 1\)|The given grid)|' ...
-%!         'array\.[a-z]+(\(:,:,\d\))? must (be|have)|pistonfield_pressure: (Wrong arguments. Call pistongrid or pistonarray|k must be|The tolerance must be|Piston \d+: ))'];
+%!         'array\.[a-z]+(\(:,:,\d\))? must (be|have)|pistonfield_pressure: (Wrong arguments. Call pistongrid or pistonarray|k must be|k has a positive|The (attenuation|tolerance|order) must be|Piston \d+: ))'];
 %!  if (isempty (regexp (failure.message, own)))
 %!    error ("%s (%s) says: %s", name, disp (arguments), failure.message);
 %!  endif
@@ -118,3 +118,14 @@
 %! assert (fine > 5 && refused > 100);
 %! [fine, refused] = sweep ("pistonapodization", {"hann", 4});
 %! assert (fine > 3 && refused > 70);
+%!test # what is read off fields
+%! [fine, refused] = sweep ("pistonbeam", {[1, 2, 3], [0, 1, 0], 6});
+%! assert (fine > 10 && refused > 70);
+%! [fine, refused] = sweep ("pistonpascals", {1i, 2, 1000, 1500});
+%! assert (fine > 40 && refused > 90);
+%! [fine, refused] = sweep ("pistonintensity", {1i, 1000, 1500});
+%! assert (fine > 40 && refused > 60);
+%! [fine, refused] = sweep ("pistonattenuation", {0.5, 1e6, 1});
+%! assert (fine > 30 && refused > 70);
+%! [fine, refused] = sweep ("pistonpeaks", {[1, -2, 3]});
+%! assert (fine > 15 && refused > 40);

@@ -55,6 +55,9 @@ for n = 1:numel (fields)
   [heading, expected] = strtok (printed{n}, "\n");
   assert (strtok (heading), f.name);
   printf ("%s\n", heading);
+  if (numel (f.k) == 2)
+    f.k = complex (f.k(1), f.k(2));
+  endif
   M = columns (f.pistons);
   array = struct ("s", f.pistons(1,:), "l", f.pistons(2,:), "positions", f.pistons(3:5,:), ...
                   "rotations", reshape (f.pistons(6:14,:), 3, 3, M), ...

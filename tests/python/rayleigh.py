@@ -11,7 +11,7 @@ import pistonfield as pf
 
 
 def rayleigh_sum(
-    points: ArrayLike, pistons: Sequence[pf.Piston], k: float, nodes: tuple[int, int]
+    points: ArrayLike, pistons: Sequence[pf.Piston], k: complex, nodes: tuple[int, int]
 ) -> NDArray[np.complex128]:
     """The pressure at points (N, 3) by a product of Gauss-Legendre rules, with so many nodes along width and height."""
     rules = [np.polynomial.legendre.leggauss(count) for count in nodes]

@@ -19,7 +19,7 @@ TABLE = Path(__file__).parents[1] / "data" / "fields.txt"
 class Case:
     """A field of the table."""
 
-    k: float = 0
+    k: complex = 0
     tolerance: float = 0
     pistons: list[pf.Piston] = field(default_factory=list)
     axes: dict[str, list[float]] = field(default_factory=dict)
@@ -48,7 +48,7 @@ def read_table() -> dict[str, Case]:
             continue
         numbers = [float(number) for number in rest]
         if word == "k":
-            case.k = numbers[0]
+            case.k = complex(*numbers)
         elif word == "tolerance":
             case.tolerance = numbers[0]
         elif word == "piston":

@@ -20,7 +20,8 @@ CALLS: dict[str, tuple[Any, dict[str, Any]]] = {
     "rule": (pf.rule, {}),
 }
 NO_ARRAY = [RAGGED, None, "one", [1j], [[0], [1, 2]], [object()], MASKED]
-NO_NUMBER = [[1, 2], None, "1", 1j, RAGGED, np.zeros((1, 1)), 2**70, np.ma.masked]
+NO_COMPLEX = [[1, 2], None, "1", RAGGED, np.zeros((1, 1)), 2**70, np.ma.masked]
+NO_NUMBER = [*NO_COMPLEX, 1j]
 NO_ORDER = [0, 513, -1, True, np.True_, 10.0, "10", [10], np.array([3]), 1j]
 WRONG = {
     ("field", "points"): [*NO_ARRAY, [], [0, 1], np.zeros((3, 2)), 0, np.zeros((2, 3), complex)],
@@ -30,7 +31,7 @@ WRONG = {
         (call, "pistons"): [None, 5, "piston", [PISTON, 5], [[5, 7.5]], pf.Piston, iter([])]
         for call in ("field", "grid", "order")
     },
-    **{(call, "k"): [*NO_NUMBER, np.nan, np.inf] for call in ("field", "grid", "order")},
+    **{(call, "k"): [*NO_COMPLEX, np.nan, np.inf, complex(1, np.nan)] for call in ("field", "grid", "order")},
     **{(call, "tolerance"): [*NO_NUMBER, 0, 1, -1, np.nan, 1e-13] for call in ("field", "grid", "order")},
     ("field", "order"): NO_ORDER,
     ("grid", "order"): NO_ORDER,
@@ -108,3 +109,12 @@ def test_errors_leave_the_package_usable() -> None:
         with pytest.raises(pf.FieldError):
             pf.field([0, 0, 1], PISTON, np.nan)
     assert pf.field([0, 0, 1], PISTON, 1) == expected
+
+
+@pytest.mark.parametrize("call", ["field", "grid", "order"])
+def test_waves_decay_by_less_than_they_oscillate(call: str) -> None:
+    function, arguments = CALLS[call]
+    with pytest.raises(pf.FieldError, match=r"^k has a positive imaginary part: .* pass k - i\*alpha\.$"):
+        function(**{**arguments, "k": 1 + 0.1j})
+    with pytest.raises(pf.FieldError, match=r"^The attenuation must be at most the real part of k"):
+        function(**{**arguments, "k": 1 - 1.1j})

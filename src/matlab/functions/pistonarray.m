@@ -34,7 +34,10 @@
 %                 phases of the weights to send a plane wave in this direction.
 %     focus       3 numbers, a point: sets the phases of the weights so that the waves
 %                 from the pistons' centres arrive there in phase.  Not with steer.
-%   k           wave number, 2 pi / wavelength.
+%   k           wave number, 2 pi / wavelength.  In a lossy medium it is complex, 2 * pi * f / c
+%               - 1i * pistonattenuation (a, f): its imaginary part is minus the attenuation in
+%               nepers per unit of length, at most the magnitude of its real part.  steer and
+%               focus take the real part.
 %   tolerance   largest error of p, relative to the peak of |p| at the points of this
 %               call: from 1e-12 to below 1.  Default: 1e-4.
 %   nabscissas  order of the quadrature rule for all pistons and points, 1 to 512, or a
@@ -54,10 +57,10 @@
 % How the tolerance is kept: see pistongrid.  The peak is that of the sum: if pistons cancel
 % each other, each of them is computed more accurately.
 %
-% An order is used unchanged, for all pistons and points.  With an order the pressure is
-% computed on the device, which may be a GPU; with a tolerance on the cores of the CPU, or, if
-% pistonfield is built for a GPU and there are many points and pistons, on the GPU.  Ctrl-C ends
-% the work.
+% An order is used unchanged, for all pistons and points.  With an order and a real k the
+% pressure is computed on the device, which may be a GPU; otherwise on the cores of the CPU,
+% or, if pistonfield is built for a GPU and there are many points and pistons, on the GPU.
+% Ctrl-C ends the work.
 %
 % Example: 64 elements at 1 MHz in water, focused 60 mm ahead and 20 mm to the side
 %
@@ -72,8 +75,8 @@
 %   pistonplot (x, 0, z, p, 'dB');
 %
 % Errors: "points must be a full real double matrix ..."; "x, y and z must be non-empty real
-% vectors."; "array ...", with the field and its requirement; "k must be a finite real
-% number."; "tolerance must be at least 1e-12 ..."; "nabscissas must be an order from 1 to
+% vectors."; "array ...", with the field and its requirement; "k must be a finite
+% number."; "k has a positive imaginary part ..."; "The attenuation must be ..."; "tolerance must be at least 1e-12 ..."; "nabscissas must be an order from 1 to
 % 512, ..."; "Pass an order or a tolerance, not both."; "After k, pass ..."; "Sides must be
 % ..."; "A point is farther than 1e9 wavelengths ..."; "Double precision cannot keep ..." (far
 % away, and where pistons cancel each other almost completely); too little memory; and, with
@@ -93,7 +96,7 @@ function [p, used] = pistonarray (points, array, k, varargin)
     checkpoints ('pistonarray', points);
     coordinates = points;
   end
-  k = readnumber ('pistonarray', 'k', k);
+  k = readwavenumber ('pistonarray', k);
   [nabscissas, tolerance, quiet] = readoptions ('pistonarray', varargin);
   array = readarray (array, k);
 
@@ -101,8 +104,7 @@ function [p, used] = pistonarray (points, array, k, varargin)
     [p, used] = pressurewithin ('pistonarray', points, array, k, tolerance, quiet);
   else
     checklengths ('pistonarray', [array.l; array.s], coordinates, array.positions);
-    p = arraypressure (points, array, k, nabscissas, 'pistonarray', quiet);
-    used = usedorder (nabscissas);
+    [p, used] = arraypressure (points, array, k, nabscissas, 'pistonarray', quiet);
   end
   used.weights = array.weights;
 
@@ -251,8 +253,39 @@ end
 %!error <x, y and z must be non-empty real vectors> pistonarray ({1, 2, {3}}, one, k)
 %!error <tolerance must be> pistonarray (points, one, k, "tolerance", NaN)
 %!error <Pass an order or a tolerance, not both> pistonarray (points, one, k, 10, "tolerance", 1e-3)
-%!error <k must be a finite real number> pistonarray (points, one, "k")
-%!error <k must be a finite real number> pistonarray (points, one, Inf)
+%!error <k must be a finite number> pistonarray (points, one, "k")
+%!error <k must be a finite number> pistonarray (points, one, Inf)
+%!error <k must be a finite number> pistonarray (points, one, complex (1, NaN))
+%!error <k has a positive imaginary part> pistonarray (points, one, k + 1i)
+%!error <The attenuation must be at most> pistonarray (points, one, k - 1.1i * k, 10)
+%!test # in a lossy medium, against a sum over small elements
+%! at = [-6e-3, 0, 1e-3, 4e-3; 0, 2e-3, -3e-3, 1e-3; 5e-3, 1e-3, 20e-3, 60e-3];
+%! K = k - 200i;
+%! [X, Y] = ndgrid (((1:300) - 150.5) / 300 * 4e-3, ((1:400) - 200.5) / 400 * 6e-3);
+%! exact = zeros (4, 1);
+%! for n = 1:4
+%!   R = sqrt ((at(1,n) - X) .^ 2 + (at(2,n) - Y) .^ 2 + at(3,n) ^ 2);
+%!   exact(n) = K / (2 * pi) * sum (exp (-1i * K * R(:)) ./ R(:)) * (4e-3 * 6e-3) / numel (R);
+%! endfor
+%! for options = {{}, {"tolerance", 1e-7}, {40}}
+%!   assert (max (abs (pistonarray (at, one, K, options{1}{:}) - exact)) < 2e-4 * max (abs (exact)));
+%! endfor
+%! assert (max (abs (exact)) < 0.9 * max (abs (pistonarray (at, one, k))));
+%!test # with an order, too; and without loss it is that of a real k
+%! at = [-6e-3, 0, 1e-3, 4e-3; 0, 2e-3, -3e-3, 1e-3; 5e-3, 1e-3, 20e-3, 60e-3];
+%! [p, used] = pistonarray (at, one, k - 5i, 12);
+%! assert (used.orders, [12, 12]);
+%! assert (isnan (used.bound));
+%! assert (pistonarray (at, one, complex (k, 0)), pistonarray (at, one, k));
+%! assert (pistonarray (at, one, complex (k, 0), 12), pistonarray (at, one, k, 12));
+%! p = pistonarray (at, one, k, 12);
+%! assert (max (abs (pistonarray (at, one, k - 1e-9i, 12) - p)) < 1e-5 * max (abs (p)));
+%! assert (pistonarray (at, one, -k - 5i, 12), -conj (pistonarray (at, one, k - 5i, 12)));
+%!test # steering takes the real part
+%! array = struct ("l", 6e-3, "s", 1e-3, "positions", [-2e-3, 2e-3; 0, 0; 0, 0], "focus", [0; 0; 20e-3]);
+%! [~, used] = pistonarray ([0; 0; 1e-2], array, k);
+%! [~, lossy] = pistonarray ([0; 0; 1e-2], array, k - 50i);
+%! assert (lossy.weights, used.weights);
 %!error <nabscissas must be an order> pistonarray (points, one, k, 513)
 %!error <points must be> pistonarray (zeros (3, 0), one, k)
 %!error <points must be> pistonarray (ones (2, 4), one, k)

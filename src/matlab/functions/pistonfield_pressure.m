@@ -1,15 +1,17 @@
 % PISTONFIELD_PRESSURE  What the other functions compute with the library.
 %
-%   [p, used] = pistonfield_pressure (where, pistons, k, tolerance, bar)
+%   [p, used] = pistonfield_pressure (where, pistons, k, accuracy, bar)
 %
 % For pistongrid and pistonarray, which check their arguments: the pressure of pistons, with
-% an error below a tolerance.
+% an error below a tolerance, or of an order.
 %
 %   where      3 x N real double, or the axes {x, y, z} of a grid.
 %   pistons    a struct of double arrays for M pistons: widths, heights and weights (M
 %              numbers), centres (3 x M) and axes (3 x 3 x M), whose columns are the
 %              directions of a piston's own x, y and z.
-%   tolerance  largest error of p, relative to its peak.
+%   k          wave number, real or complex.
+%   accuracy   below 1, the largest error of p, relative to its peak; from 1 on, the order
+%              of all integrals.
 %   bar        [], or a function for a progress bar, called as shown = bar (part,
 %              seconds, shown): the part of the work that is done, how long it took, and
 %              what the last call returned (0 in the first one), to be replaced.
@@ -27,6 +29,11 @@
 % For pistonlinear, pistonmatrix, pistonconvex, pistonapodization and pistonarray: the
 % functions of <pistonfield/arrays.h>, with double arguments.  The width and the height are
 % s and l.
+%
+%   numbers = pistonfield_pressure ('beams', x, p, drop)
+%
+% For pistonbeam: the beams of <pistonfield/beam.h> in the columns of a matrix.  Each is a
+% column of peak, position, width, left and right edge.
 
 function [p, used] = pistonfield_pressure (varargin)
 

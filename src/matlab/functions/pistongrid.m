@@ -15,7 +15,9 @@
 %   x, y, z     the axes of the grid: real vectors of one or more values.
 %   l, s        sides of the piston along y and along x, full lengths: 0, or from 1e-9 to
 %               1e6 wavelengths.  A negative side reverses the sign of p.
-%   k           wave number, 2 pi / wavelength.
+%   k           wave number, 2 pi / wavelength.  In a lossy medium it is complex, 2 * pi * f / c
+%               - 1i * pistonattenuation (a, f): its imaginary part is minus the attenuation in
+%               nepers per unit of length, at most the magnitude of its real part.
 %   tolerance   largest error of p, relative to the peak of |p| on the grid: from 1e-12 to
 %               below 1.  Default: 1e-4.
 %   nabscissas  order of the quadrature rule for all points, 1 to 512, or a table made by
@@ -43,10 +45,10 @@
 % interpolated.  Mirror images are computed once.  If double precision cannot meet the
 % tolerance, the call ends with an error.
 %
-% An order is used unchanged, for all points: p has the bits of pistonfield for this order.
-% With an order the pressure is computed on the device, which may be a GPU; with a tolerance
-% on the cores of the CPU, or, if pistonfield is built for a GPU and there are many points, on
-% the GPU.  Ctrl-C ends the work.
+% An order is used unchanged, for all points: with a real k, p has the bits of pistonfield for
+% this order.  With an order and a real k the pressure is computed on the device, which may be
+% a GPU; otherwise on the cores of the CPU, or, if pistonfield is built for a GPU and there
+% are many points, on the GPU.  Ctrl-C ends the work.
 %
 % Example: the plane y = 0 of a piston at 1 MHz in water
 %
@@ -57,7 +59,8 @@
 %   pistonplot (x, 0, z, p);
 %
 % Errors: "x, y and z must be non-empty real vectors."; "l must be a finite real number.",
-% the same for s and k; "tolerance must be at least 1e-12 ..."; "nabscissas must be an order
+% the same for s; "k must be a finite number."; "k has a positive imaginary part ..."; "The
+% attenuation must be ..."; "tolerance must be at least 1e-12 ..."; "nabscissas must be an order
 % from 1 to 512, ..."; "Pass an order or a tolerance, not both."; "After k, pass ...";
 % "Sides must be ..."; "A point is farther than 1e9 wavelengths ..."; "Double precision
 % cannot keep ..." (far away, and where p is nearly 0 everywhere); too little memory; and,
@@ -73,11 +76,13 @@ function [p, used] = pistongrid (x, y, z, l, s, k, varargin)
   grid_ = readaxes ('pistongrid', {x, y, z});
   l = readnumber ('pistongrid', 'l', l);
   s = readnumber ('pistongrid', 's', s);
-  k = readnumber ('pistongrid', 'k', k);
+  k = readwavenumber ('pistongrid', k);
   [nabscissas, tolerance, quiet] = readoptions ('pistongrid', varargin);
 
   if (isempty (nabscissas))
     [p, used] = pressurewithin ('pistongrid', grid_, singlepiston (l, s), k, tolerance, quiet);
+  elseif (~ isreal (k))
+    [p, used] = arraypressure (grid_, singlepiston (l, s), k, nabscissas, 'pistongrid', quiet);
   else
     checklengths ('pistongrid', [l, s], [grid_{:}]);
     evaluate = @(first, last, ~) ...
@@ -156,6 +161,18 @@ end
 %! assert (pistongrid (x, y, z, 3, -2, 6), -p);
 %! assert (pistongrid (x, y, z, -3, -2, 6), p);
 %! assert (max (abs (pistongrid (x, y, z, -3, 2, 6, 200)(:) + p(:))) < 1e-4 * max (abs (p(:))));
+%!test # in a lossy medium, with a tolerance and with an order; k - 0i is real
+%! [p, used] = pistongrid (x, y, z, 7.5, 5, 2 * pi - 0.2i, "tolerance", 1e-8);
+%! for options = {{}, {"tolerance", 1e-3}, {60}, {pistonrule(60)}}
+%!   q = pistongrid (x, y, z, 7.5, 5, 2 * pi - 0.2i, options{1}{:});
+%!   assert (size (q), [4, 3, 2]);
+%!   assert (max (abs (q(:) - p(:))) < 1e-3 * max (abs (p(:))));
+%! endfor
+%! [~, used] = pistongrid (x, y, z, 7.5, 5, 2 * pi - 0.2i, 20);
+%! assert (used.orders, [20, 20]);
+%! assert (pistongrid (x, y, z, 7.5, 5, complex (2 * pi, 0)), pistongrid (x, y, z, 7.5, 5, 2 * pi));
+%! assert (pistongrid (x, y, z, -7.5, 5, 2 * pi - 0.2i, "tolerance", 1e-8), -p);
+%! assert (pistongrid (x, y, z, 7.5, 5, -2 * pi - 0.2i, "tolerance", 1e-8), -conj (p));
 %!test # of a negative wave number, the negative conjugate
 %! assert (pistongrid (x, y, z, 3, 2, -6), -conj (pistongrid (x, y, z, 3, 2, 6)));
 %!test # one point
@@ -213,6 +230,11 @@ end
 %!error <After k, pass an order or a table> pistongrid (1, 2, 3, 4, 5, 6, 10, 11)
 %!error <coordinates at most 1e18> pistongrid (1, -1e19, 3, 4, 5, 6, 10)
 %!error <s must be a finite real number> pistongrid (1, 2, 3, 4, {}, 6)
+%!error <k must be a finite number> pistongrid (1, 2, 3, 4, 5, "6")
+%!error <k must be a finite number> pistongrid (1, 2, 3, 4, 5, [6, 7])
+%!error <k has a positive imaginary part> pistongrid (1, 2, 3, 4, 5, 6 + 1i)
+%!error <k has a positive imaginary part> pistongrid (1, 2, 3, 4, 5, 6 + 1i, 20)
+%!error <The attenuation must be at most the real part of k> pistongrid (1, 2, 3, 4, 5, 6 - 7i)
 %!error <nabscissas must be an order from 1 to 512> pistongrid (1, 2, 3, 4, 5, 6, 0)
 %!error <a table made by pistonrule> pistongrid (1, 2, 3, 4, 5, 6, [[-1; 1] / sqrt(3), [1; 1]])
 %!demo

@@ -24,7 +24,9 @@
 % Arguments
 %
 %   points      3 x N real double, as for pistonfield.
-%   l, s, k     sides and wave number, as for pistonfield.
+%   l, s        sides, as for pistonfield.
+%   k           wave number, as for pistongrid: if it is complex, the order is for pistongrid
+%               and pistonarray.  pistonfield reads the real part: for it, pass real (k).
 %   array       a struct, as for pistonarray; the pressure is then that of the sum.  Do not
 %               use the order of a single piston: the piston next to the points needs the
 %               highest order.
@@ -43,10 +45,10 @@
 %   [X, Y, Z] = ndgrid (-10:10, 0, 1:40);
 %   order = pistonorder ([X(:)'; Y(:)'; Z(:)'], 7.5, 5, 2 * pi, 1e-3)
 %
-% Errors: "points must be ...", "l must be a finite real number.", the same for s and k; "array
-% ...", with the field and its requirement; "points must include at least one point with finite
-% coordinates.", "Sides must be from 1e-18 to 1e18 ...", "tolerance must be at least 1e-6 and
-% less than 1." and "No order up to 384 meets the tolerance. ..."
+% Errors: "points must be ...", "l must be a finite real number.", the same for s; "k must be a
+% finite number."; "array ...", with the field and its requirement; "points must include at
+% least one point with finite coordinates.", "Sides must be from 1e-18 to 1e18 ...", "tolerance
+% must be at least 1e-6 and less than 1." and "No order up to 384 meets the tolerance. ..."
 %
 % See also: pistonfield, pistongrid, pistonarray, pistonrule.
 
@@ -59,12 +61,12 @@ function [order, largest] = pistonorder (points, varargin)
   end
   checkpoints ('pistonorder', points);
   if (nargin == 4)
-    k = readnumber ('pistonorder', 'k', varargin{2});
+    k = readwavenumber ('pistonorder', varargin{2});
     array = readarray (varargin{1}, k);
   else
     l = readnumber ('pistonorder', 'l', varargin{1});
     s = readnumber ('pistonorder', 's', varargin{2});
-    k = readnumber ('pistonorder', 'k', varargin{3});
+    k = readwavenumber ('pistonorder', varargin{3});
     array = singlepiston (l, s);
   end
   tolerance = varargin{end};
@@ -146,6 +148,19 @@ end
 %!   assert (errorof (order) < tolerance);
 %!   assert (errorof (order - 4) > tolerance);
 %! endfor
+%!test # of a complex k, the order of pistonarray
+%! array = struct ("l", 7.5, "s", 5, "positions", [0; 0; 0]);
+%! k = 2 * pi - 0.1i;
+%! lossy = pistonarray (points, array, k, 512);
+%! errorof = @(n) max (abs (pistonarray (points, array, k, n) - lossy)) / max (abs (lossy));
+%! for tolerance = [1e-2, 1e-4]
+%!   order = pistonorder (points, 7.5, 5, k, tolerance);
+%!   assert (order, pistonorder (points, array, k, tolerance));
+%!   assert (errorof (order) < tolerance);
+%!   assert (errorof (order - 2) > tolerance);
+%! endfor
+%! assert (pistonorder (points, 7.5, 5, complex (2 * pi, 0), 1e-3), pistonorder (points, 7.5, 5, 2 * pi, 1e-3));
+%!error <k has a positive imaginary part> pistonorder (points, 1, 1, 1 + 1i, 1e-3)
 %!error <No order up to 384> pistonorder ([4000; 4000; 1], 7000, 7000, 2 * pi, 1e-6)
 %!error <tolerance must be> pistonorder (points, 1, 1, 1, 1e-7)
 %!error <tolerance must be> pistonorder (points, 1, 1, 1, 1)

@@ -1,11 +1,17 @@
-% p = arraypressure (where, array, k, nabscissas, name, quiet)
+% [p, used] = arraypressure (where, array, k, nabscissas, name, quiet)
 %
-% Returns the sum of the weighted pressures of an array from readarray, by the quadrature rule nabscissas.
-% where is a list of points, or the axes of a grid. Long work shows a progress bar, with name as its title,
+% Returns the sum of the weighted pressures of an array from readarray, by the quadrature rule nabscissas, and
+% how it was computed: on the device by pistonfield, or for a complex k, of which pistonfield reads the real
+% part, as with a tolerance. where is a list of points, or the axes of a grid. Long work shows a progress bar, with name as its title,
 % unless quiet is true.
 
-function p = arraypressure (where, array, k, nabscissas, name, quiet)
+function [p, used] = arraypressure (where, array, k, nabscissas, name, quiet)
 
+  used = usedorder (nabscissas);
+  if (~ isreal (k))
+    [p, used] = pressurewithin (name, where, array, k, used.orders(1), quiet);
+    return
+  end
   if (iscell (where))
     sizes = cellfun (@numel, where);
     points = @(first, last) gridpoints (where, first, last);

@@ -17,7 +17,7 @@ function [order, largest] = chooseorder (points, array, k, tolerance)
   end
   within = tolerance / (1 + sampled);        % the sample may miss the largest error
 
-  pressure = @(n) arraypressure (points, array, k, n, '', true);
+  pressure = @(n) arraypressure (points, array, k, n, 'pistonorder', true);
   best = pressure (512);
   peak = max ([abs(best); realmin]);
   errorof = @(n) max ([abs(pressure (n) - best); 0]) / peak;

@@ -24,7 +24,7 @@ function some = hardestpoints (points, array, k, tolerance)
   end
   [~, nearest] = sort (distances);          % NaN last
   known = unique ([nearest(1:min (N, 100)), spread]);
-  peak = max ([abs(arraypressure (points(:,known), array, k, 128, '', true)); realmin]);
+  peak = max ([abs(arraypressure (points(:,known), array, k, 128, 'pistonorder', true)); realmin]);
 
   % In front of a piston and far from it, the order changes slowly from point to point. These points
   % rank after all others, the nearest first.

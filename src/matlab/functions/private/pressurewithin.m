@@ -1,10 +1,10 @@
-% [p, used] = pressurewithin (name, where, array, k, tolerance, quiet)
+% [p, used] = pressurewithin (name, where, array, k, accuracy, quiet)
 %
-% Returns the pressure of an array from readarray with an error below the tolerance, and how it was computed.
-% where is a list of points, or the axes of a grid. Long work shows a progress bar, with name as its title,
+% Returns the pressure of an array from readarray, and how it was computed. accuracy is a tolerance, or from 1
+% on the order of all integrals. where is a list of points, or the axes of a grid. Long work shows a progress bar, with name as its title,
 % unless quiet is true. The identifiers of errors begin with name.
 
-function [p, used] = pressurewithin (name, where, array, k, tolerance, quiet)
+function [p, used] = pressurewithin (name, where, array, k, accuracy, quiet)
 
   checkwavelengths (name, array, k);
   % A negative side reverses the sign, as in pistonfield.
@@ -16,7 +16,7 @@ function [p, used] = pressurewithin (name, where, array, k, tolerance, quiet)
     bar = @(part, seconds, shown) progressbar (name, part, seconds, shown);
   end
   try
-    [p, used] = pistonfield_pressure (where, pistons, k, tolerance, bar);
+    [p, used] = pistonfield_pressure (where, pistons, k, accuracy, bar);
   catch failure
     if (strcmp (failure.identifier, 'pistonfield:field'))
       error ([name, ':field'], '%s', strrep (failure.message, 'pistonfield_pressure: ', ''));
@@ -33,7 +33,7 @@ end
 
 function checkwavelengths (name, array, k)
 
-  wavelengths = abs (k) / (2 * pi);
+  wavelengths = abs (real (k)) / (2 * pi);
   sides = abs ([array.l; array.s]) * wavelengths;
   sides = sides(sides ~= 0);
   if (any (sides < 1e-9) || any (sides > 1e6) || any (abs (array.positions(:)) * wavelengths > 1e9))
