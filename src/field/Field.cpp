@@ -1,15 +1,14 @@
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <exception>
 #include <limits>
-#include <new>
 #include <string>
 #include <utility>
 
-#include "FastNearfield/intervals/Medium.h"
+#include "FastNearfield/intervals/Wave.h"
+#include "field/Checks.h"
 #include "field/EqualPistons.h"
 #include "field/Evaluation.h"
+#include "field/Guarded.h"
 #include "field/Mirror.h"
 #include "field/RowEvaluation.h"
 #include "field/SortedPoints.h"
@@ -20,75 +19,10 @@
 namespace pistonfield {
 namespace {
 
-bool finite(const Position& p) {
-  return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]);
-}
-
-bool isRotation(const std::array<Position, 3>& axes) {
-  if (!finite(axes[0]) || !finite(axes[1]) || !finite(axes[2])) return false;
-  const auto [x, y, z] = axes;
-  const Position cross = {x[1] * y[2] - x[2] * y[1], x[2] * y[0] - x[0] * y[2],
-                          x[0] * y[1] - x[1] * y[0]};
-  const auto isNear = [](double value, double wanted) { return std::fabs(value - wanted) < 3e-6; };
-  return isNear(dot(x, x), 1) && isNear(dot(y, y), 1) && isNear(dot(x, y), 0) &&
-         isNear(dot(z, z), 1) && isNear(dot(cross, z), 1);
-}
-
-/// The rotation next to axes that are one within their rounding.
-std::array<Position, 3> orthonormal(const std::array<Position, 3>& axes) {
-  auto [x, y, z] = axes;
-  const double length = std::sqrt(dot(x, x));
-  for (double& component : x) component /= length;
-  const double along = dot(x, y);
-  for (std::size_t n = 0; n < 3; ++n) y[n] -= along * x[n];
-  const double rest = std::sqrt(dot(y, y));
-  for (double& component : y) component /= rest;
-  return {x, y, {x[1] * y[2] - x[2] * y[1], x[2] * y[0] - x[0] * y[2], x[0] * y[1] - x[1] * y[0]}};
-}
-
-void check(const Field::Piston& piston, std::size_t index) {
-  const std::string name = "Piston " + std::to_string(index);
-  if (!(std::isfinite(piston.width) && std::isfinite(piston.height) && piston.width >= 0 &&
-        piston.height >= 0))
-    throw FieldError(name + ": width and height must be finite and at least 0.");
-  if (!finite(piston.centre)) throw FieldError(name + ": its centre must be finite.");
-  if (!isRotation(piston.axes))
-    throw FieldError(name + ": its axes must be unit vectors at right angles, right-handed.");
-  if (!std::isfinite(piston.weight.real()) || !std::isfinite(piston.weight.imag()))
-    throw FieldError(name + ": its weight must be finite.");
-}
-
-/// So that squares of small and of large lengths are numbers.
-constexpr double leastWaveNumber = 1e-99, mostWaveNumber = 1e99;
-
-/// Shorter sides cannot be told from 0; longer ones take too long.
-constexpr double leastSide = 1e-9, mostSide = 1e6;  // in wavelengths
-
-void checkScale(const Field::Piston& piston, double wavelengths, std::size_t index) {
-  const std::string name = "Piston " + std::to_string(index);
-  for (const double side : {piston.width * wavelengths, piston.height * wavelengths})
-    if (side != 0 && !(side >= leastSide && side <= mostSide))
-      throw FieldError(name +
-                       ": its sides must be 0 or from 1e-9 to 1e6 wavelengths. Give lengths and "
-                       "1/k in one unit.");
-  for (const double coordinate : piston.centre)
-    if (!(std::fabs(coordinate) * wavelengths <= mostWavelengths))
-      throw FieldError(name +
-                       ": its centre is farther than 1e9 wavelengths from the origin. Give lengths "
-                       "and 1/k in one unit.");
-}
-
 void check(const FieldOptions& options) {
   if (options.order < 0 || options.order > 512)
     throw FieldError("The order must be from 1 to 512, or 0 for a tolerance.");
-  if (options.order == 0 && !(options.tolerance >= 1e-12 && options.tolerance < 1))
-    throw FieldError("The tolerance must be from 1e-12 to below 1.");
-}
-
-std::string inDigits(double tolerance) {
-  std::array<char, 16> text{};
-  std::snprintf(text.data(), text.size(), "%.1e", tolerance);
-  return text.data();
+  if (options.order == 0) checkTolerance(options.tolerance);
 }
 
 /// Sorting a list takes about as long as eight pistons.
@@ -96,22 +30,6 @@ constexpr std::size_t leastPistonsToSort = 16, leastPointsToSort = 64;
 
 /// The smallest peak pressure that is told from 0, relative to that at the pistons.
 constexpr double leastPeak = 1e-30;
-
-/// Up to 256 finite points, from the whole range.
-std::vector<Position> somePoints(const Points& points) {
-  constexpr std::size_t most = 256;
-  const std::size_t count = std::min(points.count(), most);
-  std::vector<Position> some;
-  for (std::size_t n = 0; n < count; ++n) {
-    // Not on a grid's period.
-    const std::size_t from = points.count() / count * n, to = from + points.count() / count;
-    const Position p = points.position(from + (n * 0x9E3779B1u) % (to - from));
-    if (finite(p)) some.push_back(p);
-  }
-  for (std::size_t n = 0; some.empty() && n < points.count(); ++n)
-    if (const Position p = points.position(n); finite(p)) some.push_back(p);
-  return some;
-}
 
 /// Whether a point lies straight behind a piston, where the pressure jumps at the edges, or all but
 /// for rounding.
@@ -476,56 +394,15 @@ std::vector<double> axisOf(const AffineGrid& grid, std::size_t axis, double& rou
   return values;
 }
 
-/// Returns what compute(options) returns. Too little memory becomes a FieldError, but an exception
-/// of the caller's own function passes through.
-template <class Compute>
-std::vector<std::complex<double>> computed(const FieldOptions& options, const Compute& compute) {
-  struct Stopped {};
-  std::exception_ptr callers;
-  double done = 0;
-  FieldOptions guarded = options;
-  guarded.progress = [&](double fraction) {
-    done = std::max(done, fraction);  // some work may have to be done another way
-    try {
-      if (options.progress) options.progress(done);
-    } catch (...) {
-      callers = std::current_exception();
-      throw Stopped();
-    }
-  };
-  try {
-    return compute(guarded);
-  } catch (const Stopped&) {
-    std::rethrow_exception(callers);
-  } catch (const std::bad_alloc&) {
-    throw FieldError("Not enough memory for the pressures. Compute fewer points at once.");
-  } catch (const std::length_error&) {
-    throw FieldError("Not enough memory for the pressures. Compute fewer points at once.");
-  }
-}
-
 }  // namespace
 
 Field::Field(std::vector<Field::Piston> pistons, std::complex<double> k)
     : pistons_(std::move(pistons)), k_(k) {
-  const double real = std::fabs(k.real()), attenuation = -k.imag();
-  if (!std::isfinite(real) || !std::isfinite(attenuation))
-    throw FieldError("k must be a finite number.");
-  if (real != 0 && !(real >= leastWaveNumber && real <= mostWaveNumber))
-    throw FieldError(
-        "k must be 0, or from 1e-99 to 1e99 in magnitude. Give lengths and 1/k in another unit.");
-  if (attenuation < 0)
-    throw FieldError(
-        "k has a positive imaginary part: waves would grow. With the attenuation alpha, pass "
-        "k - i*alpha.");
-  if (attenuation > real)
-    throw FieldError(
-        "The attenuation must be at most the real part of k: 8.7 dB in 1/6 of a wavelength. Give "
-        "both in one unit.");
+  checkWaveNumber(k);
   for (std::size_t n = 0; n < pistons_.size(); ++n) {
     check(pistons_[n], n);
     pistons_[n].axes = orthonormal(pistons_[n].axes);
-    if (real != 0) checkScale(pistons_[n], wavelengthsPerUnit(k), n);
+    if (k.real() != 0) checkScale(pistons_[n], wavelengthsPerUnit(k), n);
   }
 }
 
@@ -538,18 +415,18 @@ std::vector<std::complex<double>> Field::at(const std::vector<Position>& points,
 std::vector<std::complex<double>> Field::at(const Position* points, std::size_t count,
                                             const FieldOptions& options,
                                             FieldReport* report) const {
-  return computed(options, [&](const FieldOptions& guarded) {
+  return guarded(options, [&](const FieldOptions& watched) {
     if (pistons_.size() < leastPistonsToSort || count < leastPointsToSort)
-      return evaluate(pistons_, k_, ListPoints(points, count), guarded, report);
-    const SortedPoints sorted(points, count, guarded.progress);
-    return sorted.inListOrder(evaluate(pistons_, k_, sorted, guarded, report));
+      return evaluate(pistons_, k_, ListPoints(points, count), watched, report);
+    const SortedPoints sorted(points, count, watched.progress);
+    return sorted.inListOrder(evaluate(pistons_, k_, sorted, watched, report));
   });
 }
 
 std::vector<std::complex<double>> Field::on(const AxesGrid& grid, const FieldOptions& options,
                                             FieldReport* report) const {
-  return computed(options, [&](const FieldOptions& guarded) {
-    return evaluateOnAxes(pistons_, k_, grid, 0, guarded, report);
+  return guarded(options, [&](const FieldOptions& watched) {
+    return evaluateOnAxes(pistons_, k_, grid, 0, watched, report);
   });
 }
 
@@ -557,14 +434,14 @@ std::vector<std::complex<double>> Field::on(const AffineGrid& grid, const FieldO
                                             FieldReport* report) const {
   for (const Position& vector : {grid.origin, grid.steps[0], grid.steps[1], grid.steps[2]})
     if (!finite(vector)) throw FieldError("The origin and the steps of the grid must be finite.");
-  return computed(options, [&](const FieldOptions& guarded) {
+  return guarded(options, [&](const FieldOptions& watched) {
     const AffinePoints points(grid);
     if (points.count() == 0 || !isAlongAxes(grid))
-      return evaluate(pistons_, k_, points, guarded, report);
+      return evaluate(pistons_, k_, points, watched, report);
     double rounding = 0;
     const AxesGrid axes{axisOf(grid, 0, rounding), axisOf(grid, 1, rounding),
                         axisOf(grid, 2, rounding)};
-    return evaluateOnAxes(pistons_, k_, axes, rounding, guarded, report);
+    return evaluateOnAxes(pistons_, k_, axes, rounding, watched, report);
   });
 }
 

@@ -160,4 +160,19 @@ void AffinePoints::read(std::size_t first, std::size_t count, double* x, double*
   });
 }
 
+std::vector<Position> somePoints(const Points& points) {
+  constexpr std::size_t most = 256;
+  const std::size_t count = std::min(points.count(), most);
+  std::vector<Position> some;
+  for (std::size_t n = 0; n < count; ++n) {
+    // Not on a grid's period.
+    const std::size_t from = points.count() / count * n, to = from + points.count() / count;
+    const Position p = points.position(from + (n * 0x9E3779B1u) % (to - from));
+    if (finite(p)) some.push_back(p);
+  }
+  for (std::size_t n = 0; some.empty() && n < points.count(); ++n)
+    if (const Position p = points.position(n); finite(p)) some.push_back(p);
+  return some;
+}
+
 }  // namespace pistonfield

@@ -88,4 +88,7 @@ class AffinePoints final : public Points {
   const AffineGrid& grid_;
 };
 
+/// Up to 256 finite points, from the whole range.
+std::vector<Position> somePoints(const Points& points);
+
 }  // namespace pistonfield

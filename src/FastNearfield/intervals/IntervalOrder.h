@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FastNearfield/intervals/Medium.h"
+#include "FastNearfield/intervals/Wave.h"
 #include "lanes/Pack.h"
 
 // How many nodes an interval of an edge needs, and which precision, for a tolerance. All lengths
@@ -54,16 +54,16 @@ PISTONFIELD_HOST_DEVICE Pack<Set> exp2Above(Pack<Set> x) {
 
 /// exp(−decay·path), up to 6.2 % too large; at least 2^-120.
 template <class Set>
-PISTONFIELD_HOST_DEVICE Pack<Set> decayAbove(Pack<Set> path, const Medium& medium) {
-  return medium.decay > 0
-             ? exp2Above(larger(path * Pack<Set>(-1.44269504f * medium.decay), Pack<Set>(-120.0f)))
+PISTONFIELD_HOST_DEVICE Pack<Set> decayAbove(Pack<Set> path, const Wave& wave) {
+  return wave.decay > 0
+             ? exp2Above(larger(path * Pack<Set>(-1.44269504f * wave.decay), Pack<Set>(-120.0f)))
              : Pack<Set>(1.0f);
 }
 
 /// At the branch point R is 0: with loss exp(−ikR) is larger there than at a path by 2 to the power
 /// of this times the path.
-PISTONFIELD_HOST_DEVICE inline float growthToBranch(const Medium& medium) {
-  return 1.44269504f * medium.decay;
+PISTONFIELD_HOST_DEVICE inline float growthToBranch(const Wave& wave) {
+  return 1.44269504f * wave.decay;
 }
 
 /// How many nodes integrals over exp(−ikR) need, R² = ρ² + σ².
@@ -77,9 +77,9 @@ struct NodeNeeds {
   /// `from`: at least 0; or at least −`to`, and all lengths are equal. L = ln(S/tolerance). The
   /// error that the branch point causes is 2^strength·r^(−2n) tolerances.
   PISTONFIELD_HOST_DEVICE NodeNeeds(V rho2, V from, V to, V length, V L, V strength,
-                                    const Medium& medium) {
+                                    const Wave& wave) {
     constexpr float ln2 = 0.693147f;
-    const float pi = 0.5f * medium.waveNumber;
+    const float pi = 0.5f * wave.waveNumber;
     const V one(1.0f), tiny(1e-18f), nearest = larger(from, V(0.0f));
     const V end = from + length;  // of the interval that is nearest to the branch point
     const V R1 = rootEstimate(multiplyAdd(from, from, rho2));
@@ -142,8 +142,8 @@ struct IntervalNeeds {
   V ends;         ///< the same for α and β, if they are rounded
 
   PISTONFIELD_HOST_DEVICE IntervalNeeds(const IntervalBounds<V>& in, V tolerance,
-                                        const Medium& medium = {}) {
-    const float k = medium.waveNumber;
+                                        const Wave& wave = {}) {
+    const float k = wave.waveNumber;
     const V zero(0.0f), tiny(1e-18f);
     const V nearest = larger(in.leastFrom, zero), to = in.mostTo, length = in.mostLength;
     const V dd = in.leastD * in.leastD,
@@ -161,8 +161,8 @@ struct IntervalNeeds {
         log2Above(in.mostD * V(k * branchMargin) * inverseEstimate(tolerance) + tiny) +
         V(0.125f) * (log2Above(multiplyAdd(in.leastFrom, in.leastFrom, rho2)) +
                      log2Above(multiplyAdd(to, to, rho2))) -
-        V(0.25f) * log2Below(rho2) + in.leastZ * V(growthToBranch(medium));
-    const NodeNeeds<Set> needs(rho2, in.leastFrom, to, length, L, strength, medium);
+        V(0.25f) * log2Below(rho2) + in.leastZ * V(growthToBranch(wave));
+    const NodeNeeds<Set> needs(rho2, in.leastFrom, to, length, L, strength, wave);
     oscillation = needs.oscillation;
     order = needs.order + V(0.6f) + V(0.1f) * larger(L - V(18.0f), zero);
   }

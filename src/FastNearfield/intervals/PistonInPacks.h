@@ -28,8 +28,8 @@ class PistonInPacks {
       : piston_(piston),
         used_(used),
         halfSides_{piston.halfWidth, piston.halfHeight},
-        medium_{static_cast<float>(piston.decay),
-                static_cast<float>(std::sqrt(4 * pi * pi + piston.decay * piston.decay))},
+        wave_{static_cast<float>(piston.decay),
+              static_cast<float>(std::sqrt(4 * pi * pi + piston.decay * piston.decay))},
         tolerance_(static_cast<float>(piston.tolerance * 2 * pi / mostIntervals)) {}
 
   PISTONFIELD_HOST_DEVICE void add(const double* x, const double* y, const double* z, int count,
@@ -156,7 +156,7 @@ class PistonInPacks {
   /// the edges by their distance from the plane of the piston.
   PISTONFIELD_HOST_DEVICE void boundDecays(int loaded) {
     for (int first = 0; first < loaded; first += Single::lanes) {
-      const LaneValues decayed(decayAbove(Single::load(leastZ_ + first), medium_));
+      const LaneValues decayed(decayAbove(Single::load(leastZ_ + first), wave_));
       for (int lane = 0; lane < Single::lanes && first + lane < loaded; ++lane)
         setDecay(first + lane, decayed[lane]);
     }
@@ -205,14 +205,14 @@ class PistonInPacks {
     const float tolerance = pressureTolerance(),
                 mostRounding = ProductNeeds<Set>::roundingShare * tolerance;
     const Single x = lateral_[0][n].rounded(), y = lateral_[1][n].rounded(), zero(0.0f),
-                 distance = nearestOf(x, y, singleZ_[n]), decayed = decayAbove(distance, medium_),
+                 distance = nearestOf(x, y, singleZ_[n]), decayed = decayAbove(distance, wave_),
                  magnitude = Single(4 * a * b) * inverseEstimate(distance) * decayed;
     const auto most = [&](Single bound) {
       return largest(select(magnitude < Single(0.25f * tolerance), zero, bound));
     };
     if (most(magnitude) == 0) return leaveOut(n, largest(decayed));
     const ProductNeeds<Set> needs(Single(a), Single(b), {x, x, y, y, singleZ_[n]},
-                                  Single(tolerance) * inverseEstimate(decayed), medium_);
+                                  Single(tolerance) * inverseEstimate(decayed), wave_);
     const float rounding = most(needs.rounding * decayed);
     const bool single = rounding * 0x1p-24f <= mostRounding;
     if (single || rounding * 0x1p-53f <= mostRounding)
@@ -399,7 +399,7 @@ class PistonInPacks {
       const auto all = [&](const float* values) { return Single::load(values + first); };
       const IntervalNeeds<Set> needs(
           {all(leastD_), all(mostD_), all(zs_), all(leastFrom_), all(mostTo_), all(length_)},
-          all(shares_), medium_);
+          all(shares_), wave_);
       float magnitude[Single::lanes], nodes[Single::lanes], rounding[Single::lanes];
       needs.magnitude.store(magnitude);
       needs.order.store(nodes);
@@ -442,17 +442,16 @@ class PistonInPacks {
     Pending pending[mostPending];
     float tolerance = tolerances_[interval.pack];
     // By how much more than elsewhere waves have decayed at each point of the pack.
-    const Single more = isLossy()
-                            ? Single(decayed_[interval.pack]) *
-                                  inverseEstimate(decayAbove(singleZ_[interval.pack], medium_))
-                            : Single(1.0f);
+    const Single more = isLossy() ? Single(decayed_[interval.pack]) *
+                                        inverseEstimate(decayAbove(singleZ_[interval.pack], wave_))
+                                  : Single(1.0f);
     for (int left = 0;;) {
       const Ends ends = endsOf(interval);
       const Single d = absolute(distance(interval).rounded()), from = ends.from.rounded(),
                    to = ends.to.rounded(), length = (ends.to - ends.from).rounded();
       const IntervalNeeds<Set> needs({d, d, singleZ_[interval.pack], from, to, length},
-                                     Single(quadratureShare * tolerance) * more, medium_);
-      // In a lossy medium, waves at some points of a pack may have decayed completely.
+                                     Single(quadratureShare * tolerance) * more, wave_);
+      // In a lossy wave, waves at some points of a pack may have decayed completely.
       const auto most = [&](Single bound) {
         if (!isLossy()) return largest(bound);
         const Single zero(0.0f);
@@ -597,7 +596,7 @@ class PistonInPacks {
                  relative(static_cast<float>(piston_.relativeShift)),
                  absolute(static_cast<float>(piston_.shift)),
                  shift = multiplyAdd(distance, relative, absolute);
-    Single error = Single(medium_.waveNumber) * magnitude * shift;
+    Single error = Single(wave_.waveNumber) * magnitude * shift;
     // Below this, it does not matter where the edges are: an integral is at most 2·ln(1 +
     // length/R).
     constexpr float mostOfEdges = 600;
@@ -632,7 +631,7 @@ class PistonInPacks {
     const Single ratio = Single(2 * half) * inverseEstimate(larger(distance, Single(1e-18f)));
     constexpr float ln2 = 0.693148f;
     return smaller(ratio, Single(2 * ln2) * log2Above(Single(1.0f) + ratio)) * Single(1.01f) *
-           decayAbove(distance, medium_);
+           decayAbove(distance, wave_);
   }
 
   PISTONFIELD_HOST_DEVICE void addPressure(int n, double* re, double* im) {
@@ -696,7 +695,7 @@ class PistonInPacks {
   const WeightedPiston& piston_;
   Used& used_;
   const double halfSides_[2];
-  const Medium medium_;
+  const Wave wave_;
   const float tolerance_;  // of an integral I of IntervalOrder.h: p = i/2π·Σ I
   float positionError_ = 0;
   int proposals_ = 0, singles_ = 0, precises_ = 0;

@@ -43,7 +43,7 @@ struct ProductNeeds {
   static constexpr float quadratureShare = 0.65f, roundingShare = 0.14f;
 
   PISTONFIELD_HOST_DEVICE ProductNeeds(V halfWidth, V halfHeight, const PointBounds<V>& in,
-                                       V tolerance, const Medium& medium = {}) {
+                                       V tolerance, const Wave& wave = {}) {
     const V fromX = in.leastX - halfWidth, fromY = in.leastY - halfHeight, zero(0.0f);
     const V besideX = larger(fromX, zero), besideY = larger(fromY, zero),
             zz = in.leastZ * in.leastZ;
@@ -54,20 +54,20 @@ struct ProductNeeds {
     const V part = V(quadratureShare / 2) * tolerance;
     const V L = logarithmOver(magnitude, 2, part);
     const V strength =
-        multiplyAdd(nearest, V(growthToBranch(medium)),
+        multiplyAdd(nearest, V(growthToBranch(wave)),
                     larger(log2Above(magnitude * inverseEstimate(part) + V(1e-18f)), zero));
     const V isNear = select(nearest < V(0.4f) * larger(halfWidth, halfHeight), V(0.3f), zero);
     const V more = V(0.3f) + isNear + V(0.09f) * larger(L - V(5.0f), zero);
     const NodeNeeds<Set> needsX(alongX, fromX, in.mostX + halfWidth, V(2.0f) * halfWidth, L,
-                                strength, medium),
-        needsY(alongY, fromY, in.mostY + halfHeight, V(2.0f) * halfHeight, L, strength, medium);
+                                strength, wave),
+        needsY(alongY, fromY, in.mostY + halfHeight, V(2.0f) * halfHeight, L, strength, wave);
     orderX = needsX.order + more;
     orderY = needsY.order + more;
     // Of q, which delays a wave by q/2R; and of the sum's terms and of sums.
     const V paths =
         multiplyAdd(halfWidth, in.mostX + halfWidth, halfHeight * (in.mostY + halfHeight)) *
         inverseEstimate(nearest);
-    const float turns = 50.0f / Medium().waveNumber * medium.waveNumber;
+    const float turns = 50.0f / Wave().waveNumber * wave.waveNumber;
     rounding = magnitude * (V(8.0f) + orderX + orderY + V(turns) * paths);
   }
 };

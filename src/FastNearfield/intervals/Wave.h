@@ -2,8 +2,8 @@
 
 namespace pistonfield {
 
-/// The medium, with lengths in wavelengths: k = 2π − i·decay.
-struct Medium {
+/// Waves in a medium, with lengths in wavelengths: k = 2π − i·decay.
+struct Wave {
   float decay = 0;                     ///< of a wave, in nepers a wavelength
   float waveNumber = 2 * 3.14159265f;  ///< the magnitude of k
 };
