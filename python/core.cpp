@@ -13,6 +13,7 @@
 #include "field/arrays.h"
 #include "field/beam.h"
 #include "field/field.h"
+#include "field/lens.h"
 #include "field/order.h"
 #include "lanes/InstructionSet.h"
 #include "parallel/Cores.h"
@@ -193,6 +194,13 @@ PISTONFIELD_EXPORT void pistonfield_focused(Work* work, const double* pistons, s
                                             const double* focus, double kRe, double kIm) {
   runShort(*work, [=] {
     return rowsOf(focused(pistonsOf(pistons, count), *positionsOf(focus), {kRe, kIm}));
+  });
+}
+
+PISTONFIELD_EXPORT void pistonfield_lensed(Work* work, const double* pistons, std::size_t count,
+                                           double focus, double kRe, double kIm, double tolerance) {
+  runShort(*work, [=] {
+    return rowsOf(lensed(pistonsOf(pistons, count), focus, {kRe, kIm}, tolerance));
   });
 }
 

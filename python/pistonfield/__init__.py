@@ -5,7 +5,7 @@ pressure in pascals is i rho c v p, with the density rho, the speed of sound c a
 The time factor is exp(+i omega t).
 """
 
-from ._arrays import apodization, convex_array, focused, linear_array, matrix_array, steered, weighted
+from ._arrays import apodization, convex_array, focused, lensed, linear_array, matrix_array, steered, weighted
 from ._error import FieldError
 from ._field import Used, field, grid
 from ._info import info
@@ -28,6 +28,7 @@ __all__ = [
     "grid",
     "info",
     "intensity",
+    "lensed",
     "linear_array",
     "matrix_array",
     "order",

@@ -280,6 +280,60 @@ def focused(pistons: Pistons, focus: ArrayLike, k: complex) -> list[Piston]:
     return pistons_of(_core.focused(piston_rows(pistons), at, complex_number("k", k)))
 
 
+def lensed(pistons: Pistons, focus: float, k: complex, tolerance: float = 1e-3) -> list[Piston]:
+    """The pistons with a thin lens on each, an elevation focus, as strips along the piston's own y.
+
+    The waves of a piston's face arrive in phase at the distance `focus` from its centre along its own z. At the
+    height y of the face the lens multiplies the velocity by ``exp(i k (sqrt(focus**2 + y**2) - focus))``. A piston
+    moves with one velocity, so it is replaced by strips of equal height, each with the phase of its middle.
+
+    Parameters
+    ----------
+    pistons : Piston or sequence of Piston
+    focus : float
+        Not 0. If it is negative, the lens spreads the waves, as if they came from this distance behind the piston:
+        the phase is that of -focus with the opposite sign.
+    k : float or complex
+        Wave number. It sets phases, so of a complex k the real part counts.
+    tolerance : float
+        The largest difference between the pressures of the strips and of the lens, relative to the largest
+        pressure: from 1e-12 to below 1.
+
+    Returns
+    -------
+    list of Piston
+        The strips of the first piston, from its lower to its upper edge, then those of the next.
+
+    Raises
+    ------
+    ValueError
+        If an argument is not in its range; the message names it.
+    FieldError
+        If there would be more than 1e6 strips.
+
+    Notes
+    -----
+    The tolerance holds for each piston at points that are at least a wavelength away from it, if `focus` is at
+    least a tenth of its height in magnitude. Nearer, the steps between the strips are seen: at the face the error
+    is up to ten times as large. The errors of the pistons add up as their waves do, so an array in focus keeps the
+    tolerance, too. The tolerance of `field` and `grid` comes on top. The number of strips is proportional to
+    ``1 / sqrt(tolerance)``, unless they would be higher than half a wavelength.
+
+    Examples
+    --------
+    Focused at 30 mm in azimuth and at 25 mm in elevation:
+
+    >>> import numpy as np
+    >>> import pistonfield as pf
+    >>> k = 2 * np.pi * 5e6 / 1540
+    >>> array = pf.focused(pf.linear_array(64, 0.3e-3, 0.27e-3, 5e-3), (0, 0, 30e-3), k)
+    >>> len(pf.lensed(array, 25e-3, k, tolerance=1e-2)) // 64
+    55
+    """
+    numbers = real_number("focus", focus), complex_number("k", k), real_number("tolerance", tolerance)
+    return pistons_of(_core.lensed(piston_rows(pistons), *numbers))
+
+
 def _count(name: str, value: object) -> int:
     return whole_number(name, value, 1_000_000)
 

@@ -61,6 +61,7 @@ _convex_array = _function("convex_array", None, _work, c_size_t, *[c_double] * 4
 _apodization = _function("apodization", None, _work, c_char_p, POINTER(c_size_t), c_size_t, POINTER(c_double))
 _steered = _function("steered", None, _work, *_pistons, c_void_p, *_complex)
 _focused = _function("focused", None, _work, *_pistons, c_void_p, *_complex)
+_lensed = _function("lensed", None, _work, *_pistons, c_double, *_complex, c_double)
 _beams = _function("beams", None, _work, *_axis, c_void_p, c_size_t, c_double)
 _rule = _function("rule", None, _work, c_int)
 
@@ -183,6 +184,10 @@ def steered(pistons: Reals, direction: Reals, k: complex) -> Reals:
 
 def focused(pistons: Reals, focus: Reals, k: complex) -> Reals:
     return _pistons_of(_focused, *_array(pistons), focus.ctypes.data, *_parts(k))
+
+
+def lensed(pistons: Reals, focus: float, k: complex, tolerance: float) -> Reals:
+    return _pistons_of(_lensed, *_array(pistons), focus, *_parts(k), tolerance)
 
 
 def apodization(name: str, counts: Sequence[int], parameter: float | None) -> Reals:

@@ -1,5 +1,6 @@
 #include "matlab/ArrayCalls.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -10,6 +11,7 @@
 
 #include "field/arrays.h"
 #include "field/beam.h"
+#include "field/lens.h"
 #include "matlab/HostArrays.h"
 
 // The arguments of the functions for arrays come as users pass them, converted to double. One that
@@ -63,32 +65,59 @@ mxArray* realArray(const std::vector<mwSize>& sizes) {
                               mxREAL);
 }
 
-mxArray* column(const std::vector<double>& values) {
-  mxArray* const array = realArray({static_cast<mwSize>(values.size()), 1});
-  double* const to = mxGetPr(array);
-  for (std::size_t n = 0; n < values.size(); ++n) to[n] = values[n];
+mxArray* realArray(const std::vector<double>& values, const std::vector<mwSize>& sizes) {
+  mxArray* const array = realArray(sizes);
+  std::copy(values.begin(), values.end(), mxGetPr(array));
   return array;
+}
+
+mxArray* column(const std::vector<double>& values) {
+  return realArray(values, {static_cast<mwSize>(values.size()), 1});
+}
+
+mxArray* centresOf(const Pistons& pistons) {
+  std::vector<double> values;
+  for (const Field::Piston& piston : pistons)
+    values.insert(values.end(), piston.centre.begin(), piston.centre.end());
+  return realArray(values, {3, static_cast<mwSize>(pistons.size())});
+}
+
+mxArray* axesOf(const Pistons& pistons) {
+  std::vector<double> values;
+  for (const Field::Piston& piston : pistons)
+    for (const Position& axis : piston.axes) values.insert(values.end(), axis.begin(), axis.end());
+  return realArray(values, {3, 3, static_cast<mwSize>(pistons.size())});
+}
+
+mxArray* weightsOf(const Pistons& pistons) {
+  std::vector<std::complex<double>> weights;
+  for (const Field::Piston& piston : pistons) weights.push_back(piston.weight);
+  return arrayOf(weights, {static_cast<mwSize>(weights.size()), 1});
 }
 
 /// The struct that pistonarray takes; the rotations only on request.
 mxArray* structOf(const Pistons& pistons, bool withRotations) {
   const char* names[] = {"l", "s", "positions", "rotations"};
-  const auto count = static_cast<mwSize>(pistons.size());
   mxArray* const result = mxCreateStructMatrix(1, 1, withRotations ? 4 : 3, names);
   mxSetField(result, 0, "l", mxCreateDoubleScalar(pistons[0].height));
   mxSetField(result, 0, "s", mxCreateDoubleScalar(pistons[0].width));
-  mxArray* const positions = realArray({3, count});
-  double* centre = mxGetPr(positions);
-  for (const Field::Piston& piston : pistons)
-    for (const double coordinate : piston.centre) *centre++ = coordinate;
-  mxSetField(result, 0, "positions", positions);
-  if (!withRotations) return result;
-  mxArray* const rotations = realArray({3, 3, count});
-  double* axes = mxGetPr(rotations);
-  for (const Field::Piston& piston : pistons)
-    for (const Position& axis : piston.axes)
-      for (const double component : axis) *axes++ = component;
-  mxSetField(result, 0, "rotations", rotations);
+  mxSetField(result, 0, "positions", centresOf(pistons));
+  if (withRotations) mxSetField(result, 0, "rotations", axesOf(pistons));
+  return result;
+}
+
+/// The struct that pistonsOf reads.
+mxArray* structOf(const Pistons& pistons) {
+  const char* names[] = {"widths", "heights", "centres", "axes", "weights"};
+  std::vector<double> widths, heights;
+  for (const Field::Piston& piston : pistons) {
+    widths.push_back(piston.width);
+    heights.push_back(piston.height);
+  }
+  mxArray* const values[] = {column(widths), column(heights), centresOf(pistons), axesOf(pistons),
+                             weightsOf(pistons)};
+  mxArray* const result = mxCreateStructMatrix(1, 1, 5, names);
+  for (int n = 0; n < 5; ++n) mxSetField(result, 0, names[n], values[n]);
   return result;
 }
 
@@ -105,9 +134,7 @@ mxArray* aimed(const mxArray* prhs[], Aim aim) {
     pistons[m].weight = weights[m];
   }
   pistons = aim(pistons, *at, numbersOf(prhs[4], 1)[0]);
-  std::vector<std::complex<double>> result;
-  for (const Field::Piston& piston : pistons) result.push_back(piston.weight);
-  return arrayOf(result, {static_cast<mwSize>(result.size()), 1});
+  return weightsOf(pistons);
 }
 
 /// The columns of the beams of columns along x: peak, position, width, left and right edge.
@@ -153,6 +180,9 @@ void callForArray(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
     plhs[0] = aimed(prhs, steered);
   else if (is("focused", 4))
     plhs[0] = aimed(prhs, focused);
+  else if (is("lensed", 4))
+    plhs[0] = structOf(
+        lensed(pistonsOf(prhs[1]), scalarOf(prhs[2]), numbersOf(prhs[3], 1)[0], scalarOf(prhs[4])));
   else if (is("beams", 3))
     plhs[0] = beamsOf(prhs);
   else

@@ -1,6 +1,23 @@
 #include "matlab/HostArrays.h"
 
 namespace pistonfield {
+namespace {
+
+/// The field of a struct, which must be full and double.
+const mxArray* member(const mxArray* structure, const char* name) {
+  const mxArray* const array = mxGetField(structure, 0, name);
+  require(array && mxIsDouble(array) && !mxIsSparse(array));
+  return array;
+}
+
+/// The values of a field, which must be `count` real numbers.
+const double* reals(const mxArray* structure, const char* name, std::size_t count) {
+  const mxArray* const array = member(structure, name);
+  require(isReal(array) && mxGetNumberOfElements(array) == count);
+  return mxGetPr(array);
+}
+
+}  // namespace
 
 void require(bool isValid) {
   if (!isValid)
@@ -25,6 +42,27 @@ std::vector<std::complex<double>> numbersOf(const mxArray* array, std::size_t co
   std::vector<std::complex<double>> values(count);
   for (std::size_t n = 0; n < count; ++n) values[n] = {re[n], im ? im[n] : 0};
   return values;
+}
+
+std::vector<Field::Piston> pistonsOf(const mxArray* structure) {
+  require(mxIsStruct(structure) && mxGetNumberOfElements(structure) == 1);
+  const std::size_t count = mxGetNumberOfElements(member(structure, "widths"));
+  const double* const widths = reals(structure, "widths", count);
+  const double* const heights = reals(structure, "heights", count);
+  const double* const centres = reals(structure, "centres", 3 * count);
+  const double* const axes = reals(structure, "axes", 9 * count);
+  const std::vector<std::complex<double>> weights = numbersOf(member(structure, "weights"), count);
+
+  std::vector<Field::Piston> pistons(count);
+  for (std::size_t m = 0; m < count; ++m) {
+    Field::Piston& piston = pistons[m];
+    piston.width = widths[m];
+    piston.height = heights[m];
+    for (std::size_t n = 0; n < 3; ++n) piston.centre[n] = centres[3 * m + n];
+    for (std::size_t n = 0; n < 9; ++n) piston.axes[n / 3][n % 3] = axes[9 * m + n];
+    piston.weight = weights[m];
+  }
+  return pistons;
 }
 
 mxArray* arrayOf(const std::vector<std::complex<double>>& values,

@@ -24,6 +24,9 @@ const Position* positionsOf(const mxArray* matrix);
 /// The values of an array, which must be `count` numbers, full and double.
 std::vector<std::complex<double>> numbersOf(const mxArray* array, std::size_t count);
 
+/// The pistons of a struct of double arrays: widths, heights, centres, axes and weights.
+std::vector<Field::Piston> pistonsOf(const mxArray* structure);
+
 /// The values as an array of the host. Octave writes to a new array, so it is created only when
 /// nothing but `values` takes memory.
 mxArray* arrayOf(const std::vector<std::complex<double>>& values, const std::vector<mwSize>& sizes);

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "field/field.h"
+#include "field/lens.h"
 
 // print_fields <table>
 //
@@ -26,6 +27,7 @@ struct Case {
   std::complex<double> k = 0;
   pistonfield::FieldOptions options;
   std::vector<Field::Piston> pistons;
+  std::vector<double> lens;  // its focus and tolerance, or none
   pistonfield::AxesGrid grid;
   std::vector<pistonfield::Position> points;
 };
@@ -58,6 +60,7 @@ std::vector<Case> read(const char* name) {
     if (word == "k") last.k = {numbers.at(0), numbers.size() > 1 ? numbers[1] : 0};
     if (word == "tolerance") last.options.tolerance = numbers.at(0);
     if (word == "piston") last.pistons.push_back(pistonOf(numbers));
+    if (word == "lens") last.lens = numbers;
     if (word == "x") last.grid.x = numbers;
     if (word == "y") last.grid.y = numbers;
     if (word == "z") last.grid.z = numbers;
@@ -78,7 +81,10 @@ std::string bits(double value) {
 
 int main(int, char** arguments) {
   for (const Case& each : read(arguments[1])) {
-    const Field field(each.pistons, each.k);
+    const Field field(each.lens.empty() ? each.pistons
+                                        : pistonfield::lensed(each.pistons, each.lens.at(0), each.k,
+                                                              each.lens.at(1)),
+                      each.k);
     pistonfield::FieldReport report;
     const auto pressures = each.points.empty() ? field.on(each.grid, each.options, &report)
                                                : field.at(each.points, each.options, &report);

@@ -2,9 +2,10 @@
 %!  p = {"a", "", {}, {1}, struct(), @sin, true, NaN, Inf, 0, -1, 1i, 1.5, 1e300, [], zeros(3, 0), ones(2, 2), single(1), sparse(1)};
 %!endfunction
 %!test # the calls of pistonlinear and others end with a result, or with an error of their own
+%! pistons = struct ("widths", 1, "heights", 2, "centres", [0; 0; 0], "axes", eye (3), "weights", 1i);
 %! calls = {{"linear", 4, 3, 1, 2}, {"matrix", [4, 2], [3, 4], 1, 2}, {"convex", 4, 3, 20, 1, 2}, ...
 %!          {"apodization", "tukey", 4, 0.3}, {"steered", ones(3, 4), (1:4)', [0; 0; 1], 2}, ...
-%!          {"focused", ones(3, 4), (1:4)' * 1i, [0; 0; 1], 2}};
+%!          {"focused", ones(3, 4), (1:4)' * 1i, [0; 0; 1], 2}, {"lensed", pistons, 3, 2, 0.1}};
 %! refused = 0;
 %! for good = calls
 %!   assert (! isempty (pistonfield_pressure (good{1}{:})));

@@ -9,7 +9,7 @@
 %!  own = ['^((Too few|Wrong number of) arguments|After k, pass|Pass an order or|x, y and z must be|points must be|array[. ]|' ...
 %!         '[lsk] must be|k has a positive|The attenuation must be|nabscissas must be|quantity must be|limits must be|p must have|order must be|' ...
 %!         '[a-z]+: function called with too many inputs|x and w must be|tolerance must be|Sides must be|points must include|No order up to|' ...
-%!         '(counts?|pitch|pitches|radius|name|parameter|x|p|P|v|rho|c|f|coefficient|exponent|drop) must be|' ...
+%!         '(counts?|pitch|pitches|radius|focus|name|parameter|x|p|P|v|rho|c|f|coefficient|exponent|drop) must be|' ...
 %!         'After limits, only|axes must be|A point is farther than|pistonfield_quiet: (Input must be|Points \(argument 1\)|The given grid)|' ...
 %!         'array\.[a-z]+(\(:,:,\d\))? must (be|have)|pistonfield_pressure: (Wrong arguments. Call pistongrid or pistonarray|k must be|k has a positive|The (attenuation|tolerance|order) must be|Piston \d+: ))'];
 %!  if (isempty (regexp (failure.message, own)))
@@ -118,6 +118,10 @@
 %! assert (fine > 5 && refused > 100);
 %! [fine, refused] = sweep ("pistonapodization", {"hann", 4});
 %! assert (fine > 3 && refused > 70);
+%! [fine, refused] = sweep ("pistonlens", {array, 3, 2});
+%! assert (fine > 10 && refused > 80);
+%! [fine, refused] = sweep ("pistonlens", {array, 3, 2, "tolerance", 0.1});
+%! assert (fine > 10 && refused > 150);
 %!test # what is read off fields
 %! [fine, refused] = sweep ("pistonbeam", {[1, 2, 3], [0, 1, 0], 6});
 %! assert (fine > 10 && refused > 70);

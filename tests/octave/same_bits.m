@@ -6,7 +6,7 @@
 1;
 
 function fields = read_table (name)
-  empty = struct ("name", "", "k", [], "tolerance", [], "pistons", [], "x", [], "y", [], "z", [], "points", []);
+  empty = struct ("name", "", "k", [], "tolerance", [], "pistons", [], "lens", [], "x", [], "y", [], "z", [], "points", []);
   fields = empty([]);
   for line = strsplit (fileread (name), "\n")
     [word, rest] = strtok (line{1});
@@ -62,13 +62,16 @@ for n = 1:numel (fields)
   array = struct ("s", f.pistons(1,:), "l", f.pistons(2,:), "positions", f.pistons(3:5,:), ...
                   "rotations", reshape (f.pistons(6:14,:), 3, 3, M), ...
                   "weights", complex (f.pistons(15,:), f.pistons(16,:)));
+  if (! isempty (f.lens))
+    array = pistonlens (array, f.lens(1), f.k, "tolerance", f.lens(2));
+  endif
   where = f.points;
   if (isempty (where))
     where = {f.x, f.y, f.z};
   endif
   [p, used] = pistonarray (where, array, f.k, "tolerance", f.tolerance);
   check (expected, p, used);
-  if (iscell (where) && M == 1)
+  if (iscell (where) && M == 1 && isempty (f.lens))
     [p, used] = pistongrid (where{:}, array.l, array.s, f.k, "tolerance", f.tolerance);
     check (expected, p, used);
     ++on_grids;

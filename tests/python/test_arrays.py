@@ -63,6 +63,30 @@ def test_steering_is_focusing_on_a_distant_point_and_multiplies_weights():
     np.testing.assert_allclose(abs(weights(steered)), 2)
 
 
+def test_waves_of_a_lens_arrive_at_its_focus_in_phase():
+    turned = pf.Piston(1e-3, HEIGHT, (1e-3, 0, 2e-3), [[0, 0, 1], [0, 1, 0], [-1, 0, 0]], 2j)
+    array = pf.lensed([turned, pf.Piston(WIDTH, HEIGHT)], 25e-3, K - 5j)
+    first = [piston for piston in array if piston.rotation is not None]
+    assert array[: len(first)] == first and len(array) == 2 * len(first)
+    np.testing.assert_allclose(sum(piston.height for piston in first), HEIGHT)
+    paths = np.linalg.norm(centres(first) - (26e-3, 0, 2e-3), axis=1) - 25e-3
+    np.testing.assert_allclose(weights(first), 2j * np.exp(1j * K * paths), atol=1e-9)
+    np.testing.assert_allclose(weights(array[len(first) :]), weights(first) / 2j, atol=1e-9)
+
+
+def test_a_lens_against_a_sum_over_its_face():
+    x, y = (np.arange(20) - 9.5) / 20 * WIDTH, (np.arange(1500) - 749.5) / 1500 * HEIGHT
+    points = np.array([(0, 0, 25), (0, 0.3, 25), (0.2, 1, 10), (0, 2.4, 1)]) * 1e-3
+    u, v = np.meshgrid(x, y)
+    lens = np.exp(1j * K * (np.hypot(25e-3, v) - 25e-3))
+    distances = [np.sqrt((p[0] - u) ** 2 + (p[1] - v) ** 2 + p[2] ** 2) for p in points]
+    cell = WIDTH * HEIGHT / u.size
+    exact = np.array([K / (2 * np.pi) * cell * np.sum(lens * np.exp(-1j * K * R) / R) for R in distances])
+    for tolerance in (1e-2, 1e-3):
+        p = pf.field(points, pf.lensed(pf.Piston(WIDTH, HEIGHT), 25e-3, K, tolerance), K, tolerance=1e-6)
+        assert max(abs(p - exact)) < (tolerance + 1e-4) * max(abs(exact))
+
+
 @pytest.mark.parametrize(
     ("name", "call"),
     [
@@ -87,6 +111,11 @@ def test_steering_is_focusing_on_a_distant_point_and_multiplies_weights():
         ("weights", lambda: pf.weighted(pf.Piston(1, 1), np.ma.masked_array([1], [True]))),
         ("direction", lambda: pf.steered(pf.Piston(1, 1), (0, 0, 0), 1)),
         ("focus", lambda: pf.focused(pf.Piston(1, 1), (0, 0), 1)),
+        ("focus", lambda: pf.lensed(pf.Piston(1, 1), 0, 1)),
+        ("focus", lambda: pf.lensed(pf.Piston(1, 1), (0, 0, 1), 1)),
+        ("k", lambda: pf.lensed(pf.Piston(1, 1), 1, "1")),
+        ("tolerance", lambda: pf.lensed(pf.Piston(1, 1), 1, 1, 1)),
+        ("tolerance must be larger", lambda: pf.lensed(pf.Piston(1, 1e5), 1, 7, 1e-12)),
         ("pistons", lambda: pf.focused([1], (0, 0, 1), 1)),
     ],
 )

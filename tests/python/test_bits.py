@@ -22,14 +22,16 @@ class Case:
     k: complex = 0
     tolerance: float = 0
     pistons: list[pf.Piston] = field(default_factory=list)
+    lens: list[float] = field(default_factory=list)
     axes: dict[str, list[float]] = field(default_factory=dict)
     points: list[list[float]] = field(default_factory=list)
 
     def compute(self) -> tuple[NDArray[np.complex128], pf.Used]:
+        pistons = pf.lensed(self.pistons, self.lens[0], self.k, self.lens[1]) if self.lens else self.pistons
         if self.points:
-            return pf.field(self.points, self.pistons, self.k, tolerance=self.tolerance, full_output=True)
+            return pf.field(self.points, pistons, self.k, tolerance=self.tolerance, full_output=True)
         x, y, z = (self.axes[name] for name in "xyz")
-        return pf.grid(x, y, z, self.pistons, self.k, tolerance=self.tolerance, full_output=True)
+        return pf.grid(x, y, z, pistons, self.k, tolerance=self.tolerance, full_output=True)
 
 
 def piston_of(numbers: list[float]) -> pf.Piston:
@@ -53,6 +55,8 @@ def read_table() -> dict[str, Case]:
             case.tolerance = numbers[0]
         elif word == "piston":
             case.pistons.append(piston_of(numbers))
+        elif word == "lens":
+            case.lens = numbers
         elif word == "point":
             case.points.append(numbers)
         else:

@@ -130,6 +130,10 @@ def test_the_tutorial_says_what_it_computes(root: Path, tmp_path: Path, monkeypa
     assert "on the axis the error is half a percent" in text
     assert errors_on_axis.max() == pytest.approx(0.005, rel=0.05)
 
+    assert said(r"the beam is ([\d.]+) mm wide in elevation without the lens, and ([\d.]+) mm with it") == [
+        f"{1e3 * computed[name].width:.2f}" for name in ("plain", "lens")
+    ]
+
     call = f"pf.linear_array({said(r'`pf[.]linear_array[(](.*?)[)]`')[0]})"
     row = pf.focused(eval(call, computed), (6e-3, 0, 20e-3), computed["k"])
     assert np.allclose([piston._row() for piston in row], [piston._row() for piston in computed["array"]], atol=1e-15)

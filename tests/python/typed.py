@@ -24,6 +24,7 @@ if TYPE_CHECKING:
     assert_type(pf.field(points, pistons(), 1, full_output=True), tuple[NDArray[np.complex128], pf.Used])
     assert_type(pf.field(points, piston, 1 - 0.1j), NDArray[np.complex128])
     assert_type(pf.grid(0, [1.0], np.arange(3), (piston,), 1, order=10), NDArray[np.complex128])
+    assert_type(pf.lensed(piston, 5, 1 - 0.1j, tolerance=1e-2), list[pf.Piston])
     p, used = pf.grid(0, 0, 1, piston, 1, progress=print, full_output=True)
     assert_type(used.orders, tuple[int, int])
     assert_type(used.bound, float)

@@ -82,7 +82,7 @@
 % away, and where pistons cancel each other almost completely); too little memory; and, with
 % an order, pistonfield's errors of the device.
 %
-% See also: pistonfield, pistongrid, pistonplot.
+% See also: pistonfield, pistongrid, pistonlinear, pistonlens, pistonplot.
 
 function [p, used] = pistonarray (points, array, k, varargin)
 

@@ -46,7 +46,7 @@
 % must be at least count * pitch / (2 pi) in magnitude: ..."; "s must be at most the pitch in its
 % direction: elements must not overlap."; "Sides must be from 1e-18 to 1e18 ..."
 %
-% See also: pistonarray, pistonlinear, pistonmatrix, pistonapodization.
+% See also: pistonarray, pistonlinear, pistonmatrix, pistonapodization, pistonlens.
 
 function array = pistonconvex (count, pitch, radius, l, s)
 

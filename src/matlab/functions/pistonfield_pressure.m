@@ -30,6 +30,10 @@
 % functions of <pistonfield/arrays.h>, with double arguments.  The width and the height are
 % s and l.
 %
+%   strips = pistonfield_pressure ('lensed', pistons, focus, k, tolerance)
+%
+% For pistonlens: the function of <pistonfield/lens.h>, with structs as for a pressure.
+%
 %   numbers = pistonfield_pressure ('beams', x, p, drop)
 %
 % For pistonbeam: the beams of <pistonfield/beam.h> in the columns of a matrix.  Each is a

@@ -34,7 +34,7 @@
 % "... must be positive.", the same for l and s; "s must be at most the pitch in its direction:
 % elements must not overlap."; "Sides must be from 1e-18 to 1e18 ..."
 %
-% See also: pistonarray, pistonmatrix, pistonconvex, pistonapodization.
+% See also: pistonarray, pistonmatrix, pistonconvex, pistonapodization, pistonlens.
 
 function array = pistonlinear (count, pitch, l, s)
 

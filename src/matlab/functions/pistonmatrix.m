@@ -39,7 +39,7 @@
 % for s; "s must be at most the pitch in its direction: elements must not overlap.", the same for
 % l; "Sides must be from 1e-18 to 1e18 ..."
 %
-% See also: pistonarray, pistonlinear, pistonconvex, pistonapodization.
+% See also: pistonarray, pistonlinear, pistonconvex, pistonapodization, pistonlens.
 
 function array = pistonmatrix (counts, pitches, l, s)
 

@@ -1,7 +1,7 @@
 % result = fromlibrary (name, what, ...)
 %
 % Calls pistonfield_pressure (what, ...) for the function name, with arguments as users passed them: numbers
-% of any class, and anything else. Raises its errors as those of that function, where the width and the
+% of any class, a struct from librarypistons, and anything else. Raises its errors as those of that function, where the width and the
 % height of a piston are s and l.
 
 function result = fromlibrary (name, what, varargin)
@@ -24,7 +24,7 @@ function value = plain (value)
 
   if (isnumeric (value) && isreal (value))
     value = full (double (value));
-  elseif (~ isnumeric (value) && ~ ischar (value))
+  elseif (~ isnumeric (value) && ~ ischar (value) && ~ isstruct (value))
     value = NaN;
   end
 

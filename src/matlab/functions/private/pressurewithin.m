@@ -7,10 +7,7 @@
 function [p, used] = pressurewithin (name, where, array, k, accuracy, quiet)
 
   checkwavelengths (name, array, k);
-  % A negative side reverses the sign, as in pistonfield.
-  pistons = struct ('widths', abs (array.s), 'heights', abs (array.l), 'centres', array.positions, ...
-                    'axes', array.rotations, ...
-                    'weights', array.weights .* sign (array.l) .* sign (array.s));
+  pistons = librarypistons (array);
   bar = [];
   if (~ quiet)
     bar = @(part, seconds, shown) progressbar (name, part, seconds, shown);

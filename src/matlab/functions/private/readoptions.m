@@ -19,10 +19,10 @@ function [nabscissas, tolerance, quiet] = readoptions (name, options)
     end
   end
   while (~ isempty (options))
-    if (is (options{1}, 'quiet'))
+    if (isword (options{1}, 'quiet'))
       quiet = true;
       options(1) = [];
-    elseif (is (options{1}, 'tolerance') && numel (options) > 1)
+    elseif (isword (options{1}, 'tolerance') && numel (options) > 1)
       tolerance = readtolerance (name, options{2});
       options(1:2) = [];
     else
@@ -40,24 +40,9 @@ function [nabscissas, tolerance, quiet] = readoptions (name, options)
 
 end
 
-function tolerance = readtolerance (name, value)
-
-  if (~ isnumeric (value) || ~ isreal (value) || numel (value) ~= 1 || ~ (double (value) >= 1e-12 && double (value) < 1))
-    error ([name, ':tolerance'], 'tolerance must be at least 1e-12 and less than 1.');
-  end
-  tolerance = full (double (value));
-
-end
-
 function answer = istext (value)
 
   answer = ischar (value) || isa (value, 'string');
-
-end
-
-function answer = is (value, word)
-
-  answer = istext (value) && strcmpi (char (value), word);
 
 end
 
