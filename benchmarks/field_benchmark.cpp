@@ -1,9 +1,6 @@
-#include <sys/resource.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <fstream>
 #include <functional>
 #include <random>
 #include <string>
@@ -11,6 +8,7 @@
 
 #include "FastNearfield/IntegratorCuda.h"
 #include "FastNearfield/PressuresAt.h"
+#include "benchmarks/CpuTimes.h"
 #include "benchmarks/rayleigh/RayleighSum.h"
 #if PISTONFIELD_BENCHMARK_FFT
 #include "benchmarks/rayleigh/FftConvolution.h"
@@ -34,26 +32,6 @@ using pistonfield::Position;
 using Pressures = std::vector<std::complex<double>>;
 
 constexpr double pi = 3.14159265358979323846;
-
-double cpuSeconds() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-         1e-6 * static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec);
-}
-
-/// The least CPU seconds of each task, which run in turns.
-std::vector<double> secondsOf(const std::vector<std::function<void()>>& tasks) {
-  std::vector<double> least(tasks.size(), 1e300);
-  const double start = cpuSeconds();
-  for (int round = 0; round < 3 || (round < 30 && cpuSeconds() - start < 1.5); ++round)
-    for (std::size_t n = 0; n < tasks.size(); ++n) {
-      const double before = cpuSeconds();
-      tasks[n]();
-      least[n] = std::min(least[n], cpuSeconds() - before);
-    }
-  return least;
-}
 
 std::vector<double> axis(double first, double last, std::size_t count) {
   std::vector<double> values(count);
@@ -97,18 +75,6 @@ struct Samples {
   std::vector<Position> positions;
   Pressures pressures;
 };
-
-double peakOf(const Pressures& pressures) {
-  double peak = 0;
-  for (const std::complex<double>& p : pressures) peak = std::max(peak, std::abs(p));
-  return peak;
-}
-
-pistonfield::FieldOptions within(double tolerance) {
-  pistonfield::FieldOptions options;
-  options.tolerance = tolerance;
-  return options;
-}
 
 double nsAPoint(double seconds, std::size_t points) {
   return 1e9 * seconds / static_cast<double>(points);
@@ -359,15 +325,6 @@ void costOfDigits() {
       secondsOf({[&] { field.on(grid, within(1e-4)); }, [&] { field.on(grid, within(1e-9)); }});
   std::printf("piston 10x10: time of tolerance 1e-9 / 1e-4 %.2f\n", seconds[1] / seconds[0]);
   std::fflush(stdout);
-}
-
-void printProcessor() {
-  std::ifstream file("/proc/cpuinfo");
-  for (std::string line; std::getline(file, line);)
-    if (line.rfind("model name", 0) == 0) {
-      std::printf("%s\n", line.substr(line.find(": ") + 2).c_str());
-      return;
-    }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "field/Vectors.h"
+#include "field/Windows.h"
 #include "field/arrays.h"
 
 namespace pistonfield {
@@ -73,70 +74,7 @@ void checkRow(std::size_t count, double pitch) {
   checkLength("pitch", pitch);
 }
 
-/// exp(x) for x ≤ 0. The C library's exp of today needs a newer library than the modules do.
-double exponential(double x) { return 1 / (1 + std::expm1(-x)); }
-
 double squared(double x) { return x * x; }
-
-/// A window, whose parameter is from 0 to `most`; if that is 0, it has none.
-struct Window {
-  const char* name;
-  double (*value)(double u, double parameter);
-  double most = 0, standard = 0;
-};
-
-double rectangular(double, double) { return 1; }
-
-double hann(double u, double) { return squared(std::cos(pi * u / 2)); }
-
-double hamming(double u, double) { return 0.54 + 0.46 * std::cos(pi * u); }
-
-double tukey(double u, double fraction) {
-  const double v = std::fabs(u) - (1 - fraction);
-  return v > 0 ? squared(std::cos(pi / 2 * v / fraction)) : 1;  // v ≤ 0 if the fraction is 0
-}
-
-double gauss(double u, double ratio) { return exponential(-squared(ratio * u) / 2); }
-
-constexpr std::array<Window, 5> windows = {{{"rectangular", rectangular},
-                                            {"hann", hann},
-                                            {"hamming", hamming},
-                                            {"tukey", tukey, 1, 0.5},
-                                            {"gauss", gauss, 10, 2.5}}};
-
-const Window& windowOf(std::string name) {
-  for (char& letter : name)  // in every locale
-    if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
-  const auto* const found = std::find_if(windows.begin(), windows.end(),
-                                         [&](const Window& window) { return name == window.name; });
-  if (found == windows.end())
-    throw FieldError("name must be 'rectangular', 'hann', 'hamming', 'tukey' or 'gauss'.");
-  return *found;
-}
-
-double parameterOf(const Window& window, std::optional<double> parameter) {
-  if (!parameter) return window.standard;
-  if (window.most == 0)
-    throw FieldError("parameter must be omitted: only 'tukey' and 'gauss' have one.");
-  checkFinite("parameter", *parameter);
-  if (*parameter < 0 || *parameter > window.most)
-    throw FieldError("parameter must be from 0 to " +
-                     std::to_string(static_cast<int>(window.most)) + ".");
-  return *parameter;
-}
-
-double length(const Position& p) { return std::hypot(p[0], p[1], p[2]); }
-
-Position scaled(const Position& p, double divisor) {
-  return {p[0] / divisor, p[1] / divisor, p[2] / divisor};
-}
-
-/// How much longer the path to a focus is from a centre than from the origin, without the
-/// cancellation of |f − c| − |f|.
-double longerPath(const Position& c, const Position& f) {
-  const double mean = (length(difference(f, c)) + length(f)) / 2;
-  return mean > 0 ? -dot(c, scaled(difference(f, scaled(c, 2)), mean)) : 0;
-}
 
 /// Multiplies the weights by exp(ikL), with the real part of k and the length L of each centre.
 template <class Length>
@@ -184,19 +122,18 @@ std::vector<Piston> convexArray(std::size_t count, double pitch, double radius, 
 
 std::vector<double> apodization(const std::string& name, const std::vector<std::size_t>& counts,
                                 std::optional<double> parameter) {
-  const Window& window = windowOf(name);
+  const Window window(name, parameter);
   if (counts.empty() || counts.size() > 2 ||
       !isCount(counts[0], counts.size() == 2 ? counts[1] : 1))
     throw FieldError(
         "counts must be one integer from 1, or two, along x and along y, with a product of at most "
         "1e6.");
-  const double value = parameterOf(window, parameter);
   std::vector<double> weights = {1};
   for (const std::size_t count : counts) {
     std::vector<double> products;
     for (std::size_t n = 0; n < count; ++n) {
       const double u = twiceFromMiddle(n, count) / static_cast<double>(count);
-      const double factor = window.value(u, value);
+      const double factor = window.at(u);
       for (const double weight : weights) products.push_back(weight * factor);
     }
     weights = std::move(products);

@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <string>
 
-#include "field/Evaluation.h"
 #include "field/Vectors.h"
 
 namespace pistonfield {
@@ -52,6 +51,13 @@ void check(const Field::Piston& piston, std::size_t index) {
     throw FieldError(name + ": its weight must be finite.");
 }
 
+bool isWaveNumber(std::complex<double> k) {
+  return k.real() >= leastWaveNumber && k.real() <= mostWaveNumber && k.imag() <= 0 &&
+         -k.imag() <= k.real();
+}
+
+bool isSide(double wavelengths) { return wavelengths >= leastSide && wavelengths <= mostSide; }
+
 void checkWaveNumber(std::complex<double> k) {
   const double real = std::fabs(k.real()), attenuation = -k.imag();
   if (!std::isfinite(real) || !std::isfinite(attenuation))
@@ -69,18 +75,20 @@ void checkWaveNumber(std::complex<double> k) {
         "both in one unit.");
 }
 
-void checkScale(const Field::Piston& piston, double wavelengths, std::size_t index) {
+void checkScale(const Field::Piston& piston, double wavelengths, std::size_t index,
+                const char* other) {
   const std::string name = "Piston " + std::to_string(index);
   for (const double side : {piston.width * wavelengths, piston.height * wavelengths})
-    if (side != 0 && !(side >= leastSide && side <= mostSide))
+    if (side != 0 && !isSide(side))
       throw FieldError(name +
-                       ": its sides must be 0 or from 1e-9 to 1e6 wavelengths. Give lengths and "
-                       "1/k in one unit.");
+                       ": its sides must be 0 or from 1e-9 to 1e6 wavelengths. Give lengths and " +
+                       other + " in one unit.");
   for (const double coordinate : piston.centre)
     if (!(std::fabs(coordinate) * wavelengths <= mostWavelengths))
       throw FieldError(name +
                        ": its centre is farther than 1e9 wavelengths from the origin. Give lengths "
-                       "and 1/k in one unit.");
+                       "and " +
+                       other + " in one unit.");
 }
 
 void checkTolerance(double tolerance) {

@@ -6,6 +6,7 @@
 #include <limits>
 #include <mutex>
 
+#include "field/Checks.h"
 #include "field/DeviceEvaluation.h"
 #include "field/Vectors.h"
 #include "parallel/Cores.h"

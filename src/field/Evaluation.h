@@ -9,9 +9,6 @@
 
 namespace pistonfield {
 
-/// The largest magnitude of a coordinate, in wavelengths.
-constexpr double mostWavelengths = 1e9;
-
 /// The sum of pistons' pressures at points, for an absolute tolerance. It is computed tile by tile,
 /// on all cores: a tile's sum stays in the cache while the pistons are added to it.
 class Evaluation {

@@ -9,7 +9,9 @@
 #include "field/EqualPistons.h"
 #include "field/Evaluation.h"
 #include "field/Guarded.h"
+#include "field/Magnitudes.h"
 #include "field/Mirror.h"
+#include "field/Parts.h"
 #include "field/RowEvaluation.h"
 #include "field/SortedPoints.h"
 #include "field/Vectors.h"
@@ -27,110 +29,6 @@ void check(const FieldOptions& options) {
 
 /// Sorting a list takes about as long as eight pistons.
 constexpr std::size_t leastPistonsToSort = 16, leastPointsToSort = 64;
-
-/// The smallest peak pressure that is told from 0, relative to that at the pistons.
-constexpr double leastPeak = 1e-30;
-
-/// Whether a point lies straight behind a piston, where the pressure jumps at the edges, or all but
-/// for rounding.
-bool isStraightBehind(const Field::Piston& piston, const Position& p) {
-  const Position from = difference(p, piston.centre);
-  const auto covers = [&](std::size_t axis, double side) {
-    return std::fabs(dot(piston.axes[axis], from)) <= 0.500001 * side;
-  };
-  return dot(piston.axes[2], from) < 0 && covers(0, piston.width) && covers(1, piston.height);
-}
-
-/// The sides of such parts that are tried, in wavelengths.
-constexpr double sidesOfParts[] = {8, 2};
-
-/// How far the edges of parts may be from where they should be.
-double roundingOfParts(const std::vector<Field::Piston>& pistons) {
-  double largest = 0;
-  for (const Field::Piston& piston : pistons)
-    for (const double coordinate : piston.centre)
-      largest = std::max(largest, std::fabs(coordinate) + (piston.width + piston.height) / 2);
-  return 4 * 0x1p-53 * largest;
-}
-
-/// The pistons in parts of at most this side, but those that have points straight behind them:
-/// rounding would decide to which of two parts these belong. None if the parts are too many.
-///
-/// To the side of a wide piston in a lossy medium, pressures are too small for a difference of
-/// integrals along the edges, and parts of it are evaluated by products of rules (ProductRule.h).
-std::vector<Field::Piston> inParts(const std::vector<Field::Piston>& pistons,
-                                   std::complex<double> k, const Points& points,
-                                   double mostSideOfPart) {
-  constexpr std::size_t most = 100'000;
-  const double wavelengths = wavelengthsPerUnit(k);
-  std::vector<Field::Piston> parts;
-  for (const Field::Piston& piston : pistons) {
-    bool isAnyBehind = false;
-    for (std::size_t n = 0; n < points.count() && !isAnyBehind; ++n)
-      isAnyBehind = isStraightBehind(piston, points.position(n));
-    const auto countOf = [&](double side) {
-      return isAnyBehind ? 1 : std::max(std::ceil(side * wavelengths / mostSideOfPart), 1.0);
-    };
-    const double nx = countOf(piston.width), ny = countOf(piston.height);
-    if (static_cast<double>(parts.size()) + nx * ny > static_cast<double>(most)) return {};
-    const auto columns = static_cast<int>(nx), rows = static_cast<int>(ny);
-    for (int i = 0; i < columns; ++i)
-      for (int j = 0; j < rows; ++j) {
-        Field::Piston part = piston;
-        part.width = piston.width / nx;
-        part.height = piston.height / ny;
-        const double x = ((2 * i + 1) / nx - 1) * piston.width / 2,
-                     y = ((2 * j + 1) / ny - 1) * piston.height / 2;
-        for (std::size_t n = 0; n < 3; ++n)
-          part.centre[n] += x * piston.axes[0][n] + y * piston.axes[1][n];
-        parts.push_back(part);
-      }
-  }
-  return parts;
-}
-
-/// A lower bound of the largest magnitude among the points, from some of them; or leastPeak times
-/// what it can be at the pistons, if it is smaller. In a lossy medium 0 if it is smaller or
-/// nothing but rounding errors.
-double peakOf(const std::vector<Field::Piston>& whole, std::complex<double> k, const Points& points,
-              const std::function<void(double)>& progress) {
-  std::vector<Field::Piston> pistons = whole;
-  double shift = 0;
-  const double* sideOfParts = std::begin(sidesOfParts);
-  const std::vector<Position> some = somePoints(points);
-  if (some.empty()) return 1;  // the pressures are NaN
-  double mostExpected = 0;     // of the magnitude, about
-  for (const Field::Piston& piston : pistons) mostExpected += 2 * std::abs(piston.weight);
-  std::vector<std::complex<double>> p(some.size());
-  double tolerance = mostExpected / 20;
-  while (tolerance > mostExpected * leastPeak) {
-    Work work(
-        [&](double) {
-          if (progress) progress(0);
-        },
-        1);
-    const ListPoints list(some.data(), some.size());
-    Evaluation evaluation(pistons, k, tolerance, shift);
-    evaluation.run(list, p.data(), work);
-    double peak = 0;
-    for (const std::complex<double>& value : p)
-      if (std::abs(value) > peak) peak = std::abs(value);
-    // With loss, all that there is may be rounding errors, unless in parts.
-    const double excess = k.imag() != 0 ? std::max(evaluation.used().excess, 1.0) : 1;
-    if (peak > 4 * tolerance * excess) return peak - tolerance * excess;
-    if (excess > 1) {
-      if (sideOfParts == std::end(sidesOfParts)) return 0;
-      std::vector<Field::Piston> parts = inParts(whole, k, list, *sideOfParts++);
-      if (parts.size() > pistons.size()) {
-        pistons = std::move(parts);
-        shift = roundingOfParts(whole);
-      }
-      continue;
-    }
-    tolerance /= 20;
-  }
-  return k.imag() != 0 ? 0 : mostExpected * leastPeak;
-}
 
 /// Whether there may be points of a grid behind a piston, where pressures are discontinuous.
 bool isAnyBehind(const std::vector<Field::Piston>& pistons, const Points& points) {
@@ -250,14 +148,6 @@ Used evaluateFor(const std::vector<Field::Piston>& pistons, std::complex<double>
   return evaluateOneByOne(pistons, k, tolerance, points, shift, options, pressures);
 }
 
-std::complex<double> scaled(std::complex<double> number, int exponent) {
-  return {std::ldexp(number.real(), exponent), std::ldexp(number.imag(), exponent)};
-}
-
-bool isSilent(const Field::Piston& piston) {
-  return piston.weight == 0.0 || piston.width == 0 || piston.height == 0;
-}
-
 /// Throws a FieldError if a point lies so far behind a piston in a lossy medium that its wave,
 /// which grows there, is beyond what floats hold.
 void checkGrowth(const std::vector<Field::Piston>& pistons, std::complex<double> k,
@@ -273,23 +163,6 @@ void checkGrowth(const std::vector<Field::Piston>& pistons, std::complex<double>
     }
 }
 
-[[noreturn]] void refuse(double tolerance, const Used& used) {
-  if (std::isinf(used.excess))
-    throw FieldError(
-        "A point is farther than 1e9 wavelengths from the origin. Give lengths and 1/k in one "
-        "unit.");
-  // Rounded up, so that it is accepted.
-  const double kept = 1.1 * tolerance * used.excess;
-  if (kept < 0.5)
-    throw FieldError(
-        "Double precision cannot keep the tolerance at these points. Ask for at least " +
-        inDigits(kept) + ", or for points nearer to the pistons.");
-  throw FieldError(
-      "Double precision cannot keep any tolerance at these points: the pressures are too small, "
-      "for pistons that cancel each other or points that are too far. Add points with larger "
-      "pressures.");
-}
-
 std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons,
                                            std::complex<double> k, const Points& points,
                                            const FieldOptions& options, FieldReport* report) {
@@ -297,14 +170,7 @@ std::vector<std::complex<double>> evaluate(std::vector<Field::Piston> pistons,
   if (report) *report = {};
   std::vector<std::complex<double>> pressures(points.count());
   if (pressures.empty() || pistons.empty()) return pressures;
-  double largestWeight = 0;
-  for (const Field::Piston& piston : pistons)
-    largestWeight =
-        std::max({largestWeight, std::fabs(piston.weight.real()), std::fabs(piston.weight.imag())});
-  // So that the sum of weights does not overflow; a power of 2, so that no weight is rounded.
-  const int scale = largestWeight > 0 ? std::ilogb(largestWeight) : 0;
-  for (Field::Piston& piston : pistons) piston.weight = scaled(piston.weight, -scale);
-  pistons.erase(std::remove_if(pistons.begin(), pistons.end(), isSilent), pistons.end());
+  const int scale = takeScale(pistons);
   double peak = options.order > 0 ? 0 : peakOf(pistons, k, points, options.progress);
   Used used = evaluateFor(pistons, k, options.tolerance * peak, points, points.shift(), options,
                           pressures.data());

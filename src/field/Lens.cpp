@@ -3,6 +3,7 @@
 #include <complex>
 
 #include "field/Checks.h"
+#include "field/Vectors.h"
 #include "field/lens.h"
 
 namespace pistonfield {
@@ -21,13 +22,10 @@ void throwTooMany() {
       "1e6 strips.");
 }
 
-/// √(a² + b²). The C library's hypot of two numbers needs a newer library than the modules do.
-double root(double a, double b) { return std::hypot(a, b, 0.0); }
-
 /// How much longer the way to the focus is from the height y than from the middle, without the
 /// cancellation of √(F² + y²) − |F|.
 double longerPath(double y, double focus) {
-  return std::copysign(y * (y / (root(focus, y) + std::fabs(focus))), focus);
+  return std::copysign(y * (y / (hypotenuse(focus, y) + std::fabs(focus))), focus);
 }
 
 }  // namespace
@@ -40,7 +38,7 @@ std::size_t lensStrips(double height, double focus, std::complex<double> k, doub
   checkTolerance(tolerance);
   const double q = std::fabs(k.real()) * height;
   if (q == 0) return 1;
-  const double sine = height / 2 / root(focus, height / 2),
+  const double sine = height / 2 / hypotenuse(focus, height / 2),
                // Steps that are longer than half a wavelength radiate as a grating does. The error
                // of shorter ones is of second order in their height, with three parts: the slope of
                // the phase times that of waves along the face, the same times itself, and the

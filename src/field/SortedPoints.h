@@ -17,13 +17,16 @@ class SortedPoints final : public Points {
                const std::function<void(double)>& progress);
   void read(std::size_t first, std::size_t count, double* x, double* y, double* z) const override;
 
+  /// Where each of these points is in the list.
+  const std::vector<std::size_t>& indices() const { return indices_; }
+
   /// Values in the order of the list, from those in the order of these points.
   std::vector<std::complex<double>> inListOrder(
       const std::vector<std::complex<double>>& values) const;
 
  private:
   const Position* points_;
-  std::vector<std::size_t> indices_;  ///< of the sorted points in the list
+  std::vector<std::size_t> indices_;
 };
 
 }  // namespace pistonfield

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cmath>
 #include <complex>
 
 #include "field.h"
@@ -28,15 +27,28 @@ namespace pistonfield {
 /// @param coefficient  in dB/(cm·MHz^exponent), at least 0 and finite
 /// @param frequency    f in Hz, above 0 and finite
 /// @param exponent     from 0 to 3; that of soft tissue is about 1, that of water 2
-inline double attenuation(double coefficient, double frequency, double exponent = 1) {
-  if (!(coefficient >= 0) || !std::isfinite(coefficient))
-    throw FieldError("coefficient must be a finite real number, at least 0.");
-  if (!(frequency > 0) || !std::isfinite(frequency))
-    throw FieldError("frequency must be positive and finite.");
-  if (!(exponent >= 0 && exponent <= 3)) throw FieldError("exponent must be from 0 to 3.");
-  constexpr double nepersPerMetre = 100 * 2.302585092994046 / 20;  // of 1 dB/cm
-  return coefficient * std::pow(frequency / 1e6, exponent) * nepersPerMetre;
-}
+double attenuation(double coefficient, double frequency, double exponent = 1);
+
+/// A fluid or tissue, in which waves travel and may lose energy. Units are metres and seconds if it
+/// attenuates; otherwise any.
+struct Medium {
+  double speed = 0;        ///< of sound, above 0
+  double attenuation = 0;  ///< in dB/(cm·MHz^exponent), at least 0
+  double exponent = 1;     ///< of the attenuation's power law, from 0 to 3
+  /// If above 0, the frequency in Hz at which waves have the speed above: at others it differs as
+  /// causality requires for the power law (Kramers and Kronig), by
+  ///
+  ///     1/c(ω) = 1/speed + α₀·tan(π·exponent/2)·(ω^(exponent − 1) − ω₀^(exponent − 1))
+  ///     1/c(ω) = 1/speed − 2/π·α₀·ln(ω/ω₀)       for the exponent 1
+  ///
+  /// where α₀·ω^exponent is the attenuation in Np/m. The exponent is then below 3. If 0, there is
+  /// no dispersion.
+  double reference = 0;
+
+  /// k − iα at the frequency f = ω/2π, in 1/m. Throws a FieldError unless f is positive and finite,
+  /// the members are in range, and the speed at f is positive.
+  std::complex<double> waveNumber(double frequency) const;
+};
 
 /// Returns the pressure in pascals, P = iρcv·p, of a pressure whose plane wave has magnitude 1.
 ///

@@ -8,15 +8,18 @@
 #include <string>
 #include <vector>
 
+#include "field/echo.h"
 #include "field/field.h"
 #include "field/lens.h"
+#include "field/pulse.h"
 
 // print_fields <table>
 //
 // Computes the fields of a table in the form of tests/data/fields.txt. Writes for each a line
 // "field <name> <number of points>", a line "used <least order> <most order> <single> <precise>
-// <nodes> <bound>", and a line with the real and the imaginary part of each pressure. The bits of
-// floating-point numbers are written as 16 hexadecimal digits.
+// <nodes> <bound>", and a line with the real and the imaginary part of each pressure. For a pulse
+// these are "used <start> <rate> <number of times> <bound> <nodes> <frequencies>", and each
+// pressure or echo. The bits of floating-point numbers are written as 16 hexadecimal digits.
 
 namespace {
 
@@ -27,7 +30,9 @@ struct Case {
   std::complex<double> k = 0;
   pistonfield::FieldOptions options;
   std::vector<Field::Piston> pistons;
-  std::vector<double> lens;  // its focus and tolerance, or none
+  std::vector<double> lens;                   // its focus and tolerance, or none
+  std::vector<double> medium, burst, delays;  // of a pulse
+  std::vector<Field::Piston> receivers;       // of an echo
   pistonfield::AxesGrid grid;
   std::vector<pistonfield::Position> points;
 };
@@ -61,6 +66,10 @@ std::vector<Case> read(const char* name) {
     if (word == "tolerance") last.options.tolerance = numbers.at(0);
     if (word == "piston") last.pistons.push_back(pistonOf(numbers));
     if (word == "lens") last.lens = numbers;
+    if (word == "medium") last.medium = numbers;
+    if (word == "burst") last.burst = numbers;
+    if (word == "delays") last.delays = numbers;
+    if (word == "receiver") last.receivers.push_back(pistonOf(numbers));
     if (word == "x") last.grid.x = numbers;
     if (word == "y") last.grid.y = numbers;
     if (word == "z") last.grid.z = numbers;
@@ -77,10 +86,44 @@ std::string bits(double value) {
   return text;
 }
 
+template <class Source>
+void printAgainstTime(const Case& each, const Source& source) {
+  const pistonfield::TimeAxis times = source.times(each.points, each.burst.at(2));
+  pistonfield::PulseOptions options;
+  options.tolerance = each.options.tolerance;
+  pistonfield::PulseReport report;
+  const std::vector<double> values = source.at(each.points, times, options, &report);
+  std::cout << "field " << each.name << " " << each.points.size() << "\nused " << bits(times.start)
+            << " " << bits(times.rate) << " " << times.count << " " << bits(report.bound) << " "
+            << bits(report.nodes) << " " << report.frequencies << "\n";
+  for (const double value : values) std::cout << bits(value) << "\n";
+}
+
+void printPulse(const Case& each) {
+  std::vector<pistonfield::DelayedPiston> pistons = pistonfield::delayed(each.pistons);
+  for (std::size_t n = 0; n < pistons.size(); ++n) pistons[n].delay = each.delays.at(n);
+  pistonfield::Medium medium;
+  medium.speed = each.medium.at(0);
+  medium.attenuation = each.medium.at(1);
+  medium.exponent = each.medium.at(2);
+  medium.reference = each.medium.at(3);
+  const pistonfield::Excitation excitation =
+      pistonfield::toneBurst(each.burst.at(0), each.burst.at(1), each.burst.at(2));
+  if (each.receivers.empty())
+    printAgainstTime(each, pistonfield::Pulse(pistons, medium, excitation));
+  else
+    printAgainstTime(
+        each, pistonfield::Echo(pistons, pistonfield::delayed(each.receivers), medium, excitation));
+}
+
 }  // namespace
 
 int main(int, char** arguments) {
   for (const Case& each : read(arguments[1])) {
+    if (!each.burst.empty()) {
+      printPulse(each);
+      continue;
+    }
     const Field field(each.lens.empty() ? each.pistons
                                         : pistonfield::lensed(each.pistons, each.lens.at(0), each.k,
                                                               each.lens.at(1)),

@@ -66,6 +66,49 @@ PISTONFIELD_HOST_DEVICE inline float growthToBranch(const Wave& wave) {
   return 1.44269504f * wave.decay;
 }
 
+/// What the order of a rule depends on, of the distance R on an interval, R² = ρ² + σ². `from`: at
+/// least 0; or at least −`to`, and all lengths are equal.
+template <class Set>
+struct IntervalShape {
+  using V = Pack<Set>;
+
+  V endTurns;   ///< the interval's length, times dR/dσ at the farther end
+  V meanTurns;  ///< the same for the mean slope
+  V lnr;        ///< ln r, at most a few percent too small
+
+  PISTONFIELD_HOST_DEVICE IntervalShape(V rho2, V from, V to, V length) {
+    constexpr float ln2 = 0.693147f;
+    const V one(1.0f), tiny(1e-18f), nearest = larger(from, V(0.0f));
+    const V end = from + length;  // of the interval that is nearest to the branch point
+    const V R1 = rootEstimate(multiplyAdd(from, from, rho2));
+    const V R2 = rootEstimate(multiplyAdd(to, to, rho2));
+    const V R0 = rootEstimate(multiplyAdd(nearest, nearest, rho2));
+
+    endTurns = length * to * inverseEstimate(R2);
+    meanTurns = (to - nearest) * (to + nearest) * inverseEstimate(R2 + R0);  // R(β) − R₀
+
+    const V q = smaller((R1 + rootEstimate(multiplyAdd(end, end, rho2))) *
+                            inverseEstimate(length + tiny) * V(1 - 0x1p-10f),
+                        V(1e6f));
+    const V r = q + rootEstimate(larger(multiplyAdd(q, q, -one), V(1e-12f)));
+    // Two lower bounds of ln r: the first is close for r near 1.
+    lnr = larger(V(2.0f) * (r - one) * inverseEstimate(r + one), V(ln2) * log2Below(r));
+  }
+
+  /// The order that the branch point needs: its error is 2^strength·r^(−2n) tolerances.
+  PISTONFIELD_HOST_DEVICE V orderForBranch(V strength) const {
+    constexpr float ln2 = 0.693147f;
+    return larger(strength, V(0.0f)) * V(0.5f * ln2) * inverseEstimate(larger(lnr, V(1e-6f)));
+  }
+};
+
+/// The order with which both reasons are met.
+template <class Set>
+PISTONFIELD_HOST_DEVICE Pack<Set> orderForBoth(Pack<Set> oscillation, Pack<Set> branch) {
+  const Pack<Set> o2 = oscillation * oscillation, b2 = branch * branch;
+  return rootEstimate(rootEstimate(multiplyAdd(o2, o2, b2 * b2)));
+}
+
 /// How many nodes integrals over exp(−ikR) need, R² = ρ² + σ².
 template <class Set>
 struct NodeNeeds {
@@ -74,39 +117,20 @@ struct NodeNeeds {
   V oscillation;  ///< the order that the oscillation needs alone
   V order;        ///< with the branch point
 
-  /// `from`: at least 0; or at least −`to`, and all lengths are equal. L = ln(S/tolerance). The
-  /// error that the branch point causes is 2^strength·r^(−2n) tolerances.
+  /// L = ln(S/tolerance). The error that the branch point causes is 2^strength·r^(−2n) tolerances.
   PISTONFIELD_HOST_DEVICE NodeNeeds(V rho2, V from, V to, V length, V L, V strength,
                                     const Wave& wave) {
-    constexpr float ln2 = 0.693147f;
     const float pi = 0.5f * wave.waveNumber;
-    const V one(1.0f), tiny(1e-18f), nearest = larger(from, V(0.0f));
-    const V end = from + length;  // of the interval that is nearest to the branch point
-    const V R1 = rootEstimate(multiplyAdd(from, from, rho2));
-    const V R2 = rootEstimate(multiplyAdd(to, to, rho2));
-    const V R0 = rootEstimate(multiplyAdd(nearest, nearest, rho2));
-
-    // Between the slope at the farther end and the mean slope, from R(β) − R₀.
-    const V endTurns = length * to * inverseEstimate(R2);
-    const V meanTurns = (to - nearest) * (to + nearest) * inverseEstimate(R2 + R0);
-    const V omega = V(0.7f * pi) * endTurns + V(0.3f * pi) * meanTurns + V(1e-6f);
+    const IntervalShape<Set> shape(rho2, from, to, length);
+    // Between the slope at the farther end and the mean slope.
+    const V omega = V(0.7f * pi) * shape.endTurns + V(0.3f * pi) * shape.meanTurns + V(1e-6f);
     // The minimum over ξ is ω/2 + L·J(log₂(L/ω)). log₂ J is fitted by a polynomial, within 0.07.
     const V l = smaller(larger(log2Below(L * inverseEstimate(omega)), V(-9.0f)), V(16.0f));
     V logJ = multiplyAdd(l, V(1.44254e-4f), V(4.43785e-3f));
     logJ = multiplyAdd(l, logJ, V(-0.304180f));
     logJ = multiplyAdd(l, logJ, V(-0.901854f + 0.07f));
     oscillation = multiplyAdd(L, exp2Above(logJ), V(0.5f) * omega);
-
-    const V q = smaller((R1 + rootEstimate(multiplyAdd(end, end, rho2))) *
-                            inverseEstimate(length + tiny) * V(1 - 0x1p-10f),
-                        V(1e6f));
-    const V r = q + rootEstimate(larger(multiplyAdd(q, q, -one), V(1e-12f)));
-    // Two lower bounds of ln r: the first is close for r near 1.
-    const V lnr = larger(V(2.0f) * (r - one) * inverseEstimate(r + one), V(ln2) * log2Below(r));
-    const V branch =
-        larger(strength, V(0.0f)) * V(0.5f * ln2) * inverseEstimate(larger(lnr, V(1e-6f)));
-    const V o2 = oscillation * oscillation, b2 = branch * branch;
-    order = rootEstimate(rootEstimate(multiplyAdd(o2, o2, b2 * b2)));
+    order = orderForBoth(oscillation, shape.orderForBranch(strength));
   }
 };
 

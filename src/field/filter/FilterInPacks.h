@@ -60,8 +60,22 @@ void filterInPacks(const RowFilter<typename V::Value>& filter, const typename V:
     }
 }
 
+template <class V>
+void turnInPacks(const Column& column, const Column& phases, const Column& steps) {
+  for (int row = 0; row < rowsTogether; row += V::lanes) {
+    const auto from = [&](const double* numbers) { return V::load(numbers + row); };
+    const V re = from(column.re), im = from(column.im), cosine = from(phases.re),
+            sine = from(phases.im), stepRe = from(steps.re), stepIm = from(steps.im);
+    multiplyAdd(re, cosine, -(im * sine)).store(column.re + row);
+    multiplyAdd(re, sine, im * cosine).store(column.im + row);
+    multiplyAdd(cosine, stepRe, -(sine * stepIm)).store(phases.re + row);
+    multiplyAdd(cosine, stepIm, sine * stepRe).store(phases.im + row);
+  }
+}
+
 template <class Set>
 constexpr AddFilteredInPacks filtersOf = {filterInPacks<Pack<Set>>,
-                                          filterInPacks<Pack<typename Set::Double>>};
+                                          filterInPacks<Pack<typename Set::Double>>,
+                                          turnInPacks<Pack<typename Set::Double>>};
 
 }  // namespace pistonfield

@@ -31,9 +31,18 @@ constexpr int filterBlock = 16;
 
 constexpr double filterRounding = 1.5 * (filterBlock + 4);  // 1.5 > √2, for both parts
 
+/// `rowsTogether` complex numbers.
+struct Column {
+  double *re, *im;
+};
+
+/// Multiplies a column by the phases, and the phases by the steps.
+using TurnColumn = void(const Column& column, const Column& phases, const Column& steps);
+
 struct AddFilteredInPacks {
   AddFiltered<float>* single;
   AddFiltered<double>* precise;
+  TurnColumn* turn;
 };
 
 /// Returns the functions for an instruction set. This machine must have the set.
