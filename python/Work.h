@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "field/field.h"
+#include "field/pulse.h"
 
 namespace pistonfield {
 
@@ -20,7 +21,9 @@ struct Answer {
   const char* error = nullptr;      ///< why there is no result
   const double* numbers = nullptr;  ///< a complex number is two
   std::size_t count = 0;
-  /// The least and the most order, whether single and double precision were used, nodes and bound.
+  /// Of fields: the least and the most order, whether single and double precision were used, nodes
+  /// and bound. Of pulses: the start, the rate and the count of the times, bound, nodes,
+  /// frequencies.
   std::array<double, 6> used = {};
 };
 
@@ -95,6 +98,12 @@ class Work : public Answer {
             static_cast<double>(report.precise),
             report.nodes,
             report.bound};
+  }
+
+  void setResult(std::vector<double> values, const TimeAxis& times, const PulseReport& report) {
+    setResult(std::move(values));
+    used = {times.start,  times.rate,   static_cast<double>(times.count),
+            report.bound, report.nodes, static_cast<double>(report.frequencies)};
   }
 
  private:

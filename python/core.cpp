@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "Calls.h"
 #include "FastNearfield/GaussLegendre.h"
-#include "Work.h"
 #include "core/Compiler.h"
 #include "field/arrays.h"
 #include "field/beam.h"
@@ -19,46 +19,10 @@
 #include "parallel/Cores.h"
 #include "version.h"
 
-// The functions that pistonfield/_core.py calls through ctypes. They use nothing of Python, so that
-// one library serves all its versions. Their callers have checked types and shapes.
-
-#ifdef _WIN32
-#define PISTONFIELD_EXPORT __declspec(dllexport)
-#else
-#define PISTONFIELD_EXPORT __attribute__((visibility("default")))
-#endif
+// The functions for fields, arrays and rules. Those for pulses are in pulse.cpp.
 
 namespace pistonfield {
 namespace {
-
-/// Width, height, centre, the directions of the piston's own x, y and z, and the real and the
-/// imaginary part of its weight.
-constexpr std::size_t numbersOfPiston = 16;
-
-std::vector<Field::Piston> pistonsOf(const double* rows, std::size_t count) {
-  std::vector<Field::Piston> pistons(count);
-  for (Field::Piston& piston : pistons) {
-    piston.width = rows[0];
-    piston.height = rows[1];
-    for (std::size_t n = 0; n < 3; ++n) piston.centre[n] = rows[2 + n];
-    for (std::size_t n = 0; n < 9; ++n) piston.axes[n / 3][n % 3] = rows[5 + n];
-    piston.weight = {rows[14], rows[15]};
-    rows += numbersOfPiston;
-  }
-  return pistons;
-}
-
-std::vector<double> rowsOf(const std::vector<Field::Piston>& pistons) {
-  std::vector<double> rows;
-  rows.reserve(numbersOfPiston * pistons.size());
-  for (const Field::Piston& piston : pistons) {
-    rows.insert(rows.end(), {piston.width, piston.height});
-    rows.insert(rows.end(), piston.centre.begin(), piston.centre.end());
-    for (const Position& axis : piston.axes) rows.insert(rows.end(), axis.begin(), axis.end());
-    rows.insert(rows.end(), {piston.weight.real(), piston.weight.imag()});
-  }
-  return rows;
-}
 
 /// Whether pressures take a few milliseconds at most, by a rough count of nodes. To start a thread
 /// takes longer than the pressure at one point.
@@ -70,11 +34,6 @@ bool isShort(double points, const double* pistons, std::size_t pistonCount,
     nodes += 64 + std::abs(k) * (*width + *height);
   }
   return points * nodes < 1e6;
-}
-
-const Position* positionsOf(const double* points) {
-  static_assert(sizeof(Position) == 3 * sizeof(double));
-  return reinterpret_cast<const Position*>(points);
 }
 
 /// Sets the pressures that compute(field, options, report) returns for the pistons.
@@ -90,12 +49,6 @@ bool runField(Work& work, bool brief, const double* pistons, std::size_t pistonC
     auto pressures = compute(Field(pistonsOf(pistons, pistonCount), k), options, &report);
     work.setResult(std::move(pressures), report);
   });
-}
-
-/// Sets the numbers that compute() returns.
-template <class Compute>
-void runShort(Work& work, Compute compute) {
-  work.run(true, [&] { work.setResult(compute()); });
 }
 
 }  // namespace

@@ -12,19 +12,26 @@ from ._info import info
 from ._order import order, rule
 from ._pistons import Piston
 from ._plot import plot
+from ._pulse import Excitation, Medium, PulseUsed, echo, focus_delays, gauss_pulse, pulse, steer_delays, tone_burst
 from ._readouts import Beam, attenuation, beam, intensity, pascals, peaks
 
 __all__ = [
     "Beam",
+    "Excitation",
     "FieldError",
+    "Medium",
     "Piston",
+    "PulseUsed",
     "Used",
     "apodization",
     "attenuation",
     "beam",
     "convex_array",
+    "echo",
     "field",
+    "focus_delays",
     "focused",
+    "gauss_pulse",
     "grid",
     "info",
     "intensity",
@@ -35,8 +42,11 @@ __all__ = [
     "pascals",
     "peaks",
     "plot",
+    "pulse",
     "rule",
+    "steer_delays",
     "steered",
+    "tone_burst",
     "weighted",
 ]
 __version__ = str(info()["version"])

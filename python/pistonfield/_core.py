@@ -1,4 +1,4 @@
-"""The C++ library: the functions of python/core.cpp, for arguments whose types and shapes are checked."""
+"""The C++ library: the functions of python/core.cpp and pulse.cpp, for arguments whose types and shapes are checked."""
 
 from __future__ import annotations
 
@@ -64,12 +64,31 @@ _focused = _function("focused", None, _work, *_pistons, c_void_p, *_complex)
 _lensed = _function("lensed", None, _work, *_pistons, c_double, *_complex, c_double)
 _beams = _function("beams", None, _work, *_axis, c_void_p, c_size_t, c_double)
 _rule = _function("rule", None, _work, c_int)
+_excitation = *_axis, c_double, c_double
+_when = c_double, *_axis
+_pulse = _function("pulse", c_bool, _work, *_pistons, c_void_p, c_void_p, *_excitation, *_points, *_when, c_double)
+_echo = _function(
+    "echo",
+    c_bool,
+    _work,
+    *(*_pistons, c_void_p),
+    *(*_pistons, c_void_p),
+    c_void_p,
+    *_excitation,
+    *_points,
+    *_when,
+    c_double,
+)
+_tone_burst = _function("tone_burst", None, _work, *[c_double] * 3, c_char_p)
+_gauss_pulse = _function("gauss_pulse", None, _work, *[c_double] * 3)
+_steer_delays = _function("steer_delays", None, _work, *_pistons, c_void_p, c_double)
+_focus_delays = _function("focus_delays", None, _work, *_pistons, c_void_p, c_double)
 
 
 class _Work:
     """A call of a function of the library, which frees the result when no array refers to it."""
 
-    def __init__(self, *kept: Reals) -> None:
+    def __init__(self, *kept: Reals | None) -> None:
         self._kept = kept  # until the library has read them
         self._pointer = _new()
         if not self._pointer:
@@ -85,7 +104,8 @@ class _Work:
             has_ended = function(self._pointer, *arguments)
             while has_ended is False:
                 has_ended = _wait(self._pointer, _SECONDS_BETWEEN_CALLS, fraction)
-                if progress is not None and not has_ended:
+                # What is left after the last piece of work is short: 1 is reported once, at the end.
+                if progress is not None and not has_ended and fraction.value < 1:
                     progress(fraction.value)
         except BaseException:
             _stop(self._pointer)
@@ -113,9 +133,9 @@ class _Work:
         return np.asarray(self)
 
 
-def _array(values: Reals) -> tuple[int, int]:
-    """The arguments of the library for points, pistons or an axis."""
-    return values.ctypes.data, len(values)
+def _array(values: Reals | None) -> tuple[int | None, int]:
+    """The arguments of the library for points, pistons, an axis or none."""
+    return (None, 0) if values is None else (values.ctypes.data, len(values))
 
 
 def _parts(number: complex) -> tuple[float, float]:
@@ -206,6 +226,48 @@ def rule(order: int) -> tuple[Reals, Reals]:
     """The nodes and the weights."""
     numbers = _numbers(_rule, order)
     return numbers[:order], numbers[order:]
+
+
+Delayed = tuple[Reals, Reals]  # pistons and their delays
+
+
+def against_time(
+    apertures: Sequence[Delayed],
+    medium: Reals,
+    excitation: Any,
+    points: Reals,
+    rate: float,
+    times: Reals | None,
+    tolerance: float,
+    progress: Progress,
+) -> tuple[Reals, list[float]]:
+    """The pressures of one aperture, or the echoes from one to another, those of a point side by side; and the
+    start, rate and count of the times, bound, nodes and frequencies."""
+    function = _pulse if len(apertures) == 1 else _echo
+    work = _Work(*(values for aperture in apertures for values in aperture), medium, excitation.samples, points, times)
+    sent = [number for rows, delays in apertures for number in (*_array(rows), delays.ctypes.data)]
+    velocity = *_array(excitation.samples), excitation.rate, excitation.start
+    asked = *_array(points), rate, *_array(times), tolerance
+    answer = work.run(function, *sent, medium.ctypes.data, *velocity, *asked, progress=progress)
+    return work.array(np.float64), list(answer.used)
+
+
+def tone_burst(frequency: float, cycles: float, rate: float, window: str) -> Reals:
+    """The start, the rate and the samples."""
+    return _numbers(_tone_burst, frequency, cycles, rate, window.encode())
+
+
+def gauss_pulse(frequency: float, bandwidth: float, rate: float) -> Reals:
+    """The start, the rate and the samples."""
+    return _numbers(_gauss_pulse, frequency, bandwidth, rate)
+
+
+def steer_delays(pistons: Reals, direction: Reals, speed: float) -> Reals:
+    return _numbers(_steer_delays, *_array(pistons), direction.ctypes.data, speed)
+
+
+def focus_delays(pistons: Reals, focus: Reals, speed: float) -> Reals:
+    return _numbers(_focus_delays, *_array(pistons), focus.ctypes.data, speed)
 
 
 def info() -> dict[str, str | int]:

@@ -136,7 +136,7 @@ def field(
     """
     rows, shape = point_rows(points)
     arguments = (piston_rows(pistons), complex_number("k", k), real_number("tolerance", tolerance), _order(order))
-    p, used = _core.pressures_at(rows, *arguments, _callable(progress))
+    p, used = _core.pressures_at(rows, *arguments, progress_function(progress))
     p = p.reshape(shape)
     return (p, _used(used)) if full_output else p
 
@@ -221,7 +221,7 @@ def grid(
     """
     axes = axis("x", x), axis("y", y), axis("z", z)
     arguments = (piston_rows(pistons), complex_number("k", k), real_number("tolerance", tolerance), _order(order))
-    p, used = _core.pressures_on(axes, *arguments, _callable(progress))
+    p, used = _core.pressures_on(axes, *arguments, progress_function(progress))
     p = p.reshape([values.size for values in axes], order="F")
     return (p, _used(used)) if full_output else p
 
@@ -231,7 +231,8 @@ def _order(order: int | None) -> int:
     return 0 if order is None else order_number(order)
 
 
-def _callable(progress: Progress) -> Progress:
+def progress_function(progress: Progress) -> Progress:
+    """The function, or None."""
     if progress is None or callable(progress):
         return progress
     raise ValueError("progress must be a function of one number, or None.")

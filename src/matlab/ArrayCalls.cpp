@@ -1,10 +1,8 @@
 #include "matlab/ArrayCalls.h"
 
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,30 +12,13 @@
 #include "field/lens.h"
 #include "matlab/HostArrays.h"
 
-// The arguments of the functions for arrays come as users pass them, converted to double. One that
-// is not a number is passed on as NaN, and a count that is none as 0, which arrays.h refuses.
+// The arguments of the functions for arrays come as users pass them, converted to double. A count
+// that is none is passed on as 0, which arrays.h refuses, as it does NaN.
 
 namespace pistonfield {
 namespace {
 
 using Pistons = std::vector<Field::Piston>;
-
-/// A text of known length, or "".
-std::string textOf(const mxArray* array) {
-  std::array<char, 16> text{};
-  return mxGetString(array, text.data(), text.size()) == 0 ? text.data() : "";
-}
-
-std::vector<double> realsOf(const mxArray* array) {
-  if (!isReal(array)) return {};
-  const double* const values = mxGetPr(array);
-  return {values, values + mxGetNumberOfElements(array)};
-}
-
-double scalarOf(const mxArray* array) {
-  const std::vector<double> values = realsOf(array);
-  return values.size() == 1 ? values[0] : std::numeric_limits<double>::quiet_NaN();
-}
 
 std::vector<std::size_t> countsOf(const mxArray* array) {
   std::vector<std::size_t> counts;
@@ -60,33 +41,18 @@ std::array<T, 2> pairOf(const std::vector<T>& values, T otherwise) {
   return {values[0], values[1]};
 }
 
-mxArray* realArray(const std::vector<mwSize>& sizes) {
-  return mxCreateNumericArray(static_cast<mwSize>(sizes.size()), sizes.data(), mxDOUBLE_CLASS,
-                              mxREAL);
-}
-
-mxArray* realArray(const std::vector<double>& values, const std::vector<mwSize>& sizes) {
-  mxArray* const array = realArray(sizes);
-  std::copy(values.begin(), values.end(), mxGetPr(array));
-  return array;
-}
-
-mxArray* column(const std::vector<double>& values) {
-  return realArray(values, {static_cast<mwSize>(values.size()), 1});
-}
-
 mxArray* centresOf(const Pistons& pistons) {
   std::vector<double> values;
   for (const Field::Piston& piston : pistons)
     values.insert(values.end(), piston.centre.begin(), piston.centre.end());
-  return realArray(values, {3, static_cast<mwSize>(pistons.size())});
+  return arrayOf(values, {3, static_cast<mwSize>(pistons.size())});
 }
 
 mxArray* axesOf(const Pistons& pistons) {
   std::vector<double> values;
   for (const Field::Piston& piston : pistons)
     for (const Position& axis : piston.axes) values.insert(values.end(), axis.begin(), axis.end());
-  return realArray(values, {3, 3, static_cast<mwSize>(pistons.size())});
+  return arrayOf(values, {3, 3, static_cast<mwSize>(pistons.size())});
 }
 
 mxArray* weightsOf(const Pistons& pistons) {
@@ -114,8 +80,8 @@ mxArray* structOf(const Pistons& pistons) {
     widths.push_back(piston.width);
     heights.push_back(piston.height);
   }
-  mxArray* const values[] = {column(widths), column(heights), centresOf(pistons), axesOf(pistons),
-                             weightsOf(pistons)};
+  mxArray* const values[] = {columnOf(widths), columnOf(heights), centresOf(pistons),
+                             axesOf(pistons), weightsOf(pistons)};
   mxArray* const result = mxCreateStructMatrix(1, 1, 5, names);
   for (int n = 0; n < 5; ++n) mxSetField(result, 0, names[n], values[n]);
   return result;
@@ -173,9 +139,9 @@ void callForArray(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
                                    scalarOf(prhs[4]), scalarOf(prhs[5])),
                        true);
   else if (is("apodization", 2))
-    plhs[0] = column(apodization(textOf(prhs[1]), countsOf(prhs[2])));
+    plhs[0] = columnOf(apodization(textOf(prhs[1]), countsOf(prhs[2])));
   else if (is("apodization", 3))
-    plhs[0] = column(apodization(textOf(prhs[1]), countsOf(prhs[2]), scalarOf(prhs[3])));
+    plhs[0] = columnOf(apodization(textOf(prhs[1]), countsOf(prhs[2]), scalarOf(prhs[3])));
   else if (is("steered", 4))
     plhs[0] = aimed(prhs, steered);
   else if (is("focused", 4))

@@ -1,23 +1,10 @@
 #include "matlab/HostArrays.h"
 
+#include <algorithm>
+#include <array>
+#include <limits>
+
 namespace pistonfield {
-namespace {
-
-/// The field of a struct, which must be full and double.
-const mxArray* member(const mxArray* structure, const char* name) {
-  const mxArray* const array = mxGetField(structure, 0, name);
-  require(array && mxIsDouble(array) && !mxIsSparse(array));
-  return array;
-}
-
-/// The values of a field, which must be `count` real numbers.
-const double* reals(const mxArray* structure, const char* name, std::size_t count) {
-  const mxArray* const array = member(structure, name);
-  require(isReal(array) && mxGetNumberOfElements(array) == count);
-  return mxGetPr(array);
-}
-
-}  // namespace
 
 void require(bool isValid) {
   if (!isValid)
@@ -27,6 +14,27 @@ void require(bool isValid) {
 
 bool isReal(const mxArray* array) {
   return mxIsDouble(array) && !mxIsComplex(array) && !mxIsSparse(array);
+}
+
+std::string textOf(const mxArray* array) {
+  std::array<char, 16> text{};
+  return mxGetString(array, text.data(), text.size()) == 0 ? text.data() : "";
+}
+
+std::vector<double> realsOf(const mxArray* array) {
+  if (!isReal(array)) return {};
+  const double* const values = mxGetPr(array);
+  return {values, values + mxGetNumberOfElements(array)};
+}
+
+double scalarOf(const mxArray* array) {
+  const std::vector<double> values = realsOf(array);
+  return values.size() == 1 ? values[0] : std::numeric_limits<double>::quiet_NaN();
+}
+
+double numberOf(const mxArray* array) {
+  require(isReal(array) && mxGetNumberOfElements(array) == 1);
+  return mxGetScalar(array);
 }
 
 const Position* positionsOf(const mxArray* matrix) {
@@ -44,14 +52,27 @@ std::vector<std::complex<double>> numbersOf(const mxArray* array, std::size_t co
   return values;
 }
 
-std::vector<Field::Piston> pistonsOf(const mxArray* structure) {
+const mxArray* memberOf(const mxArray* structure, const char* name) {
   require(mxIsStruct(structure) && mxGetNumberOfElements(structure) == 1);
-  const std::size_t count = mxGetNumberOfElements(member(structure, "widths"));
-  const double* const widths = reals(structure, "widths", count);
-  const double* const heights = reals(structure, "heights", count);
-  const double* const centres = reals(structure, "centres", 3 * count);
-  const double* const axes = reals(structure, "axes", 9 * count);
-  const std::vector<std::complex<double>> weights = numbersOf(member(structure, "weights"), count);
+  const mxArray* const array = mxGetField(structure, 0, name);
+  require(array && mxIsDouble(array) && !mxIsSparse(array));
+  return array;
+}
+
+const double* realsIn(const mxArray* structure, const char* name, std::size_t count) {
+  const mxArray* const array = memberOf(structure, name);
+  require(isReal(array) && mxGetNumberOfElements(array) == count);
+  return mxGetPr(array);
+}
+
+std::vector<Field::Piston> pistonsOf(const mxArray* structure) {
+  const std::size_t count = mxGetNumberOfElements(memberOf(structure, "widths"));
+  const double* const widths = realsIn(structure, "widths", count);
+  const double* const heights = realsIn(structure, "heights", count);
+  const double* const centres = realsIn(structure, "centres", 3 * count);
+  const double* const axes = realsIn(structure, "axes", 9 * count);
+  const std::vector<std::complex<double>> weights =
+      numbersOf(memberOf(structure, "weights"), count);
 
   std::vector<Field::Piston> pistons(count);
   for (std::size_t m = 0; m < count; ++m) {
@@ -65,6 +86,11 @@ std::vector<Field::Piston> pistonsOf(const mxArray* structure) {
   return pistons;
 }
 
+mxArray* realArray(const std::vector<mwSize>& sizes) {
+  return mxCreateNumericArray(static_cast<mwSize>(sizes.size()), sizes.data(), mxDOUBLE_CLASS,
+                              mxREAL);
+}
+
 mxArray* arrayOf(const std::vector<std::complex<double>>& values,
                  const std::vector<mwSize>& sizes) {
   mxArray* const array = mxCreateNumericArray(static_cast<mwSize>(sizes.size()), sizes.data(),
@@ -76,6 +102,16 @@ mxArray* arrayOf(const std::vector<std::complex<double>>& values,
     im[n] = values[n].imag();
   }
   return array;
+}
+
+mxArray* arrayOf(const std::vector<double>& values, const std::vector<mwSize>& sizes) {
+  mxArray* const array = realArray(sizes);
+  std::copy(values.begin(), values.end(), mxGetPr(array));
+  return array;
+}
+
+mxArray* columnOf(const std::vector<double>& values) {
+  return arrayOf(values, {static_cast<mwSize>(values.size()), 1});
 }
 
 }  // namespace pistonfield

@@ -1,6 +1,5 @@
 #include <mex.h>
 
-#include <chrono>
 #include <complex>
 #include <cstddef>
 #include <new>
@@ -12,25 +11,18 @@
 #include "field/field.h"
 #include "matlab/ArrayCalls.h"
 #include "matlab/HostArrays.h"
+#include "matlab/ProgressBar.h"
+#include "matlab/PulseCalls.h"
 #include "matlab/hosts/Interruption.h"
 
 // pistonfield_pressure, for the functions in functions/.
 // src/matlab/functions/pistonfield_pressure.m describes its calls. Here are those for pressures,
 // and the errors of all.
-//
-// An error of the host must not pass through Field, so the work is ended by a Stopped, and the
-// error is raised after that. (In Octave an interruption of the progress bar passes through Field,
-// as an exception of C++.)
 
 namespace pistonfield {
 namespace {
 
 enum Argument { WHERE, PISTONS, K, ACCURACY, BAR, COUNT };
-
-double number(const mxArray* array) {
-  require(isReal(array) && mxGetNumberOfElements(array) == 1);
-  return mxGetScalar(array);
-}
 
 /// For a tolerance, or from 1 on for an order.
 FieldOptions optionsFor(double accuracy) {
@@ -45,61 +37,8 @@ FieldOptions optionsFor(double accuracy) {
 std::vector<double> axisOf(const mxArray* cell, std::size_t index) {
   const mxArray* const axis = mxGetCell(cell, index);
   require(axis && isReal(axis));
-  const double* const values = mxGetPr(axis);
-  return {values, values + mxGetNumberOfElements(axis)};
+  return realsOf(axis);
 }
-
-/// Ends the work of a Field.
-struct Stopped {};
-
-/// Shows the progress of a call, by the function `bar` of the host, and ends it on Ctrl-C.
-class ProgressBar {
- public:
-  /// `bar` may be an empty array.
-  explicit ProgressBar(const mxArray* bar)
-      : bar_(mxIsEmpty(bar) ? nullptr : const_cast<mxArray*>(bar)) {}
-  ProgressBar(const ProgressBar&) = delete;
-  ProgressBar& operator=(const ProgressBar&) = delete;
-  ~ProgressBar() {
-    if (shown_ > 0) mexPrintf("\n");
-  }
-
-  /// Throws Stopped if the user has interrupted the call or the bar has failed.
-  void update(double fraction) {
-    if (isInterrupted()) throw Stopped();
-    if (bar_ && fraction > 0 && fraction < 1 && Clock::now() >= next_) show(fraction);
-  }
-
-  /// Shows that the work is complete, if a bar is shown.
-  void complete() {
-    if (shown_ > 0) show(1);
-  }
-
-  /// The error of the function, or null if there was none.
-  mxArray* failure() const { return failure_; }
-
- private:
-  using Clock = std::chrono::steady_clock;
-
-  void show(double fraction) {
-    const std::chrono::duration<double> seconds = Clock::now() - start_;
-    mxArray* arguments[] = {bar_, mxCreateDoubleScalar(fraction),
-                            mxCreateDoubleScalar(seconds.count()), mxCreateDoubleScalar(shown_)};
-    mxArray* shown = nullptr;
-    failure_ = mexCallMATLABWithTrap(1, &shown, 4, arguments, "feval");
-    if (failure_) throw Stopped();
-    shown_ = isReal(shown) && mxGetNumberOfElements(shown) == 1 ? mxGetScalar(shown) : 0;
-    for (mxArray* const array : {arguments[1], arguments[2], arguments[3], shown})
-      mxDestroyArray(array);
-    next_ = Clock::now() + std::chrono::milliseconds(100);
-  }
-
-  mxArray* const bar_;  // the host's functions take it as not const
-  const Clock::time_point start_ = Clock::now();
-  Clock::time_point next_ = start_ + std::chrono::milliseconds(500);
-  double shown_ = 0;  // how many characters
-  mxArray* failure_ = nullptr;
-};
 
 /// Ends a call whose work was stopped, by the error of the progress bar if there was one.
 void endStoppedCall(mxArray* failure) {
@@ -140,7 +79,7 @@ mxArray* described(const FieldReport& report) {
 
 void call(int nlhs, mxArray* plhs[], const mxArray* prhs[], ProgressBar& bar) {
   const Field field(pistonsOf(prhs[PISTONS]), numbersOf(prhs[K], 1)[0]);
-  FieldOptions options = optionsFor(number(prhs[ACCURACY]));
+  FieldOptions options = optionsFor(numberOf(prhs[ACCURACY]));
   options.progress = [&](double fraction) { bar.update(fraction); };
   FieldReport report;
   plhs[0] = pressures(field, prhs[WHERE], options, &report);
@@ -159,7 +98,7 @@ void mexFunction(int nlhs, mxArray* plhs[], int nrhs, const mxArray* prhs[]) {
   bool isStopped = false, isOutOfMemory = false;
   try {
     if (nrhs > 0 && mxIsChar(prhs[0])) {
-      callForArray(nlhs, plhs, nrhs, prhs);
+      if (!callForPulse(nlhs, plhs, nrhs, prhs, bar)) callForArray(nlhs, plhs, nrhs, prhs);
     } else {
       require(nlhs <= 2 && nrhs == COUNT);
       call(nlhs, plhs, prhs, bar.emplace(prhs[BAR]));

@@ -21,7 +21,7 @@ function(add_example_test name)
   set_tests_properties(examples.${name} PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)
 endfunction()
 
-foreach(name nearfield order phasedarray clinicalprobe volume design)
+foreach(name nearfield order phasedarray clinicalprobe pulse axisresponse pointspread volume design)
   add_example_test(${name})
 endforeach()
 

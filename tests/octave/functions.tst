@@ -10,8 +10,12 @@
 %!         '[lsk] must be|k has a positive|The attenuation must be|nabscissas must be|quantity must be|limits must be|p must have|order must be|' ...
 %!         '[a-z]+: function called with too many inputs|x and w must be|tolerance must be|Sides must be|points must include|No order up to|' ...
 %!         '(counts?|pitch|pitches|radius|focus|name|parameter|x|p|P|v|rho|c|f|coefficient|exponent|drop) must be|' ...
+%!         'After excitation, only|Pass a rate or|(medium|excitation)( must|: [a-z]+ must| has an unknown)|' ...
+%!         '(times|rate|cycles|bandwidth|window) must be|The tolerance of a pulse|There are more (times|pressures) than|Piston \d+: |' ...
+%!         'The (times are too far|wavelength must|pulse lasts too long|speed of sound in|attenuation of the|exponent of the|reference)|' ...
+%!         'The (rate|samples?|start) of the (excitation|times)|The excitation (must have|has)|From the first wave|For the exponent 3|At the frequency|In this medium|' ...
 %!         'After limits, only|axes must be|A point is farther than|pistonfield_quiet: (Input must be|Points \(argument 1\)|The given grid)|' ...
-%!         'array\.[a-z]+(\(:,:,\d\))? must (be|have)|pistonfield_pressure: (Wrong arguments. Call pistongrid or pistonarray|k must be|k has a positive|The (attenuation|tolerance|order) must be|Piston \d+: ))'];
+%!         'array\.[a-z]+(\(:,:,\d\))? must (be|have)|pistonfield_pressure: (There is not enough memory|Wrong arguments. Call pistongrid or pistonarray|k must be|k has a positive|The (attenuation|tolerance|order) must be|Piston \d+: ))'];
 %!  if (isempty (regexp (failure.message, own)))
 %!    error ("%s (%s) says: %s", name, disp (arguments), failure.message);
 %!  endif
@@ -122,6 +126,25 @@
 %! assert (fine > 10 && refused > 80);
 %! [fine, refused] = sweep ("pistonlens", {array, 3, 2, "tolerance", 0.1});
 %! assert (fine > 10 && refused > 150);
+%!test # pulses
+%! burst = pistonburst (1, 2, 20);
+%! [fine, refused] = sweep ("pistonburst", {1, 2, 20, "hann"});
+%! assert (fine > 5 && refused > 150);
+%! [fine, refused] = sweep ("pistongauss", {1, 0.5, 20});
+%! assert (fine > 4 && refused > 100);
+%! [fine, refused] = sweep ("pistonpulse", {[0; 0; 5], array, 3, burst, "tolerance", 1e-3, "quiet"});
+%! assert (fine > 5 && refused > 250);
+%! [fine, refused] = sweep ("pistonpulse", {[0; 0; 5], array, 3, burst, "times", [1, 2]});
+%! assert (fine > 15 && refused > 200);
+%! [fine, refused] = sweep ("pistonpulse", {{0, 0, 5}, array, 3, burst, "rate", 4});
+%! assert (fine > 12 && refused > 200);
+%! [fine, refused] = sweep ("pistonecho", {[0; 0; 5], array, 3, burst, "receive", array, "quiet"});
+%! assert (fine > 6 && refused > 250);
+%! whole = setfield (setfield (setfield (array, "delays", [0, 1]), "weights", [1, 2]), "focus", [0; 0; 4]);
+%! sweep_fields (@(array) pistonpulse ([0; 0; 5], array, 3, burst, "times", 2), whole);
+%! sweep_fields (@(medium) pistonpulse ([0; 0; 5], array, medium, pistonburst (1e3, 2, 2e4), "times", 4e-3), ...
+%!               struct ("speed", 1500, "attenuation", 0.5, "exponent", 1, "reference", 1e3));
+%! sweep_fields (@(excitation) pistonpulse ([0; 0; 5], array, 3, excitation, "times", 2), burst);
 %!test # what is read off fields
 %! [fine, refused] = sweep ("pistonbeam", {[1, 2, 3], [0, 1, 0], 6});
 %! assert (fine > 10 && refused > 70);

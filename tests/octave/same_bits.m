@@ -1,12 +1,12 @@
 % octave-cli same_bits.m <folder of the modules> <print_fields> <table of fields>
 %
-% Computes the fields of the table by pistongrid and pistonarray. Their bits, and what they used, must be those
+% Computes the fields of the table by pistongrid and pistonarray, and its pulses by pistonpulse and pistonecho. Their bits, and what they used, must be those
 % that the C++ program prints.
 
 1;
 
 function fields = read_table (name)
-  empty = struct ("name", "", "k", [], "tolerance", [], "pistons", [], "lens", [], "x", [], "y", [], "z", [], "points", []);
+  empty = struct ("name", "", "k", [], "tolerance", [], "pistons", [], "medium", [], "burst", [], "delays", [], "receivers", [], "lens", [], "x", [], "y", [], "z", [], "points", []);
   fields = empty([]);
   for line = strsplit (fileread (name), "\n")
     [word, rest] = strtok (line{1});
@@ -18,6 +18,8 @@ function fields = read_table (name)
         fields(end).name = strtrim (rest);
       case "piston"
         fields(end).pistons(:,end+1) = numbers';
+      case "receiver"
+        fields(end).receivers(:,end+1) = numbers';
       case "point"
         fields(end).points(:,end+1) = numbers';
       otherwise
@@ -42,6 +44,34 @@ function check (expected, p, used)
   assert (lines, bits_of (p));
 endfunction
 
+function array = array_of (pistons)
+  M = columns (pistons);
+  array = struct ("s", pistons(1,:), "l", pistons(2,:), "positions", pistons(3:5,:), ...
+                  "rotations", reshape (pistons(6:14,:), 3, 3, M), "weights", complex (pistons(15,:), pistons(16,:)));
+endfunction
+
+function check_pulse (expected, f)
+  names = {"speed", "attenuation", "exponent", "reference"};
+  medium = cell2struct (num2cell (f.medium), names, 2);
+  burst = pistonburst (num2cell (f.burst){:});
+  real_weights = @(array) setfield (array, "weights", real (array.weights));
+  array = setfield (real_weights (array_of (f.pistons)), "delays", f.delays);
+  if (isempty (f.receivers))
+    [p, t, used] = pistonpulse (f.points, array, medium, burst, "tolerance", f.tolerance);
+  else
+    [p, t, used] = pistonecho (f.points, array, medium, burst, "tolerance", f.tolerance, ...
+                               "receive", real_weights (array_of (f.receivers)));
+  endif
+  [line, rest] = strtok (expected, "\n");
+  numbers = strsplit (line);                # "used" and six numbers
+  bits = @(values) lower (num2hex (values(:)));
+  assert (bits (t(1)), numbers{2});
+  assert (bits (burst.rate), numbers{3});
+  assert ([numel(t), used.frequencies], str2double (numbers([4, 7])));
+  assert (bits ([used.bound; used.nodes]), char (numbers(5:6)));
+  assert (char (strsplit (strtrim (rest), "\n")), bits (p));
+endfunction
+
 [modules, program, table] = argv (){:};
 addpath (modules);
 [status, printed] = system (["'" program "' '" table "'"]);
@@ -49,19 +79,22 @@ assert (status, 0);
 printed = strsplit (printed, "field ")(2:end);
 fields = read_table (table);
 assert (numel (fields) >= 20 && numel (printed) == numel (fields));
-on_grids = 0;
+on_grids = pulses = 0;
 for n = 1:numel (fields)
   f = fields(n);
   [heading, expected] = strtok (printed{n}, "\n");
   assert (strtok (heading), f.name);
   printf ("%s\n", heading);
+  if (! isempty (f.burst))
+    check_pulse (expected, f);
+    ++pulses;
+    continue;
+  endif
   if (numel (f.k) == 2)
     f.k = complex (f.k(1), f.k(2));
   endif
   M = columns (f.pistons);
-  array = struct ("s", f.pistons(1,:), "l", f.pistons(2,:), "positions", f.pistons(3:5,:), ...
-                  "rotations", reshape (f.pistons(6:14,:), 3, 3, M), ...
-                  "weights", complex (f.pistons(15,:), f.pistons(16,:)));
+  array = array_of (f.pistons);
   if (! isempty (f.lens))
     array = pistonlens (array, f.lens(1), f.k, "tolerance", f.lens(2));
   endif
@@ -77,4 +110,4 @@ for n = 1:numel (fields)
     ++on_grids;
   endif
 endfor
-assert (on_grids > 5);
+assert (on_grids > 5 && pulses > 3);

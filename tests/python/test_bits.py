@@ -5,6 +5,7 @@ from __future__ import annotations
 import subprocess
 from dataclasses import dataclass, field
 from pathlib import Path
+from typing import Any
 
 import numpy as np
 import pytest
@@ -23,6 +24,10 @@ class Case:
     tolerance: float = 0
     pistons: list[pf.Piston] = field(default_factory=list)
     lens: list[float] = field(default_factory=list)
+    medium: list[float] = field(default_factory=list)
+    burst: list[float] = field(default_factory=list)
+    delays: list[float] = field(default_factory=list)
+    receivers: list[pf.Piston] = field(default_factory=list)
     axes: dict[str, list[float]] = field(default_factory=dict)
     points: list[list[float]] = field(default_factory=list)
 
@@ -32,6 +37,13 @@ class Case:
             return pf.field(self.points, pistons, self.k, tolerance=self.tolerance, full_output=True)
         x, y, z = (self.axes[name] for name in "xyz")
         return pf.grid(x, y, z, pistons, self.k, tolerance=self.tolerance, full_output=True)
+
+    def compute_pulse(self) -> tuple[NDArray[np.float64], NDArray[np.float64], pf.PulseUsed]:
+        sent = self.points, self.pistons, pf.Medium(*self.medium), pf.tone_burst(*self.burst)
+        given: dict[str, Any] = {"delays": self.delays, "tolerance": self.tolerance, "full_output": True}
+        if self.receivers:
+            return pf.echo(*sent, receivers=self.receivers, **given)
+        return pf.pulse(*sent, **given)
 
 
 def piston_of(numbers: list[float]) -> pf.Piston:
@@ -55,8 +67,10 @@ def read_table() -> dict[str, Case]:
             case.tolerance = numbers[0]
         elif word == "piston":
             case.pistons.append(piston_of(numbers))
-        elif word == "lens":
-            case.lens = numbers
+        elif word == "receiver":
+            case.receivers.append(piston_of(numbers))
+        elif word in ("lens", "medium", "burst", "delays"):
+            setattr(case, word, numbers)
         elif word == "point":
             case.points.append(numbers)
         else:
@@ -85,7 +99,16 @@ def printed(print_fields: Path) -> dict[str, list[str]]:
     return {heading.split()[0]: lines for heading, *lines in sections}
 
 
-@pytest.mark.parametrize("name", CASES)
+@pytest.mark.parametrize("name", [name for name, case in CASES.items() if case.burst])
+def test_bits_of_pulses_in_cpp(name: str, printed: dict[str, list[str]]) -> None:
+    used_in_cpp, *values = printed[name]
+    p, t, used = CASES[name].compute_pulse()
+    assert values == bits(p.ravel())
+    start, rate, bound, nodes = bits([t[0], CASES[name].burst[2], used.bound, used.nodes])
+    assert used_in_cpp.split() == ["used", start, rate, str(len(t)), bound, nodes, str(used.frequencies)]
+
+
+@pytest.mark.parametrize("name", [name for name, case in CASES.items() if not case.burst])
 def test_bits_of_cpp(name: str, printed: dict[str, list[str]]) -> None:
     used_in_cpp, *pressures = printed[name]
     p, used = CASES[name].compute()

@@ -59,12 +59,16 @@ def test_other_threads_run_meanwhile() -> None:
     assert steps >= 20
 
 
+BURST = "pf.tone_burst(1, 2, 40), times=np.arange(0, 60, 0.02)"
 WORK = {
     "points": "pf.field(points, row, k, tolerance=1e-11)",
     "points of an order": "pf.field(points, row, k, order=512)",
     "grid": "pf.grid(x, x, 0.5 + x[x > 0], row, k, tolerance=1e-11)",
     "crooked grid": "pf.grid(x**3 / 400, x**3 / 500, 0.5 + abs(x), row, k, tolerance=1e-9)",
     "order": "pf.order(points, row, k, 1e-6)",
+    "pulse": f"pf.pulse(points[:10_000], row, 1, {BURST})",
+    "lossy pulse": f"pf.pulse(abs(points[:10_000]), row, pf.Medium(1, 1e-2), {BURST})",
+    "echo": f"pf.echo(points[:10_000], row, 1, {BURST})",
     "progress": "pf.field(points, row, k, tolerance=1e-11, progress=lambda fraction: None)",
 }
 INTERRUPTED = """

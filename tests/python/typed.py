@@ -31,6 +31,17 @@ if TYPE_CHECKING:
     assert_type(pf.order(points, piston, 1, 1e-3), tuple[int, float])
     assert_type(pf.rule(3), tuple[NDArray[np.float64], NDArray[np.float64]])
     assert_type(pf.plot(0, [0, 1], [0, 1], p, "dB", (-30, 0), unit="Pa"), AxesImage)
+    burst = pf.tone_burst(5e6, 2, 100e6)
+    assert_type(burst, pf.Excitation)
+    assert_type(pf.pulse(points, piston, 1540, burst), tuple[NDArray[np.float64], NDArray[np.float64]])
+    assert_type(
+        pf.pulse(points, [piston], pf.Medium(1540, 0.5), burst, delays=[0.0], full_output=True),
+        tuple[NDArray[np.float64], NDArray[np.float64], pf.PulseUsed],
+    )
+    assert_type(
+        pf.echo(points, piston, 1540, burst, receivers=[piston]), tuple[NDArray[np.float64], NDArray[np.float64]]
+    )
+    assert_type(pf.focus_delays(piston, (0, 0, 1), 1540), NDArray[np.float64])
     assert_type(piston.width, float)
     assert_type(piston.centre, tuple[float, float, float])
 
@@ -38,4 +49,5 @@ if TYPE_CHECKING:
     pf.field(points, [[1, 2]], 1)  # type: ignore[list-item]  # pyright: ignore[reportCallIssue, reportArgumentType]
     pf.field(points, piston)  # type: ignore[call-overload]  # pyright: ignore[reportCallIssue]
     pf.plot(0, 0, 1, p, "loud")  # type: ignore[arg-type]  # pyright: ignore[reportArgumentType]
+    pf.pulse(points, piston, 1540, [0, 1])  # type: ignore[call-overload]  # pyright: ignore[reportCallIssue, reportArgumentType]
     piston.width = 2  # type: ignore[misc]  # pyright: ignore[reportAttributeAccessIssue]

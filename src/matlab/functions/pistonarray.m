@@ -89,13 +89,7 @@ function [p, used] = pistonarray (points, array, k, varargin)
   if (nargin < 3)
     error ('pistonarray:arguments', 'Too few arguments. Call it as p = pistonarray (points, array, k).');
   end
-  if (iscell (points))
-    points = readaxes ('pistonarray', points);
-    coordinates = [points{:}];
-  else
-    checkpoints ('pistonarray', points);
-    coordinates = points;
-  end
+  points = readpoints ('pistonarray', points);
   k = readwavenumber ('pistonarray', k);
   [nabscissas, tolerance, quiet] = readoptions ('pistonarray', varargin);
   array = readarray (array, k);
@@ -103,6 +97,10 @@ function [p, used] = pistonarray (points, array, k, varargin)
   if (isempty (nabscissas))
     [p, used] = pressurewithin ('pistonarray', points, array, k, tolerance, quiet);
   else
+    coordinates = points;
+    if (iscell (points))
+      coordinates = [points{:}];
+    end
     checklengths ('pistonarray', [array.l; array.s], coordinates, array.positions);
     [p, used] = arraypressure (points, array, k, nabscissas, 'pistonarray', quiet);
   end

@@ -34,13 +34,26 @@
 %
 % For pistonlens: the function of <pistonfield/lens.h>, with structs as for a pressure.
 %
+%   [p, t, used] = pistonfield_pressure ('pulse', points, pistons, medium, excitation, rate, ...
+%                                        times, tolerance, bar)
+%   [e, t, used] = pistonfield_pressure ('echo', points, transmitting, receiving, medium, ...
+%                                        excitation, rate, times, tolerance, bar)
+%   excitation = pistonfield_pressure ('burst', frequency, cycles, rate, window)
+%   excitation = pistonfield_pressure ('gauss', frequency, bandwidth, rate)
+%   delays = pistonfield_pressure ('steereddelays', positions, delays, direction, speed)
+%   delays = pistonfield_pressure ('focuseddelays', positions, delays, focus, speed)
+%
+% For pistonpulse, pistonecho, pistonburst and pistongauss: the library's <pistonfield/pulse.h> and
+% <pistonfield/echo.h>.  Pistons have the further field delays; medium is speed, attenuation,
+% exponent and reference; times is a column, or empty for those of all waves, at the rate.
+%
 %   numbers = pistonfield_pressure ('beams', x, p, drop)
 %
 % For pistonbeam: the beams of <pistonfield/beam.h> in the columns of a matrix.  Each is a
 % column of peak, position, width, left and right edge.
 
-function [p, used] = pistonfield_pressure (varargin)
+function varargout = pistonfield_pressure (varargin)
 
-  p = pistonfield ();  % runs only if the compiled module is missing; raises that error
+  pistonfield ();  % runs only if the compiled module is missing; raises that error
 
 end

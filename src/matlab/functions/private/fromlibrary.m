@@ -1,8 +1,8 @@
 % result = fromlibrary (name, what, ...)
 %
 % Calls pistonfield_pressure (what, ...) for the function name, with arguments as users passed them: numbers
-% of any class, a struct from librarypistons, and anything else. Raises its errors as those of that function, where the width and the
-% height of a piston are s and l.
+% of any class, a struct from librarypistons, and anything else. Raises its errors as those of that function,
+% where the width and the height of a piston are s and l, and a frequency is f.
 
 function result = fromlibrary (name, what, varargin)
 
@@ -14,7 +14,7 @@ function result = fromlibrary (name, what, varargin)
       rethrow (failure);
     end
     message = strrep (failure.message, 'pistonfield_pressure: ', '');
-    message = regexprep (message, {'^width', '^height'}, {'s', 'l'});
+    message = regexprep (message, {'^width', '^height', '^frequency'}, {'s', 'l', 'f'});
     error ([name, ':', strtok(message)], '%s', message);
   end
 

@@ -7,19 +7,7 @@
 function [p, used] = pressurewithin (name, where, array, k, accuracy, quiet)
 
   checkwavelengths (name, array, k);
-  pistons = librarypistons (array);
-  bar = [];
-  if (~ quiet)
-    bar = @(part, seconds, shown) progressbar (name, part, seconds, shown);
-  end
-  try
-    [p, used] = pistonfield_pressure (where, pistons, k, accuracy, bar);
-  catch failure
-    if (strcmp (failure.identifier, 'pistonfield:field'))
-      error ([name, ':field'], '%s', strrep (failure.message, 'pistonfield_pressure: ', ''));
-    end
-    rethrow (failure);
-  end
+  [p, used] = longwork (name, quiet, where, librarypistons (array), k, accuracy);
   if (isreal (p))
     p = complex (p);                        % if all pressures are 0
   end
