@@ -317,7 +317,8 @@ def lensed(pistons: Pistons, focus: float, k: complex, tolerance: float = 1e-3) 
     least a tenth of its height in magnitude. Nearer, the steps between the strips are seen: at the face the error
     is up to ten times as large. The errors of the pistons add up as their waves do, so an array in focus keeps the
     tolerance, too. The tolerance of `field` and `grid` comes on top. The number of strips is proportional to
-    ``1 / sqrt(tolerance)``, unless they would be higher than half a wavelength.
+    ``1 / sqrt(tolerance)``, unless they would be higher than half a wavelength. The lens holds for one wave number:
+    `pulse` and `echo` refuse its complex weights.
 
     Examples
     --------

@@ -113,7 +113,8 @@ class PulseUsed:
     nodes : float
         How many values of integrands were computed.
     frequencies : int
-        How many frequencies were computed; 0 if the pulse was summed in time, as it is without attenuation.
+        How many frequencies were computed; 0 for a pulse without attenuation, which is summed in time. An echo is
+        always a sum of frequencies.
     """
 
     bound: float
@@ -134,7 +135,7 @@ def tone_burst(frequency: float, cycles: float, rate: float, window: str = "hann
     cycles : float
         How many, positive, at most 1e4; 2.5 are two and a half.
     rate : float
-        Samples per unit of time, at least 8 frequency; 20 frequency or more is common.
+        Samples per unit of time, from 8 to 1e4 times the frequency; 20 times or more is common.
     window : {'hann', 'rectangular', 'hamming', 'tukey', 'gauss'}
         As of `apodization`. 'hann' is ``w(t) = sin(pi frequency t / cycles)**2``.
 
@@ -165,8 +166,8 @@ def tone_burst(frequency: float, cycles: float, rate: float, window: str = "hann
 def gauss_pulse(frequency: float, bandwidth: float, rate: float) -> Excitation:
     """A cosine under a Gaussian: ``cos(2 pi f t) exp(-(pi f t bandwidth)**2 / (4 log(2)))``, with its middle at 0.
 
-    Its spectrum has dropped by 6 dB at f (1 - bandwidth / 2) and f (1 + bandwidth / 2). It ends where the Gaussian
-    has dropped by 100 dB.
+    Its spectrum has dropped by 6 dB at f (1 - bandwidth / 2) and f (1 + bandwidth / 2), for a bandwidth of up to 1;
+    beyond it, negative frequencies reach into the band. It ends where the Gaussian has dropped by 100 dB.
 
     Parameters
     ----------
@@ -175,7 +176,7 @@ def gauss_pulse(frequency: float, bandwidth: float, rate: float) -> Excitation:
     bandwidth : float
         At -6 dB, as a part of f: from 0.01 to 2.
     rate : float
-        Samples per unit of time, at least 8 frequency; 20 frequency or more is common.
+        Samples per unit of time, from 8 to 1e4 times the frequency; 20 times or more is common.
 
     Returns
     -------
@@ -333,7 +334,7 @@ def pulse(
         How much later than the excitation each piston moves. By default none does.
     times : (T,) array_like of float, optional
         The times of the result, evenly spaced, ascending. By default from the first wave at any of the points to
-        the last.
+        the last, at the speed of the medium. Where it attenuates, a little of the pulse may lie before and after.
     rate : float, optional
         How many times per unit of time the result has, in place of times. By default that of the excitation.
     tolerance : float

@@ -12,8 +12,7 @@
 //     using namespace pistonfield;
 //     const Echo echo(transmit, receive, Medium{1540, 0.5}, toneBurst(5e6, 2, 100e6));
 //     const TimeAxis times = echo.times(scatterers, 50e6);
-//     const std::vector<double> e = echo.at(scatterers, times);    // times.count numbers a
-//     scatterer
+//     const std::vector<double> e = echo.at(scatterers, times);    // of n at m: m + times.count·n
 //
 // Units are those of pulse.h. Scatterers are points, and their echoes do not reach each other.
 //
@@ -24,10 +23,11 @@
 //
 // so it is what the scatterer would radiate to the pistons that receive if these transmitted the
 // pressure at the scatterer: by reciprocity, a point radiates to pistons as they do to the point.
-// Receiving pistons add what arrives, by their weights, and each is heard later by its delay.
+// Receiving pistons add what arrives, by their weights, each later by its delay.
 //
-// e is without unit. A scatterer that turns a pressure p into waves S·p·exp(−iKR)/R, with its
-// length S of scattering, gives rise to the sum F of weight·∬ pressure dS over the pistons, with
+// e has the unit of the velocity v, as the pressure of pulse.h has. A scatterer that turns a
+// pressure p into waves S·p·exp(−iKR)/R, with its length S of scattering, gives rise to the sum F
+// of weight·∬ pressure dS over the pistons, with
 //
 //     dF/dt = 2πc·S·ρc·e
 //

@@ -25,6 +25,14 @@
 // by which the way to the focus is longer from there: in phase by exp(ikL), in time by L/c. With a
 // negative F the lens spreads the waves, as if they came from the distance |F| behind the face.
 //
+// The weights hold for one wave number. For a pulse (pulse.h), replace each piston of an array that
+// has its delays by its strips, and subtract path/c from the delay of each:
+//
+//     std::vector<DelayedPiston> strips;
+//     for (const DelayedPiston& one : array)
+//       for (const LensStrip& strip : lensStripsOf(one.piston, 25e-3, count))
+//         strips.push_back({strip.piston, one.delay - strip.path / c});
+//
 // A piston moves with one velocity, so it is replaced by strips of equal height along its y, each
 // with the path of its middle. The field of the strips differs from that of the lens by less than
 //

@@ -11,12 +11,14 @@
 
 // The pressure of pistons that move in a pulse, against time:
 //
+//     #include <pistonfield/arrays.h>
 //     #include <pistonfield/pulse.h>
 //
 //     using namespace pistonfield;
 //     std::vector<DelayedPiston> array = delayed(linearArray(128, 0.3e-3, 0.27e-3, 5e-3));
 //     array = focused(array, {0, 0, 40e-3}, 1540);
 //     const Pulse pulse(array, Medium{1540}, toneBurst(5e6, 2, 100e6));
+//     const std::vector<Position> points = {{0, 0, 40e-3}};
 //     const TimeAxis times = pulse.times(points, 100e6);
 //     const std::vector<double> p = pulse.at(points, times);    // times.count numbers a point
 //
@@ -47,22 +49,23 @@ namespace pistonfield {
 ///     v(t) = Σ c_n·B((t − start)·rate − n)
 ///
 /// that has these values at the samples' times. B is the cubic B-spline, which is 0 beyond ±2; so
-/// v begins two steps before the first sample and ends two after the last.
+/// v begins two steps before the first sample and ends two after the last, and samples should begin
+/// and end near 0.
 struct Excitation {
-  std::vector<double> samples;  ///< at least one; finite
+  std::vector<double> samples;  ///< at least one, of at most 1e100 in magnitude
   double rate = 0;              ///< samples per unit of time, above 0
   double start = 0;             ///< the time of the first sample
 };
 
-/// A sine of so many cycles under the window cos²:
+/// A sine of so many cycles under a window w, for "hann" sin²(π·t·frequency/cycles):
 ///
-///     v(t) = sin(2π·frequency·t)·sin²(π·t·frequency/cycles),  0 ≤ t ≤ cycles/frequency
+///     v(t) = w(t)·sin(2π·frequency·t),  0 ≤ t ≤ cycles/frequency
 ///
 /// @param frequency  f, above 0
 /// @param cycles     above 0, at most 1e4; 2.5 are two and a half
 /// @param rate       of the samples, from 8 to 1e4 times the frequency
-/// @param window     of apodization (arrays.h): "hann", "rectangular", "hamming", "tukey" or
-/// "gauss"
+/// @param window     of apodization (arrays.h), with its default parameter: "hann", "rectangular",
+///                   "hamming", "tukey" or "gauss"
 Excitation toneBurst(double frequency, double cycles, double rate,
                      const std::string& window = "hann");
 
@@ -70,7 +73,9 @@ Excitation toneBurst(double frequency, double cycles, double rate,
 ///
 ///     v(t) = cos(2πft)·exp(−(πft·bandwidth)²/(4·ln 2)),  −T ≤ t ≤ T
 ///
-/// At T the Gaussian has dropped by 100 dB; the middle of the pulse is at the time 0.
+/// At T the Gaussian has dropped by 100 dB; the middle of the pulse is at the time 0. Beyond a
+/// bandwidth of 1, negative frequencies reach into the band, and the lower edge drops less: by 4 dB
+/// at 1.5.
 ///
 /// @param frequency  f, above 0
 /// @param bandwidth  from 0.01 to 2, of f
@@ -130,18 +135,23 @@ struct PulseReport {
 class Pulse {
  public:
   /// Throws a FieldError if an argument is invalid. For the wavelength at the excitation's centre
-  /// of energy, sides, centres and points must be as for Field.
+  /// of energy, sides, centres and points must be as for Field; delays and the start of the
+  /// excitation are at most 1e12 of its periods. In a medium that attenuates, an excitation has at
+  /// most 100,000 samples.
   Pulse(std::vector<DelayedPiston> pistons, const Medium& medium, Excitation excitation);
 
   /// Returns the time axis that has the first wave and the last wave at any of the points: from the
-  /// last multiple of 1/rate before the first wave to the first after the last.
+  /// last multiple of 1/rate before the first wave to the first after the last. Waves are taken to
+  /// travel at medium.speed: in a medium that attenuates, tails before and after them, and what
+  /// dispersion makes earlier or later, are outside of the axis.
   TimeAxis times(const Position* points, std::size_t count, double rate) const;
   TimeAxis times(const std::vector<Position>& points, double rate) const;
 
   /// Returns the pressures: that of point n at the time m is number m + times.count·n. A point that
   /// is not finite gets NaN. The tolerance is relative to the largest pressure at the points at any
   /// time, also at one that the axis does not have. Throws a FieldError if an option is invalid, if
-  /// a point is too far, if the tolerance cannot be kept, or if there is too little memory.
+  /// a point is too far, if the tolerance cannot be kept, if there is too little memory, or, in a
+  /// medium that attenuates, if a point is straight behind a piston.
   std::vector<double> at(const Position* points, std::size_t count, const TimeAxis& times,
                          const PulseOptions& options = {}, PulseReport* report = nullptr) const;
   std::vector<double> at(const std::vector<Position>& points, const TimeAxis& times,

@@ -42,7 +42,7 @@ struct WaveNumbers {
 
 struct SpectrumOptions {
   /// The largest error of a pressure, relative to the largest magnitude among all points and wave
-
+  /// numbers of the call: from 1e-12 to below 1.
   double tolerance = 1e-4;
 
   /// As FieldOptions::progress.

@@ -11,9 +11,9 @@
 %
 %   f           frequency, positive.
 %   cycles      how many, positive, at most 1e4; 2.5 are two and a half.
-%   rate        samples per unit of time, at least 8 * f.  20 * f or more is common.
+%   rate        samples per unit of time, from 8 * f to 1e4 * f.  20 * f or more is common.
 %   window      w: 'hann', 'rectangular', 'hamming', 'tukey' or 'gauss', as in
-%               pistonapodization.  Default: 'hann', w = sin (pi f t / cycles) ^ 2.
+%               pistonapodization, with the default parameter.  Default: 'hann', w = sin (pi f t / cycles) ^ 2.
 %
 % Result
 %

@@ -10,19 +10,21 @@
 %   [e, t, used] = pistonecho (...)
 %
 % With the spectrum V of the excitation, and the pressures P that pistonarray gives for the
-% pistons that transmit and for those that receive, each with the phases of its delays, the echo
-% of a scatterer is
+% pistons that transmit and for those that receive, with weights * exp (-i w delays), the echo of
+% a scatterer is
 %
 %   e(t) = 1 / (2 pi) * integral of  V(w) * i P_transmit(w) * i P_receive(w) * exp (i w t)  dw
 %
 % It is what the scatterer would radiate to the receivers if these transmitted the pressure at the
 % scatterer.  The receivers add what arrives, by their weights, each later by its delay.
 % Scatterers do not reach each other: a signal of many is the sum of their echoes times their
-% strengths.
+% strengths.  A scatterer that turns a pressure p into waves S p exp (-i K R) / R adds F to the
+% sum of weights * integral of the pressure over the receivers, with dF/dt = 2 pi c S rho c e.
 %
 % Arguments (in metres and seconds; if nothing is attenuated, any units)
 %
-%   points      the scatterers: 3 x N real double, one per column.
+%   points      the scatterers: 3 x N real double, one per column.  In a medium that attenuates,
+%               none may be straight behind a piston.
 %   x, y, z     instead of points, the axes of a grid: real vectors of one or more values.
 %   array       the pistons that transmit, as for pistonpulse: with real weights, delays, steer
 %               and focus.
@@ -32,7 +34,7 @@
 %               steer and focus hold for both directions.
 %   rate        how many times per second the result has.  Default: that of the excitation.
 %   times       the times of the result: one or more, evenly spaced, ascending.  Default: from
-%               the first wave of any scatterer to the last.
+%               the first wave of any scatterer to the last, at the speed of the medium.
 %   tolerance   largest error of e, relative to the peak of |e| of the scatterers of this call at
 %               any time: from 1e-6 to below 1.  Default: 1e-4.
 %   'quiet'     suppresses the progress bar, which appears if the work takes more than
@@ -44,7 +46,8 @@
 %               NaN for scatterers with a coordinate that is infinite or NaN.
 %   t           the times, a column.  With steer and focus, the echo of the focus comes at
 %               2 * |focus| / c.
-%   used        a struct that describes the computation, as that of pistonpulse, and
+%   used        a struct that describes the computation, as that of pistonpulse (an echo is
+%               always a sum of frequencies), and
 %     receivedelays  the delays of the receivers, including those of steering and focusing.
 %
 % Example: the echo of a point in the focus of 64 elements

@@ -7,13 +7,14 @@
 %   v(t) = cos (2 pi f t) * exp (-(pi f t bandwidth) ^ 2 / (4 log (2))),  -T <= t <= T
 %
 % Its spectrum has dropped by 6 dB at f * (1 - bandwidth / 2) and f * (1 + bandwidth / 2).  At T
-% the Gaussian has dropped by 100 dB.  The middle of the pulse is at the time 0.
+% the Gaussian has dropped by 100 dB.  The middle of the pulse is at the time 0.  Beyond a bandwidth
+% of 1, negative frequencies reach into the band, and the lower edge drops less: 4 dB at 1.5.
 %
 % Arguments
 %
 %   f           centre frequency, positive.
 %   bandwidth   at -6 dB, as a part of f: from 0.01 to 2.  0.6 is 60 %, common for imaging.
-%   rate        samples per unit of time, at least 8 * f.  20 * f or more is common.
+%   rate        samples per unit of time, from 8 * f to 1e4 * f.  20 * f or more is common.
 %
 % Result
 %

@@ -31,10 +31,12 @@
 %
 % The tolerance holds for each element at points that are at least a wavelength away from it,
 % if abs (focus) is at least a tenth of abs (l).  Nearer, the steps between the strips are seen:
-% at the face the error is up to ten times as large.  The errors of the elements add up as their waves do, so an array in focus keeps the tolerance,
-% too.  The tolerance of pistonarray comes on top.  The number of strips of an element is
-% proportional to 1 / sqrt (tolerance), unless the strips would be higher than half a
-% wavelength; the time of pistonarray grows with it.
+% at the face the error is up to ten times as large.  The errors of the elements add up as their
+% waves do, so an array in focus keeps the tolerance, too.  The tolerance of pistonarray comes on
+% top.  The number of strips of an element is proportional to 1 / sqrt (tolerance), unless the
+% strips would be higher than half a wavelength; the time of pistonarray grows with it.
+%
+% The lens holds for one wave number: pistonpulse and pistonecho refuse its complex weights.
 %
 % Example: 64 elements at 5 MHz in tissue, focused at 30 mm, with a lens for 25 mm
 %

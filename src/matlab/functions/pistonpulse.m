@@ -21,7 +21,8 @@
 %
 % Arguments (in metres and seconds; if nothing is attenuated, any units)
 %
-%   points      3 x N real double, one point per column.
+%   points      3 x N real double, one point per column.  In a medium that attenuates, none may be
+%               straight behind a piston.
 %   x, y, z     instead of points, the axes of a grid: real vectors of one or more values.
 %   array       a struct as for pistonarray; l, s and positions are required:
 %     l, s        sides along the piston's own y and along its own x.
@@ -45,7 +46,8 @@
 %     start       the time of the first one.  Default: 0.
 %   rate        how many times per second the result has.  Default: that of the excitation.
 %   times       the times of the result: one or more, evenly spaced, ascending.  Default: from
-%               the first wave at any of the points to the last.
+%               the first wave at any of the points to the last, at the speed of the
+%               medium.  Where it attenuates, a little of the pulse may lie before and after.
 %   tolerance   largest error of p, relative to the peak of |p| at the points of this call at
 %               any time: from 1e-6 to below 1.  Default: 1e-4.
 %   'quiet'     suppresses the progress bar, which appears if the work takes more than
