@@ -31,7 +31,7 @@ constexpr int mostPasses = 6;
 std::vector<Target> targetsAmong(const Link& link, const Position* points, std::size_t count,
                                  const Progress& progress) {
   const SortedPoints sorted(points, count, progress);
-  std::size_t pistons = 0;
+  std::size_t pistons = 1;
   for (const Aperture& aperture : link.apertures) pistons += aperture.size();
   const std::size_t inPiece = (1 << 20) / pistons + 1;
   std::vector<Target> targets;
