@@ -149,10 +149,13 @@ void Evaluation::run(const Points& points, std::complex<double>* pressures, Work
     return runOnDevice(points, pressures, work);
   std::mutex usedMutex;
   const std::size_t all = points.count(), pistons = std::max<std::size_t>(pistons_.size(), 1);
+  // A high order takes longer than tolerances do.
+  const int order = pistons_.empty() ? 0 : pistons_.front().order;
+  const std::size_t perPoint = pistons * (1 + static_cast<std::size_t>(order) / 64);
   const std::size_t chunk =
-      std::clamp<std::size_t>(chunkWork / pistons, 64, tileSize) / pointsMultiple * pointsMultiple;
+      std::clamp<std::size_t>(chunkWork / perPoint, 64, tileSize) / pointsMultiple * pointsMultiple;
   const std::size_t pieceSize =
-      std::max<std::size_t>(pieceWork / pistons / chunk, parallel::cores()) * chunk;
+      std::max<std::size_t>(pieceWork / perPoint / chunk, parallel::cores()) * chunk;
   for (std::size_t piece = 0; piece < all; piece += pieceSize) {
     const std::size_t inPiece = std::min(pieceSize, all - piece);
     parallel::spread((inPiece + chunk - 1) / chunk, 1, [&](std::uint64_t begin, std::uint64_t end) {
