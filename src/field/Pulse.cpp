@@ -19,9 +19,6 @@ namespace {
 
 constexpr double pi = 3.14159265358979323846;
 
-/// Periods of which double precision still has the phase.
-constexpr double mostPeriods = 1e12;
-
 }  // namespace
 
 Pulse::Pulse(std::vector<DelayedPiston> pistons, const Medium& medium, Excitation excitation)
@@ -32,16 +29,13 @@ Pulse::Pulse(std::vector<DelayedPiston> pistons, const Medium& medium, Excitatio
   wavelengths_ = frequency / medium_.speed;
   if (wavelengths_ != 0 && !(wavelengths_ >= 1e-99 && wavelengths_ <= 1e99))
     throw FieldError("The wavelength must be from 1e-99 to 1e99. Give lengths in another unit.");
-  if (!(std::fabs(excitation_.start) * frequency <= mostPeriods))
-    throw FieldError("The start of the excitation must be at most 1e12 periods.");
   for (std::size_t n = 0; n < pistons_.size(); ++n) {
     Field::Piston& piston = pistons_[n].piston;
     check(pistons_[n], n);
-    if (!(std::fabs(pistons_[n].delay) * frequency <= mostPeriods))
-      throw FieldError("Piston " + std::to_string(n) + ": its delay must be at most 1e12 periods.");
     piston.axes = orthonormal(piston.axes);
     if (wavelengths_ != 0) checkScale(piston, wavelengths_, n, "the speed of sound");
   }
+  checkPeriods(pistons_, excitation_, frequency);
 }
 
 TimeAxis Pulse::times(const std::vector<Position>& points, double rate) const {
@@ -61,13 +55,12 @@ std::vector<double> Pulse::at(const Position* points, std::size_t count, const T
                               const PulseOptions& options, PulseReport* report) const {
   check(options);
   check(times);
-  const double end = times.start + static_cast<double>(times.count) / times.rate,
-               mostTime = std::max(std::fabs(times.start), std::fabs(end)),
-               frequency = wavelengths_ * medium_.speed;
-  if (!(mostTime * frequency <= mostPeriods && mostTime * times.rate < 0x1p52))
+  checkPeriods(times, wavelengths_ * medium_.speed);
+  const ExcitationSpline spline(excitation_);
+  if (!((spline.end() - spline.begin()) * times.rate <= 1e7))
     throw FieldError(
-        "The times are too far from 0: double precision cannot tell them apart. Give lengths, the "
-        "speed of sound and times in one unit each.");
+        "The rate of the times gives more than 1e7 samples of the excitation. Choose a lower "
+        "rate.");
   if (times.count > 0 &&
       count > std::numeric_limits<std::ptrdiff_t>::max() / sizeof(double) / times.count)
     throw FieldError("There are more pressures than an array can hold. Compute fewer at once.");
@@ -75,7 +68,8 @@ std::vector<double> Pulse::at(const Position* points, std::size_t count, const T
   if (count == 0 || times.count == 0) return {};
   return guarded(options, [&](const PulseOptions& watched) {
     // Times are rounded, too: by as much as those of such a coordinate.
-    double mostCoordinate = mostTime * medium_.speed / 5;
+    const double end = times.start + static_cast<double>(times.count) / times.rate;
+    double mostCoordinate = std::max(std::fabs(times.start), std::fabs(end)) * medium_.speed / 5;
     const auto take = [&](const Position& p) {
       for (const double coordinate : p)
         mostCoordinate = std::max(mostCoordinate, std::fabs(coordinate));

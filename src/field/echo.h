@@ -60,6 +60,7 @@ class Echo {
   std::vector<std::vector<DelayedPiston>> apertures_;
   Medium medium_;
   Excitation excitation_;
+  double frequency_ = 0;  // the excitation's centre of energy
 };
 
 }  // namespace pistonfield

@@ -188,3 +188,28 @@ TEST(EchoTest, InvalidArgumentsAreRefused) {
   EXPECT_THROW(echo.at(scatterers, {NAN, megahertz, 3}), FieldError);
   EXPECT_THROW(echo.at(scatterers, {0, megahertz, std::size_t{1} << 62}), FieldError);
 }
+
+TEST(EchoTest, IsWithinItsBoundOrRefusedAtLargeDelays) {
+  PulseOptions options;
+  options.tolerance = 1e-6;
+  const TimeAxis times = {38, 16, 160};
+  std::vector<DelayedPiston> pistons = pistonfield::delayed({piston(2, 3)});
+  PulseReport report;
+  const auto echoAt = [&](double delay) {
+    pistons[0].delay = delay;
+    return Echo(pistons, pistonfield::delayed({piston(1, 1)}), Medium{1},
+                pistonfield::toneBurst(1, 2, 16))
+        .at({{0.3, 0, 20}}, {times.start + delay, times.rate, times.count}, options, &report);
+  };
+  const std::vector<double> near = echoAt(0);
+  int kept = 0;
+  for (int power = 10; power <= 36; ++power) try {
+      const std::vector<double> far = echoAt(std::ldexp(1.0, power));
+      for (std::size_t n = 0; n < near.size(); ++n)
+        EXPECT_NEAR(far[n], near[n], 2 * report.bound) << power;
+      ++kept;
+    } catch (const FieldError&) {  // later delays are refused
+    }
+  EXPECT_GT(kept, 3);
+  EXPECT_LT(kept, 27);
+}

@@ -303,6 +303,26 @@ TEST(PulseTest, IsTheSameForEveryInstructionSet) {
   }
 }
 
+TEST(PulseTest, PiecesOfAnAxisAreTheWhole) {
+  const Pulse pulse(delayed({piston(5e-3, 5e-3)}), Medium{1540}, toneBurst(5e6, 2, 1e8));
+  double largest = 0;
+  for (int n = 0; n < 60; ++n) {
+    const std::vector<Position> points = {{0, 0, 1e-3 + 1e-4 * n}, {0, 0, 0.15 + 1e-4 * n}};
+    const TimeAxis times = pulse.times(points, 1e8);
+    const std::vector<double> whole = pulse.at(points, times);
+    for (std::size_t first = 0; first < times.count; first += 1000) {
+      const TimeAxis piece = {times.start + static_cast<double>(first) / times.rate, times.rate,
+                              std::min<std::size_t>(1000, times.count - first)};
+      const std::vector<double> part = pulse.at(points, piece);
+      for (std::size_t m = 0; m < piece.count; ++m)
+        for (std::size_t point = 0; point < points.size(); ++point)
+          largest = std::max(largest, std::fabs(part[point * piece.count + m] -
+                                                whole[point * times.count + first + m]));
+    }
+  }
+  EXPECT_LT(largest, 2e-4);
+}
+
 TEST(PulseTest, GivesNotANumberAtPointsThatAreNotFinite) {
   const Scene scene = oneScene();
   const Pulse pulse(scene.pistons, Medium{1}, scene.excitation);

@@ -90,6 +90,12 @@ Reach Aperture::reach(const Position& p, double speed) const {
   return all;
 }
 
+double Aperture::mostDelay() const {
+  double most = 0;
+  for (const DelayedPiston& one : pistons_) most = std::max(most, std::fabs(one.delay));
+  return most;
+}
+
 bool Aperture::accepts(std::complex<double> k, double mostCoordinate) const {
   return isWaveNumber(k) && isSide(leastSide_ * wavelengthsPerUnit(k)) &&
          isSide(mostSide_ * wavelengthsPerUnit(k)) &&

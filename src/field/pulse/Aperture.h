@@ -33,6 +33,9 @@ class Aperture {
   /// Σ |weight|.
   double weight() const { return weight_; }
 
+  /// The largest magnitude of a delay.
+  double mostDelay() const;
+
   /// At a point that is finite. There is a piston.
   Reach reach(const Position& p, double speed) const;
 

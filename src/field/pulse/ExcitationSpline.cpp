@@ -31,8 +31,8 @@ std::vector<double> splineThrough(std::vector<double> samples) {
 
 ExcitationSpline::ExcitationSpline(const Excitation& excitation)
     : start_(excitation.start), rate_(excitation.rate) {
-  if (!(rate_ > 0) || !std::isfinite(rate_) || !std::isfinite(1 / rate_))
-    throw FieldError("The rate of the excitation must be positive and finite.");
+  if (!(rate_ >= 1e-99 && rate_ <= 1e99))
+    throw FieldError("The rate of the excitation must be positive, from 1e-99 to 1e99.");
   if (!std::isfinite(start_)) throw FieldError("The start of the excitation must be finite.");
   if (excitation.samples.empty()) throw FieldError("The excitation must have at least one sample.");
   for (const double sample : excitation.samples)

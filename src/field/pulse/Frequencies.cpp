@@ -51,11 +51,11 @@ Images imagesOf(const Link& link, const Extent& extent, const std::vector<Comple
 
 /// How many samples of the excitation a signal is repeated after, so that it does not overlap.
 double stepsOfPeriod(const Link& link, double duration) {
-  constexpr double most = 1e7;
+  constexpr double most = 3e5;
   const double steps = std::ceil(duration * link.excitation.rate() * (1 + 1e-9));
   if (!(steps <= most))
     throw FieldError(
-        "From the first wave to the last, the excitation's rate gives more than 1e7 samples. Give "
+        "From the first wave to the last, the excitation's rate gives more than 3e5 samples. Give "
         "a lower rate, or points or pistons that are nearer.");
   return std::max(steps, 2.0);
 }
@@ -79,7 +79,7 @@ bool isAccepted(const Link& link, const Extent& extent, Complex k) {
 }  // namespace
 
 Frequencies frequencies(const Link& link, const Extent& extent, const Band& band, double duration,
-                        double most) {
+                        double most, const std::function<void(double)>& progress) {
   const double rate = link.excitation.rate(), steps = stepsOfPeriod(link, duration),
                step = 2 * pi * rate / steps;
   const bool hasImages = band.most() > pi * rate;
@@ -94,7 +94,8 @@ Frequencies frequencies(const Link& link, const Extent& extent, const Band& band
   // So many are not even worth being sorted.
   const double negligible = most / 100 / (2 * steps * (images.count + 1.0));
   for (int image = 0; image <= images.count; ++image)
-    for (const int sign : {1, -1})
+    for (const int sign : {1, -1}) {
+      if (progress) progress(0);
       for (std::size_t n = 0; n < spectrum.size(); ++n) {
         const double base = static_cast<double>(n + 1), index = image * steps + sign * base;
         if (index <= 0 || (sign < 0 && 2 * base == steps)) continue;
@@ -111,6 +112,7 @@ Frequencies frequencies(const Link& link, const Extent& extent, const Band& band
         else
           refused += contribution;
       }
+    }
   result.rest += refused;
   if (result.rest > most / 2)
     throw FieldError(

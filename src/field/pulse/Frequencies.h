@@ -1,6 +1,7 @@
 #pragma once
 
 #include <complex>
+#include <functional>
 #include <vector>
 
 #include "field/pulse/Link.h"
@@ -24,7 +25,7 @@ struct Frequencies {
 /// are left out as contribute up to `most` together. Throws a FieldError if one that matters is
 /// out of Field's range.
 Frequencies frequencies(const Link& link, const Extent& extent, const Band& band, double duration,
-                        double most);
+                        double most, const std::function<void(double)>& progress);
 
 /// About the most that the signals can be, for pistons that do not cancel each other.
 double mostExpected(const Link& link, const Extent& extent);

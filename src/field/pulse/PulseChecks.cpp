@@ -1,11 +1,17 @@
 #include "field/pulse/PulseChecks.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 
 #include "field/Checks.h"
 
 namespace pistonfield {
+namespace {
+
+constexpr double mostPeriods = 1e12;
+
+}  // namespace
 
 void check(const DelayedPiston& delayed, std::size_t index) {
   check(delayed.piston, index);
@@ -24,6 +30,24 @@ void check(const TimeAxis& times) {
 void check(const PulseOptions& options) {
   if (!(options.tolerance >= 1e-6 && options.tolerance < 1))
     throw FieldError("The tolerance of a pulse must be from 1e-6 to below 1.");
+}
+
+void checkPeriods(const std::vector<DelayedPiston>& pistons, const Excitation& excitation,
+                  double frequency) {
+  if (!(std::fabs(excitation.start) * frequency <= mostPeriods))
+    throw FieldError("The start of the excitation must be at most 1e12 periods.");
+  for (std::size_t n = 0; n < pistons.size(); ++n)
+    if (!(std::fabs(pistons[n].delay) * frequency <= mostPeriods))
+      throw FieldError("Piston " + std::to_string(n) + ": its delay must be at most 1e12 periods.");
+}
+
+void checkPeriods(const TimeAxis& times, double frequency) {
+  const double end = times.start + static_cast<double>(times.count) / times.rate,
+               most = std::max(std::fabs(times.start), std::fabs(end));
+  if (!(most * frequency <= mostPeriods && most * times.rate < 0x1p52))
+    throw FieldError(
+        "The times are too far from 0: double precision cannot tell them apart. Give lengths, the "
+        "speed of sound and times in one unit each.");
 }
 
 }  // namespace pistonfield

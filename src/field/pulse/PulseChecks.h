@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 #include "field/pulse.h"
 
@@ -11,5 +12,10 @@ namespace pistonfield {
 void check(const DelayedPiston& delayed, std::size_t index);
 void check(const TimeAxis& times);
 void check(const PulseOptions& options);
+
+/// That double precision has the phases, for periods of the excitation's mean frequency.
+void checkPeriods(const std::vector<DelayedPiston>& pistons, const Excitation& excitation,
+                  double frequency);
+void checkPeriods(const TimeAxis& times, double frequency);
 
 }  // namespace pistonfield

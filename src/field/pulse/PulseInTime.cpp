@@ -47,11 +47,14 @@ class Call {
     Work work(progress, static_cast<double>(blocks) * static_cast<double>(count_));
     work.advance(0);
     for (std::size_t first = 0; first < times_.count; first += together) {
-      const double time = times_.start * sum_.sampleRate() +
-                          static_cast<double>(first) * (sum_.sampleRate() / times_.rate),
+      // Blocks of one axis have one offset: rounded anew, it could round up to a sample.
+      const double steps = oneByOne ? static_cast<double>(first) : 0,
+                   time =
+                       times_.start * sum_.sampleRate() + steps * (sum_.sampleRate() / times_.rate),
                    sample = std::floor(time);
       if (first == 0 || oneByOne) sum_.setOffset((time - sample) / sum_.sampleRate());
-      addBlock(first, std::min(together, times_.count - first), static_cast<long long>(sample),
+      addBlock(first, std::min(together, times_.count - first),
+               static_cast<long long>(sample) + (oneByOne ? 0 : static_cast<long long>(first)),
                work);
     }
   }

@@ -102,7 +102,8 @@ void PulseSum::chooseBins(const std::vector<DelayedPiston>& pistons, const Pulse
     step *= 0.9;
   // Bins and samples are commensurate, so that the pulse is sampled once.
   const double bins = 1 / (sampleRate_ * step);
-  if (bins > mostPhases && 1 / sampleRate_ > spline_.end() - spline_.begin()) {
+  if (bins > mostPhases &&
+      (1 / sampleRate_ > spline_.end() - spline_.begin() || bins > mostPhases * mostPhases / 4)) {
     table_.step = table_.phases = 1;
     sampleRate_ = 1 / step;
   } else {

@@ -60,6 +60,7 @@ SumOfFrequencies::SumOfFrequencies(const Link& link, const std::vector<Target>& 
                                    double tolerance, const Progress& progress)
     : link_(link) {
   const Extent extent = extentOf(targets);
+  limit_ = extent.limit;
   const std::vector<Band> bands =
       bandsOf(link, extent, shareOfTails * tolerance / extent.gain, progress);
   tolerance_ = tolerance / static_cast<double>(bands.size());
@@ -68,7 +69,7 @@ SumOfFrequencies::SumOfFrequencies(const Link& link, const std::vector<Target>& 
         waveDuration(link, extent, band, shareOfTails * tolerance_ / extent.gain, progress);
     parts_.push_back(
         {duration, frequencies(link, extent, band, extent.duration + duration.end - duration.begin,
-                               shareOfFrequencies * tolerance_)});
+                               shareOfFrequencies * tolerance_, progress)});
     neglected_ +=
         parts_.back().frequencies.rest + (duration.rest > 0 ? extent.gain * duration.rest : 0);
   }
@@ -133,18 +134,50 @@ void SumOfFrequencies::add(const Part& part, const std::vector<Target>& targets,
         linkedPressures(link_, kept, points, shareOfPressures * tolerance_, advance);
     error = std::max(error, pressures.error);
     nodes_ += pressures.nodes;
-    parallel::spread(count, 1, [&](std::uint64_t begin, std::uint64_t end) {
-      std::vector<Complex> coefficients(kept.size());
-      for (std::uint64_t n = begin; n < end; ++n) {
-        const Axis axis = axisOf(passed[first + n]);
-        for (std::size_t m = 0; m < kept.size(); ++m)
-          coefficients[m] = kept[m].factor * pressures.values[n * kept.size() + m];
-        timeSum.add(coefficients, axis.start - link_.excitation.start(), axis.count, axis.signal);
-      }
-    });
-    work.advance(0.1 * static_cast<double>(count));
+    const std::size_t inPiece = timesInPiece(kept.size(), count);
+    for (std::size_t from = 0; from < mostTimes; from += inPiece) {
+      parallel::spread(count, 1, [&](std::uint64_t begin, std::uint64_t end) {
+        std::vector<Complex> coefficients(kept.size());
+        for (std::uint64_t n = begin; n < end; ++n) {
+          const Axis axis = axisOf(passed[first + n]);
+          if (from >= axis.count) continue;
+          for (std::size_t m = 0; m < kept.size(); ++m)
+            coefficients[m] = kept[m].factor * pressures.values[n * kept.size() + m];
+          const double start = axis.start + static_cast<double>(from) * axis.step;
+          timeSum.add(coefficients, start - link_.excitation.start(),
+                      std::min(inPiece, axis.count - from), axis.signal + from);
+        }
+      });
+      work.advance(0.1 * static_cast<double>(count) *
+                   static_cast<double>(std::min(inPiece, mostTimes - from)) /
+                   static_cast<double>(mostTimes));
+    }
   }
-  bound_ += error;
+  bound_ += error + roundingOf(kept, passed, axisOf);
+}
+
+/// The phases ω·t of times and delays are rounded.
+double SumOfFrequencies::roundingOf(const std::vector<Frequency>& kept,
+                                    const std::vector<Target>& targets,
+                                    const AxisOf& axisOf) const {
+  double most = 0;
+  for (const Target& target : targets) {
+    const Axis axis = axisOf(target);
+    most = std::max(most, std::fabs(axis.start - link_.excitation.start()) +
+                              static_cast<double>(axis.count) * axis.step);
+  }
+  for (const Aperture& aperture : link_.apertures) most += aperture.mostDelay();
+  double turns = 0;  // per unit of time
+  for (const Frequency& one : kept) turns += std::abs(one.factor) * one.omega;
+  return 0x1p-51 * turns * most * limit_;
+}
+
+/// So that a piece takes some tenths of a second.
+std::size_t SumOfFrequencies::timesInPiece(std::size_t frequencies, std::size_t points) {
+  constexpr double mostSums = 2e8;
+  const double blocks =
+      mostSums / static_cast<double>(frequencies) / static_cast<double>(points) / 64;
+  return 64 * static_cast<std::size_t>(std::clamp(blocks, 1.0, 1e9));
 }
 
 /// So that the pressures of a block take up to some 64 MB, and each step some tenths of a second.

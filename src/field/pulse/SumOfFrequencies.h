@@ -73,10 +73,14 @@ class SumOfFrequencies {
 
   void add(const Part& part, const std::vector<Target>& targets, const AxisOf& axisOf, Work& work);
   std::size_t pointsInBlock(std::size_t frequencies, std::size_t times) const;
+  static std::size_t timesInPiece(std::size_t frequencies, std::size_t points);
+  double roundingOf(const std::vector<Frequency>& kept, const std::vector<Target>& targets,
+                    const AxisOf& axisOf) const;
 
   const Link& link_;
   double tolerance_ = 0;  // of a part
   std::vector<Part> parts_;
+  double limit_ = 0;  // of pressures, multiplied
   double neglected_ = 0, bound_ = 0, nodes_ = 0;
 };
 
