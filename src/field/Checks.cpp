@@ -102,4 +102,19 @@ std::string inDigits(double tolerance) {
   return text.data();
 }
 
+void refuseTolerance(double kept) {
+  if (kept < 0.5)
+    throw FieldError(
+        "Double precision cannot keep the tolerance at these points. Ask for at least " +
+        inDigits(kept) + ", or for points nearer to the pistons.");
+  throw FieldError(
+      "Double precision cannot keep any tolerance at these points: the pressures are too small, "
+      "for pistons that cancel each other or points that are too far. Add points with larger "
+      "pressures.");
+}
+
+bool isSilent(const Field::Piston& piston) {
+  return piston.weight == 0.0 || piston.width == 0 || piston.height == 0;
+}
+
 }  // namespace pistonfield

@@ -40,4 +40,11 @@ std::array<Position, 3> orthonormal(const std::array<Position, 3>& axes);
 /// As messages show a tolerance.
 std::string inDigits(double tolerance);
 
+/// Throws the FieldError for a tolerance that double precision cannot keep, with the one that it
+/// can, rounded up so that it is accepted. None is from 0.5 on.
+[[noreturn]] void refuseTolerance(double kept);
+
+/// Whether a piston radiates nothing.
+bool isSilent(const Field::Piston& piston);
+
 }  // namespace pistonfield

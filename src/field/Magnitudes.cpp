@@ -14,10 +14,6 @@ namespace {
 /// The smallest peak pressure that is told from 0, relative to that at the pistons.
 constexpr double leastPeak = 1e-30;
 
-bool isSilent(const Field::Piston& piston) {
-  return piston.weight == 0.0 || piston.width == 0 || piston.height == 0;
-}
-
 }  // namespace
 
 std::complex<double> scaled(std::complex<double> number, int exponent) {
@@ -82,16 +78,7 @@ void refuseFarPoint() {
 
 void refuse(double tolerance, const Used& used) {
   if (std::isinf(used.excess)) refuseFarPoint();
-  // Rounded up, so that it is accepted.
-  const double kept = 1.1 * tolerance * used.excess;
-  if (kept < 0.5)
-    throw FieldError(
-        "Double precision cannot keep the tolerance at these points. Ask for at least " +
-        inDigits(kept) + ", or for points nearer to the pistons.");
-  throw FieldError(
-      "Double precision cannot keep any tolerance at these points: the pressures are too small, "
-      "for pistons that cancel each other or points that are too far. Add points with larger "
-      "pressures.");
+  refuseTolerance(1.1 * tolerance * used.excess);
 }
 
 }  // namespace pistonfield

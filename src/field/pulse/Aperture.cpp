@@ -59,7 +59,7 @@ Aperture::Aperture(const std::vector<DelayedPiston>& pistons) {
   double largest = 0;
   for (const DelayedPiston& one : pistons) {
     const Field::Piston& piston = one.piston;
-    if (piston.weight == 0.0 || piston.width == 0 || piston.height == 0) continue;
+    if (isSilent(piston)) continue;
     pistons_.push_back(one);
     pistons_.back().piston.axes = orthonormal(piston.axes);
     largest = std::max(largest, std::abs(piston.weight));

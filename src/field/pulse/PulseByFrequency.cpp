@@ -48,13 +48,6 @@ std::vector<Target> targetsAmong(const Link& link, const Position* points, std::
   return targets;
 }
 
-[[noreturn]] void refuseAny() {
-  throw FieldError(
-      "Double precision cannot keep any tolerance at these points: the pressures are too small, "
-      "for pistons that cancel each other or points that are too far. Add points with larger "
-      "pressures.");
-}
-
 /// A lower bound of the largest magnitude at any time, from some of the points; 0 if nothing moves.
 double peakOf(const Link& link, const std::vector<Target>& all, const Progress& progress) {
   std::vector<Position> points;
@@ -93,7 +86,7 @@ double peakOf(const Link& link, const std::vector<Target>& all, const Progress& 
     if (peak > 4 * sum.bound()) return peak - sum.bound();
     if (!(sum.bound() <= tolerance)) break;
   }
-  refuseAny();
+  refuseTolerance(infinity);
 }
 
 [[noreturn]] void refuse(const SumOfFrequencies& sum, double peak) {
@@ -102,9 +95,7 @@ double peakOf(const Link& link, const std::vector<Target>& all, const Progress& 
         "In this medium waves last too long for the tolerance. Give a larger tolerance, or a "
         "medium or points for which the attenuation is less.");
   const double kept = 1.1 * sum.bound() / peak;
-  if (!(kept < 0.5)) refuseAny();
-  throw FieldError("Double precision cannot keep the tolerance at these points. Ask for at least " +
-                   inDigits(kept) + ", or for points nearer to the pistons.");
+  refuseTolerance(kept);
 }
 
 /// Writes the signals of all targets, for an absolute tolerance of tolerance·peak.

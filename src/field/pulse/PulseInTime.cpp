@@ -125,11 +125,6 @@ class Call {
   bool isLost_ = false;
 };
 
-bool isSilent(const DelayedPiston& delayed) {
-  const Field::Piston& piston = delayed.piston;
-  return piston.weight == 0.0 || piston.width == 0 || piston.height == 0;
-}
-
 /// So that products and sums do not overflow; powers of 2, so that nothing is rounded.
 int scaleOf(const std::vector<DelayedPiston>& pistons) {
   double largest = 0;
@@ -144,19 +139,6 @@ int scaleOf(const std::vector<double>& samples) {
   return largest > 0 ? std::ilogb(largest) : 0;
 }
 
-[[noreturn]] void refuse(double tolerance, double excess) {
-  // Rounded up, so that it is accepted.
-  const double kept = 1.1 * tolerance * excess;
-  if (kept < 0.5)
-    throw FieldError(
-        "Double precision cannot keep the tolerance at these points. Ask for at least " +
-        inDigits(kept) + ", or for points nearer to the pistons.");
-  throw FieldError(
-      "Double precision cannot keep any tolerance at these points: the pressures are too small, "
-      "for pistons that cancel each other or points that are too far. Add points with larger "
-      "pressures.");
-}
-
 }  // namespace
 
 std::vector<double> pulsesInTime(std::vector<DelayedPiston> pistons, double speed,
@@ -168,7 +150,10 @@ std::vector<double> pulsesInTime(std::vector<DelayedPiston> pistons, double spee
             scale = weightScale + sampleScale;
   Excitation scaled{excitation.samples, excitation.rate, 0};
   for (double& sample : scaled.samples) sample = std::ldexp(sample, -sampleScale);
-  pistons.erase(std::remove_if(pistons.begin(), pistons.end(), isSilent), pistons.end());
+  pistons.erase(
+      std::remove_if(pistons.begin(), pistons.end(),
+                     [](const DelayedPiston& delayed) { return isSilent(delayed.piston); }),
+      pistons.end());
   for (DelayedPiston& delayed : pistons) {
     delayed.piston.weight = std::ldexp(delayed.piston.weight.real(), -weightScale);
     delayed.delay += excitation.start;
@@ -205,7 +190,7 @@ std::vector<double> pulsesInTime(std::vector<DelayedPiston> pistons, double spee
     peak = largest - sum.bound();
     std::fill(pressures.begin(), pressures.end(), 0.0);
   }
-  if (!(excess <= 1)) refuse(options.tolerance, excess);
+  if (!(excess <= 1)) refuseTolerance(1.1 * options.tolerance * excess);
   return pressures;
 }
 
